@@ -1,0 +1,86 @@
+// Support: the names of the tags and field types that readers and writers share.
+//
+// Standards: TIFF 6.0 (section 2, appendix A), EXIF 2.3 (sections 4.6.2 to 4.6.6), XMP part 3, ICC.1 annex B.4.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tvmeta {
+
+// The byte-order marks "II" and "MM", read as big-endian numbers, and the number that follows them.
+inline constexpr std::uint16_t LittleEndianMark = 0x4949;
+inline constexpr std::uint16_t BigEndianMark = 0x4D4D;
+inline constexpr std::uint16_t TiffMagic = 42;
+
+inline constexpr std::size_t TiffHeaderSize = 8;
+inline constexpr std::size_t DirectoryEntrySize = 12;
+inline constexpr std::size_t EntryValueSize = 4;
+
+namespace tiff_type {
+inline constexpr std::uint16_t Byte = 1;
+inline constexpr std::uint16_t Ascii = 2;
+inline constexpr std::uint16_t Short = 3;
+inline constexpr std::uint16_t Long = 4;
+inline constexpr std::uint16_t Rational = 5;
+inline constexpr std::uint16_t Undefined = 7;
+} // namespace tiff_type
+
+namespace tiff_tag {
+inline constexpr std::uint16_t ImageWidth = 256;
+inline constexpr std::uint16_t ImageLength = 257;
+inline constexpr std::uint16_t BitsPerSample = 258;
+inline constexpr std::uint16_t Compression = 259;
+inline constexpr std::uint16_t PhotometricInterpretation = 262;
+inline constexpr std::uint16_t ImageDescription = 270;
+inline constexpr std::uint16_t Make = 271;
+inline constexpr std::uint16_t Model = 272;
+inline constexpr std::uint16_t StripOffsets = 273;
+inline constexpr std::uint16_t Orientation = 274;
+inline constexpr std::uint16_t SamplesPerPixel = 277;
+inline constexpr std::uint16_t RowsPerStrip = 278;
+inline constexpr std::uint16_t StripByteCounts = 279;
+inline constexpr std::uint16_t XResolution = 282;
+inline constexpr std::uint16_t YResolution = 283;
+inline constexpr std::uint16_t PlanarConfiguration = 284;
+inline constexpr std::uint16_t ResolutionUnit = 296;
+inline constexpr std::uint16_t Software = 305;
+inline constexpr std::uint16_t SampleFormat = 339;
+inline constexpr std::uint16_t JpegInterchangeFormat = 513;
+inline constexpr std::uint16_t JpegInterchangeFormatLength = 514;
+inline constexpr std::uint16_t Xmp = 700;
+inline constexpr std::uint16_t Iptc = 33723;
+inline constexpr std::uint16_t Photoshop = 34377;
+inline constexpr std::uint16_t ExifIfd = 34665;
+inline constexpr std::uint16_t IccProfile = 34675;
+inline constexpr std::uint16_t GpsIfd = 34853;
+} // namespace tiff_tag
+
+namespace exif_tag {
+inline constexpr std::uint16_t ExposureTime = 33434;
+inline constexpr std::uint16_t FNumber = 33437;
+inline constexpr std::uint16_t IsoSpeedRatings = 34855;
+inline constexpr std::uint16_t DateTimeOriginal = 36867;
+inline constexpr std::uint16_t ShutterSpeedValue = 37377;
+inline constexpr std::uint16_t ApertureValue = 37378;
+inline constexpr std::uint16_t MaxApertureValue = 37381;
+inline constexpr std::uint16_t FocalLength = 37386;
+inline constexpr std::uint16_t FocalPlaneXResolution = 41486;
+inline constexpr std::uint16_t FocalPlaneResolutionUnit = 41488;
+inline constexpr std::uint16_t ExposureIndex = 41493;
+inline constexpr std::uint16_t FocalLengthIn35mmFilm = 41989;
+} // namespace exif_tag
+
+namespace gps_tag {
+inline constexpr std::uint16_t VersionId = 0;
+inline constexpr std::uint16_t LatitudeRef = 1;
+inline constexpr std::uint16_t Latitude = 2;
+inline constexpr std::uint16_t LongitudeRef = 3;
+inline constexpr std::uint16_t Longitude = 4;
+inline constexpr std::uint16_t AltitudeRef = 5;
+inline constexpr std::uint16_t Altitude = 6;
+inline constexpr std::uint16_t TimeStamp = 7;
+inline constexpr std::uint16_t DateStamp = 29;
+} // namespace gps_tag
+
+} // namespace tvmeta

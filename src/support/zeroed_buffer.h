@@ -1,0 +1,34 @@
+// Support: a zero-filled block of heap memory that lives for one call.
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <span>
+
+namespace tvmeta {
+
+class ZeroedBuffer {
+  public:
+    explicit ZeroedBuffer(std::size_t size) noexcept
+        // An empty block is a block: calloc(0) may give a null pointer that is no failure.
+        : bytes_(static_cast<unsigned char*>(std::calloc(size > 0 ? size : 1, 1))), size_(bytes_ ? size : 0) {}
+
+    // False when the allocation failed.
+    explicit operator bool() const noexcept { return bytes_ != nullptr; }
+
+    unsigned char* data() noexcept { return bytes_.get(); }
+    std::size_t size() const noexcept { return size_; }
+    std::span<unsigned char> bytes() noexcept { return {bytes_.get(), size_}; }
+    char* text() noexcept { return reinterpret_cast<char*>(bytes_.get()); }
+
+  private:
+    struct Free {
+        void operator()(unsigned char* bytes) const noexcept { std::free(bytes); }
+    };
+
+    std::unique_ptr<unsigned char[], Free> bytes_;
+    std::size_t size_;
+};
+
+} // namespace tvmeta

@@ -1,0 +1,128 @@
+// Builders of small files, so that a test shows the bytes that matter.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace test {
+
+using Bytes = std::string;
+
+inline Bytes le16(unsigned value) {
+    return {static_cast<char>(value), static_cast<char>(value >> 8)};
+}
+inline Bytes be16(unsigned value) {
+    return {static_cast<char>(value >> 8), static_cast<char>(value)};
+}
+inline Bytes le32(std::uint32_t value) {
+    return le16(value) + le16(value >> 16);
+}
+inline Bytes be32(std::uint32_t value) {
+    return be16(value >> 16) + be16(value);
+}
+inline Bytes zeros(std::size_t count) {
+    return Bytes(count, '\0');
+}
+
+inline constexpr std::string_view Host = "tonalvista.test";
+
+// A TIFF structure under construction: directories are appended, and a directory's offset is where it was put.
+class Tiff {
+  public:
+    struct Entry {
+        unsigned tag;
+        unsigned type;
+        std::uint32_t count;
+        Bytes value; // up to four bytes stand in the entry, more lie behind the directory
+    };
+
+    explicit Tiff(bool little = true) : little_(little), bytes_(little ? "II" : "MM") { bytes_ += n16(42) + n32(0); }
+
+    Bytes n16(unsigned value) const { return little_ ? le16(value) : be16(value); }
+    Bytes n32(std::uint32_t value) const { return little_ ? le32(value) : be32(value); }
+    Bytes rational(std::uint32_t numerator, std::uint32_t denominator) const {
+        return n32(numerator) + n32(denominator);
+    }
+
+    Entry shortEntry(unsigned tag, unsigned value) const { return {tag, 3, 1, n16(value)}; }
+    Entry longEntry(unsigned tag, std::uint32_t value) const { return {tag, 4, 1, n32(value)}; }
+    Entry textEntry(unsigned tag, const Bytes& text) const {
+        return {tag, 2, static_cast<std::uint32_t>(text.size() + 1), text + '\0'};
+    }
+    Entry rationalEntry(unsigned tag, std::uint32_t numerator, std::uint32_t denominator) const {
+        return {tag, 5, 1, rational(numerator, denominator)};
+    }
+
+    // Appends a directory and its values, with the offset of the next one, and returns its own offset.
+    std::uint32_t add(const std::vector<Entry>& entries, std::uint32_t next = 0) {
+        const auto offset = static_cast<std::uint32_t>(bytes_.size());
+        Bytes values;
+        bytes_ += n16(static_cast<unsigned>(entries.size()));
+        const auto valueStart = static_cast<std::uint32_t>(offset + 2 + 12 * entries.size() + 4);
+        for (const Entry& entry : entries) {
+            bytes_ += n16(entry.tag) + n16(entry.type) + n32(entry.count);
+            if (entry.value.size() <= 4) {
+                bytes_ += entry.value + zeros(4 - entry.value.size());
+            } else {
+                bytes_ += n32(valueStart + static_cast<std::uint32_t>(values.size()));
+                values += entry.value;
+            }
+        }
+        bytes_ += n32(next) + values;
+        return offset;
+    }
+
+    // The structure, its header pointing at the directory.
+    Bytes finish(std::uint32_t firstDirectory) {
+        bytes_.replace(4, 4, n32(firstDirectory));
+        return bytes_;
+    }
+
+  private:
+    bool little_;
+    Bytes bytes_;
+};
+
+inline Bytes segment(unsigned marker, const Bytes& payload) {
+    return Bytes("\xFF") + static_cast<char>(marker) + be16(static_cast<unsigned>(payload.size() + 2)) + payload;
+}
+inline Bytes exifSegment(const Bytes& tiff) {
+    return segment(0xE1, Bytes("Exif\0\0", 6) + tiff);
+}
+inline Bytes xmpSegment(const Bytes& packet) {
+    return segment(0xE1, Bytes("http://ns.adobe.com/xap/1.0/\0", 29) + packet);
+}
+inline Bytes jpeg(const Bytes& segments) {
+    return "\xFF\xD8" + segments + "\xFF\xDA" + zeros(64) + "\xFF\xD9";
+}
+
+// One Photoshop image resource with a name field of its own.
+inline Bytes resource(unsigned id, const Bytes& data, const Bytes& name = zeros(2)) {
+    return "8BIM" + be16(id) + name + be32(static_cast<std::uint32_t>(data.size())) + data + zeros(data.size() % 2);
+}
+inline Bytes psd(const Bytes& resources, unsigned channels = 3, unsigned mode = 3) {
+    return "8BPS" + be16(1) + zeros(6) + be16(channels) + be32(10) + be32(10) + be16(8) + be16(mode) + be32(0) +
+           be32(static_cast<std::uint32_t>(resources.size())) + resources;
+}
+
+// A settings packet in element form from the lines behind its declaration.
+inline Bytes packet(const Bytes& lines, char quote = '\'') {
+    return Bytes("<rdf:Description xmlns:tvtm=") + quote + "http://" + Bytes(Host) + "/tonalvista_settings01" + quote +
+           ">" + lines + "</rdf:Description>\n";
+}
+inline Bytes element(const Bytes& name, const Bytes& value) {
+    return "<tvtm:" + name + ">" + value + "</tvtm:" + name + ">\n";
+}
+inline Bytes attribute(const Bytes& name, const Bytes& value) {
+    return " tvtm:" + name + "=\"" + value + "\"";
+}
+inline Bytes elementPacket(const Bytes& method, const Bytes& lines, const Bytes& version = "5.0") {
+    return packet(element("Version", version) + element("Method", method) + lines);
+}
+inline Bytes lensPacket(const Bytes& property) {
+    return "<rdf:Description xmlns:aux='http://ns.adobe.com/exif/1.0/aux/'>" + property + "</rdf:Description>";
+}
+
+} // namespace test
