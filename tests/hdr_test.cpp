@@ -1,0 +1,126 @@
+// Luminance statistics of HDR buffers, against the definition taken word for word.
+#include "tvmeta.h"
+
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <random>
+#include <vector>
+
+namespace {
+
+using Buffer = std::vector<unsigned char>;
+
+// Pixel by pixel in row order, each value added to one double.
+void measureInOrder(int width, int height, const Buffer& pixels, float results[3]) {
+    float minimum = 99999997952.0F;
+    float maximum = 0.0F;
+    double sum = 0.0;
+    std::uint64_t count = 0;
+    for (int y = 0; y < height; ++y) {
+        const unsigned char* row =
+            pixels.data() + std::size_t{4} * static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
+        for (int x = 0; x < width; ++x) {
+            const int exponent = row[3 * width + x];
+            if (exponent == 0) {
+                continue;
+            }
+            const int luminance = (19 * row[x] + 183 * row[width + x] + 54 * row[2 * width + x]) >> 8;
+            const float value = static_cast<float>(luminance) * static_cast<float>(std::ldexp(1.0, exponent - 128));
+            minimum = value > 0 && value < minimum ? value : minimum;
+            maximum = value > maximum ? value : maximum;
+            sum += static_cast<double>(value);
+            ++count;
+        }
+    }
+    results[0] = minimum;
+    results[1] = maximum;
+    results[2] = count == 0 ? 0.0F : static_cast<float>(sum / static_cast<double>(static_cast<float>(count)));
+}
+
+void expectExact(int width, int height, const Buffer& pixels, const char* what) {
+    float expected[3];
+    measureInOrder(width, height, pixels, expected);
+    float results[3] = {-1, -1, -1};
+    EXPECT_EQ(hdrMinMax(width, height, pixels.data(), results), height);
+    EXPECT_EQ(std::memcmp(results, expected, sizeof results), 0)
+        << what << ' ' << width << 'x' << height << ": " << results[0] << ' ' << results[1] << ' ' << results[2]
+        << ", expected " << expected[0] << ' ' << expected[1] << ' ' << expected[2];
+}
+
+TEST(HdrMinMax, SinglePixels) {
+    const struct {
+        Buffer pixel;
+        float minimum, maximum, mean;
+    } cases[] = {
+        {{255, 255, 255, 128}, 255.0F, 255.0F, 255.0F},
+        {{100, 50, 200, 130}, 340.0F, 340.0F, 340.0F},
+        {{0, 0, 1, 129}, 99999997952.0F, 0.0F, 0.0F}, // darker than the smallest step, yet counted
+        {{255, 255, 255, 0}, 99999997952.0F, 0.0F, 0.0F},
+        {{255, 255, 255, 255}, 99999997952.0F, INFINITY, INFINITY},
+        {{0, 1, 2, 1}, std::ldexp(1.0F, -127), std::ldexp(1.0F, -127), std::ldexp(1.0F, -127)}, // subnormal
+    };
+    for (const auto& test : cases) {
+        float results[3];
+        EXPECT_EQ(hdrMinMax(1, 1, test.pixel.data(), results), 1);
+        EXPECT_EQ(results[0], test.minimum);
+        EXPECT_EQ(results[1], test.maximum);
+        EXPECT_EQ(results[2], test.mean);
+    }
+}
+
+TEST(HdrMinMax, EmptyImages) {
+    const Buffer pixels(64, 100);
+    for (const auto& [width, height, result] : {std::array{0, 3, 3}, {-5, 3, 3}, {3, 0, 0}, {3, -1, 0}}) {
+        float results[3] = {-1, -1, -1};
+        EXPECT_EQ(hdrMinMax(width, height, pixels.data(), results), result);
+        EXPECT_EQ(results[0], 99999997952.0F);
+        EXPECT_EQ(results[1], 0.0F);
+        EXPECT_EQ(results[2], 0.0F);
+    }
+}
+
+TEST(HdrMinMax, EveryDistributionToTheLastBit) {
+    const struct {
+        const char* what;
+        int lowest, highest; // exponents
+        int zeros;           // one pixel in so many is none; 0: none is
+    } distributions[] = {
+        {"photograph", 110, 140, 50}, {"narrow", 127, 128, 0}, {"one exponent", 120, 120, 0}, {"all", 0, 255, 0},
+        {"wide", 60, 190, 0},         {"subnormal", 1, 20, 3}, {"infinite", 240, 255, 0},     {"ties", 100, 154, 0},
+        {"rising", 1, 254, 0},        {"falling", 1, 254, 0},  {"mostly none", 0, 1, 2},
+    };
+    std::mt19937 random(7);
+    for (const auto& distribution : distributions) {
+        for (const int width : {1, 7, 255, 256, 257, 511, 1000}) {
+            for (const int height : {1, 40}) {
+                Buffer pixels(std::size_t{4} * static_cast<std::size_t>(width * height));
+                for (std::size_t i = 0; i < pixels.size(); ++i) {
+                    pixels[i] = static_cast<unsigned char>(random());
+                }
+                std::uniform_int_distribution<int> exponents(distribution.lowest, distribution.highest);
+                const int span = distribution.highest - distribution.lowest;
+                for (int y = 0; y < height; ++y) {
+                    for (int x = 0; x < width; ++x) {
+                        int exponent = exponents(random);
+                        if (std::strcmp(distribution.what, "rising") == 0) {
+                            exponent = distribution.lowest + span * y / height;
+                        } else if (std::strcmp(distribution.what, "falling") == 0) {
+                            exponent = distribution.highest - span * y / height;
+                        }
+                        if (distribution.zeros > 0 && random() % static_cast<unsigned>(distribution.zeros) == 0) {
+                            exponent = 0;
+                        }
+                        pixels[static_cast<std::size_t>((4 * y + 3) * width + x)] =
+                            static_cast<unsigned char>(exponent);
+                    }
+                }
+                expectExact(width, height, pixels, distribution.what);
+            }
+        }
+    }
+}
+
+} // namespace
