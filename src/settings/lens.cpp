@@ -1,0 +1,57 @@
+// The lens name of an XMP text: the EXIF auxiliary property aux:Lens, as an element or an attribute.
+#include "settings/packet_parser.h"
+#include "settings/xmp_names.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace tvmeta {
+
+namespace {
+
+constexpr SearchText LensTag{"aux:Lens", 1};
+constexpr std::string_view LensClosing = "</aux:Lens";
+
+// Where a search for a text of so many bytes stops when it finds none.
+std::int32_t searchEnd(std::string_view text, std::size_t size, std::size_t start) noexcept {
+    const std::size_t last = text.size() + 1 > size ? text.size() + 1 - size : 0;
+    return static_cast<std::int32_t>(std::max(last, start));
+}
+
+// The tag with "=" or ">" behind it, so that longer names which begin with it are passed over.
+std::size_t findLensTag(std::string_view text, std::size_t start) noexcept {
+    for (std::size_t at = findText(text, LensTag, start); at != std::string_view::npos;
+         at = findText(text, LensTag, at + 1)) {
+        const std::string_view behind = textFrom(text, at + LensTag.text.size());
+        if (behind.starts_with('=') || behind.starts_with('>')) {
+            return at;
+        }
+    }
+    return std::string_view::npos;
+}
+
+} // namespace
+
+std::int32_t copyLens(std::string_view text, std::span<char> lens) noexcept {
+    const std::size_t declaration = findQuoted(text, AuxDeclaration);
+    if (declaration == std::string_view::npos) {
+        return searchEnd(text, AuxDeclaration.size(), 0);
+    }
+    const std::size_t start = declaration + AuxDeclaration.size();
+    const std::size_t tag = findLensTag(text, start);
+    if (tag == std::string_view::npos) {
+        return searchEnd(text, LensTag.text.size(), start);
+    }
+    const bool attribute = text[tag + LensTag.text.size()] == '=';
+    const std::size_t value = tag + LensTag.text.size() + (attribute ? 2 : 1);
+    const std::string_view end = attribute ? "\"" : LensClosing;
+    // The end of a value stands within 64 positions; the last one stands for "none".
+    const std::string_view rest = textFrom(text, value);
+    const std::size_t length = std::min(rest.substr(0, LensRoom - 1 + end.size()).find(end), LensRoom);
+    if (length > 0 && length < LensRoom) {
+        rest.copy(lens.data(), std::min(length, lens.size()));
+    }
+    return static_cast<std::int32_t>(value + length);
+}
+
+} // namespace tvmeta

@@ -1,0 +1,111 @@
+#include "settings/methods.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace tvmeta {
+
+namespace {
+
+using enum ValueKind;
+
+// The order is that of the written packet. Reading depends on it in one place: the smoothing mode comes before the
+// smoothing.
+constexpr Parameter DetailsEnhancer[] = {
+    {"Strength", DETAILS_ENHANCER_STRENGTH, VersionedNumber},
+    {"ColorSaturation", DETAILS_ENHANCER_COLOR_SATURATION, VersionedNumber},
+    {"Luminosity", DETAILS_ENHANCER_LUMINOSITY, VersionedNumber},
+    {"WhiteClip", DETAILS_ENHANCER_WHITE_CLIP, Fraction},
+    {"BlackClip", DETAILS_ENHANCER_BLACK_CLIP, Fraction},
+    {"SmoothingMode", DETAILS_ENHANCER_SMOOTHING_MODE, SmoothingMode},
+    {"Smoothing", DETAILS_ENHANCER_SMOOTHING_LEVEL, Smoothing},
+    {"Microcontrast", DETAILS_ENHANCER_MICROCONTRAST, Microcontrast},
+    {"Microsmoothing", DETAILS_ENHANCER_MICROSMOOTHING, VersionedNumber, "NoiseSmoothing"},
+    {"Gamma", DETAILS_ENHANCER_GAMMA, Gamma},
+    {"HighlightsSmoothing", DETAILS_ENHANCER_HIGHLIGHTS_SMOOTHING, VersionedNumber},
+    {"ShadowsSmoothing", DETAILS_ENHANCER_SHADOWS_SMOOTHING, VersionedNumber},
+    {"ShadowsClipping", DETAILS_ENHANCER_SHADOWS_CLIPPING, VersionedNumber},
+    {"ColorTemperature", DETAILS_ENHANCER_COLOR_TEMPERATURE, VersionedNumber},
+    {"SaturationHighlights", DETAILS_ENHANCER_SATURATION_HIGHLIGHTS, VersionedNumber},
+    {"SaturationShadows", DETAILS_ENHANCER_SATURATION_SHADOWS, VersionedNumber},
+    {"IsPano360", DETAILS_ENHANCER_IS_PANO_360, Panorama},
+};
+
+constexpr Parameter ToneCompressor[] = {
+    {"Brightness", TONE_COMPRESSOR_BRIGHTNESS, VersionedNumber},
+    {"Compression", TONE_COMPRESSOR_COMPRESSION, VersionedNumber},
+    {"Contrast", TONE_COMPRESSOR_CONTRAST, VersionedNumber},
+    {"WhiteClip", TONE_COMPRESSOR_WHITE_CLIP, Fraction},
+    {"BlackClip", TONE_COMPRESSOR_BLACK_CLIP, Fraction},
+    {"ColorTemperature", TONE_COMPRESSOR_COLOR_TEMPERATURE, VersionedNumber},
+    {"Saturation", TONE_COMPRESSOR_SATURATION, VersionedNumber},
+};
+
+constexpr Parameter ContrastOptimizer[] = {
+    {"Strength", CONTRAST_OPTIMIZER_STRENGTH, Number},
+    {"ToneCompression", CONTRAST_OPTIMIZER_TONE_COMPRESSION, Number},
+    {"LightingEffect", CONTRAST_OPTIMIZER_LIGHTING_EFFECT, Number},
+    {"WhiteClip", CONTRAST_OPTIMIZER_WHITE_CLIP, Clip},
+    {"BlackClip", CONTRAST_OPTIMIZER_BLACK_CLIP, Clip},
+    {"Midtone", CONTRAST_OPTIMIZER_MIDTONE, Number},
+    {"ColorTemperature", CONTRAST_OPTIMIZER_COLOR_TEMPERATURE, Number},
+    {"Saturation", CONTRAST_OPTIMIZER_SATURATION, Number},
+    {"IsPano360", CONTRAST_OPTIMIZER_IS_PANO_360, Panorama},
+};
+
+constexpr Parameter FusionAdjust[] = {
+    {"Accentuation", FUSION_ADJUST_ACCENTUATION, Number},
+    {"BlendingPoint", FUSION_ADJUST_BLENDING_POINT, Number},
+    {"Shadows", FUSION_ADJUST_SHADOWS, Number},
+    {"Saturation", FUSION_ADJUST_SATURATION, Number},
+    {"WhiteClip", FUSION_ADJUST_WHITE_CLIP, Fraction},
+    {"BlackClip", FUSION_ADJUST_BLACK_CLIP, Fraction},
+    {"MidtonesAdjustment", FUSION_ADJUST_MIDTONES_ADJUSTMENT, Number},
+    {"IsPano360", FUSION_ADJUST_IS_PANO_360, Panorama},
+    {"Sharpness", FUSION_ADJUST_SHARPNESS, Number},
+};
+
+constexpr Parameter FusionIntensive[] = {
+    {"Strength", FUSION_INTENSIVE_STRENGTH, Number},
+    {"Saturation", FUSION_INTENSIVE_SATURATION, Number},
+    {"Radius", FUSION_INTENSIVE_RADIUS, Number},
+};
+
+constexpr Parameter FusionRealEstate[] = {
+    {"DepthHighlights", FUSION_REAL_ESTATE_DEPTH_HIGHLIGHTS, Number},
+    {"Highlights", FUSION_REAL_ESTATE_HIGHLIGHTS, Number},
+    {"Shadows", FUSION_REAL_ESTATE_SHADOWS, Number},
+    {"LocalContrast", FUSION_REAL_ESTATE_LOCAL_CONTRAST, Number},
+    {"Saturation", FUSION_REAL_ESTATE_SATURATION, Number},
+    {"IsPano360", FUSION_REAL_ESTATE_IS_PANO_360, Panorama},
+};
+
+constexpr Method Methods[] = {
+    {METHOD_DETAILS_ENHANCER, "Details Enhancer", "Contrast Enhancer", DetailsEnhancer},
+    {METHOD_TONE_COMPRESSOR, "Tone Compressor", "Smooth Adaptation", ToneCompressor},
+    {METHOD_CONTRAST_OPTIMIZER, "Contrast Optimizer", {}, ContrastOptimizer},
+    {METHOD_FUSION_ADJUST, "Fusion/Adjust", "Fusion/Natural", FusionAdjust},
+    {METHOD_FUSION_INTENSIVE, "Fusion/Intensive", {}, FusionIntensive},
+    {METHOD_FUSION_REAL_ESTATE, "Fusion/Real-Estate", "Fusion/Realistic", FusionRealEstate},
+};
+
+// One value skip and one place per parameter serve both names.
+constexpr bool formerNamesFit(std::span<const Parameter> parameters) noexcept {
+    return std::ranges::all_of(parameters, [](const Parameter& parameter) {
+        return parameter.formerName.empty() || parameter.formerName.size() == parameter.name.size();
+    });
+}
+static_assert(std::ranges::all_of(Methods, [](const Method& method) { return formerNamesFit(method.parameters); }));
+
+} // namespace
+
+std::span<const Method> methods() noexcept {
+    return Methods;
+}
+
+const Method* findMethod(std::int32_t code) noexcept {
+    const auto* const found = std::ranges::find(Methods, code, &Method::code);
+    return found != std::end(Methods) ? found : nullptr;
+}
+
+} // namespace tvmeta

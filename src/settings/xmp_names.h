@@ -1,0 +1,40 @@
+// Settings: the application's processing settings as an XMP packet, read and written.
+//
+// The namespaces of the packet, and the only identity value of the library: the maker's web host. A namespace URI is an
+// identifier that need not resolve; below this top-level domain nobody can own a name (RFC 2606).
+#pragma once
+
+#include "support/text_search.h"
+
+#include <string_view>
+
+#define TVMETA_MAKER_HOST "tonalvista.test"
+#define TVMETA_AUX_URI "http://ns.adobe.com/exif/1.0/aux/"
+#define TVMETA_RDF_URI "http://www.w3.org/1999/02/22-rdf-syntax-ns#"
+
+namespace tvmeta {
+
+static_assert(std::string_view(TVMETA_MAKER_HOST).size() == 15, "readers compare a declaration of fixed length");
+
+// The prefix of every settings property.
+inline constexpr std::string_view SettingsPrefix = "tvtm:";
+
+// The declaration of the settings namespace up to the slash behind the host: what follows holds a number that may vary.
+inline constexpr QuotedText SettingsDeclaration{
+    {"xmlns:tvtm=", 6}, "xmlns:tvtm='http://" TVMETA_MAKER_HOST "/", "xmlns:tvtm=\"http://" TVMETA_MAKER_HOST "/"};
+
+// EXIF auxiliary properties (XMP part 2), of which the lens name is read and written.
+inline constexpr QuotedText AuxDeclaration{
+    {"xmlns:aux=", 7}, "xmlns:aux='" TVMETA_AUX_URI, "xmlns:aux=\"" TVMETA_AUX_URI};
+
+// The opening tags of a packet (XMP part 1): the first without its closing quote, the second whole.
+inline constexpr QuotedText XmpmetaOpening{
+    {"<x:xmpmeta xmlns:x=", 5}, "<x:xmpmeta xmlns:x='adobe:ns:meta/", "<x:xmpmeta xmlns:x=\"adobe:ns:meta/"};
+inline constexpr QuotedText RdfOpening{{"<rdf:RDF xmlns:rdf=", 5},
+                                       "<rdf:RDF xmlns:rdf='" TVMETA_RDF_URI "'>",
+                                       "<rdf:RDF xmlns:rdf=\"" TVMETA_RDF_URI "\">"};
+
+static_assert(SettingsDeclaration.size() == 35 && AuxDeclaration.size() == 44);
+static_assert(XmpmetaOpening.size() == 34 && RdfOpening.size() == 65);
+
+} // namespace tvmeta

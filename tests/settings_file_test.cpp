@@ -1,0 +1,226 @@
+// Settings on their way out and back: packets, settings files, packets inside packets.
+#include "support/files.h"
+#include "tvmeta.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <limits>
+
+using namespace test;
+
+namespace {
+
+const Bytes Opening = "<x:xmpmeta xmlns:x='adobe:ns:meta/'>\n"
+                      "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>\n\n";
+const Bytes Closing = "</rdf:RDF>\n</x:xmpmeta>\n";
+
+Bytes description(const Bytes& lines, const Bytes& number = "01") {
+    return "<rdf:Description rdf:about=''\nxmlns:tvtm='http://" + Bytes(Host) + "/tonalvista_settings" + number +
+           "'>\n" + element("Version", "5.0") + lines + "</rdf:Description>\n\n";
+}
+
+const Bytes Intensive = element("Method", "Fusion/Intensive") + element("Strength", "5.0") +
+                        element("Saturation", "3.0") + element("Radius", "70.0");
+constexpr SettingsValues IntensiveSettings = {5, 3, 70};
+
+// Both passes, which must agree.
+Bytes embed(std::int32_t pass, std::int32_t method, const float* settings, const char* lens = nullptr) {
+    const std::int32_t lensLength = lens != nullptr ? 1 : 0;
+    const std::int32_t size = embed_xmp(0, method, settings, lensLength, lens, nullptr);
+    Bytes text(static_cast<std::size_t>(size) + 2, '\1');
+    const std::int32_t written = embed_xmp(pass, method, settings, lensLength, lens, text.data());
+    EXPECT_EQ(written, size + (pass > 99 ? 1 : 0));
+    EXPECT_EQ(text[static_cast<std::size_t>(written)], '\1');
+    return text.substr(0, static_cast<std::size_t>(written));
+}
+
+TEST(PacketWriter, Blocks) {
+    const Bytes lens = "<rdf:Description rdf:about=''\nxmlns:aux='http://ns.adobe.com/exif/1.0/aux/'>\n"
+                       "<aux:Lens>A<B&C</aux:Lens>\n</rdf:Description>\n\n";
+    const float* settings = IntensiveSettings;
+    EXPECT_EQ(embed(1, 0, nullptr), Opening + Closing);
+    EXPECT_EQ(embed(1, -7, nullptr, "A<B&C"), Opening + lens + Closing);
+    EXPECT_EQ(embed(1, 11, settings, "A<B&C"), Opening + lens + description(Intensive) + Closing);
+    EXPECT_EQ(embed(7, 211, settings), description(Intensive, "07"));
+    EXPECT_EQ(embed(-1, 211, settings), description(Intensive));
+    EXPECT_EQ(embed(123, 211, settings), description(Intensive, "123"));
+    EXPECT_EQ(embed(1, 4, settings), Opening + description("") + Closing);
+    EXPECT_EQ(embed(1, 0, nullptr, Bytes(5000, 'l').c_str()).size(), 247U + 5000U);
+}
+
+// The text of one line of a packet: its value.
+Bytes valueOf(const Bytes& name, std::int32_t method, int slot, float value, SettingsValues settings) {
+    settings[slot] = value;
+    const Bytes text = embed(1, method, settings);
+    const std::size_t start = text.find("<tvtm:" + name + ">") + name.size() + 7;
+    return text.substr(start, text.find('<', start) - start);
+}
+
+TEST(PacketWriter, Values) {
+    constexpr float Nan = std::numeric_limits<float>::quiet_NaN();
+    const struct {
+        const char* name;
+        std::int32_t method;
+        int slot;
+        float value;
+        const char* text;
+    } cases[] = {
+        {"Strength", 1, 1, 0.25F, "0.2"}, // ties go to the even digit, as they are exact
+        {"Strength", 1, 1, 0.35F, "0.3"}, // just below a tie
+        {"Strength", 1, 1, -0.04F, "-0.0"},
+        {"Strength", 1, 1, 1e15F, "999999986991104.0"},
+        {"Strength", 1, 1, -3e38F, "-300000000549775575777803994281145270272.0"},
+        {"Strength", 1, 1, INFINITY, "inf"},
+        {"Strength", 1, 1, -Nan, "-nan"},
+        {"WhiteClip", 1, 3, 0.25F, "0.250000"},
+        {"WhiteClip", 1, 3, 1e-7F, "0.000000"},
+        {"BlackClip", 10, 5, 999999.94F, "999999.937500"},
+        {"Gamma", 1, 8, 0, "2.00"},
+        {"Gamma", 1, 8, 25, "1.41"},
+        {"Gamma", 1, 8, 100, "0.50"},
+        {"WhiteClip", 3, 3, 5, "7.975"},
+        {"BlackClip", 3, 4, 0, "0.000"},
+        {"Smoothing", 1, 5, 2.9F, "Medium  "},
+        {"Smoothing", 1, 5, 0.9F, "Very High"},
+        {"Smoothing", 1, 5, 77, "Very Low"},
+        {"Smoothing", 1, 5, -1, "Very High"},
+        {"Smoothing", 1, 5, Nan, "Very High"},
+        {"Smoothing", 1, 16, 1.9F, "3.5"},
+        {"SmoothingMode", 1, 16, 1.9F, "Slider"},
+        {"SmoothingMode", 1, 16, 2, "Light"},
+        {"SmoothingMode", 1, 16, Nan, "Light"},
+        {"IsPano360", 1, 15, 0.5F, "Yes"},
+        {"IsPano360", 3, 15, -1, "No "},
+        {"IsPano360", 10, 7, Nan, "No "},
+        {"LocalContrast", 15, 8, 4, "4.0"},
+        {"Saturation", 2, 13, -9.95F, "-9.9"},
+    };
+    for (const auto& test : cases) {
+        SettingsValues settings = {};
+        settings[DETAILS_ENHANCER_SMOOTHING_SLIDER] = 3.5F;
+        EXPECT_EQ(valueOf(test.name, test.method, test.slot, test.value, settings), test.text)
+            << test.name << test.value;
+    }
+}
+
+// Every float prints as the C library prints it, in the "C" locale of this test.
+TEST(PacketWriter, NumbersAreThoseOfPrintf) {
+    std::uint32_t bits = 1;
+    for (int i = 0; i < 30'000; ++i) {
+        bits = bits * 1664525 + 1013904223;
+        SettingsValues settings = {};
+        std::memcpy(&settings[0], &bits, sizeof bits);
+        std::memcpy(&settings[4], &bits, sizeof bits);
+        char expected[2][64];
+        std::snprintf(expected[0], sizeof expected[0], "<tvtm:Accentuation>%1.1f<", static_cast<double>(settings[0]));
+        std::snprintf(expected[1], sizeof expected[1], "<tvtm:WhiteClip>%f<", static_cast<double>(settings[4]));
+        const Bytes text = embed(1, METHOD_FUSION_ADJUST, settings);
+        ASSERT_NE(text.find(expected[0]), Bytes::npos) << expected[0];
+        ASSERT_NE(text.find(expected[1]), Bytes::npos) << expected[1];
+    }
+}
+
+TEST(SettingsFile, EveryMethodComesBack) {
+    const TempDir dir;
+    const std::string path = dir.path("settings.xmp");
+    for (const std::int32_t method : {1, 2, 3, 10, 11, 15}) {
+        SettingsValues settings = {};
+        for (int i = 0; i < SETTINGS_SLOTS; ++i) {
+            settings[i] = static_cast<float>(i % 5) + 1.0F;
+        }
+        settings[DETAILS_ENHANCER_SMOOTHING_MODE] = 1.0F;
+        settings[DETAILS_ENHANCER_IS_PANO_360] = 1.0F; // and that of the contrast optimizer
+        settings[FUSION_ADJUST_IS_PANO_360] = 1.0F;    // and that of the real-estate fusion
+        EXPECT_EQ(write_xmp(path.c_str(), method, settings), 1);
+        SettingsValues read = {};
+        EXPECT_GT(read_xmp(path.c_str(), method, read), 46);
+        EXPECT_EQ(read_xmp(path.c_str(), METHOD_DETECT, nullptr), method);
+        EXPECT_EQ(read_xmp(path.c_str(), method == 1 ? 2 : 1, read), -5);
+        SettingsValues twice = {};
+        EXPECT_EQ(write_xmp(path.c_str(), method, read), 1); // what was read is written as it was
+        EXPECT_GT(read_xmp(path.c_str(), method, twice), 46);
+        for (int i = 0; i < SETTINGS_SLOTS; ++i) {
+            EXPECT_NEAR(twice[i], read[i], 0.02F) << method << ' ' << i;
+            EXPECT_TRUE(read[i] == 0.0F || std::fabs(read[i] - settings[i]) < 1.01F) << method << ' ' << i;
+        }
+    }
+}
+
+TEST(SettingsFile, Results) {
+    const TempDir dir;
+    SettingsValues settings = {};
+    EXPECT_EQ(write_xmp(dir.path("four").c_str(), 4, settings), -2);
+    EXPECT_FALSE(std::filesystem::exists(dir.path("four")));
+    EXPECT_EQ(write_xmp(dir.path("none/file").c_str(), 1, settings), -1);
+    EXPECT_EQ(write_xmp("/dev/full", 1, settings), -3);
+    EXPECT_EQ(write_xmp(dir.path("eleven").c_str(), 11, IntensiveSettings), 1);
+    EXPECT_EQ(readFile(dir.path("eleven")), Opening + description(Intensive) + Closing);
+    EXPECT_EQ(read_xmp(dir.path("none").c_str(), METHOD_DETECT, nullptr), -1);
+    EXPECT_EQ(read_xmp(dir.path(".").c_str(), METHOD_DETECT, nullptr), -1);
+    EXPECT_EQ(read_xmp(dir.write("empty", "").c_str(), 1, settings), 0);
+    EXPECT_EQ(read_xmp(dir.path("none").c_str(), MODE_LENS, nullptr), -5);
+}
+
+TEST(ExtractXmp, Regions) {
+    const TempDir dir;
+    const Bytes text = elementPacket("Fusion/Real-Estate", "");
+    const auto count = static_cast<std::int32_t>(text.size());
+    const std::string path = dir.write("image", "ab" + text + "c");
+    const struct {
+        std::int32_t count, offset, result;
+    } cases[] = {{count, 2, 15}, {count + 1, 2, 0}, {count, -1, 0}, {-1, 2, -3}, {INT32_MAX, 2, 0}, {20, 2, 0}};
+    for (const auto& test : cases) {
+        Bytes buffer = zeros(text.size() + 2);
+        EXPECT_EQ(extract_xmp(path.c_str(), test.count, test.offset, buffer.data()), test.result) << test.count;
+    }
+    Bytes unterminated(text.size() + 2, 'x');
+    EXPECT_EQ(extract_xmp(path.c_str(), count, 2, unterminated.data()), -3);
+    EXPECT_EQ(extract_xmp(dir.path("none").c_str(), 1, 0, unterminated.data()), -1);
+    EXPECT_EQ(extract_xmp(dir.write("empty", "").c_str(), 0, 0, unterminated.data()), -1);
+}
+
+TEST(InsertXmp, PlacesTheDescription) {
+    const Bytes added = description(Intensive);
+    const Bytes rdf = "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>";
+    const Bytes meta = "<x:xmpmeta xmlns:x='adobe:ns:meta/'>";
+    const auto doubled = [](Bytes text) {
+        std::replace(text.begin(), text.end(), '\'', '"');
+        return text;
+    };
+    const auto size = [](const Bytes& text) { return -static_cast<std::int32_t>(text.size()); };
+    const Bytes mixed = meta + doubled(rdf).replace(63, 1, "'") + "\n\n  ";
+    const struct {
+        const char* what;
+        Bytes before, behind;
+        std::int32_t failure;
+    } cases[] = {
+        {"this library's own", Opening.substr(0, Opening.size() - 1), "\n" + description("a") + Closing, 0},
+        {"indented line", meta + rdf, "\n  <rdf:Description/>", 0},
+        {"blank line with a carriage return", meta + rdf + "\r", "\nxx", 0},
+        {"two line feeds behind", meta + rdf + "x\n", "\nxx", 0},
+        {"double quotes", doubled(meta + rdf), "\n  ", 0},
+        {"behind other text", "<?xpacket?>" + meta + " " + rdf, "\n  ", 0},
+        {"mixed quotes", mixed, "", size(mixed)},
+        {"no room for an opening", "<x:xmpmeta", "", -34},
+        {"opening ends the data", meta.substr(0, 34), "", -34},
+        {"no RDF opening", meta + zeros(99), "", -static_cast<std::int32_t>(meta.size()) - 99},
+        {"no room for it", meta, "", -34 - 65},
+        {"RDF stands first", rdf + meta + zeros(70), "", size(rdf + meta + zeros(70))},
+        {"two bytes follow", meta + rdf, "xx", -1},
+    };
+    const std::int32_t shift = insert_xmp(0, 11, IntensiveSettings, 0, 0, nullptr);
+    EXPECT_EQ(shift, static_cast<std::int32_t>(added.size()));
+    for (const auto& test : cases) {
+        const Bytes data = test.before + test.behind;
+        Bytes buffer = data + Bytes(added.size() + 1, '!');
+        const std::int32_t result =
+            insert_xmp(1, 11, IntensiveSettings, static_cast<std::int32_t>(data.size()), shift, buffer.data());
+        EXPECT_EQ(result, test.failure < 0 ? test.failure : shift) << test.what;
+        const Bytes expected = test.failure < 0 ? data + Bytes(added.size(), '!') : test.before + added + test.behind;
+        EXPECT_EQ(buffer, expected + "!") << test.what;
+    }
+}
+
+} // namespace

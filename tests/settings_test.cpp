@@ -1,0 +1,215 @@
+// The settings packet parser: detection, parameters in all their forms, lens names.
+#include "support/bytes.h"
+#include "tvmeta.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+using namespace test;
+
+namespace {
+
+using Slots = std::array<float, SETTINGS_SLOTS>;
+
+constexpr float Untouched = 0.5F; // also a smoothing mode that means nothing
+
+std::int32_t parse(std::int32_t method, const Bytes& text, Slots& slots) {
+    slots.fill(Untouched);
+    return get_settings_from_xmp(method, static_cast<std::int32_t>(text.size()) + 1, text.c_str(), nullptr,
+                                 slots.data());
+}
+
+std::int32_t detect(const Bytes& text) {
+    return get_settings_from_xmp(METHOD_DETECT, static_cast<std::int32_t>(text.size()) + 1, text.c_str(), nullptr,
+                                 nullptr);
+}
+
+TEST(Detection, Methods) {
+    const Bytes declaration = packet("");
+    const struct {
+        const char* what;
+        Bytes text;
+        std::int32_t result;
+    } cases[] = {
+        {"details enhancer", elementPacket("Details Enhancer", ""), 1},
+        {"contrast enhancer", elementPacket("Contrast Enhancer", "", "1.0"), 1},
+        {"tone compressor", elementPacket("Tone Compressor", ""), 2},
+        {"smooth adaptation", elementPacket("Smooth Adaptation", ""), 2},
+        {"contrast optimizer", elementPacket("Contrast Optimizer", ""), 3},
+        {"fusion adjust", elementPacket("Fusion/Adjust", ""), 10},
+        {"fusion natural", elementPacket("Fusion/Natural", ""), 10},
+        {"fusion intensive", elementPacket("Fusion/Intensive and more", ""), 11},
+        {"fusion real-estate", elementPacket("Fusion/Real-Estate", ""), 15},
+        {"fusion realistic", elementPacket("Fusion/Realistic", ""), 15},
+        {"unknown name", elementPacket("Fusion/None", ""), 0},
+        {"no declaration", element("Version", "5.0") + element("Method", "Fusion/Adjust"), 0},
+        {"another host", "xmlns:tvtm='http://tonalvista.text/' " + element("Version", "5.0") + element("Method", "x"),
+         0},
+        {"double quotes", packet(element("Version", "5.0") + element("Method", "Fusion/Adjust"), '"'), 10},
+        {"attributes", packet(attribute("Version", "5.0") + attribute("Method", "Fusion/Adjust")), 10},
+        {"no version", packet(element("Method", "Fusion/Adjust")), -5},
+        {"version without a minor part", elementPacket("Fusion/Adjust", "", "5"), -5},
+        {"second version",
+         packet(element("Version", "x") + element("Version", " 2.4") + element("Method", "Fusion/Adjust")), 10},
+        {"method before version", packet(element("Method", "Fusion/Adjust") + element("Version", "5.0")), -5},
+        {"method tag ends the text", declaration + "<tvtm:Version>5.0<tvtm:Method", 0},
+        {"declaration ends the text", declaration.substr(0, declaration.find(".test/") + 6), -5},
+        {"declaration cut", declaration.substr(0, declaration.find(".test/") + 5), 0},
+    };
+    for (const auto& test : cases) {
+        EXPECT_EQ(detect(test.text), test.result) << test.what;
+    }
+}
+
+TEST(Detection, RequestsAndTerminators) {
+    const Bytes text = elementPacket("Fusion/Natural", element("Shadows", "3"));
+    Slots slots;
+    EXPECT_EQ(parse(METHOD_FUSION_ADJUST, text, slots), static_cast<std::int32_t>(text.find("tvtm:Method")));
+    EXPECT_EQ(slots[FUSION_ADJUST_SHADOWS], 3.0F);
+    for (const std::int32_t request : {15, 0, 4, 99, 101, -2}) {
+        EXPECT_EQ(parse(request, text, slots), -5) << request;
+        EXPECT_EQ(slots[FUSION_ADJUST_SHADOWS], Untouched);
+        EXPECT_EQ(parse(request, elementPacket("Unknown", ""), slots), -5) << request;
+    }
+    const auto size = static_cast<std::int32_t>(text.size());
+    for (const std::int32_t request : {METHOD_DETECT + 0, METHOD_FUSION_ADJUST + 0, MODE_LENS + 0}) {
+        char lens[64] = {};
+        EXPECT_EQ(get_settings_from_xmp(request, size, text.c_str(), lens, slots.data()), -3);
+        EXPECT_EQ(get_settings_from_xmp(request, 0, text.c_str(), lens, slots.data()), -3);
+    }
+}
+
+TEST(Parameters, ValuesByFormAndVersion) {
+    const std::int32_t details = METHOD_DETAILS_ENHANCER;
+    const std::int32_t optimizer = METHOD_CONTRAST_OPTIMIZER;
+    const struct {
+        const char* what;
+        std::int32_t method;
+        Bytes name;
+        const char* version;
+        Bytes lines;
+        int slot;
+        float value;
+    } cases[] = {
+        {"float", details, "Details Enhancer", "5.0", element("Strength", "45.7"), 1, 45.7F},
+        {"integer in old packets", details, "Details Enhancer", "2.4", element("Strength", "45.7"), 1, 45.0F},
+        {"fraction in old packets", details, "Details Enhancer", "2.4", element("WhiteClip", "0.25"), 3, 0.25F},
+        {"integer saturates", details, "Details Enhancer", "2.4", element("Strength", "-99999999999"), 1,
+         -2147483648.0F},
+        {"float overflows", details, "Details Enhancer", "5.0", element("Strength", "-1e99"), 1, -INFINITY},
+        {"float underflows", details, "Details Enhancer", "5.0", element("Strength", "1e-99"), 1, 0.0F},
+        {"long digits", optimizer, "Contrast Optimizer", "5.0", element("Strength", "0." + Bytes(99, '0') + "25e101"),
+         0, 25.0F},
+        {"white space and sign", details, "Details Enhancer", "5.0", element("Strength", "\n +.5e1x"), 1, 5.0F},
+        {"no number", details, "Details Enhancer", "5.0", element("Strength", "."), 1, Untouched},
+        {"empty, then a digit", details, "Details Enhancer", "5.0", element("Strength", "x7"), 1, 7.0F},
+        {"attribute in an element packet", details, "Details Enhancer", "5.0", attribute("Strength", "8"), 1, 8.0F},
+        {"only the first tag", details, "Details Enhancer", "5.0",
+         element("Strength", "a b") + element("Strength", "2"), 1, Untouched},
+        {"prefix of a longer name", details, "Details Enhancer", "5.0", "tvtm:StrengthX9", 1, 9.0F},
+        {"tag ends the text", details, "Details Enhancer", "5.0", "", 1, Untouched},
+        {"word in old packets", details, "Details Enhancer", "2.4", element("Microcontrast", "Medium Low"), 6, -6.0F},
+        {"shorter word", details, "Details Enhancer", "2.0", element("Microcontrast", "Medium"), 6, -2.0F},
+        {"number from 2.5 on", details, "Details Enhancer", "2.5", element("Microcontrast", "-3.9"), 6, -3.0F},
+        {"number in 1.5", details, "Details Enhancer", "1.5", element("Microcontrast", "-3.9"), 6, -3.0F},
+        {"former name", details, "Details Enhancer", "5.0", element("NoiseSmoothing", "4"), 7, 4.0F},
+        {"gamma 2", details, "Details Enhancer", "5.0", element("Gamma", "2.0"), 8, 0.0F},
+        {"gamma 0.5", details, "Details Enhancer", "5.0", element("Gamma", "0.50"), 8, 100.0F},
+        {"no gamma", details, "Details Enhancer", "5.0", "", 8, 50.0F},
+        {"unreadable gamma", details, "Details Enhancer", "5.0", element("Gamma", "x y"), 8, Untouched},
+        {"gamma 0", details, "Details Enhancer", "5.0", element("Gamma", "0"), 8, INFINITY},
+        {"panorama", details, "Details Enhancer", "5.0", element("IsPano360", "Yes"), 15, 1.0F},
+        {"lower case is no", details, "Details Enhancer", "5.0", element("IsPano360", "yes"), 15, 0.0F},
+        {"clip", optimizer, "Contrast Optimizer", "5.0", element("WhiteClip", "10.0"), 3, 10.0F},
+        {"clip curve", optimizer, "Contrast Optimizer", "5.0", element("BlackClip", "5.0"), 4, 1.1958244F},
+        {"second description", METHOD_FUSION_INTENSIVE, "Fusion/Intensive", "5.0",
+         "</x>" + packet(element("Radius", "4")), 2, 4.0F},
+    };
+    for (const auto& test : cases) {
+        Slots slots;
+        EXPECT_GT(parse(test.method, elementPacket(test.name, test.lines, test.version), slots), 46) << test.what;
+        EXPECT_FLOAT_EQ(slots[static_cast<std::size_t>(test.slot)], test.value) << test.what;
+    }
+}
+
+TEST(Parameters, SmoothingFollowsItsMode) {
+    const auto details = [](const Bytes& lines) { return elementPacket("Details Enhancer", lines); };
+    const struct {
+        const char* what;
+        Bytes text;
+        float mode, level, slider;
+    } cases[] = {
+        {"light", details(element("Smoothing", "Very Low") + element("SmoothingMode", "Light")), 0, 4, Untouched},
+        {"slider", details(element("SmoothingMode", "Slider") + element("Smoothing", "35.5")), 1, Untouched, 35.5F},
+        {"the caller's mode", details(element("Smoothing", "Low     ")), Untouched, Untouched, Untouched},
+        {"unknown mode", details(element("SmoothingMode", "None") + element("Smoothing", "3")), Untouched, Untouched,
+         Untouched},
+        {"attributes",
+         packet(attribute("Version", "5.0") + attribute("Method", "Details Enhancer") +
+                attribute("SmoothingMode", "Light") + attribute("Smoothing", "Medium")),
+         0, 2, Untouched},
+    };
+    for (const auto& test : cases) {
+        Slots slots;
+        EXPECT_GT(parse(METHOD_DETAILS_ENHANCER, test.text, slots), 46) << test.what;
+        EXPECT_EQ(slots[DETAILS_ENHANCER_SMOOTHING_MODE], test.mode) << test.what;
+        EXPECT_EQ(slots[DETAILS_ENHANCER_SMOOTHING_LEVEL], test.level) << test.what;
+        EXPECT_EQ(slots[DETAILS_ENHANCER_SMOOTHING_SLIDER], test.slider) << test.what;
+    }
+}
+
+// Whatever block of the search a tag falls into, and however much surrounds it.
+TEST(Parameters, AreFoundAtEveryDistance) {
+    for (std::size_t distance = 0; distance < 600; ++distance) {
+        const Bytes filler = Bytes(distance, 't');
+        const Bytes text = filler + elementPacket("Fusion/Intensive", filler + element("Radius", "70.0")) + filler;
+        Slots slots;
+        ASSERT_EQ(parse(METHOD_FUSION_INTENSIVE, text, slots), static_cast<std::int32_t>(text.find("tvtm:Method")));
+        ASSERT_EQ(slots[FUSION_INTENSIVE_RADIUS], 70.0F) << distance;
+    }
+}
+
+TEST(Lens, FormsAndLengths) {
+    const Bytes longest(63, 'l');
+    const Bytes tooLong(64, 'l');
+    const struct {
+        const char* what;
+        Bytes text;
+        Bytes lens;
+        std::int32_t fromValue; // result, counted from the value; -1: where a search for the tag ends
+    } cases[] = {
+        {"element", lensPacket("<aux:Lens>TV 35mm f/1.8 wide lens</aux:Lens>"), "TV 35mm f/1.8 wide lens", 23},
+        {"attribute", lensPacket("aux:Lens=\"TV\""), "TV", 2},
+        {"single closing quote", lensPacket("aux:Lens='TV'") + zeros(64), "", 64},
+        {"longer name first", lensPacket("<aux:LensInfo>1</aux:LensInfo><aux:Lens>TV</aux:Lens>"), "TV", 2},
+        {"longest", lensPacket("<aux:Lens>" + longest + "</aux:Lens>"), longest, 63},
+        {"too long", lensPacket("<aux:Lens>" + tooLong + "</aux:Lens>"), "", 64},
+        {"empty", lensPacket("<aux:Lens></aux:Lens>"), "", 0},
+        {"cut", lensPacket("<aux:Lens>TV").substr(0, lensPacket("<aux:Lens>TV").find("TV") + 2), "", 64},
+        {"absent", lensPacket("<aux:LensID>7</aux:LensID>"), "", -1},
+    };
+    for (const auto& test : cases) {
+        char lens[64] = {};
+        const auto length = static_cast<std::int32_t>(test.text.size()) + 1;
+        const std::size_t tag = std::min(test.text.find("aux:Lens>"), test.text.find("aux:Lens="));
+        const auto value = static_cast<std::int32_t>(tag + (test.text[tag + 8] == '=' ? 10 : 9));
+        const std::int32_t expected = test.fromValue < 0 ? length - 8 : value + test.fromValue;
+        EXPECT_EQ(get_settings_from_xmp(MODE_LENS, length, test.text.c_str(), lens, nullptr), expected) << test.what;
+        EXPECT_EQ(Bytes(lens, 64), test.lens + zeros(64 - test.lens.size())) << test.what;
+    }
+    char lens[64] = {};
+    EXPECT_EQ(get_settings_from_xmp(MODE_LENS, 101, Bytes(100, 'x').c_str(), lens, nullptr), 101 - 44);
+    EXPECT_EQ(get_settings_from_xmp(MODE_LENS, 1, "", lens, nullptr), 0);
+}
+
+TEST(Occurrences, BothQuotesCount) {
+    const Bytes text = packet("a") + "xmlns:tvtm='http://another.test/'" + packet("b", '"');
+    EXPECT_EQ(tvsettings_occurences_in_xmp(static_cast<std::int32_t>(text.size()) + 1, text.c_str()), 2);
+    EXPECT_EQ(tvsettings_occurences_in_xmp(static_cast<std::int32_t>(text.size()), text.c_str()), -3);
+    EXPECT_EQ(tvsettings_occurences_in_xmp(1, ""), 0);
+}
+
+} // namespace
