@@ -1,0 +1,110 @@
+// The EXIF directory (EXIF 2.3, sections 4.6.3 and 4.6.5).
+#include "metadata/exif_info.h"
+
+#include <cmath>
+#include <cstdint>
+
+namespace tvmeta {
+
+namespace {
+
+constexpr double Ln2 = 0.6931471805599453;
+
+float quotient(const Rational& rational) noexcept {
+    return static_cast<float>(rational.numerator) / static_cast<float>(rational.denominator);
+}
+
+// Gives the field the rational that stands at the reader, unless its denominator makes it none.
+void readFloat(const TiffStructure& tiff, float& field) noexcept {
+    const Rational rational = tiff.readRational();
+    if (rational.denominator > 0) {
+        field = quotient(rational);
+    }
+}
+
+// APEX: a shutter speed value v stands for 2^-v seconds. Cameras write 0 for "unknown", which gives 0 seconds.
+float readShutterSpeed(const TiffStructure& tiff) noexcept {
+    const Rational rational = tiff.readRational();
+    const float value = rational.denominator != 0 ? quotient(rational) : static_cast<float>(rational.numerator);
+    return value != 0.0F ? static_cast<float>(1.0 / std::exp(static_cast<double>(value) * Ln2)) : 0.0F;
+}
+
+std::int32_t readExposureIndex(const TiffStructure& tiff) noexcept {
+    const Rational rational = tiff.readRational();
+    return rational.denominator > 0 ? rational.numerator / rational.denominator : rational.numerator;
+}
+
+void readEntry(const TiffStructure& tiff, const DirectoryEntry& entry, ExifInfo& info, float& shutterSpeed) noexcept {
+    tiff.seekToValue(entry);
+    switch (entry.tag) {
+    case exif_tag::ExposureTime:
+        readFloat(tiff, info.exposureTime);
+        break;
+    case exif_tag::FNumber:
+        readFloat(tiff, info.fNumber);
+        break;
+    case exif_tag::IsoSpeedRatings:
+        info.isoSpeed = entry.value;
+        break;
+    case exif_tag::DateTimeOriginal:
+        tiff.reader.readLine(info.dateTimeOriginal);
+        break;
+    case exif_tag::ShutterSpeedValue:
+        shutterSpeed = readShutterSpeed(tiff);
+        break;
+    case exif_tag::ApertureValue:
+    case exif_tag::MaxApertureValue:
+        if (info.fNumber == 0.0F) {
+            readFloat(tiff, info.fNumber);
+        }
+        break;
+    case exif_tag::FocalLength:
+        readFloat(tiff, info.focalLength);
+        break;
+    case exif_tag::FocalPlaneXResolution:
+        readFloat(tiff, info.focalPlaneXResolution);
+        break;
+    case exif_tag::FocalPlaneResolutionUnit:
+        info.focalPlaneResolutionUnit = entry.value;
+        break;
+    case exif_tag::ExposureIndex:
+        if (info.isoSpeed == 0) {
+            info.isoSpeed = readExposureIndex(tiff);
+        }
+        break;
+    case exif_tag::FocalLengthIn35mmFilm:
+        info.focalLength35mm = entry.value;
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace
+
+void readExifDirectory(const TiffStructure& tiff, WorkBudget& budget, ExifInfo& info) noexcept {
+    const std::uint16_t count = tiff.read16();
+    if (count == 0 || !budget.takeEntries(count)) {
+        return;
+    }
+    float shutterSpeed = 0.0F;
+    DirectoryReader directory(tiff, count);
+    for (DirectoryEntry entry; directory.next(entry);) {
+        readEntry(tiff, entry, info, shutterSpeed);
+    }
+    if (info.exposureTime == 0.0F && shutterSpeed > 0.0F) {
+        info.exposureTime = shutterSpeed;
+    }
+}
+
+} // namespace tvmeta
+
+std::int32_t parse_exif_data(FILE* stream, std::int32_t, std::int32_t byteOrder, std::int32_t tiffBase,
+                             ExifInfo* info) noexcept {
+    if (stream != nullptr && info != nullptr) {
+        tvmeta::LentStreamReader reader(stream);
+        tvmeta::WorkBudget budget;
+        tvmeta::readExifDirectory({reader, tvmeta::byteOrderOf(byteOrder), tiffBase}, budget, *info);
+    }
+    return 1;
+}

@@ -1,0 +1,16 @@
+// Metadata: image resources of Photoshop files, and of the segments and tags that carry them elsewhere: a signature, an
+// identifier, a name, a data size, the data.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+namespace tvmeta::photoshop {
+
+inline constexpr std::array<unsigned char, 4> Signature = {'8', 'B', 'I', 'M'};
+
+inline constexpr std::uint16_t IptcBlock = 0x0404;
+inline constexpr std::uint16_t Thumbnail = 0x040C;
+inline constexpr std::uint16_t ExifData = 0x0422;
+
+} // namespace tvmeta::photoshop

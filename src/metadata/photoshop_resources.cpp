@@ -1,0 +1,94 @@
+// The thumbnail and the IPTC block among Photoshop image resources. The block is scanned, not walked: files whose
+// resources do not follow each other as they should still show what they hold.
+#include "metadata/exif_info.h"
+#include "metadata/payload.h"
+#include "metadata/photoshop_resource.h"
+#include "support/bytes.h"
+#include "support/text_search.h"
+#include "support/zeroed_buffer.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <string_view>
+
+namespace tvmeta {
+
+namespace {
+
+constexpr std::size_t HeaderSize = 8; // signature, identifier, and the two bytes of an empty name
+constexpr SearchText Signature{"8BIM", 0};
+
+// Behind the header and the data size: format, then the numbers below, then the JPEG data. The total size, the bits per
+// pixel and the number of planes are of no interest.
+constexpr std::int64_t ThumbnailWidthOffset = 16;
+
+void readThumbnail(StreamReader& reader, ExifInfo& info) noexcept {
+    info.thumbnailWidth = reader.read32(ByteOrder::Big);
+    info.thumbnailHeight = reader.read32(ByteOrder::Big);
+    info.thumbnailRowBytes = reader.read32(ByteOrder::Big);
+    reader.read32(ByteOrder::Big);
+    info.thumbnailLength = reader.read32(ByteOrder::Big);
+    reader.read32(ByteOrder::Big);
+    info.thumbnailOffset = static_cast<std::int32_t>(reader.position());
+}
+
+void readIptc(StreamReader& reader, ExifInfo& info) noexcept {
+    info.iptcLength = reader.read32(ByteOrder::Big);
+    info.iptcOffset = static_cast<std::int32_t>(reader.position());
+}
+
+// Acts on the resource whose header stands at `position`. True if it is a thumbnail.
+bool readResource(StreamReader& reader, std::string_view header, std::int64_t position, ExifInfo& info) noexcept {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(header.data());
+    const std::uint16_t id = loadBe16(bytes + photoshop::Signature.size());
+    if (id == photoshop::Thumbnail) {
+        reader.seek(position + ThumbnailWidthOffset);
+        readThumbnail(reader, info);
+        return true;
+    }
+    const bool unnamed = loadBe16(bytes + photoshop::Signature.size() + 2) == 0;
+    if (id == photoshop::IptcBlock && unnamed) {
+        reader.seek(position + static_cast<std::int64_t>(HeaderSize));
+        readIptc(reader, info);
+    }
+    return false;
+}
+
+} // namespace
+
+std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, WorkBudget& budget,
+                                    ExifInfo& info) noexcept {
+    constexpr std::int32_t NoMemory = -4;
+    constexpr std::int32_t NoThumbnail = 1;
+    // What the file does not fill counts as zeros, of which a header can hold two behind its identifier.
+    constexpr std::int64_t ZerosSeen = 2;
+    if (size <= 0 || budget.payloadBytes <= 0) {
+        return NoThumbnail;
+    }
+    const std::int64_t start = reader.position();
+    ZeroedBuffer block(static_cast<std::size_t>(std::min<std::int64_t>(size, fillable(reader, size) + ZerosSeen)));
+    if (!block) {
+        return NoMemory;
+    }
+    budget.payloadBytes -= static_cast<std::int64_t>(reader.read(block.bytes()));
+    std::int32_t result = NoThumbnail;
+    const std::string_view text(block.text(), block.size());
+    for (std::size_t at = findText(text, Signature); at != std::string_view::npos && text.size() - at >= HeaderSize;
+         at = findText(text, Signature, at + 1)) {
+        if (readResource(reader, textFrom(text, at), start + static_cast<std::int64_t>(at), info)) {
+            result = info.thumbnailLength;
+        }
+    }
+    return result;
+}
+
+} // namespace tvmeta
+
+std::int32_t parse_photoshop_data(FILE* stream, std::int32_t size, ExifInfo* info) noexcept {
+    if (stream == nullptr || info == nullptr) {
+        return -4;
+    }
+    tvmeta::LentStreamReader reader(stream);
+    tvmeta::WorkBudget budget;
+    return tvmeta::readPhotoshopResources(reader, size, budget, *info);
+}

@@ -1,0 +1,129 @@
+#include "metadata/stream_reader.h"
+
+#include "support/bytes.h"
+#include "support/file.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace tvmeta {
+
+StreamReader::StreamReader(std::FILE* stream, std::int64_t position) noexcept
+    : stream_(stream), position_(position), streamPosition_(position), end_(position < 0 ? INT64_MIN : INT64_MAX) {}
+
+bool StreamReader::seek(std::int64_t position) noexcept {
+    if (position < 0) {
+        return false;
+    }
+    position_ = position;
+    return true;
+}
+
+// The bytes of the window from the position on.
+std::span<const unsigned char> StreamReader::window() const noexcept {
+    const std::int64_t offset = position_ - windowStart_;
+    if (offset < 0 || static_cast<std::uint64_t>(offset) >= windowSize_) {
+        return {};
+    }
+    return std::span(window_).first(windowSize_).subspan(static_cast<std::size_t>(offset));
+}
+
+// Reads from the position on, without moving it, and learns where the file ends.
+std::size_t StreamReader::readStream(unsigned char* block, std::size_t size) noexcept {
+    if (position_ >= end_) {
+        return 0;
+    }
+    if (streamPosition_ != position_ && !seekTo(stream_, position_)) {
+        return 0;
+    }
+    const std::size_t count = std::fread(block, 1, size, stream_);
+    streamPosition_ = position_ + static_cast<std::int64_t>(count);
+    if (count < size) {
+        end_ = streamPosition_;
+    }
+    return count;
+}
+
+bool StreamReader::fill() noexcept {
+    if (position_ >= end_) {
+        return false;
+    }
+    windowSize_ = readStream(window_.data(), window_.size());
+    windowStart_ = position_;
+    return windowSize_ > 0;
+}
+
+int StreamReader::get() noexcept {
+    if (window().empty() && !fill()) {
+        return EOF;
+    }
+    const int byte = window().front();
+    ++position_;
+    return byte;
+}
+
+std::uint16_t StreamReader::read16(ByteOrder order) noexcept {
+    const int b0 = get();
+    const int b1 = get();
+    return combine16(order, b0, b1);
+}
+
+std::int32_t StreamReader::read32(ByteOrder order) noexcept {
+    const int b0 = get();
+    const int b1 = get();
+    const int b2 = get();
+    const int b3 = get();
+    return combine32(order, b0, b1, b2, b3);
+}
+
+std::size_t StreamReader::read(std::span<unsigned char> block) noexcept {
+    std::size_t done = 0;
+    while (done < block.size()) {
+        const std::span<unsigned char> rest = block.subspan(done);
+        std::size_t count = std::min(window().size(), rest.size());
+        copyBytes(rest.data(), window().data(), count);
+        if (count == 0 && rest.size() >= WindowSize) {
+            count = readStream(rest.data(), rest.size());
+        }
+        position_ += static_cast<std::int64_t>(count);
+        done += count;
+        if (count == 0 && !fill()) {
+            break;
+        }
+    }
+    return done;
+}
+
+void StreamReader::readLine(std::span<char> text) noexcept {
+    std::size_t size = 0;
+    while (size + 1 < text.size()) {
+        const int byte = get();
+        if (byte == EOF) {
+            break;
+        }
+        text[size++] = static_cast<char>(byte);
+        if (byte == '\n') {
+            break;
+        }
+    }
+    if (size > 0) {
+        text[size] = '\0';
+    }
+}
+
+std::int64_t StreamReader::remaining() noexcept {
+    const std::int64_t size = measure(stream_);
+    streamPosition_ = size;
+    return std::max<std::int64_t>(size - position_, 0);
+}
+
+void StreamReader::leave() noexcept {
+    if (streamPosition_ != position_) {
+        seekTo(stream_, position_);
+    }
+}
+
+// A stream that cannot tell its position cannot be read by offsets: it counts as one that has ended.
+LentStreamReader::LentStreamReader(std::FILE* stream) noexcept : StreamReader(stream, std::ftell(stream)) {}
+
+} // namespace tvmeta

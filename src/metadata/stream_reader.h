@@ -1,0 +1,76 @@
+// Metadata: the one door through which file bytes come in.
+#pragma once
+
+#include "metadata/byte_order.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <span>
+
+namespace tvmeta {
+
+// A stream seen through a window of a few KiB, with a logical position of its own.
+//
+// Moving costs nothing until a byte is wanted from outside the window. What a stream does at its edges holds here too:
+//  - a position before the start is refused, and the reader stays where it is;
+//  - a position behind the end is taken; there, as at the end, a read yields nothing and does not move.
+// A read error ends the file where it happens.
+class StreamReader {
+  public:
+    // The stream stands at `position`, from which the reader starts; a negative one means that it cannot tell, and
+    // reads as a file that has ended.
+    StreamReader(std::FILE* stream, std::int64_t position) noexcept;
+
+    std::int64_t position() const noexcept { return position_; }
+
+    // Moves to a position; false if it lies before the start.
+    bool seek(std::int64_t position) noexcept;
+    bool skip(std::int64_t count) noexcept { return seek(position_ + count); }
+
+    // One byte; EOF where there is none.
+    int get() noexcept;
+    std::uint16_t read16(ByteOrder order) noexcept;
+    std::int32_t read32(ByteOrder order) noexcept;
+
+    // As many bytes as there are, up to the size of the block; returns their number.
+    std::size_t read(std::span<unsigned char> block) noexcept;
+
+    // A line, newline included, of at most text.size() - 1 bytes, and its terminator. Without a byte to be read the
+    // text stays as it is.
+    void readLine(std::span<char> text) noexcept;
+
+    // The bytes from here to the end of the file. Asks the system.
+    std::int64_t remaining() noexcept;
+
+  protected:
+    // Puts the stream where the reader is.
+    void leave() noexcept;
+
+  private:
+    bool fill() noexcept;
+    std::size_t readStream(unsigned char* block, std::size_t size) noexcept;
+    std::span<const unsigned char> window() const noexcept;
+
+    static constexpr std::size_t WindowSize = 4096; // a page: what one read costs anyway
+
+    std::FILE* stream_;
+    std::int64_t position_;
+    std::int64_t streamPosition_; // where the stream stands
+    std::int64_t end_;            // end of the file, once it has been met
+    std::int64_t windowStart_ = 0;
+    std::size_t windowSize_ = 0; // bytes of window_ that hold file bytes from windowStart_ on
+    std::array<unsigned char, WindowSize> window_;
+};
+
+// A reader of a stream that a caller lends: starts where the stream stands and leaves it where the reader was.
+class LentStreamReader : public StreamReader {
+  public:
+    explicit LentStreamReader(std::FILE* stream) noexcept;
+    ~LentStreamReader() { leave(); }
+    LentStreamReader(const LentStreamReader&) = delete;
+    LentStreamReader& operator=(const LentStreamReader&) = delete;
+};
+
+} // namespace tvmeta

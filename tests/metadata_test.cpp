@@ -1,0 +1,299 @@
+// Reading a photograph: containers, directories, and the byte-order readers below them.
+#include "support/files.h"
+#include "tvmeta.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+using namespace test;
+
+namespace {
+
+struct Reading {
+    std::int32_t result;
+    ExifInfo info;
+};
+
+Reading readBytes(const Bytes& bytes, std::int32_t fileType) {
+    const TempDir dir;
+    Reading reading;
+    std::memset(&reading.info, 0xA5, sizeof reading.info);
+    reading.result = getExifData(dir.write("photo", bytes).c_str(), fileType, &reading.info);
+    return reading;
+}
+
+// A photograph with every tag that directories are read for. The EXIF directory has its entries in ascending order.
+Bytes fullTiff(bool little) {
+    Tiff tiff(little);
+    const std::uint32_t exif =
+        tiff.add({tiff.rationalEntry(33434, 1, 60), tiff.rationalEntry(33437, 28, 10), tiff.shortEntry(34855, 400),
+                  tiff.textEntry(36867, "2013:05:01 12:00:00"), tiff.rationalEntry(37377, 6, 1),
+                  tiff.rationalEntry(37378, 5, 1), tiff.rationalEntry(37386, 50, 1), tiff.rationalEntry(41486, 5000, 1),
+                  tiff.shortEntry(41488, 3), tiff.shortEntry(41989, 75)});
+    const Bytes position = tiff.rational(48, 1) + tiff.rational(51, 1) + tiff.rational(2996, 100);
+    const std::uint32_t gps = tiff.add({{1, 2, 2, "N"},
+                                        {2, 5, 3, position},
+                                        {3, 2, 2, "E"},
+                                        {4, 5, 5, position},
+                                        {5, 1, 1, "\x01"},
+                                        {6, 5, 1, tiff.rational(35, 1)},
+                                        {7, 5, 2, tiff.rational(12, 1) + tiff.rational(30, 1)},
+                                        tiff.textEntry(29, "2013:05:01")});
+    const std::uint32_t thumbnail = tiff.add({tiff.longEntry(513, 1000), tiff.longEntry(514, 2000)});
+    return tiff.finish(tiff.add({tiff.textEntry(272, "TV-100"),
+                                 tiff.shortEntry(274, 6),
+                                 tiff.longEntry(513, 77),
+                                 {700, 1, 500, tiff.n32(3000)},
+                                 {33723, 4, 25, tiff.n32(4000)},
+                                 tiff.longEntry(34665, exif),
+                                 tiff.longEntry(34853, gps)},
+                                thumbnail));
+}
+
+void expectFullRecord(const ExifInfo& info, std::int32_t base) {
+    EXPECT_STREQ(info.model, "TV-100");
+    EXPECT_EQ(info.exposureTime, 1.0F / 60.0F);
+    EXPECT_EQ(info.fNumber, 2.8F);
+    EXPECT_EQ(info.isoSpeed, 400);
+    EXPECT_STREQ(info.dateTimeOriginal, "2013:05:01 12:00:00");
+    EXPECT_EQ(info.focalLength, 50.0F);
+    EXPECT_EQ(info.focalPlaneXResolution, 5000.0F);
+    EXPECT_EQ(info.focalPlaneResolutionUnit, 3);
+    EXPECT_EQ(info.focalLength35mm, 75);
+    EXPECT_EQ(info.orientation, 6);
+    EXPECT_EQ(info.thumbnailOffset, 1000 + base);
+    EXPECT_EQ(info.thumbnailLength, 2000);
+    EXPECT_EQ(info.xmpLength, 500);
+    EXPECT_EQ(info.xmpOffset, 3000);
+    EXPECT_EQ(info.iptcLength, 100);
+    EXPECT_EQ(info.iptcOffset, 4000);
+    EXPECT_EQ(info.gpsLatitudeRef, 'N');
+    EXPECT_EQ(info.gpsLatitude[4], 2996U);
+    EXPECT_EQ(info.gpsLongitudeRef, 'E');
+    EXPECT_EQ(info.gpsLongitude[5], 100U);
+    EXPECT_EQ(info.gpsAltitudeRef, 1);
+    EXPECT_EQ(info.gpsAltitude[0], 35U);
+    EXPECT_EQ(info.gpsTimeStamp[2], 30U);
+    EXPECT_EQ(info.gpsTimeStamp[4], 0U); // the entry counts two of the three
+    EXPECT_STREQ(info.gpsDateStamp, "2013:05:01");
+}
+
+TEST(Containers, AllLeadToTheSameRecord) {
+    for (const bool little : {true, false}) {
+        const Bytes tiff = fullTiff(little);
+        const Reading plain = readBytes(tiff, FILE_TYPE_TIFF);
+        EXPECT_EQ(plain.result, 1);
+        expectFullRecord(plain.info, 0);
+        const Reading inJpeg = readBytes(jpeg(segment(0xE0, "JFIF") + exifSegment(tiff)), FILE_TYPE_JPEG);
+        EXPECT_EQ(inJpeg.result, 1);
+        expectFullRecord(inJpeg.info, 2 + 8 + 4 + 6);
+        // A three-character name takes four bytes, seven bytes of data eight.
+        const Bytes first = resource(1036, Bytes(7, 'x'), "\3abc");
+        const Reading inPsd = readBytes(psd(first + resource(1058, tiff)), FILE_TYPE_PSD);
+        EXPECT_EQ(inPsd.result, 1);
+        expectFullRecord(inPsd.info, 34 + static_cast<std::int32_t>(first.size()) + 12);
+    }
+}
+
+TEST(Containers, Results) {
+    const Bytes tiff = fullTiff(true);
+    const Bytes exif = exifSegment(tiff);
+    const Bytes fill(5, '\xFF');
+    const struct {
+        const char* what;
+        std::int32_t fileType;
+        Bytes bytes;
+        std::int32_t result;
+        const char* message;
+    } cases[] = {
+        {"no start of image", FILE_TYPE_JPEG, "\xFF\xD9", -1, ""},
+        {"empty JPEG", FILE_TYPE_JPEG, "", -1, ""},
+        {"no EXIF before the image", FILE_TYPE_JPEG, jpeg(segment(0xE0, "JFIF")), -2, ""},
+        {"XMP stands first", FILE_TYPE_JPEG, jpeg(xmpSegment("x") + exif), -2, ""},
+        {"fill bytes", FILE_TYPE_JPEG, "\xFF\xD8" + fill, -1, "too many padding bytes\n"},
+        {"ends at a marker", FILE_TYPE_JPEG, "\xFF\xD8" + segment(0xE0, "JFIF"), -1, "too many padding bytes\n"},
+        {"four fill bytes", FILE_TYPE_JPEG, "\xFF\xD8\xFF\xFF\xFF" + exif + "\xFF\xD9", -10, ""},
+        {"short segment", FILE_TYPE_JPEG, "\xFF\xD8\xFF\xE0" + be16(1), -1, "invalid marker\n"},
+        {"short EXIF segment", FILE_TYPE_JPEG, "\xFF\xD8\xFF\xE1" + be16(1), -1, "invalid marker\n"},
+        {"short segment before XMP", FILE_TYPE_JPEG, "\xFF\xD8" + exif + "\xFF\xE0" + be16(0), -1, "invalid marker\n"},
+        {"fill bytes before XMP", FILE_TYPE_JPEG, "\xFF\xD8" + exif + fill, -10, ""},
+        {"stray byte behind EXIF", FILE_TYPE_JPEG, "\xFF\xD8" + exif + "x\xDA", -10, ""},
+        {"not EXIF", FILE_TYPE_JPEG, jpeg(segment(0xE1, "Exif\1\1" + Bytes("no TIFF"))), -2, ""},
+        {"short APP13", FILE_TYPE_JPEG, "\xFF\xD8" + exif + "\xFF\xED" + be16(1), -1, "invalid marker\n"},
+        {"short PSD", FILE_TYPE_PSD, "8BP", -1, ""},
+        {"no PSD", FILE_TYPE_PSD, tiff, -2, ""},
+        {"grey PSD", FILE_TYPE_PSD, psd(resource(1058, tiff), 1), -3, ""},
+        {"CMYK PSD", FILE_TYPE_PSD, psd(resource(1058, tiff), 4, 4), -3, ""},
+        {"PSD without EXIF", FILE_TYPE_PSD, psd(resource(1028, "x")), -1, ""},
+        {"PSD with a broken resource", FILE_TYPE_PSD, psd("8BIX" + resource(1058, tiff)), -1, ""},
+        {"PSD that runs backwards", FILE_TYPE_PSD, psd("8BIM" + be16(1) + zeros(2) + be32(0xFFFFFFF4U)), -1, ""},
+        {"no byte-order mark", FILE_TYPE_TIFF, "IM" + tiff.substr(2), -2, ""},
+        {"another magic", FILE_TYPE_TIFF, "II" + le16(43) + le32(8), -3, ""},
+        {"no directory", FILE_TYPE_TIFF, "II" + le16(42) + le32(0), 1, ""},
+        {"directory behind the end", FILE_TYPE_TIFF, "II" + le16(42) + le32(1000), 1, ""},
+        {"negative directory", FILE_TYPE_TIFF, "II" + le16(42) + le32(0x80000000U), 1, ""},
+        {"other kinds are TIFF", 77, "II" + le16(42) + le32(0), 1, ""},
+    };
+    for (const auto& test : cases) {
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(readBytes(test.bytes, test.fileType).result, test.result) << test.what;
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), test.message) << test.what;
+    }
+}
+
+TEST(Containers, RecordIsClearedEvenWhenNothingOpens) {
+    ExifInfo expected;
+    std::memset(&expected, 0, sizeof expected);
+    ExifInfo info;
+    std::memset(&info, 0xA5, sizeof info);
+    EXPECT_EQ(getExifData("/nonexistent/file", FILE_TYPE_TIFF, &info), -1);
+    EXPECT_EQ(std::memcmp(&info, &expected, sizeof info), 0);
+    EXPECT_EQ(getExifData("/", FILE_TYPE_TIFF, &info), -2); // a directory opens, and has no bytes
+}
+
+TEST(JpegXmp, IsLookedForAmongTenMarkers) {
+    const Bytes exif = exifSegment(Tiff().finish(0));
+    const Bytes lens = lensPacket("<aux:Lens>TV 35mm f/1.8</aux:Lens>");
+    const Bytes settings = elementPacket("Fusion/Intensive", "");
+    Bytes others;
+    for (int i = 0; i < 9; ++i) {
+        others += segment(0xE2, "ICC");
+    }
+    const struct {
+        const char* what;
+        Bytes segments;
+        std::string lens;
+        bool kept;
+    } cases[] = {
+        {"settings and lens", exif + xmpSegment(lens + settings), "TV 35mm f/1.8", true},
+        {"lens alone", exif + xmpSegment(lens), "TV 35mm f/1.8", false},
+        {"tenth marker", exif + others + xmpSegment(settings), "", true},
+        {"eleventh marker", exif + others + segment(0xE2, "ICC") + xmpSegment(settings + lens), "", false},
+        {"behind another APP1", exif + segment(0xE1, "other") + xmpSegment(settings + lens), "", false},
+        {"unknown method", exif + xmpSegment(elementPacket("Fusion/None", "")), "", false},
+    };
+    for (const auto& test : cases) {
+        const Reading reading = readBytes(jpeg(test.segments), FILE_TYPE_JPEG);
+        EXPECT_EQ(reading.result, 1) << test.what;
+        EXPECT_EQ(reading.info.lens, test.lens) << test.what;
+        EXPECT_EQ(reading.info.xmpLength > 0, test.kept) << test.what;
+        EXPECT_EQ(reading.info.xmpOffset > 0, test.kept) << test.what;
+    }
+    const Reading reading = readBytes(jpeg(exif + xmpSegment(settings)), FILE_TYPE_JPEG);
+    EXPECT_EQ(reading.info.xmpLength, static_cast<std::int32_t>(settings.size()) + 31);
+    EXPECT_EQ(reading.info.xmpOffset, static_cast<std::int32_t>(2 + exif.size() + 4 + 29));
+    // The length field covers 31 bytes more than the packet: a file that ends earlier has no packet.
+    const Bytes cut = "\xFF\xD8" + exif + xmpSegment(settings) + zeros(30);
+    EXPECT_EQ(readBytes(cut, FILE_TYPE_JPEG).info.xmpLength, 0);
+}
+
+TEST(ImageDirectories, ModelTexts) {
+    const struct {
+        const char* what;
+        unsigned type;
+        std::uint32_t count;
+        Bytes value;
+        Bytes model; // all bytes up to the terminator
+    } cases[] = {
+        {"two letters and a terminator", 2, 3, Bytes("X1\0", 3), "X1  "},
+        {"three letters and a terminator", 2, 4, Bytes("X10\0", 4), "X10 "},
+        {"one letter", 2, 2, Bytes("X\0", 2), "X"},
+        {"unknown type counts single bytes", 99, 4, Bytes("X10\0", 4), "X10 "},
+        {"a line feed ends it", 2, 12, Bytes("TV\n100\0\0\0\0\0\0", 12), "TV\n"},
+        {"63 characters at most", 2, 100, Bytes(100, 'm'), Bytes(63, 'm')},
+        {"two shorts are inline", 3, 2, "ABCD", "ABCD"},
+    };
+    for (const auto& test : cases) {
+        Tiff tiff;
+        const Bytes file = tiff.finish(tiff.add({{272, test.type, test.count, test.value}}));
+        EXPECT_EQ(readBytes(file, FILE_TYPE_TIFF).info.model, test.model) << test.what;
+    }
+}
+
+TEST(ImageDirectories, ThreeAreReadAndNoneBehindOneOf255Entries) {
+    Tiff tiff;
+    const std::uint32_t fourth = tiff.add({tiff.shortEntry(274, 4)});
+    const std::uint32_t third = tiff.add({tiff.shortEntry(274, 3)}, fourth);
+    const std::uint32_t second = tiff.add({tiff.shortEntry(274, 2)}, third);
+    EXPECT_EQ(readBytes(tiff.finish(tiff.add({}, second)), FILE_TYPE_TIFF).info.orientation, 3);
+    const std::uint32_t last = tiff.add(std::vector<Tiff::Entry>(255, tiff.shortEntry(274, 8)), second);
+    EXPECT_EQ(readBytes(tiff.finish(last), FILE_TYPE_TIFF).info.orientation, 8);
+}
+
+TEST(ExifDirectory, Fallbacks) {
+    const Tiff tiff;
+    const struct {
+        const char* what;
+        std::vector<Tiff::Entry> entries;
+        float exposureTime;
+        float fNumber;
+        std::int32_t isoSpeed;
+    } cases[] = {
+        {"shutter speed", {tiff.rationalEntry(37377, 6, 1)}, 0.015625F, 0, 0},
+        {"exposure time wins", {tiff.rationalEntry(37377, 6, 1), tiff.rationalEntry(33434, 1, 60)}, 1.0F / 60.0F, 0, 0},
+        {"shutter speed 0", {tiff.rationalEntry(37377, 0, 1)}, 0, 0, 0},
+        {"shutter speed over 0", {tiff.rationalEntry(37377, 3, 0)}, 0.125F, 0, 0},
+        {"negative denominators", {tiff.rationalEntry(33434, 1, 0x80000000U)}, 0, 0, 0},
+        {"aperture as it stands", {tiff.rationalEntry(37378, 5, 1)}, 0, 5.0F, 0},
+        {"f-number wins", {tiff.rationalEntry(33437, 4, 1), tiff.rationalEntry(37381, 5, 1)}, 0, 4.0F, 0},
+        {"exposure index", {tiff.rationalEntry(41493, 400, 3)}, 0, 0, 133},
+        {"exposure index over 0", {tiff.rationalEntry(41493, 400, 0)}, 0, 0, 400},
+        {"ISO wins", {tiff.shortEntry(34855, 200), tiff.rationalEntry(41493, 400, 1)}, 0, 0, 200},
+    };
+    for (const auto& test : cases) {
+        Tiff file;
+        file.add(test.entries);
+        Bytes bytes = file.finish(8) + "behind";
+        const Stream stream = streamOf(bytes);
+        std::fseek(stream.get(), 8, SEEK_SET);
+        ExifInfo info{};
+        EXPECT_EQ(parse_exif_data(stream.get(), 0, 0x4949, 0, &info), 1) << test.what;
+        EXPECT_EQ(info.exposureTime, test.exposureTime) << test.what;
+        EXPECT_EQ(info.fNumber, test.fNumber) << test.what;
+        EXPECT_EQ(info.isoSpeed, test.isoSpeed) << test.what;
+        EXPECT_EQ(std::ftell(stream.get()), static_cast<long>(8 + 2 + 12 * test.entries.size())) << test.what;
+    }
+}
+
+// Offsets before the start of the file are refused, and what follows the entry is read; what the file lacks counts as
+// the readers' end-of-file values.
+TEST(ExifDirectory, OffsetsOutsideTheFile) {
+    Tiff tiff;
+    tiff.add({{33434, 5, 1, tiff.n32(0x80000000U)}, {36867, 2, 20, tiff.n32(5000)}, {34855, 3, 1, tiff.n16(100)}});
+    Bytes bytes = tiff.finish(8);
+    const Stream stream = streamOf(bytes);
+    std::fseek(stream.get(), 8, SEEK_SET);
+    ExifInfo info{};
+    std::strcpy(info.dateTimeOriginal, "before");
+    parse_exif_data(stream.get(), 0, 0x4949, 0, &info);
+    EXPECT_EQ(info.exposureTime, static_cast<float>(36867 + (2 << 16)) / 20.0F); // the next entry's first eight bytes
+    EXPECT_STREQ(info.dateTimeOriginal, "before");
+    EXPECT_EQ(info.isoSpeed, 100);
+}
+
+TEST(GpsDirectory, DateStampsOfFiveBytesAreNone) {
+    for (const std::uint32_t count : {5U, 6U, 11U}) {
+        Tiff tiff;
+        tiff.add({{29, 2, count, Bytes("2013:05:01\0", 11)}});
+        Bytes bytes = tiff.finish(8);
+        const Stream stream = streamOf(bytes);
+        std::fseek(stream.get(), 8, SEEK_SET);
+        ExifInfo info{};
+        EXPECT_EQ(parse_gps_data(stream.get(), 0, 0x4949, 0, &info), 1);
+        EXPECT_EQ(std::strlen(info.gpsDateStamp), count == 5 ? 0 : count - 1);
+    }
+}
+
+TEST(ByteReaders, OrdersAndEndOfFile) {
+    Bytes bytes("\x2A\x00\x00\x00\x04\x22\x80\x01\x02", 9);
+    const Stream stream = streamOf(bytes);
+    EXPECT_EQ(fgetmi2(stream.get(), 0x12344949), 42); // the low 16 bits count
+    EXPECT_EQ(fgetm4(stream.get()), 1058);
+    EXPECT_EQ(fgetmi4(stream.get(), 0x4949), 0x80 + 0x100 + 0x20000 - 0x1000000); // one byte short
+    EXPECT_EQ(fgetmi4(stream.get(), 0x4949), static_cast<std::int32_t>(0xFEFEFEFFU));
+    EXPECT_EQ(fgetm2(stream.get()), 0xFFFF);
+    std::fseek(stream.get(), 8, SEEK_SET);
+    EXPECT_EQ(fgetmi2(stream.get(), 0x4D4D), 0x02FF);
+}
+
+} // namespace

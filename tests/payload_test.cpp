@@ -1,0 +1,221 @@
+// Payloads and side readers: descriptions, Photoshop resources, profile names, IPTC blocks, tags and dates.
+#include "support/files.h"
+#include "tvmeta.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <gtest/gtest.h>
+
+using namespace test;
+
+namespace {
+
+TEST(ImageDescription, Fields) {
+    const Bytes lead = "a, b, c, d, e, f, g, ";
+    const struct {
+        const char* what;
+        Bytes text;
+        std::int32_t result;
+        float exposureTime;
+        std::int32_t isoSpeed;
+        std::int32_t exposureSource;
+    } cases[] = {
+        {"as it should be", lead + "1/250s, R30, G30, B30", 30, 0.004F, 400, 2},
+        {"colours in one field", lead + "1/250s, R30 G60 B0, ", 0, 0.004F, 400, 0},
+        {"last colour 0", lead + "1/250s, R30, G30, B0", 0, 0.004F, 200, 0},
+        {"no fraction", lead + "2s, R30, G30, B30", 30, 0, 400, 0},
+        {"six separators", "a, b, c, d, e, f, g", 0, 0, 0, 0},
+        {"tokens reach over separators", lead + "1/60, R30, G30, B30", 30, 1.0F / 596.0F, 400, 2},
+        {"behind the last point", lead + "1.5/250s, R30, G30, B30", 30, 5.0F / 250.0F, 400, 2},
+        {"numerators of 0 try again", lead + "0/5s, R30, G30, B30", 30, 1.0F / 2.0F, 400, 2},
+        {"token of seven", lead + "1/250s, R1234567, G30, B30", 0, 0, 0, 0},
+        {"zero byte ends it", lead + "1/250s, R30, G30, B3" + zeros(1) + "0", 3, 0.004F, 200, 2},
+        {"ISO saturates", lead + "1/250s, R999, G999, B999", 999, 0.004F, INT32_MAX, 2},
+    };
+    for (const auto& test : cases) {
+        Bytes text = test.text;
+        const Stream stream = streamOf(text);
+        ExifInfo info{};
+        const auto size = static_cast<std::int32_t>(text.size());
+        EXPECT_EQ(parse_image_description(stream.get(), size, &info), test.result) << test.what;
+        EXPECT_EQ(info.exposureTime, test.exposureTime) << test.what;
+        EXPECT_EQ(info.isoSpeed, test.isoSpeed) << test.what;
+        EXPECT_EQ(info.exposureSource, test.exposureSource) << test.what;
+        std::rewind(stream.get());
+        EXPECT_EQ(parse_image_description(stream.get(), size + 1, &info), -1) << test.what;
+        EXPECT_EQ(parse_image_description(stream.get(), 0, &info), -1) << test.what;
+    }
+}
+
+TEST(Photoshop, LastThumbnailAndUnnamedIptcCount) {
+    const Bytes thumbnail = be32(1) + be32(160) + be32(120) + be32(480) + be32(57600) + be32(5000) + be16(24) + be16(1);
+    const Bytes named = resource(0x0404, "named", Bytes("\1x", 2));
+    Bytes block = named + resource(0x0404, "IPTC") + resource(0x040C, thumbnail);
+    const Stream stream = streamOf(block);
+    ExifInfo info{};
+    EXPECT_EQ(parse_photoshop_data(stream.get(), static_cast<std::int32_t>(block.size()) + 1000, &info), 5000);
+    EXPECT_EQ(info.iptcLength, 4);
+    EXPECT_EQ(info.iptcOffset, static_cast<std::int32_t>(named.size()) + 12);
+    EXPECT_EQ(info.thumbnailWidth, 160);
+    EXPECT_EQ(info.thumbnailHeight, 120);
+    EXPECT_EQ(info.thumbnailRowBytes, 480);
+    EXPECT_EQ(info.thumbnailLength, 5000);
+    EXPECT_EQ(info.thumbnailOffset, static_cast<std::int32_t>(block.size()));
+    std::rewind(stream.get());
+    EXPECT_EQ(parse_photoshop_data(stream.get(), 10, &info), 1);
+    EXPECT_EQ(parse_photoshop_data(stream.get(), 0, &info), 1);
+}
+
+// Two zero bytes behind the end of the file complete a header.
+TEST(Photoshop, WhatTheFileLacksCountsAsZeros) {
+    for (const std::int32_t announced : {7, 8, INT32_MAX}) {
+        Bytes block = "8BIM\x04\x04";
+        const Stream stream = streamOf(block);
+        ExifInfo info{};
+        EXPECT_EQ(parse_photoshop_data(stream.get(), announced, &info), 1);
+        EXPECT_EQ(info.iptcLength, announced == 7 ? 0 : static_cast<std::int32_t>(0xFEFEFEFFU));
+    }
+}
+
+TEST(Photoshop, IsReadFromSegmentsAndTags) {
+    const TempDir dir;
+    const Bytes iptc = resource(0x0404, "IPTC");
+    ExifInfo info;
+    const Bytes exif = exifSegment(Tiff().finish(0));
+    const Bytes photo = jpeg(exif + segment(0xED, Bytes("Photoshop 3.0\0", 14) + iptc));
+    EXPECT_EQ(getExifData(dir.write("a.jpg", photo).c_str(), FILE_TYPE_JPEG, &info), 1);
+    EXPECT_EQ(info.iptcLength, 4);
+    EXPECT_EQ(photo.substr(static_cast<std::size_t>(info.iptcOffset), 4), "IPTC");
+    const Bytes other = jpeg(exif + segment(0xED, "Other") + segment(0xED, Bytes("Photoshop 3.0\0", 14) + iptc));
+    EXPECT_EQ(getExifData(dir.write("b.jpg", other).c_str(), FILE_TYPE_JPEG, &info), 1);
+    EXPECT_EQ(info.iptcLength, 0); // only the first such segment is looked at
+    Tiff tiff;
+    const Bytes file = tiff.finish(tiff.add({tiff.textEntry(270, "a, b, c, d, e, f, g, 1/250s, R30, G30, B30"),
+                                             {34377, 1, static_cast<std::uint32_t>(iptc.size()), iptc}}));
+    for (const std::int32_t fileType : {FILE_TYPE_TIFF + 0, 77}) {
+        EXPECT_EQ(getExifData(dir.write("c.tif", file).c_str(), fileType, &info), 1);
+        EXPECT_EQ(info.iptcLength, fileType == FILE_TYPE_TIFF ? 4 : 0);
+        EXPECT_EQ(info.isoSpeed, fileType == FILE_TYPE_TIFF ? 400 : 0);
+    }
+}
+
+TEST(ProfileName, FromDescription) {
+    const auto profile = [](const Bytes& text) {
+        return zeros(128) + "desc" + zeros(7) + static_cast<char>(text.size()) + text + zeros(20);
+    };
+    const struct {
+        Bytes profile;
+        std::int32_t result;
+        Bytes name;
+    } cases[] = {
+        {profile("sRGB IEC61966-2.1"), 4, "sRGB"},
+        {profile("Adobe RGB (1998)"), 9, "Adobe RGB"},
+        {profile("My ProPhoto RGB"), 12, "ProPhoto RGB"},
+        {profile("A colour space of no renown at all, really"), 32, "A colour space of no renown at a"},
+        {zeros(48), -1, ""},
+        {zeros(200), -1, ""},
+        {zeros(30) + "desc" + zeros(40), -1, ""},                   // begins too early
+        {zeros(32) + "desc" + zeros(7) + "\x05short", 32, "short"}, // ends with the profile
+        {zeros(32) + "desc" + zeros(6) + "\1" + zeros(40), -1, ""}, // 256 characters and more
+    };
+    for (const auto& test : cases) {
+        char name[32];
+        std::memset(name, 0xA5, sizeof name);
+        const auto* bytes = reinterpret_cast<const unsigned char*>(test.profile.data());
+        EXPECT_EQ(get_profile_name(static_cast<std::int32_t>(test.profile.size()), bytes, name), test.result);
+        EXPECT_EQ(Bytes(name, 32), test.name + zeros(32 - test.name.size()));
+    }
+}
+
+TEST(ReadIptc, Regions) {
+    const TempDir dir;
+    const std::string path = dir.write("file", "ab\x1C\x02\x19xyz");
+    const struct {
+        std::int32_t count, offset, result;
+        Bytes bytes;
+    } cases[] = {
+        {3, 2, 3, "\x1C\x02\x19"}, {6, 2, 0, ""}, // ends with the file
+        {2, 0, -2, "ab"},          {INT32_MAX, 2, 0, ""}, {3, -2, 0, ""}, {0, 2, 0, ""}, {-1, 2, 0, ""},
+    };
+    for (const auto& test : cases) {
+        unsigned char buffer[8] = {};
+        EXPECT_EQ(read_iptc(path.c_str(), test.count, test.offset, buffer), test.result)
+            << test.count << '@' << test.offset;
+        EXPECT_EQ(std::memcmp(buffer, test.bytes.data(), test.bytes.size()), 0);
+        EXPECT_EQ(buffer[test.bytes.size()], 0);
+    }
+    unsigned char buffer[1];
+    EXPECT_EQ(read_iptc(dir.path("none").c_str(), 1, 0, buffer), -1);
+    EXPECT_EQ(read_iptc(dir.write("empty", "").c_str(), 1, 0, buffer), -1);
+}
+
+TEST(TifTag, IsFoundInTheChainOfDirectories) {
+    Tiff tiff;
+    const std::uint32_t second = tiff.add({tiff.shortEntry(256, 7), {34675, 7, 99, tiff.n32(555)}});
+    const std::uint32_t first = tiff.add({tiff.shortEntry(257, 9)}, second);
+    const Bytes file = tiff.finish(first);
+    Tiff looping;
+    const std::uint32_t back = looping.add({looping.shortEntry(256, 1)}, 26); // 18 bytes on, each way
+    const std::uint32_t forth = looping.add({looping.shortEntry(256, 1)}, back);
+    const struct {
+        const char* what;
+        Bytes file;
+        std::int32_t tag, result, count, value;
+    } cases[] = {
+        {"in the second", file, 34675, static_cast<std::int32_t>(second) + 14, 99, 555},
+        {"short value", file, 257, static_cast<std::int32_t>(first) + 2, 1, 9},
+        {"absent", file, 258, -1, 0, 0},
+        {"out of range", file, -1, -1, 0, 0},
+        {"a loop", looping.finish(forth), 258, -1, 0, 0},
+        {"big-endian", Tiff(false).finish(8), 256, -2, 0, 0},
+        {"another magic", "II" + le16(43) + le32(8), 256, -2, 0, 0},
+        {"empty directory", "II" + le16(42) + le32(8) + le16(0), 256, -2, 0, 0},
+        {"no directory", "II" + le16(42) + le32(0), 256, -1, 0, 0},
+        {"negative offset", "II" + le16(42) + le32(0x80000000U), 256, -3, 0, 0},
+        {"behind the end", "II" + le16(42) + le32(4000), 256, -3, 0, 0},
+    };
+    for (const auto& test : cases) {
+        Bytes bytes = test.file;
+        const Stream stream = streamOf(bytes);
+        std::int32_t count = 0;
+        std::int32_t value = 0;
+        EXPECT_EQ(get_tif_tag(stream.get(), test.tag, &count, &value), test.result) << test.what;
+        EXPECT_EQ(count, test.count) << test.what;
+        EXPECT_EQ(value, test.value) << test.what;
+    }
+}
+
+TEST(TimeFromDatetime, CountsInTheProcessesTimeZone) {
+    for (const char* zone : {"UTC0", "Europe/Vienna", "EST5EDT", "<+1245>-12:45"}) {
+        setenv("TZ", zone, 1);
+        tzset();
+        for (const int month : {0, 6}) { // winter and summer time
+            std::tm noon{};
+            noon.tm_year = 113;
+            noon.tm_mon = month;
+            noon.tm_mday = 1;
+            noon.tm_hour = 12;
+            noon.tm_isdst = -1;
+            const std::time_t reference = std::mktime(&noon);
+            const std::string text = month == 0 ? "2013:01:01 12:00:00" : "2013: 7:01\t12:00:0";
+            float seconds = -1.0F;
+            EXPECT_EQ(time_from_datetime(text.c_str(), reference, &seconds), 1);
+            EXPECT_EQ(seconds, 0.0F) << zone;
+            EXPECT_EQ(time_from_datetime(text.c_str(), reference + 3600, &seconds), 1);
+            EXPECT_EQ(seconds, 3600.0F) << zone;
+        }
+    }
+    setenv("TZ", "UTC0", 1);
+    tzset();
+    float seconds = 7.0F;
+    for (const char* text : {"", "2013-05-01 12:00:00", "2013:05:01 12:00", "2013:05:01T12:00:00",
+                             "2013:05:01 12:00:99999999999", "-2147483648:01:01 00:00:00"}) {
+        EXPECT_EQ(time_from_datetime(text, 0, &seconds), -1) << text;
+    }
+    EXPECT_EQ(seconds, 7.0F);
+    EXPECT_EQ(time_from_datetime("1970:01:01 00:00:90", 100, &seconds), 1); // carries over
+    EXPECT_EQ(seconds, 10.0F);
+}
+
+} // namespace
