@@ -1,0 +1,80 @@
+// The pixel strip of a TIFF result: rows in blocks of about one mebibyte.
+#include "support/zeroed_buffer.h"
+#include "writers/pixel_kernels.h"
+#include "writers/tiff_image.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+namespace tvmeta {
+
+namespace {
+
+constexpr std::size_t CHUNK_BYTES = 1'048'576;
+
+// The source of an image's rows: where the next one starts, how far it is to the one behind it, and what becomes of its
+// pixels. Without a kernel they are written as they are.
+struct PixelSource {
+    const unsigned char* row;
+    std::ptrdiff_t pitch; // bytes
+    PixelKernel kernel;
+};
+
+PixelSource sourceOf(const void* pixels, std::ptrdiff_t rowPitch, const TiffImage& image) noexcept {
+    const auto* const row = static_cast<const unsigned char*>(pixels);
+    if (image.takesHighBytes) {
+        return {row, rowPitch * 2, highByteKernel(image.channels)};
+    }
+    const bool dropsChannel = image.channels != image.samples;
+    return {row, rowPitch, dropsChannel ? droppingKernel(image.channels, image.sampleBytes) : nullptr};
+}
+
+// Rows per block: as many as a block of source rows of the written depth holds.
+std::size_t rowsPerBlock(const TiffImage& image) noexcept {
+    return std::max<std::size_t>(CHUNK_BYTES / (image.width * image.channels * image.sampleBytes), 1);
+}
+
+void fillBlock(unsigned char* block, PixelSource source, std::size_t rows, const TiffImage& image) noexcept {
+    for (std::size_t i = 0; i < rows; ++i) {
+        if (source.kernel != nullptr) {
+            source.kernel(source.row, block, image.width);
+        } else {
+            std::memcpy(block, source.row, image.rowSize());
+        }
+        block += image.rowSize();
+        source.row += source.pitch;
+    }
+}
+
+} // namespace
+
+std::int32_t writePixels(std::FILE* stream, const void* pixels, std::ptrdiff_t rowPitch,
+                         const TiffImage& image) noexcept {
+    if (image.height == 0) {
+        return 0;
+    }
+    PixelSource source = sourceOf(pixels, rowPitch, image);
+    // Rows that already lie as they do in the file are written from where they are.
+    const bool asItLies = source.kernel == nullptr && source.pitch == static_cast<std::ptrdiff_t>(image.rowSize());
+    const std::size_t blockRows = std::min(rowsPerBlock(image), image.height);
+    ZeroedBuffer buffer(asItLies ? 0 : blockRows * image.rowSize());
+    if (!buffer) {
+        return write_result::NoPixelMemory;
+    }
+    std::size_t rows = 0;
+    for (std::size_t done = 0; done < image.height; done += rows) {
+        rows = std::min(blockRows, image.height - done);
+        if (!asItLies) {
+            fillBlock(buffer.data(), source, rows, image);
+        }
+        const unsigned char* const block = asItLies ? source.row : buffer.data();
+        if (std::fwrite(block, image.rowSize(), rows, stream) != rows) {
+            return write_result::PixelsFailed;
+        }
+        source.row += static_cast<std::ptrdiff_t>(rows) * source.pitch;
+    }
+    return static_cast<std::int32_t>(rows);
+}
+
+} // namespace tvmeta

@@ -1,0 +1,375 @@
+// Results: the writers' records, the sizing of directories, TIFF files and EXIF blocks byte for byte.
+#include "support/files.h"
+#include "tvmeta.h"
+
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <utility>
+#include <vector>
+
+using namespace test;
+
+namespace {
+
+MetadataBuf camera() {
+    MetadataBuf metadata = {{100, 6000}, {280, 100}, 70000, 0, {5000, 100}, 0, {}, 0, 0, 0, 0, 0, 0, 0, 0, "", "", ""};
+    std::strcpy(metadata.model, "X10 TV");
+    std::strcpy(metadata.dateTimeOriginal, "2013:05:01 12:00:00");
+    return metadata;
+}
+
+GpsBuf position() {
+    GpsBuf gps = {
+        {48, 1, 51, 1, 2996, 100}, {2, 1, 21, 1, 7, 1}, {35, 1}, {0, 1, 30, 1, 0, 1}, 'N', 'E', 1, "2013:05:01"};
+    return gps;
+}
+
+struct Counts {
+    std::int32_t exif, exifBytes, gps, gpsBytes, model, make, date, gpsDate, lens;
+    char makeText[64];
+    std::int32_t result;
+};
+
+Counts count(const MetadataBuf& metadata, const GpsBuf& gps) {
+    Counts c{};
+    c.result = get_exif_count(&metadata, &c.exif, &c.exifBytes, &gps, &c.gps, &c.gpsBytes, &c.model, &c.make, &c.date,
+                              &c.gpsDate, &c.lens, c.makeText);
+    return c;
+}
+
+// Everything that buf2tif takes, with nothing announced.
+struct Job {
+    TifImageInfo info = {1, 1, 3, 8, 300, 0, 0, 1};
+    Bytes pixels = zeros(64);
+    std::int32_t pitch = 3;
+    MetadataBuf metadata = {};
+    GpsBuf gps = {};
+    Bytes icc, iptc, xmp;
+    std::int32_t method = 0;
+    SettingsValues settings = {};
+
+    std::int32_t save(const std::string& path) {
+        info.iccLength = static_cast<std::int32_t>(icc.size());
+        const auto bytes = [](const Bytes& text) { return reinterpret_cast<const unsigned char*>(text.data()); };
+        return buf2tif(pixels.data(), &info, pitch, bytes(icc), &metadata, &gps, static_cast<std::int32_t>(iptc.size()),
+                       bytes(iptc), method, settings, static_cast<std::int32_t>(xmp.size()), xmp.data(), path.c_str());
+    }
+    Bytes file() {
+        const TempDir dir;
+        EXPECT_GE(save(dir.path("out.tif")), 0);
+        return readFile(dir.path("out.tif"));
+    }
+};
+
+Bytes entry(unsigned tag, unsigned type, std::uint32_t count, const Bytes& value) {
+    return le16(tag) + le16(type) + le32(count) + value + zeros(4 - value.size());
+}
+
+// The value of a tag in the first directory, from the entry or from where it points.
+Bytes valueOf(const Bytes& file, unsigned tag, std::size_t size) {
+    Bytes copy = file;
+    const Stream stream = streamOf(copy);
+    std::int32_t items = 0;
+    std::int32_t value = 0;
+    const std::int32_t at = get_tif_tag(stream.get(), static_cast<std::int32_t>(tag), &items, &value);
+    if (at < 0) {
+        return "absent";
+    }
+    return file.substr(size <= 4 ? static_cast<std::size_t>(at) + 8 : static_cast<std::size_t>(value), size);
+}
+
+TEST(MetadataRecord, RationalsTruncateAndSaturate) {
+    const struct {
+        float value;
+        std::int32_t numerator, denominator;
+    } cases[] = {{0.004F, 100, 24999},   {1.0F / 60.0F, 100, 5999}, {2.8F, 279, 100},
+                 {1.0F, 100, 100},       {0.5F, 100, 200},          {30.0F, 3000, 100},
+                 {3e7F, INT32_MAX, 100}, {1e-9F, 100, INT32_MAX},   {0.0F, 7, 7},
+                 {-1.0F, 7, 7},          {std::nanf(""), 7, 7},     {INFINITY, INT32_MAX, 100}};
+    for (const auto& test : cases) {
+        ExifInfo info{};
+        info.exposureTime = test.value;
+        std::memset(info.lens, 'l', sizeof info.lens);
+        MetadataBuf metadata{};
+        metadata.exposureTime[0] = metadata.exposureTime[1] = 7;
+        GpsBuf gps{};
+        EXPECT_EQ(metadataBufFromExifInfo(&info, &metadata, &gps), test.numerator) << test.value;
+        EXPECT_EQ(metadata.exposureTime[1], test.denominator) << test.value;
+        EXPECT_EQ(metadata.lens[63], 'l');
+    }
+}
+
+TEST(ExifCount, TextsAndMakes) {
+    const struct {
+        const char* model;
+        const char* make;
+    } cases[] = {{"NIKON D800", "NIKON CORPORATION"},
+                 {"Canon EOS 5D", "Canon"},
+                 {"X10", ""},
+                 {"X10 more", "FUJIFILM"},
+                 {"E-M5", "OLYMPUS"},
+                 {"E-", ""},
+                 {"", ""},
+                 {"canon", ""},
+                 {"Panasonic", "Panasonic"},
+                 {"E-8", ""}};
+    for (const auto& test : cases) {
+        MetadataBuf metadata{};
+        std::strcpy(metadata.model, test.model);
+        const Counts counts = count(metadata, GpsBuf{});
+        const auto size = static_cast<std::int32_t>(std::strlen(test.make));
+        EXPECT_EQ(Bytes(counts.makeText, 64), test.make + zeros(64 - std::strlen(test.make))) << test.model;
+        EXPECT_EQ(counts.make, size > 0 ? size + 1 : 0) << test.model;
+    }
+    MetadataBuf full;
+    std::memset(&full, 'x', sizeof full);
+    GpsBuf reference{};
+    reference.latitudeRef = 'N';
+    const Counts counts = count(full, reference);
+    EXPECT_EQ(counts.model, 63);
+    EXPECT_EQ(counts.lens, 63);
+    EXPECT_EQ(counts.date, 21);
+    EXPECT_EQ(counts.exif, 5);
+    EXPECT_EQ(counts.exifBytes, 3 * 8 + 21);
+    EXPECT_EQ(counts.gps, 2);
+    EXPECT_EQ(counts.gpsBytes, 0);
+    EXPECT_EQ(counts.result, 7);
+}
+
+// The EXIF and GPS directories at a position of what their offsets count from.
+Bytes exifDirectory(std::uint32_t at) {
+    const std::uint32_t values = at + 2 + 5 * 12 + 4;
+    return le16(5) + entry(33434, 5, 1, le32(values)) + entry(33437, 5, 1, le32(values + 8)) +
+           entry(34855, 3, 1, le16(4464)) + entry(36867, 2, 20, le32(values + 16)) +
+           entry(37386, 5, 1, le32(values + 36)) + le32(0) + le32(100) + le32(6000) + le32(280) + le32(100) +
+           Bytes("2013:05:01 12:00:00\0", 20) + le32(5000) + le32(100);
+}
+Bytes gpsDirectory(std::uint32_t at) { // the time stamp lies in the hour after midnight and counts as absent
+    const std::uint32_t values = at + 2 + 8 * 12 + 4;
+    Bytes words;
+    for (const std::uint32_t word : {48, 1, 51, 1, 2996, 100, 2, 1, 21, 1, 7, 1, 35, 1}) {
+        words += le32(word);
+    }
+    return le16(8) + entry(0, 1, 4, Bytes("\2\2\0\0", 4)) + entry(1, 2, 2, "N") + entry(2, 5, 3, le32(values)) +
+           entry(3, 2, 2, "E") + entry(4, 5, 3, le32(values + 24)) + entry(5, 1, 1, "\1") +
+           entry(6, 5, 1, le32(values + 48)) + entry(29, 2, 11, le32(values + 56)) + le32(0) + words +
+           Bytes("2013:05:01\0", 11);
+}
+
+TEST(ExifBlock, IsATiffStructure) {
+    const MetadataBuf metadata = camera();
+    const GpsBuf gps = position();
+    const Counts c = count(metadata, gps);
+    const auto write = [&](std::int32_t orientation, Bytes& block) {
+        return write_exif_buf(c.exif, c.exifBytes, c.gps, c.gpsBytes, c.model, c.make, c.date, c.gpsDate, orientation,
+                              &metadata, &gps, c.makeText, reinterpret_cast<unsigned char*>(block.data()));
+    };
+    const std::uint32_t exif = 14 + 5 * 12 + 9 + 7;
+    const Bytes exifBytes = exifDirectory(exif);
+    const std::uint32_t gpsOffset = exif + static_cast<std::uint32_t>(exifBytes.size());
+    const Bytes expected = "II" + le16(42) + le32(8) + le16(5) + entry(271, 2, 9, le32(74)) +
+                           entry(272, 2, 7, le32(83)) + entry(274, 3, 1, le16(6)) + entry(34665, 4, 1, le32(exif)) +
+                           entry(34853, 4, 1, le32(gpsOffset)) + le32(0) + Bytes("FUJIFILM\0X10 TV\0", 16) + exifBytes +
+                           gpsDirectory(gpsOffset);
+    Bytes block = zeros(expected.size()) + "!";
+    EXPECT_EQ(write(6, block), static_cast<std::int32_t>(expected.size()));
+    EXPECT_EQ(block, expected + "!");
+    EXPECT_EQ(write_exif_buf(0, 9, 0, 9, 0, 0, 9, 9, 1, &metadata, &gps, c.makeText, nullptr), -1);
+    // Counts that promise less than the records hold: nothing is written beyond what they lay out.
+    Bytes small = zeros(14 + 3 * 12 + 2 + 12 + 4 + 4) + "!!";
+    EXPECT_EQ(write_exif_buf(0, 0, 1, 4, 4, 0, 0, 0, 9, &metadata, &gps, c.makeText,
+                             reinterpret_cast<unsigned char*>(small.data())),
+              static_cast<std::int32_t>(small.size()) - 2);
+    EXPECT_EQ(small.substr(small.size() - 2), "!!");
+}
+
+TEST(Tiff, MinimalFile) {
+    Job job;
+    job.pixels = "RGB";
+    const Bytes resolution = le32(300000) + le32(1000);
+    const std::uint32_t values = 11 + 2 + 14 * 12 + 4;
+    EXPECT_EQ(job.file(), "II" + le16(42) + le32(11) + "RGB" + le16(14) + entry(256, 3, 1, le16(1)) +
+                              entry(257, 3, 1, le16(1)) + entry(258, 3, 3, le32(values)) + entry(259, 3, 1, le16(1)) +
+                              entry(262, 3, 1, le16(2)) + entry(273, 4, 1, le32(8)) + entry(274, 3, 1, le16(1)) +
+                              entry(277, 3, 1, le16(3)) + entry(278, 3, 1, le16(1)) + entry(279, 4, 1, le32(3)) +
+                              entry(282, 5, 1, le32(values + 6)) + entry(283, 5, 1, le32(values + 14)) +
+                              entry(284, 3, 1, le16(1)) + entry(296, 3, 1, le16(2)) + le32(0) + le16(8) + le16(8) +
+                              le16(8) + resolution + resolution);
+}
+
+TEST(Tiff, CarriesEverything) {
+    Job job;
+    job.info = {70000, 1, 1, 3216, 72, 0, 0, 9};
+    job.pixels = zeros(140000);
+    job.metadata = camera();
+    std::strcpy(job.metadata.lens, "TV lens");
+    job.gps = position();
+    job.icc = Bytes(16, 'i') + "RGB " + Bytes(10, 'i');
+    job.iptc = "IPTC5";
+    job.method = METHOD_FUSION_INTENSIVE;
+    const Bytes file = job.file();
+    EXPECT_EQ(valueOf(file, 256, 4), le32(70000));
+    EXPECT_EQ(valueOf(file, 258, 2), le16(16));
+    EXPECT_EQ(valueOf(file, 262, 2), le16(1));
+    EXPECT_EQ(valueOf(file, 271, 9), Bytes("FUJIFILM\0", 9));
+    EXPECT_EQ(valueOf(file, 272, 7), Bytes("X10 TV\0", 7));
+    EXPECT_EQ(valueOf(file, 274, 2), le16(1));
+    EXPECT_EQ(valueOf(file, 305, 31), Bytes("Tonalvista 32-bit Float Output\0", 31));
+    EXPECT_EQ(valueOf(file, 339, 6), le16(3) + le16(3) + le16(3));
+    EXPECT_EQ(valueOf(file, 33723, 8), "IPTC5" + zeros(3));
+    EXPECT_EQ(valueOf(file, 34675, 30), job.icc);
+    const auto exif = static_cast<std::uint32_t>(file.size() - exifDirectory(0).size() - gpsDirectory(0).size());
+    const auto gps = static_cast<std::uint32_t>(file.size() - gpsDirectory(0).size());
+    EXPECT_EQ(valueOf(file, 34665, 4), le32(exif));
+    EXPECT_EQ(file.substr(exif), exifDirectory(exif) + gpsDirectory(gps));
+    const std::size_t packetSize = 419 + 119 + 7 + 1; // settings, lens description and name, a blank
+    const Bytes packet = valueOf(file, 700, packetSize);
+    EXPECT_NE(packet.find("<aux:Lens>TV lens</aux:Lens>\n"), Bytes::npos);
+    EXPECT_EQ(packet.substr(packet.size() - 14), "</x:xmpmeta>\n ");
+}
+
+TEST(Tiff, XmpDecision) {
+    const Bytes settings = elementPacket("Fusion/Adjust", "");
+    const Bytes plain = "<x:xmpmeta>" + Bytes(80, 'x');
+    const Bytes end = zeros(1);
+    const struct {
+        const char* what;
+        Bytes xmp;
+        std::int32_t method;
+        const char* lens;
+        Bytes stored; // "made": one with the method's settings; "lens": one with the lens alone
+    } cases[] = {
+        {"none", "", 0, "", "absent"},
+        {"a lens", "", 0, "L", "lens"},
+        {"settings", "", 11, "L", "made"},
+        {"a plain packet", plain + end, 0, "L", plain},
+        {"without a terminator", plain, 0, "", plain},
+        {"gives way to settings", plain + end, 11, "", "made"},
+        {"stays for a negative method", plain, -5, "", plain.substr(0, plain.size() - 1)},
+        {"with settings of its own", settings + end, 11, "L", settings},
+        {"unterminated, it is not recognised", settings, 11, "", "made"},
+        {"unterminated, no method", settings, 0, "", settings},
+        {"one byte is none", "x", 0, "", "absent"},
+        {"three bytes stand in the entry", "abc" + end, 0, "", "abc"},
+    };
+    for (const auto& test : cases) {
+        Job job;
+        job.xmp = test.xmp;
+        job.method = test.method;
+        std::strcpy(job.metadata.lens, test.lens);
+        const Bytes file = job.file();
+        const bool made = test.stored == "made" || test.stored == "lens";
+        const Bytes value = valueOf(file, 700, made ? 128 + 119 + 1 + 1 : test.stored.size());
+        if (!made) {
+            EXPECT_EQ(value, test.stored) << test.what;
+        } else {
+            EXPECT_EQ(file.find("Fusion/Intensive") != Bytes::npos, test.stored == "made") << test.what;
+            EXPECT_EQ(file.find("<aux:Lens>L<") != Bytes::npos, test.lens[0] != '\0') << test.what;
+        }
+    }
+}
+
+TEST(Tiff, ProfilesForOtherColourSpacesAreLeftOut) {
+    for (const auto& [icc, kept] : {std::pair{Bytes(16, 'i') + "GRAY" + Bytes(8, 'i'), false},
+                                    {Bytes(16, 'i') + "GRAY", true},
+                                    {Bytes(16, 'i') + "RGBx" + "i", true},
+                                    {"ab", true}}) {
+        Job job;
+        job.icc = icc;
+        EXPECT_EQ(valueOf(job.file(), 34675, icc.size()), kept ? icc : "absent");
+    }
+}
+
+TEST(TiffPixels, EveryLayout) {
+    Bytes pixels;
+    for (int i = 0; i < 256; ++i) {
+        pixels += static_cast<char>(i);
+    }
+    // Two rows of two pixels; `samples` lists the source bytes of a row that are written.
+    const struct {
+        std::int32_t channels, bitsCode, pixelMode;
+        std::int32_t pitch; // beyond the row
+        std::vector<int> bytes;
+    } cases[] = {
+        {1, 8, 0, 0, {0, 1}},
+        {2, 8, 0, 0, {0, 2}},
+        {3, 8, 0, 5, {0, 1, 2, 3, 4, 5}},
+        {4, 8, 0, 0, {0, 1, 2, 4, 5, 6}},
+        {2, 16, 0, 1, {0, 1, 4, 5}},
+        {4, 16, 0, 0, {0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13}},
+        {1, 32, 0, 0, {0, 1, 2, 3, 4, 5, 6, 7}},
+        {2, 3216, 0, 0, {0, 1, 4, 5}},
+        {2, 32, 0, 0, {0, 1, 2, 3, 8, 9, 10, 11}},
+        {1, 8, 1, 0, {1, 3}},
+        {2, 8, 1, 3, {1, 5}},
+        {3, 8, 1, 0, {1, 3, 5, 7, 9, 11}},
+        {4, 8, 1, 1, {1, 3, 5, 9, 11, 13}},
+    };
+    for (const auto& test : cases) {
+        for (const bool bottomUp : {false, true}) {
+            const std::int32_t sample = test.bitsCode == 8 ? 1 : test.bitsCode == 32 ? 4 : 2;
+            const std::int32_t pitch = 2 * test.channels * sample + test.pitch;
+            const std::int32_t row = pitch * (test.pixelMode == 1 ? 2 : 1);
+            Job job;
+            job.info = {2, 2, test.channels, test.bitsCode, 1, 0, test.pixelMode, 1};
+            job.pixels = bottomUp ? pixels.substr(static_cast<std::size_t>(row)) : pixels;
+            job.pitch = bottomUp ? 0 : pitch;
+            Bytes expected;
+            for (int y = 0; y < 2; ++y) {
+                for (const int byte : test.bytes) {
+                    expected += pixels[static_cast<std::size_t>((bottomUp ? 1 : y) * row + byte)];
+                }
+            }
+            EXPECT_EQ(job.file().substr(8, expected.size()), expected) << test.channels << ' ' << test.bitsCode;
+        }
+    }
+}
+
+TEST(TiffPixels, BlocksAndTheirRows) {
+    for (const auto& [width, height, channels, rows] :
+         {std::array{4000, 3000, 3, 42}, {400000, 3, 3, 1}, {7, 0, 3, 0}, {1000, 300, 4, 300 - 262}, {5, 9, 1, 9}}) {
+        const TempDir dir;
+        Job job;
+        job.info = {width, height, channels, 8, 300, 0, 0, 1};
+        job.pitch = width * channels;
+        job.pixels = zeros(static_cast<std::size_t>(width * height * channels) + 1);
+        job.pixels[job.pixels.size() / 2 / 4 * 4] = 'x';
+        EXPECT_EQ(job.save(dir.path("a.tif")), rows);
+        const Bytes file = readFile(dir.path("a.tif"));
+        const std::size_t x = job.pixels.size() / 2 / 4 * 4;
+        EXPECT_TRUE(height == 0 || file[8 + (channels == 4 ? x / 4 * 3 : x)] == 'x');
+    }
+}
+
+TEST(Tiff, Failures) {
+    const TempDir dir;
+    const std::string path = dir.write("kept.tif", "kept");
+    using Change = void (*)(Job&);
+    const Change changes[] = {
+        [](Job& job) { job.info.channels = 0; },
+        [](Job& job) { job.info.channels = 5; },
+        [](Job& job) { job.info.bitsCode = 12; },
+        [](Job& job) { job.info.width = 0; },
+        [](Job& job) { job.info.height = -1; },
+        [](Job& job) { job.info.pixelMode = 2; },
+        [](Job& job) { job.info = {1, 1, 3, 16, 1, 0, 1, 1}; },
+        [](Job& job) { job.info = {20000, 40000, 3, 8, 1, 0, 0, 1}; },
+        [](Job& job) { job.info = {INT32_MAX, INT32_MAX, 4, 32, 1, 0, 0, 1}; },
+    };
+    for (const Change change : changes) {
+        Job job;
+        change(job);
+        EXPECT_EQ(job.save(path), -6);
+        EXPECT_EQ(readFile(path), "kept");
+    }
+    Job job;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(job.save(dir.path("none/a.tif")), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Could not open for writing file:  " + dir.path("none/a.tif") + "\n");
+    EXPECT_EQ(job.save("/dev/full"), -2);
+}
+
+} // namespace
