@@ -1,4 +1,5 @@
 // Luminance statistics of HDR buffers, against the definition taken word for word.
+#include "hdr/statistics.h"
 #include "tvmeta.h"
 
 #include <array>
@@ -14,7 +15,7 @@ namespace {
 using Buffer = std::vector<unsigned char>;
 
 // Pixel by pixel in row order, each value added to one double.
-void measureInOrder(int width, int height, const Buffer& pixels, float results[3]) {
+double measureInOrder(int width, int height, const Buffer& pixels, float results[3]) {
     float minimum = 99999997952.0F;
     float maximum = 0.0F;
     double sum = 0.0;
@@ -38,11 +39,26 @@ void measureInOrder(int width, int height, const Buffer& pixels, float results[3
     results[0] = minimum;
     results[1] = maximum;
     results[2] = count == 0 ? 0.0F : static_cast<float>(sum / static_cast<double>(static_cast<float>(count)));
+    return sum;
+}
+
+// The sum on the way to the mean, whose single precision would hide mistakes.
+double sumOf(int width, int height, const Buffer& pixels) {
+    float scale[tvmeta::hdr::Exponents];
+    for (int i = 0; i < 256; ++i) {
+        scale[i] = static_cast<float>(std::ldexp(1.0, i - 128));
+    }
+    tvmeta::hdr::Statistics statistics(scale);
+    const auto columns = static_cast<std::size_t>(width);
+    for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y) {
+        statistics.addRow(pixels.data() + 4 * y * columns, columns);
+    }
+    return statistics.sum();
 }
 
 void expectExact(int width, int height, const Buffer& pixels, const char* what) {
     float expected[3];
-    measureInOrder(width, height, pixels, expected);
+    EXPECT_EQ(sumOf(width, height, pixels), measureInOrder(width, height, pixels, expected)) << what << ' ' << width;
     float results[3] = {-1, -1, -1};
     EXPECT_EQ(hdrMinMax(width, height, pixels.data(), results), height);
     EXPECT_EQ(std::memcmp(results, expected, sizeof results), 0)

@@ -1,74 +1,159 @@
-// Luminance statistics of an HDR buffer in shared-exponent form.
-#include "support/zeroed_buffer.h"
-#include "tvmeta.h"
+// Luminance statistics of an HDR buffer. By definition the values are added one by one in row order, in double
+// precision. Whole blocks are added at once where no rounding can happen in any order, and passed over where every
+// value would be rounded away: the bits are those of the definition.
+#include "hdr/statistics.h"
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
-#include <cstdint>
+#include <limits>
+
+namespace tvmeta::hdr {
 
 namespace {
 
-constexpr std::size_t Exponents = 256;
-constexpr int ExponentBias = 128;
+constexpr float LargestLuminance = 255.0F;
 
-// ITU-R BT.709 luminance weights in units of 1/256.
-constexpr unsigned BlueWeight = 19;
-constexpr unsigned GreenWeight = 183;
-constexpr unsigned RedWeight = 54;
+// Above this exponent a value may be too large for single precision, and counts as infinity.
+constexpr int HighestFinite = 248;
 
-struct Statistics {
-    float minimum = 99999997952.0F;
-    float maximum = 0.0F;
-    double sum = 0.0;
-    std::uint64_t count = 0;
+// Fewer pixels at the end of a row are not worth a block.
+constexpr std::size_t SmallestBlock = 48;
 
-    float mean() const noexcept {
-        return count > 0 ? static_cast<float>(sum / static_cast<double>(static_cast<float>(count))) : 0.0F;
-    }
-};
+constexpr int MantissaBits = std::numeric_limits<double>::digits; // the leading one included
+constexpr int DoubleBias = 1023;
 
-void addRow(Statistics& statistics, const unsigned char* row, std::size_t width, const float* scale) noexcept {
-    const unsigned char* const blue = row;
-    const unsigned char* const green = row + width;
-    const unsigned char* const red = row + 2 * width;
-    const unsigned char* const exponent = row + 3 * width;
-    for (std::size_t x = 0; x < width; ++x) {
-        if (exponent[x] == 0) {
-            continue;
-        }
-        const unsigned luminance = (BlueWeight * blue[x] + GreenWeight * green[x] + RedWeight * red[x]) >> 8;
-        const float value = static_cast<float>(luminance) * scale[exponent[x]];
-        if (value > 0.0F && value < statistics.minimum) {
-            statistics.minimum = value;
-        }
-        if (value > statistics.maximum) {
-            statistics.maximum = value;
-        }
-        statistics.sum += static_cast<double>(value);
-        ++statistics.count;
-    }
+constexpr double powerOfTwo(int power) noexcept {
+    return std::bit_cast<double>(static_cast<std::uint64_t>(power + DoubleBias) << (MantissaBits - 1));
+}
+
+constexpr int exponentOf(double number) noexcept {
+    return static_cast<int>(std::bit_cast<std::uint64_t>(number) >> (MantissaBits - 1)) - DoubleBias;
+}
+
+// The power of two of the last significant bit of a number that is above zero and not subnormal.
+constexpr int lastPlace(double number) noexcept {
+    constexpr std::uint64_t LeadingOne = std::uint64_t{1} << (MantissaBits - 1);
+    const std::uint64_t mantissa = (std::bit_cast<std::uint64_t>(number) & (LeadingOne - 1)) | LeadingOne;
+    return exponentOf(number) - (MantissaBits - 1) + std::countr_zero(mantissa);
 }
 
 } // namespace
 
-std::int32_t hdrMinMax(std::int32_t width, std::int32_t height, const unsigned char* pixels,
-                       float results[3]) noexcept {
-    constexpr std::int32_t NoMemory = -4;
-    const bool empty = width <= 0 || height <= 0;
-    tvmeta::ZeroedBuffer table(Exponents * sizeof(float));
-    if (!table || results == nullptr || (!empty && pixels == nullptr)) {
-        return NoMemory;
+// The definition, for what does not fill a block.
+void Statistics::addPixels(const Block& rest, std::size_t pixels) noexcept {
+    for (std::size_t i = 0; i < pixels; ++i) {
+        if (rest.exponent[i] == 0) {
+            continue;
+        }
+        const float value =
+            static_cast<float>(luminance(rest.blue[i], rest.green[i], rest.red[i])) * scale_[rest.exponent[i]];
+        if (value > 0.0F && value < minimum_) {
+            minimum_ = value;
+        }
+        maximum_ = std::max(maximum_, value);
+        sum_ += static_cast<double>(value);
+        ++count_;
     }
-    auto* const scale = reinterpret_cast<float*>(table.data());
-    for (std::size_t i = 0; i < Exponents; ++i) {
-        scale[i] = static_cast<float>(std::ldexp(1.0, static_cast<int>(i) - ExponentBias));
-    }
-    Statistics statistics;
-    const std::size_t rows = empty ? 0 : static_cast<std::size_t>(height);
-    for (std::size_t y = 0; y < rows; ++y) {
-        addRow(statistics, pixels + y * 4 * static_cast<std::size_t>(width), static_cast<std::size_t>(width), scale);
-    }
-    results[0] = statistics.minimum;
-    results[1] = statistics.maximum;
-    results[2] = statistics.mean();
-    return height > 0 ? height : 0;
 }
+
+// Only exponents whose brightest pixel would be brighter than the maximum are looked at: few, once there is one.
+void Statistics::updateMaximum(const unsigned char* luminance, const unsigned char* exponents, int highest) noexcept {
+    for (int exponent = highest; exponent > 0 && LargestLuminance * scale_[exponent] > maximum_; --exponent) {
+        const int found = highestLuminance(luminance, exponents, exponent);
+        maximum_ = std::max(maximum_, static_cast<float>(found) * scale_[exponent]);
+    }
+}
+
+void Statistics::updateMinimum(const unsigned char* luminance, const unsigned char* exponents, int lowest) noexcept {
+    for (std::size_t exponent = static_cast<std::size_t>(lowest); exponent < Exponents && scale_[exponent] < minimum_;
+         ++exponent) {
+        const int found = lowestLuminance(luminance, exponents, static_cast<int>(exponent));
+        if (found != NoLuminance) {
+            minimum_ = std::min(minimum_, static_cast<float>(found) * scale_[exponent]);
+        }
+    }
+}
+
+// Whether the sum so far and the block's values are multiples of a unit of which the result, and so everything on the
+// way to it, needs no more than the mantissa holds: then nothing is rounded, whatever the order.
+bool Statistics::isExact(const ExponentRange& range, double largestSum) const noexcept {
+    if (range.highest > HighestFinite || range.highest - range.lowest > DoubleSpan || !std::isfinite(sum_)) {
+        return false;
+    }
+    const int blockUnit = range.lowest - ExponentBias;
+    const int unit = sum_ > 0.0 ? std::min(blockUnit, lastPlace(sum_)) : blockUnit;
+    return sum_ + largestSum <= powerOfTwo(MantissaBits + unit);
+}
+
+void Statistics::addSum(const unsigned char* luminance, const unsigned char* exponents,
+                        const ExponentRange& range) noexcept {
+    const double largest = static_cast<double>(LargestLuminance) * powerOfTwo(range.highest - ExponentBias);
+    if (isExact(range, largest * BlockPixels)) {
+        const auto relativeSum = range.highest - range.lowest <= FloatSpan ? floatSum : doubleSum;
+        sum_ += relativeSum(luminance, exponents, range.lowest) * powerOfTwo(range.lowest - ExponentBias);
+        return;
+    }
+    // Less than half a unit in the last place of the sum is rounded away, whatever the order.
+    const bool vanishes = sum_ > 0.0 && largest < powerOfTwo(exponentOf(sum_) - MantissaBits);
+    if (!vanishes) {
+        addInOrder(luminance, exponents);
+    }
+}
+
+void Statistics::addInOrder(const unsigned char* luminance, const unsigned char* exponents) noexcept {
+    float values[BlockPixels];
+    scaledValues(luminance, exponents, scale_, values);
+    double sum = sum_;
+    for (const float value : values) {
+        sum += static_cast<double>(value); // 0 where there is no pixel, which changes nothing
+    }
+    sum_ = sum;
+}
+
+void Statistics::addBlock(const Block& block) noexcept {
+    const ExponentRange range = exponentRange(block.exponent);
+    if (range.highest == 0) {
+        return;
+    }
+    unsigned char luminance[BlockPixels];
+    luminances(block, luminance);
+    count_ += range.complete ? BlockPixels : countPixels(block.exponent);
+    updateMaximum(luminance, block.exponent, range.highest);
+    updateMinimum(luminance, block.exponent, range.lowest);
+    addSum(luminance, block.exponent, range);
+}
+
+// The end of a row, filled up with exponents of 0: no pixels.
+void Statistics::addPaddedBlock(const Block& rest, std::size_t pixels) noexcept {
+    unsigned char planes[4][BlockPixels] = {};
+    std::copy_n(rest.blue, pixels, planes[0]);
+    std::copy_n(rest.green, pixels, planes[1]);
+    std::copy_n(rest.red, pixels, planes[2]);
+    std::copy_n(rest.exponent, pixels, planes[3]);
+    addBlock({planes[0], planes[1], planes[2], planes[3]});
+}
+
+void Statistics::addRow(const unsigned char* row, std::size_t width) noexcept {
+    const auto blockAt = [row, width](std::size_t x) {
+        return Block{row + x, row + width + x, row + 2 * width + x, row + 3 * width + x};
+    };
+    std::size_t x = 0;
+    for (; width - x >= BlockPixels; x += BlockPixels) {
+        addBlock(blockAt(x));
+    }
+    if (width - x >= SmallestBlock) {
+        addPaddedBlock(blockAt(x), width - x);
+    } else {
+        addPixels(blockAt(x), width - x);
+    }
+}
+
+void Statistics::store(float results[3]) const noexcept {
+    results[0] = minimum_;
+    results[1] = maximum_;
+    // The number of pixels goes through single precision on its way into the mean.
+    results[2] = count_ > 0 ? static_cast<float>(sum_ / static_cast<double>(static_cast<float>(count_))) : 0.0F;
+}
+
+} // namespace tvmeta::hdr
