@@ -1,5 +1,6 @@
 // Reading a photograph: containers, directories, and the byte-order readers below them.
 #include "support/files.h"
+#include "support/photographs.h"
 #include "tvmeta.h"
 
 #include <cstring>
@@ -20,34 +21,6 @@ Reading readBytes(const Bytes& bytes, std::int32_t fileType) {
     std::memset(&reading.info, 0xA5, sizeof reading.info);
     reading.result = getExifData(dir.write("photo", bytes).c_str(), fileType, &reading.info);
     return reading;
-}
-
-// A photograph with every tag that directories are read for. The EXIF directory has its entries in ascending order.
-Bytes fullTiff(bool little) {
-    Tiff tiff(little);
-    const std::uint32_t exif =
-        tiff.add({tiff.rationalEntry(33434, 1, 60), tiff.rationalEntry(33437, 28, 10), tiff.shortEntry(34855, 400),
-                  tiff.textEntry(36867, "2013:05:01 12:00:00"), tiff.rationalEntry(37377, 6, 1),
-                  tiff.rationalEntry(37378, 5, 1), tiff.rationalEntry(37386, 50, 1), tiff.rationalEntry(41486, 5000, 1),
-                  tiff.shortEntry(41488, 3), tiff.shortEntry(41989, 75)});
-    const Bytes position = tiff.rational(48, 1) + tiff.rational(51, 1) + tiff.rational(2996, 100);
-    const std::uint32_t gps = tiff.add({{1, 2, 2, "N"},
-                                        {2, 5, 3, position},
-                                        {3, 2, 2, "E"},
-                                        {4, 5, 5, position},
-                                        {5, 1, 1, "\x01"},
-                                        {6, 5, 1, tiff.rational(35, 1)},
-                                        {7, 5, 2, tiff.rational(12, 1) + tiff.rational(30, 1)},
-                                        tiff.textEntry(29, "2013:05:01")});
-    const std::uint32_t thumbnail = tiff.add({tiff.longEntry(513, 1000), tiff.longEntry(514, 2000)});
-    return tiff.finish(tiff.add({tiff.textEntry(272, "TV-100"),
-                                 tiff.shortEntry(274, 6),
-                                 tiff.longEntry(513, 77),
-                                 {700, 1, 500, tiff.n32(3000)},
-                                 {33723, 4, 25, tiff.n32(4000)},
-                                 tiff.longEntry(34665, exif),
-                                 tiff.longEntry(34853, gps)},
-                                thumbnail));
 }
 
 void expectFullRecord(const ExifInfo& info, std::int32_t base) {

@@ -20,10 +20,13 @@ void DirectoryReader::readBlock() noexcept {
 
 // An entry that the file cuts short has its missing bytes counted as the byte-order readers count them.
 DirectoryEntry DirectoryReader::decode(std::span<const unsigned char> bytes) const noexcept {
-    const auto byte = [bytes](std::size_t i) { return i < bytes.size() ? bytes[i] : EOF; };
-    const auto number16 = [&](std::size_t i) { return combine16(tiff_.order, byte(i), byte(i + 1)); };
+    std::array<int, DirectoryEntrySize> all;
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        all[i] = i < bytes.size() ? bytes[i] : EOF;
+    }
+    const auto number16 = [&](std::size_t i) { return combine16(tiff_.order, all[i], all[i + 1]); };
     const auto number32 = [&](std::size_t i) {
-        return combine32(tiff_.order, byte(i), byte(i + 1), byte(i + 2), byte(i + 3));
+        return combine32(tiff_.order, all[i], all[i + 1], all[i + 2], all[i + 3]);
     };
     DirectoryEntry entry{};
     entry.tag = number16(0);
@@ -33,7 +36,7 @@ DirectoryEntry DirectoryReader::decode(std::span<const unsigned char> bytes) con
     const bool shorts = entry.type == tiff_type::Short && entry.count <= 2;
     entry.value = shorts ? number16(8) : entry.field;
     for (std::size_t i = 0; i < EntryValueSize; ++i) {
-        entry.fieldBytes[i] = static_cast<unsigned char>(byte(8 + i));
+        entry.fieldBytes[i] = static_cast<unsigned char>(all[8 + i]);
     }
     entry.end = position_ + static_cast<std::int64_t>(bytes.size());
     return entry;

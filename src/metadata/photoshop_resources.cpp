@@ -70,7 +70,9 @@ std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, Wor
     if (!block) {
         return NoMemory;
     }
-    budget.payloadBytes -= static_cast<std::int64_t>(reader.read(block.bytes()));
+    const std::size_t read = reader.read(block.bytes());
+    budget.payloadBytes -= static_cast<std::int64_t>(read);
+    reader.lend(block.bytes().first(read), start);
     std::int32_t result = NoThumbnail;
     const std::string_view text(block.text(), block.size());
     for (std::size_t at = findText(text, Signature); at != std::string_view::npos && text.size() - at >= HeaderSize;
@@ -79,6 +81,7 @@ std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, Wor
             result = info.thumbnailLength;
         }
     }
+    reader.lend({}, 0);
     return result;
 }
 

@@ -19,13 +19,26 @@ bool StreamReader::seek(std::int64_t position) noexcept {
     return true;
 }
 
-// The bytes of the window from the position on.
-std::span<const unsigned char> StreamReader::window() const noexcept {
-    const std::int64_t offset = position_ - windowStart_;
-    if (offset < 0 || static_cast<std::uint64_t>(offset) >= windowSize_) {
+std::span<const unsigned char> StreamReader::View::from(std::int64_t position) const noexcept {
+    const std::int64_t offset = position - start;
+    if (offset < 0 || static_cast<std::uint64_t>(offset) >= bytes.size()) {
         return {};
     }
-    return std::span(window_).first(windowSize_).subspan(static_cast<std::size_t>(offset));
+    return bytes.subspan(static_cast<std::size_t>(offset));
+}
+
+// The bytes at the position that are in memory.
+std::span<const unsigned char> StreamReader::available() noexcept {
+    if (const auto bytes = views_[current_].from(position_); !bytes.empty()) {
+        return bytes;
+    }
+    for (std::size_t i = 0; i < views_.size(); ++i) {
+        if (const auto bytes = views_[i].from(position_); !bytes.empty()) {
+            use(i);
+            return bytes;
+        }
+    }
+    return {};
 }
 
 // Reads from the position on, without moving it, and learns where the file ends.
@@ -44,22 +57,38 @@ std::size_t StreamReader::readStream(unsigned char* block, std::size_t size) noe
     return count;
 }
 
+void StreamReader::use(std::size_t view) noexcept {
+    current_ = view;
+    views_[view].lastUse = ++uses_;
+}
+
+// Reads a window at the position, in place of the one that has not been used for longest.
 bool StreamReader::fill() noexcept {
     if (position_ >= end_) {
         return false;
     }
-    windowSize_ = readStream(window_.data(), window_.size());
-    windowStart_ = position_;
-    return windowSize_ > 0;
+    const auto oldest = std::ranges::min_element(views_.begin(), views_.begin() + Windows, {}, &View::lastUse);
+    const auto index = static_cast<std::size_t>(oldest - views_.begin());
+    const std::size_t size = readStream(windows_[index].data(), WindowSize);
+    *oldest = {position_, std::span(windows_[index]).first(size), 0};
+    use(index);
+    return size > 0;
+}
+
+void StreamReader::lend(std::span<const unsigned char> bytes, std::int64_t position) noexcept {
+    views_.back() = {position, bytes, 0};
 }
 
 int StreamReader::get() noexcept {
-    if (window().empty() && !fill()) {
-        return EOF;
+    std::span<const unsigned char> bytes = available();
+    if (bytes.empty()) {
+        if (!fill()) {
+            return EOF;
+        }
+        bytes = available();
     }
-    const int byte = window().front();
     ++position_;
-    return byte;
+    return bytes.front();
 }
 
 std::uint16_t StreamReader::read16(ByteOrder order) noexcept {
@@ -80,8 +109,9 @@ std::size_t StreamReader::read(std::span<unsigned char> block) noexcept {
     std::size_t done = 0;
     while (done < block.size()) {
         const std::span<unsigned char> rest = block.subspan(done);
-        std::size_t count = std::min(window().size(), rest.size());
-        copyBytes(rest.data(), window().data(), count);
+        const std::span<const unsigned char> bytes = available();
+        std::size_t count = std::min(bytes.size(), rest.size());
+        copyBytes(rest.data(), bytes.data(), count);
         if (count == 0 && rest.size() >= WindowSize) {
             count = readStream(rest.data(), rest.size());
         }

@@ -11,9 +11,11 @@
 
 namespace tvmeta {
 
-// A stream seen through a window of a few KiB, with a logical position of its own.
+// A stream seen through a few windows of a page each, with a logical position of its own.
 //
-// Moving costs nothing until a byte is wanted from outside the window. What a stream does at its edges holds here too:
+// Moving costs nothing until a byte is wanted from outside the windows. There are several since a directory, its values
+// and the next directory tend to lie in different places, to which reading comes back. What a stream does at its edges
+// holds here too:
 //  - a position before the start is refused, and the reader stays where it is;
 //  - a position behind the end is taken; there, as at the end, a read yields nothing and does not move.
 // A read error ends the file where it happens.
@@ -44,24 +46,40 @@ class StreamReader {
     // The bytes from here to the end of the file. Asks the system.
     std::int64_t remaining() noexcept;
 
+    // Lets the reader take bytes that somebody else has read, from `position` of the file on, instead of reading them
+    // again. They must stay where they are until an empty block takes their place.
+    void lend(std::span<const unsigned char> bytes, std::int64_t position) noexcept;
+
   protected:
     // Puts the stream where the reader is.
     void leave() noexcept;
 
   private:
+    static constexpr std::size_t WindowSize = 4096; // a page: what one read costs anyway
+    static constexpr std::size_t Windows = 4;
+
+    // File bytes in memory.
+    struct View {
+        std::int64_t start = 0;
+        std::span<const unsigned char> bytes;
+        std::uint64_t lastUse = 0;
+
+        std::span<const unsigned char> from(std::int64_t position) const noexcept;
+    };
+
+    std::span<const unsigned char> available() noexcept;
+    void use(std::size_t view) noexcept;
     bool fill() noexcept;
     std::size_t readStream(unsigned char* block, std::size_t size) noexcept;
-    std::span<const unsigned char> window() const noexcept;
-
-    static constexpr std::size_t WindowSize = 4096; // a page: what one read costs anyway
 
     std::FILE* stream_;
     std::int64_t position_;
-    std::int64_t streamPosition_; // where the stream stands
-    std::int64_t end_;            // end of the file, once it has been met
-    std::int64_t windowStart_ = 0;
-    std::size_t windowSize_ = 0; // bytes of window_ that hold file bytes from windowStart_ on
-    std::array<unsigned char, WindowSize> window_;
+    std::int64_t streamPosition_;         // where the stream stands
+    std::int64_t end_;                    // end of the file, once it has been met
+    std::array<View, Windows + 1> views_; // of the windows, and of what has been lent
+    std::size_t current_ = 0;             // the view that was used last
+    std::uint64_t uses_ = 0;
+    std::array<std::array<unsigned char, WindowSize>, Windows> windows_;
 };
 
 // A reader of a stream that a caller lends: starts where the stream stands and leaves it where the reader was.

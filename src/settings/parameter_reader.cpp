@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <numeric>
 
 namespace tvmeta {
 
@@ -20,14 +21,21 @@ constexpr std::size_t NotFound = std::string_view::npos;
 // The value position of each parameter, in the order of the method's table.
 using ValuePositions = std::array<std::size_t, SETTINGS_SLOTS>;
 
-// Whether the text behind the prefix begins with the parameter's name; a longer name that begins with it counts too.
+// Whether the text begins with the name: most do not by the first byte or the last.
+bool beginsWith(std::string_view text, std::string_view name) noexcept {
+    return text.size() >= name.size() && text.front() == name.front() && text[name.size() - 1] == name.back() &&
+           text.starts_with(name);
+}
+
+// Whether the text behind the prefix begins with the parameter's name; a longer name that begins
+// with it counts too.
 bool namesParameter(std::string_view text, const Parameter& parameter, std::size_t valueSkip) noexcept {
     if (parameter.kind == ValueKind::Smoothing) { // but not "SmoothingMode": the next character must end the name
         const char end = valueSkip == 1 ? '>' : '=';
-        return text.starts_with(parameter.name) && textFrom(text, parameter.name.size()).starts_with(end);
+        return beginsWith(text, parameter.name) && textFrom(text, parameter.name.size()).starts_with(end);
     }
-    return text.starts_with(parameter.name) ||
-           (!parameter.formerName.empty() && text.starts_with(parameter.formerName));
+    return beginsWith(text, parameter.name) ||
+           (!parameter.formerName.empty() && beginsWith(text, parameter.formerName));
 }
 
 // Only the first tag of each parameter counts, whether its value can be read or not. Tags before the method tag are not
@@ -36,19 +44,20 @@ ValuePositions locateValues(const Packet& packet) noexcept {
     const std::span<const Parameter> parameters = packet.method->parameters;
     ValuePositions positions;
     positions.fill(NotFound);
-    std::size_t missing = parameters.size();
-    for (std::size_t at = packet.methodTag; missing > 0; ++at) {
+    std::array<std::uint8_t, SETTINGS_SLOTS> missing; // indices of the parameters that have not been found
+    std::iota(missing.begin(), missing.end(), std::uint8_t{0});
+    auto missingEnd = missing.begin() + static_cast<std::ptrdiff_t>(parameters.size());
+    for (std::size_t at = packet.methodTag; missingEnd != missing.begin(); ++at) {
         at = findText(packet.text, TagStart, at);
-        if (at == std::string_view::npos) {
+        if (at == NotFound) {
             break;
         }
-        const std::string_view name = textFrom(packet.text, at + SettingsPrefix.size());
-        for (std::size_t i = 0; i < parameters.size(); ++i) {
-            if (positions[i] == NotFound && namesParameter(name, parameters[i], packet.valueSkip)) {
-                positions[i] = at + SettingsPrefix.size() + parameters[i].name.size() + packet.valueSkip;
-                --missing;
-            }
-        }
+        const std::size_t nameAt = at + SettingsPrefix.size();
+        missingEnd = std::remove_if(missing.begin(), missingEnd, [&](std::uint8_t i) {
+            const bool found = namesParameter(textFrom(packet.text, nameAt), parameters[i], packet.valueSkip);
+            positions[i] = found ? nameAt + parameters[i].name.size() + packet.valueSkip : NotFound;
+            return found;
+        });
     }
     return positions;
 }

@@ -1,0 +1,347 @@
+// What the system can do to a call: every allocation, open, read, seek, tell, write and close fails in turn; the disk
+// is full at every byte; and the work that hostile files ask for is counted. The library's own calls are wrapped by the
+// linker; they are counted, and fail, only while a test has armed them.
+#include "support/files.h"
+#include "support/photographs.h"
+#include "tvmeta.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <functional>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+using namespace test;
+
+namespace {
+
+enum Kind { Allocation, Open, Read, Seek, Tell, Write, Close, Kinds };
+
+// What the library has asked for since it was armed, and which call of which kind is to fail.
+struct Monitor {
+    bool armed = false;
+    Kind failing = Kinds;
+    long failAt = 0;     // 1: the first call of that kind
+    bool onward = false; // all later ones too
+    long calls[Kinds] = {};
+    bool hit = false;
+    std::int64_t bytesRead = 0;
+    std::int64_t liveBytes = 0, mostBytes = 0;
+    long blocks = 0, streams = 0; // live ones
+
+    bool fails(Kind kind) {
+        if (!armed) {
+            return false;
+        }
+        const long call = ++calls[kind];
+        const bool failing_ = kind == failing && (call == failAt || (onward && call > failAt));
+        hit = hit || failing_;
+        return failing_;
+    }
+};
+Monitor monitor;
+
+} // namespace
+
+extern "C" {
+void* __real_calloc(std::size_t, std::size_t);
+void __real_free(void*);
+std::FILE* __real_fopen(const char*, const char*);
+std::size_t __real_fread(void*, std::size_t, std::size_t, std::FILE*);
+int __real_fseek(std::FILE*, long, int);
+long __real_ftell(std::FILE*);
+std::size_t __real_fwrite(const void*, std::size_t, std::size_t, std::FILE*);
+int __real_fclose(std::FILE*);
+
+void* __wrap_calloc(std::size_t count, std::size_t size) {
+    if (monitor.fails(Allocation)) {
+        return nullptr;
+    }
+    monitor.blocks += monitor.armed ? 1 : 0;
+    monitor.liveBytes += monitor.armed ? static_cast<std::int64_t>(count * size) : 0;
+    monitor.mostBytes = std::max(monitor.mostBytes, monitor.liveBytes);
+    return __real_calloc(count, size);
+}
+void __wrap_free(void* block) {
+    monitor.blocks -= monitor.armed && block != nullptr ? 1 : 0;
+    monitor.liveBytes = monitor.blocks == 0 ? 0 : monitor.liveBytes;
+    __real_free(block);
+}
+std::FILE* __wrap_fopen(const char* path, const char* mode) {
+    std::FILE* stream = monitor.fails(Open) ? nullptr : __real_fopen(path, mode);
+    monitor.streams += monitor.armed && stream != nullptr ? 1 : 0;
+    return stream;
+}
+std::size_t __wrap_fread(void* block, std::size_t size, std::size_t count, std::FILE* stream) {
+    const std::size_t read = monitor.fails(Read) ? 0 : __real_fread(block, size, count, stream);
+    monitor.bytesRead += static_cast<std::int64_t>(read * size);
+    return read;
+}
+int __wrap_fseek(std::FILE* stream, long offset, int whence) {
+    return monitor.fails(Seek) ? -1 : __real_fseek(stream, offset, whence);
+}
+long __wrap_ftell(std::FILE* stream) {
+    return monitor.fails(Tell) ? -1 : __real_ftell(stream);
+}
+std::size_t __wrap_fwrite(const void* block, std::size_t size, std::size_t count, std::FILE* stream) {
+    return monitor.fails(Write) ? 0 : __real_fwrite(block, size, count, stream);
+}
+int __wrap_fclose(std::FILE* stream) {
+    monitor.streams -= monitor.armed ? 1 : 0;
+    const bool fails = monitor.fails(Close);
+    return __real_fclose(stream) == 0 && !fails ? 0 : EOF;
+}
+}
+
+namespace {
+
+// A call that a fault may hit: made ready before the monitor is armed, judged after it.
+struct Operation {
+    const char* name;
+    std::function<void()> prepare;
+    std::function<std::int32_t()> call;
+    std::vector<std::int32_t> failures;             // documented results other than success
+    std::function<bool(std::int32_t result)> whole; // whether a success is one
+};
+
+std::int32_t run(const Operation& operation, Kind kind, long failAt, bool onward) {
+    operation.prepare();
+    monitor = {};
+    monitor.failing = kind;
+    monitor.failAt = failAt;
+    monitor.onward = onward;
+    testing::internal::CaptureStderr();
+    monitor.armed = true;
+    const std::int32_t result = operation.call();
+    monitor.armed = false;
+    testing::internal::GetCapturedStderr();
+    return result;
+}
+
+// The writers' calls, and where their files lie.
+struct Bench {
+    TempDir dir;
+    std::string out = dir.path("out");
+    std::string photo = dir.write("photo.jpg", fullJpeg());
+    std::string tiff = dir.write("photo.tif", fullTiff(true));
+    std::string psdFile = dir.write("photo.psd", psd(resource(1058, fullTiff(false))));
+    std::string settingsFile = dir.write("settings.xmp", elementPacket("Fusion/Intensive", element("Radius", "4")));
+    Bytes profiled;
+    SettingsValues settings = {5, 3, 70};
+    SettingsValues readSettings = {};
+    ExifInfo info;
+    Bytes buffer;
+    Bytes block = fullTiff(true);
+    Stream stream;
+
+    std::int32_t save(std::int32_t channels, std::int32_t height) {
+        TifImageInfo image = {10, height, channels, 8, 300, 4, 0, 1};
+        MetadataBuf metadata = {};
+        GpsBuf gps = {};
+        const Bytes pixels = zeros(static_cast<std::size_t>(10 * channels * height));
+        return buf2tif(pixels.data(), &image, 10 * channels, reinterpret_cast<const unsigned char*>("icc!"), &metadata,
+                       &gps, 0, nullptr, METHOD_FUSION_INTENSIVE, settings, 0, nullptr, out.c_str());
+    }
+    std::int32_t replaceProfile() {
+        return update_tif_profile(7, reinterpret_cast<const unsigned char*>("profile"), out.c_str());
+    }
+
+    std::vector<Operation> writers() {
+        save(3, 8);
+        const Bytes expected = readFile(out);
+        save(4, 8);
+        profiled = expected;
+        replaceProfile();
+        const auto remove = [this] { std::filesystem::remove(out); };
+        const auto isExpected = [this, expected](std::int32_t result) {
+            return result == 8 && readFile(out) == expected;
+        };
+        return {
+            {"buf2tif", remove, [this] { return save(3, 8); }, {-1, -2, -3, -4, -12}, isExpected},
+            {"buf2tif, converting", remove, [this] { return save(4, 8); }, {-1, -2, -3, -4, -12}, isExpected},
+            {"write_xmp",
+             remove,
+             [this] { return write_xmp(out.c_str(), 11, settings); },
+             {-1, -3, -4},
+             [this](std::int32_t result) {
+                 SettingsValues read = {};
+                 return result == 1 && read_xmp(out.c_str(), 11, read) > 0 && readFile(out).size() == 420;
+             }},
+            {"update_tif_profile",
+             [this] { dir.write("out", profiled); },
+             [this] { return replaceProfile(); },
+             {0, -1, -2},
+             [this](std::int32_t result) {
+                 const Bytes file = readFile(out);
+                 return result == 7 && file.size() == profiled.size() + 7 && file.ends_with("profile");
+             }},
+        };
+    }
+
+    std::vector<Operation> readers() {
+        const auto nothing = [] {};
+        const auto any = [](std::int32_t) { return true; };
+        const auto read = [this](const std::string& path, std::int32_t fileType) {
+            return [this, path, fileType] { return getExifData(path.c_str(), fileType, &info); };
+        };
+        const auto onStream = [this](std::int32_t (*parse)(FILE*, std::int32_t, ExifInfo*)) {
+            return [this, parse] { return parse(stream.get(), static_cast<std::int32_t>(block.size()), &info); };
+        };
+        const auto open = [this] { stream = streamOf(block); };
+        const auto clear = [this] { buffer = zeros(5000); };
+        return {
+            // What cannot be read counts as the end of the file, and the walk completes with what it has.
+            {"JPEG", nothing, read(photo, FILE_TYPE_JPEG), {-1, -2, -3, -10}, any},
+            {"TIFF", nothing, read(tiff, FILE_TYPE_TIFF), {-1, -2, -3}, any},
+            {"PSD", nothing, read(psdFile, FILE_TYPE_PSD), {-1, -2, -3}, any},
+            {"read_xmp",
+             nothing,
+             [this] { return read_xmp(settingsFile.c_str(), 11, readSettings); },
+             {-1, -2, -4},
+             [this](std::int32_t result) { return result > 46 && readSettings[2] == 4.0F; }},
+            {"extract_xmp",
+             clear,
+             [this] { return extract_xmp(settingsFile.c_str(), 150, 0, buffer.data()); },
+             {-1, 0},
+             [](std::int32_t result) { return result == 11; }},
+            {"read_iptc",
+             clear,
+             [this] { return read_iptc(tiff.c_str(), 9, 0, reinterpret_cast<unsigned char*>(buffer.data())); },
+             {-1, -2, 0},
+             [](std::int32_t) { return false; }},
+            {"parse_image_description", open, onStream(parse_image_description), {-1}, any},
+            {"parse_photoshop_data", open, onStream(parse_photoshop_data), {-4}, [](std::int32_t r) { return r == 1; }},
+            {"get_tif_tag",
+             open,
+             [this] {
+                 std::int32_t count = 0;
+                 return get_tif_tag(stream.get(), 272, &count, &count);
+             },
+             {-1, -2, -3},
+             [](std::int32_t result) { return result > 8; }},
+            {"insert_xmp",
+             [this] {
+                 buffer = zeros(5000);
+                 embed_xmp(1, 0, nullptr, 0, nullptr, buffer.data());
+             },
+             [this] { return insert_xmp(1, 11, settings, 128, 292, buffer.data()); },
+             {-4},
+             [](std::int32_t result) { return result == 292; }},
+            {"hdrMinMax",
+             nothing,
+             [] {
+                 float results[3];
+                 return hdrMinMax(0, 5, nullptr, results);
+             },
+             {-4},
+             [](std::int32_t result) { return result == 5; }},
+        };
+    }
+};
+
+TEST(Faults, EveryCallFailsInTurn) {
+    Bench bench;
+    std::vector<Operation> operations = bench.writers();
+    std::ranges::move(bench.readers(), std::back_inserter(operations));
+    long injected = 0;
+    for (const Operation& operation : operations) {
+        for (int kind = 0; kind < Kinds; ++kind) {
+            for (const bool onward : {false, true}) {
+                for (long call = 1;; ++call) {
+                    const std::int32_t result = run(operation, static_cast<Kind>(kind), call, onward);
+                    const bool documented = std::ranges::count(operation.failures, result) > 0;
+                    // Only what nobody asks about may fail without a word: the close of a file that was read, or of one
+                    // whose content has been written without a buffer.
+                    ASSERT_TRUE(documented || operation.whole(result))
+                        << operation.name << " kind " << kind << " call " << call << ": " << result;
+                    ASSERT_EQ(monitor.blocks, 0) << operation.name << " kind " << kind << " call " << call;
+                    ASSERT_EQ(monitor.streams, 0) << operation.name << " kind " << kind << " call " << call;
+                    if (!monitor.hit) {
+                        break;
+                    }
+                    ++injected;
+                }
+            }
+        }
+    }
+    RecordProperty("injected", static_cast<int>(injected));
+    EXPECT_GT(injected, 100);
+}
+
+TEST(Faults, DiskIsFullAtEveryByte) {
+    Bench bench;
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    for (const Operation& operation : bench.writers()) {
+        bool succeeded = false;
+        for (rlim_t limit = 0; !succeeded; ++limit) {
+            ASSERT_LT(limit, 10'000U) << operation.name;
+            operation.prepare();
+            const rlimit full = {limit, before.rlim_max};
+            setrlimit(RLIMIT_FSIZE, &full);
+            const std::int32_t result = operation.call();
+            setrlimit(RLIMIT_FSIZE, &before);
+            succeeded = operation.whole(result);
+            ASSERT_TRUE(succeeded || result < 0) << operation.name << " with " << limit << " bytes: " << result;
+        }
+    }
+}
+
+// Work in proportion to the file: bytes read, calls made, memory held.
+TEST(Bounds, HostileFilesAreCheap) {
+    const TempDir dir;
+    const auto header = [](std::uint32_t first) { return "II" + le16(42) + le32(first); };
+    const auto entries = [](unsigned count, unsigned tag, unsigned type, std::uint32_t items, std::uint32_t value) {
+        Bytes bytes = le16(count);
+        for (unsigned i = 0; i < count; ++i) {
+            bytes += le16(tag) + le16(type) + le32(items) + le32(value);
+        }
+        return bytes;
+    };
+    Bytes chain = header(8); // directories that overlap: each next offset is the count and tag of another
+    for (std::uint32_t i = 0; i < 20'000; ++i) {
+        chain += le16(1) + le16(1) + zeros(10) + le32(8 + 18 * ((i * 7919 + 1) % 20'000));
+    }
+    Bytes versions = packet("");
+    while (versions.size() < 60'000) {
+        versions += "<tvtm:Version> <tvtm:Versio";
+    }
+    const struct {
+        const char* what;
+        std::int32_t fileType;
+        Bytes file;
+    } cases[] = {
+        {"a directory that is its own EXIF directory", 0, header(8) + entries(65535, 34665, 4, 1, 8) + le32(8)},
+        {"EXIF directories behind the end", 0, header(8) + entries(65535, 34665, 4, 1, 1 << 30)},
+        {"GPS values at both ends", 0, header(8) + entries(1, 34853, 4, 1, 26) + le32(0) + entries(60000, 2, 5, 3, 0)},
+        {"huge description", 0, header(8) + entries(500, 270, 2, INT32_MAX, 8)},
+        {"huge resources", 0, header(8) + entries(500, 34377, 7, INT32_MAX, 8)},
+        {"descriptions over and over", 0, header(8) + entries(65535, 270, 2, 600'000, 8)},
+        {"resources over and over", 0, header(8) + entries(65535, 34377, 7, 600'000, 8)},
+        {"versions over and over", 1, jpeg(exifSegment(header(0)) + xmpSegment(versions))},
+        {"empty resources", 2, psd(Bytes(40'000, '8') + resource(1, ""))},
+        {"overlapping chain", 77, chain},
+    };
+    for (const auto& test : cases) {
+        const std::string path = dir.write("hostile", test.file);
+        const auto size = static_cast<std::int64_t>(test.file.size());
+        ExifInfo info;
+        monitor = {};
+        monitor.armed = true;
+        getExifData(path.c_str(), test.fileType, &info);
+        std::FILE* const stream = __real_fopen(path.c_str(), "rb");
+        std::int32_t count = 0;
+        get_tif_tag(stream, 34675, &count, &count);
+        monitor.armed = false;
+        __real_fclose(stream);
+        // A small file may be asked for 2^20 entries and 64 MiB of payloads, and each entry for a page.
+        const std::int64_t budget = 80LL << 20;
+        EXPECT_LE(monitor.bytesRead, budget + 300 * size) << test.what;
+        EXPECT_LE(monitor.calls[Read] + monitor.calls[Seek], 1000 + size / 4) << test.what;
+        EXPECT_LE(monitor.mostBytes, size + (1 << 20)) << test.what;
+    }
+}
+
+} // namespace

@@ -1,0 +1,268 @@
+// Files and arguments that nobody would make by accident: every prefix and every changed byte of a seed of each kind,
+// and arguments outside of what the header allows. Sanitizers and the results tell.
+#include "support/files.h"
+#include "support/photographs.h"
+#include "tvmeta.h"
+
+#include <array>
+#include <cstring>
+#include <functional>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+using namespace test;
+
+namespace {
+
+// A block of exactly these bytes, so that a read behind its end is seen.
+class Exact {
+  public:
+    explicit Exact(const Bytes& bytes)
+        : size_(static_cast<std::int32_t>(bytes.size())), block_(new char[bytes.size()]) {
+        std::memcpy(block_.get(), bytes.data(), bytes.size());
+    }
+    const char* text() const { return block_.get(); }
+    const unsigned char* bytes() const { return reinterpret_cast<const unsigned char*>(block_.get()); }
+    std::int32_t size() const { return size_; }
+
+  private:
+    std::int32_t size_;
+    std::unique_ptr<char[]> block_;
+};
+
+// A file in memory, written anew for each input.
+class MemoryFile {
+  public:
+    MemoryFile() : descriptor_(memfd_create("tvmeta", 0)), path_("/proc/self/fd/" + std::to_string(descriptor_)) {}
+    ~MemoryFile() { close(descriptor_); }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+
+    const char* hold(const Bytes& bytes) const {
+        EXPECT_EQ(ftruncate(descriptor_, 0), 0);
+        EXPECT_EQ(pwrite(descriptor_, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
+        return path_.c_str();
+    }
+
+  private:
+    int descriptor_;
+    std::string path_;
+};
+
+void readPhoto(const MemoryFile& file, const Bytes& bytes) {
+    const char* const path = file.hold(bytes);
+    for (const std::int32_t fileType : {FILE_TYPE_TIFF, FILE_TYPE_JPEG, FILE_TYPE_PSD}) {
+        ExifInfo info;
+        const std::int32_t result = getExifData(path, fileType, &info);
+        ASSERT_TRUE(result == 1 || result == -1 || result == -2 || result == -3 || result == -10);
+        ASSERT_EQ(info.model[63] | info.dateTimeOriginal[19] | info.gpsDateStamp[10] | info.lens[63], 0);
+    }
+    unsigned char iptc[64];
+    ASSERT_LE(read_iptc(path, 6, 20, iptc), 6);
+    const Stream stream(std::fopen(path, "rb"));
+    std::int32_t count = 0;
+    ASSERT_GE(get_tif_tag(stream.get(), 34853, &count, &count), -3);
+    ExifInfo info = {};
+    std::fseek(stream.get(), 8, SEEK_SET);
+    parse_exif_data(stream.get(), 0, 0x4949, 0, &info);
+    std::fseek(stream.get(), 8, SEEK_SET);
+    parse_gps_data(stream.get(), 0, 0x4949, 0, &info);
+}
+
+void readPacket(const MemoryFile&, const Bytes& bytes) {
+    const Exact text(bytes + '\0');
+    for (const std::int32_t method : {-1, 1, 2, 3, 10, 11, 15}) {
+        SettingsValues settings = {};
+        const std::int32_t result = get_settings_from_xmp(method, text.size(), text.text(), nullptr, settings);
+        ASSERT_TRUE(result == 0 || result == -5 || result > 46 || (method == -1 && result > 0));
+    }
+    char lens[64] = {};
+    ASSERT_GE(get_settings_from_xmp(MODE_LENS, text.size(), text.text(), lens, nullptr), 0);
+    ASSERT_EQ(lens[63], 0);
+    ASSERT_LE(tvsettings_occurences_in_xmp(text.size(), text.text()), 2);
+    const SettingsValues settings = {};
+    const std::int32_t shift = insert_xmp(0, 11, settings, 0, 0, nullptr);
+    Exact room(bytes + zeros(static_cast<std::size_t>(shift)));
+    ASSERT_LE(insert_xmp(1, 11, settings, room.size() - shift, shift, const_cast<char*>(room.text())), shift);
+}
+
+void readBlocks(const MemoryFile&, const Bytes& bytes) {
+    const Exact block(bytes);
+    char name[32];
+    const std::int32_t named = get_profile_name(block.size(), block.bytes(), name);
+    ASSERT_TRUE(named == -1 || named == 4 || named == 9 || named == 12 || named == 32);
+    Exact out(bytes + zeros(8 + (bytes.empty() ? 7 : 0)));
+    ASSERT_LE(add_iptc_keyword(block.size(), block.bytes(), 3, "key", const_cast<unsigned char*>(out.bytes())),
+              std::max(block.size(), 7));
+    Bytes copy = bytes + ' ';
+    const Stream stream = streamOf(copy);
+    ExifInfo info = {};
+    ASSERT_GE(parse_image_description(stream.get(), block.size(), &info), -100'000'000);
+    std::rewind(stream.get());
+    parse_photoshop_data(stream.get(), block.size(), &info);
+}
+
+TEST(Hostile, EveryPrefixAndEveryChangedByte) {
+    const Bytes attributes =
+        packet(attribute("Version", "5.0") + attribute("Method", "Details Enhancer") + attribute("Gamma", "1.00") +
+                   attribute("SmoothingMode", "Slider") + attribute("Smoothing", "35.5") +
+                   " xmlns:aux=\"http://ns.adobe.com/exif/1.0/aux/\" "
+                   "aux:Lens=\"TV\"",
+               '"');
+    SettingsValues settings = {};
+    Bytes written(2000, '\0');
+    written.resize(static_cast<std::size_t>(embed_xmp(1, 1, settings, 1, "TV lens", written.data())));
+    const struct {
+        const char* what;
+        Bytes seed;
+        void (*read)(const MemoryFile&, const Bytes&);
+    } seeds[] = {
+        {"JPEG", fullJpeg(), readPhoto},
+        {"TIFF, little-endian", fullTiff(true), readPhoto},
+        {"TIFF, big-endian", fullTiff(false), readPhoto},
+        {"PSD", psd(resource(1028, "x") + resource(1058, Tiff().finish(8))), readPhoto},
+        {"packet of elements", written, readPacket},
+        {"packet of attributes", attributes, readPacket},
+        {"ICC profile", zeros(40) + "desc" + zeros(7) + "\x10" + "Adobe RGB (1998)" + zeros(8), readBlocks},
+        {"IPTC block",
+         Bytes("\x1C\x02\x00\x00\x02\x02\x00\x1C\x02\x19\x00\x05"
+               "first\x1C\x02\x5A\x00\x01x",
+               23),
+         readBlocks},
+        {"description", "a, b, c, d, e, f, g, 1/250s, R30, G30, B30", readBlocks},
+        {"resources", resource(0x040C, zeros(28)) + resource(0x0404, "IPTC"), readBlocks},
+    };
+    const MemoryFile file;
+    testing::internal::CaptureStderr(); // broken markers are reported thousands of times
+    for (const auto& [what, seed, read] : seeds) {
+        SCOPED_TRACE(what);
+        for (std::size_t size = 0; size <= seed.size(); ++size) {
+            ASSERT_NO_FATAL_FAILURE(read(file, seed.substr(0, size)));
+        }
+        for (std::size_t i = 0; i < seed.size(); ++i) {
+            for (const int change : {0x00, 0x7F, 0x80, 0xFF, ~seed[i]}) {
+                Bytes changed = seed;
+                changed[i] = static_cast<char>(change);
+                ASSERT_NO_FATAL_FAILURE(read(file, changed)) << i;
+            }
+            for (int bit = 0; bit < 8; ++bit) {
+                Bytes changed = seed;
+                changed[i] = static_cast<char>(changed[i] ^ (1 << bit));
+                ASSERT_NO_FATAL_FAILURE(read(file, changed)) << i;
+            }
+        }
+    }
+    testing::internal::GetCapturedStderr();
+}
+
+// Null pointers and impossible lengths: the documented result, and nothing touched.
+TEST(Hostile, Arguments) {
+    ExifInfo info = {};
+    MetadataBuf metadata = {};
+    GpsBuf gps = {};
+    SettingsValues settings = {};
+    float floats[3] = {};
+    std::int32_t n = 0;
+    char text[64] = "x";
+    unsigned char bytes[64] = "x";
+    TifImageInfo image = {1, 1, 3, 8, 300, 0, 0, 1};
+    TifImageInfo withProfile = {1, 1, 3, 8, 300, 5, 0, 1};
+    TifImageInfo badProfile = {1, 1, 3, 8, 300, -5, 0, 1};
+    TifImageInfo empty = {1, 0, 3, 8, 300, 0, 0, 1};
+    const TempDir dir;
+    const std::string outPath = dir.path("out.tif");
+    const char* const out = outPath.c_str();
+    Bytes tiffBytes = fullTiff(true);
+    const Stream stream = streamOf(tiffBytes);
+    const struct {
+        const char* what;
+        std::int32_t result, documented;
+    } cases[] = {
+        {"getExifData path", getExifData(nullptr, 0, &info), -1},
+        {"getExifData info", getExifData("/", 0, nullptr), -1},
+        {"parse_exif_data stream", parse_exif_data(nullptr, 0, 0, 0, &info), 1},
+        {"parse_gps_data info", parse_gps_data(stream.get(), 0, 0, 0, nullptr), 1},
+        {"parse_image_description", parse_image_description(nullptr, 1, &info), -1},
+        {"parse_image_description size", parse_image_description(stream.get(), INT32_MIN, &info), -1},
+        {"parse_image_description more", parse_image_description(stream.get(), INT32_MAX, &info), -1},
+        {"parse_photoshop_data", parse_photoshop_data(nullptr, 1, &info), -4},
+        {"parse_photoshop_data size", parse_photoshop_data(stream.get(), INT32_MIN, &info), 1},
+        {"get_profile_name", get_profile_name(99, nullptr, text), -1},
+        {"get_profile_name size", get_profile_name(INT32_MIN, bytes, text), -1},
+        {"get_profile_name name", get_profile_name(99, bytes, nullptr), -1},
+        {"read_iptc path", read_iptc(nullptr, 1, 0, bytes), -1},
+        {"read_iptc buffer", read_iptc("/", 1, 0, nullptr), -1},
+        {"read_iptc sum", read_iptc("/proc/self/exe", INT32_MAX, INT32_MAX, bytes), 0},
+        {"get_tif_tag", get_tif_tag(nullptr, 1, &n, &n), -3},
+        {"get_tif_tag count", get_tif_tag(stream.get(), 1, nullptr, &n), -3},
+        {"time_from_datetime", time_from_datetime(nullptr, 0, floats), -1},
+        {"time_from_datetime seconds", time_from_datetime("2013:05:01 12:00:00", 0, nullptr), -1},
+        {"settings buffer", get_settings_from_xmp(-1, 9, nullptr, nullptr, nullptr), -3},
+        {"settings length", get_settings_from_xmp(-1, INT32_MIN, text, nullptr, nullptr), -3},
+        {"settings lens", get_settings_from_xmp(MODE_LENS, 64, text, nullptr, nullptr), -3},
+        {"settings slots", get_settings_from_xmp(1, 64, text, nullptr, nullptr), -3},
+        {"read_xmp", read_xmp(nullptr, 1, settings), -1},
+        {"extract_xmp path", extract_xmp(nullptr, 1, 0, text), -1},
+        {"extract_xmp buffer", extract_xmp("/", 1, 0, nullptr), -3},
+        {"occurrences", tvsettings_occurences_in_xmp(9, nullptr), -3},
+        {"occurrences length", tvsettings_occurences_in_xmp(-9, text), -3},
+        {"embed_xmp settings", embed_xmp(1, 11, nullptr, 0, nullptr, text), 0},
+        {"embed_xmp lens", embed_xmp(1, 0, nullptr, 9, nullptr, text), 0},
+        {"embed_xmp out", embed_xmp(1, 0, nullptr, 0, nullptr, nullptr), 0},
+        {"write_xmp path", write_xmp(nullptr, 1, settings), -1},
+        {"write_xmp settings", write_xmp(out, 1, nullptr), -2},
+        {"insert_xmp settings", insert_xmp(1, 11, nullptr, 64, 9, text), -1},
+        {"insert_xmp buffer", insert_xmp(1, 11, settings, 64, 9, nullptr), -1},
+        {"insert_xmp length", insert_xmp(1, 11, settings, -64, 9, text), -1},
+        {"insert_xmp shift", insert_xmp(1, 11, settings, 64, -9, text), -1},
+        {"insert_xmp method", insert_xmp(0, INT32_MAX, settings, 0, 0, nullptr), -1},
+        {"metadataBufFromExifInfo", metadataBufFromExifInfo(nullptr, &metadata, &gps), 0},
+        {"get_exif_data", get_exif_data("/", 0, nullptr, &gps), 0},
+        {"get_exif_count", get_exif_count(&metadata, &n, &n, &gps, &n, &n, &n, &n, &n, &n, &n, nullptr), 0},
+        {"buf2tif pixels",
+         buf2tif(nullptr, &image, 3, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, 0, nullptr, out), -6},
+        {"buf2tif info", buf2tif(bytes, nullptr, 3, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, 0, nullptr, out),
+         -6},
+        {"buf2tif icc",
+         buf2tif(bytes, &withProfile, 3, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, 0, nullptr, out), -6},
+        {"buf2tif icc length",
+         buf2tif(bytes, &badProfile, 3, bytes, &metadata, &gps, 0, nullptr, 0, nullptr, 0, nullptr, out), -6},
+        {"buf2tif metadata", buf2tif(bytes, &image, 3, nullptr, nullptr, &gps, 0, nullptr, 0, nullptr, 0, nullptr, out),
+         -6},
+        {"buf2tif gps", buf2tif(bytes, &image, 3, nullptr, &metadata, nullptr, 0, nullptr, 0, nullptr, 0, nullptr, out),
+         -6},
+        {"buf2tif iptc", buf2tif(bytes, &image, 3, nullptr, &metadata, &gps, 9, nullptr, 0, nullptr, 0, nullptr, out),
+         -6},
+        {"buf2tif iptc length",
+         buf2tif(bytes, &image, 3, nullptr, &metadata, &gps, -9, bytes, 0, nullptr, 0, nullptr, out), -6},
+        {"buf2tif iptc size",
+         buf2tif(bytes, &image, 3, nullptr, &metadata, &gps, INT32_MAX, bytes, 0, nullptr, 0, nullptr, out), -6},
+        {"buf2tif settings",
+         buf2tif(bytes, &image, 3, nullptr, &metadata, &gps, 0, nullptr, 1, nullptr, 0, nullptr, out), -6},
+        {"buf2tif xmp", buf2tif(bytes, &image, 3, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, 9, nullptr, out),
+         -6},
+        {"buf2tif xmp length",
+         buf2tif(bytes, &image, 3, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, -9, text, out), -6},
+        {"buf2tif path",
+         buf2tif(bytes, &image, 3, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, 0, nullptr, nullptr), -6},
+        {"write_exif_buf", write_exif_buf(0, 0, 0, 0, 5, 5, 0, 0, 1, &metadata, &gps, text, nullptr), -1},
+        {"write_exif_buf make", write_exif_buf(0, 0, 0, 0, 5, 5, 0, 0, 1, &metadata, &gps, nullptr, bytes), -1},
+        {"write_exif_buf size", write_exif_buf(0, 0, 0, 0, INT32_MAX, INT32_MAX, 0, 0, 1, &metadata, &gps, text, bytes),
+         -1},
+        {"update_tif_profile profile", update_tif_profile(5, nullptr, out), -2},
+        {"update_tif_profile length", update_tif_profile(-5, bytes, out), -2},
+        {"hdrMinMax pixels", hdrMinMax(1, 1, nullptr, floats), -4},
+        {"hdrMinMax results", hdrMinMax(0, 0, nullptr, nullptr), -4},
+        {"end-of-file values", fgetmi2(nullptr, 0x4949), 0xFFFF},
+        {"end-of-file values", fgetm4(nullptr), static_cast<std::int32_t>(0xFEFEFEFFU)},
+    };
+    for (const auto& test : cases) {
+        EXPECT_EQ(test.result, test.documented) << test.what;
+    }
+    init_exifInfo(nullptr);
+    EXPECT_FALSE(std::filesystem::exists(outPath));
+    // Without rows there are no pixels to be missed.
+    EXPECT_EQ(buf2tif(nullptr, &empty, 0, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, 0, nullptr, out), 0);
+}
+
+} // namespace
