@@ -2,6 +2,8 @@
 #include "metadata/directory_reader.h"
 #include "tvmeta.h"
 
+#include <algorithm>
+
 using namespace tvmeta;
 
 namespace {
@@ -12,6 +14,11 @@ constexpr std::int32_t SeekFailed = -3;
 
 // Directories may overlap, so that a small file can hold a long chain of them; a real file has some dozens of entries.
 constexpr std::int32_t MostEntries = 1 << 22;
+
+// An entry is passed over by reading its tag, as far as the file goes, and skipping the rest, whether it is there or
+// not: that makes a difference to the place of tag 65535, which every entry behind the end of the file has.
+constexpr std::int64_t TagSize = 2;
+constexpr std::int64_t BehindTag = static_cast<std::int64_t>(DirectoryEntrySize) - TagSize;
 
 // Notices a chain of offsets that comes back on itself, without a list of those met: each is compared with one of the
 // chain's earlier offsets, which moves up whenever the way from it has doubled (Brent's cycle detection).
@@ -48,13 +55,14 @@ std::int32_t findTag(const TiffStructure& tiff, std::int32_t tag, DirectoryEntry
             return NotTiff;
         }
         std::int64_t position = tiff.reader.position();
-        for (DirectoryReader directory(tiff, count); directory.next(entry); position = entry.end) {
+        for (DirectoryReader directory(tiff, count); directory.next(entry);) {
             if (entry.tag == tag) {
                 return static_cast<std::int32_t>(position);
             }
             if (--entriesLeft == 0) {
                 return NotFound;
             }
+            position += std::clamp<std::int64_t>(entry.end - position, 0, TagSize) + BehindTag;
         }
     }
     return NotFound;

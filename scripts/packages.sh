@@ -1,0 +1,35 @@
+# shellcheck shell=bash disable=SC2034
+# Sourced by the other scripts: installs the Debian packages that are missing, and only those.
+
+# need_packages PACKAGE...
+need_packages() {
+    local package missing=()
+    for package in "$@"; do
+        if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q '^install ok installed$'; then
+            missing+=("$package")
+        fi
+    done
+    if [ ${#missing[@]} -eq 0 ]; then
+        return 0
+    fi
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        if ! command -v sudo >/dev/null; then
+            echo "These Debian packages are missing, and there is no sudo to install them with: ${missing[*]}" >&2
+            echo "Please run as root: apt-get install ${missing[*]}" >&2
+            exit 1
+        fi
+        as_root=(sudo)
+    fi
+    echo "Installing ${missing[*]} ..."
+    if ! { "${as_root[@]}" apt-get update -qq &&
+        "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"; } \
+        >/tmp/tvmeta-packages.log 2>&1; then
+        tail -n 20 /tmp/tvmeta-packages.log >&2
+        echo "These Debian packages could not be installed: ${missing[*]}" >&2
+        exit 1
+    fi
+}
+
+# What every build of the library and the tool takes.
+build_packages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libstb-dev)

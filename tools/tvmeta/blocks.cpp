@@ -1,0 +1,135 @@
+// tvmeta exif and tvmeta iptc: metadata blocks as other file formats embed them.
+
+#include "commands.h"
+#include "failure.h"
+#include "photo.h"
+
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+// What get_exif_count tells about the records.
+struct ExifCounts {
+    int32_t exifCount, exifBytes, gpsCount, gpsBytes, modelCount, makeCount, dateCount, gpsDateCount, lensCount;
+    char make[64];
+};
+
+ExifCounts countsOf(const WriterRecords& records) {
+    ExifCounts c = {};
+    get_exif_count(&records.metadata, &c.exifCount, &c.exifBytes, &records.gps, &c.gpsCount, &c.gpsBytes, &c.modelCount,
+                   &c.makeCount, &c.dateCount, &c.gpsDateCount, &c.lensCount, c.make);
+    return c;
+}
+
+// TIFF 6.0: a directory is a count, 12 bytes for each entry and the offset of the next directory; values that do not
+// fit the four bytes of an entry follow.
+int32_t directorySize(int32_t entries, int32_t valueBytes) {
+    return entries > 0 ? 2 + 12 * entries + 4 + valueBytes : 0;
+}
+
+int32_t blockSize(const ExifCounts& c) {
+    constexpr int32_t HeaderSize = 8;
+    int32_t entries = 1; // the orientation
+    for (const int32_t count : {c.makeCount, c.modelCount, c.exifCount, c.gpsCount}) {
+        entries += count > 0 ? 1 : 0;
+    }
+    int32_t texts = 0;
+    for (const int32_t count : {c.makeCount, c.modelCount}) {
+        texts += count > 4 ? count : 0;
+    }
+    return HeaderSize + directorySize(entries, texts) + directorySize(c.exifCount, c.exifBytes) +
+           directorySize(c.gpsCount, c.gpsBytes);
+}
+
+void writeExif(const std::string& path, const std::string& output) {
+    const WriterRecords records = writerRecords(readPhoto(path));
+    const ExifCounts c = countsOf(records);
+    Bytes block(static_cast<size_t>(blockSize(c)));
+    const int32_t result = write_exif_buf(c.exifCount, c.exifBytes, c.gpsCount, c.gpsBytes, c.modelCount, c.makeCount,
+                                          c.dateCount, c.gpsDateCount, records.metadata.orientation, &records.metadata,
+                                          &records.gps, c.make, block.data());
+    if (result < 0) {
+        throw Failure(path, explain(result, {{-1, "it has no camera, exposure or position to write"}}));
+    }
+    writeFile(output, asText(block));
+    std::cout << "wrote " << output << ": " << result << " bytes\n";
+}
+
+// The block with one keyword more.
+Bytes withKeyword(const std::string& path, const Bytes& block, const std::string& keyword) {
+    constexpr size_t DatasetHeader = 5;
+    constexpr size_t RecordVersion = 7; // precedes the keyword in a new block
+    Bytes longer(block.size() + DatasetHeader + keyword.size() + (block.empty() ? RecordVersion : 0));
+    const int32_t result =
+        add_iptc_keyword(librarySize(block), block.data(), librarySize(keyword), keyword.data(), longer.data());
+    if (result < 0) {
+        throw Failure(path, explain(result, {{-1, "its IPTC block is damaged, or the keyword has over 32767 bytes"}}));
+    }
+    return longer;
+}
+
+// IPTC-IIM 4.1, section 1.5: a dataset is a marker, record, number and big-endian length, then its value. A length of
+// 32768 or more announces the extended form, which only pictures and the like need.
+void listDatasets(std::string_view block) {
+    const auto byteAt = [&](size_t i) { return static_cast<unsigned char>(block[i]); };
+    while (block.size() >= 5 && block[0] == 0x1C) {
+        const size_t length = static_cast<size_t>(byteAt(3)) << 8 | byteAt(4);
+        if (length > 0x7FFF || length > block.size() - 5) {
+            break;
+        }
+        std::cout << static_cast<int>(byteAt(1)) << ":" << std::setfill('0') << std::setw(2)
+                  << static_cast<int>(byteAt(2)) << "  " << printable(block.substr(5, length)) << "\n";
+        block.remove_prefix(5 + length);
+    }
+    // Blocks are padded with zeros.
+    if (block.find_first_not_of('\0') != std::string_view::npos) {
+        std::cout << "and " << block.size() << " bytes that are no standard datasets\n";
+    }
+}
+
+struct IptcOptions {
+    std::string photo;
+    std::string output;
+    std::vector<std::string> keywords;
+};
+
+void showIptc(const IptcOptions& options) {
+    Bytes block = readIptcBlock(readPhoto(options.photo));
+    for (const std::string& keyword : options.keywords) {
+        block = withKeyword(options.photo, block, keyword);
+    }
+    if (block.empty()) {
+        throw Failure(options.photo, "it has no IPTC block");
+    }
+    if (options.output.empty()) {
+        return listDatasets(asText(block));
+    }
+    writeFile(options.output, asText(block));
+    std::cout << "wrote " << options.output << ": " << block.size() << " bytes\n";
+}
+
+} // namespace
+
+void addExifCommand(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("exif", "Write camera, exposure and position as an EXIF block");
+    const auto photo = std::make_shared<std::string>();
+    const auto output = std::make_shared<std::string>();
+    command->add_option("PHOTO", *photo, "Photograph")->required();
+    command->add_option("-o,--output", *output, "File to write: the TIFF structure of a JPEG EXIF segment")->required();
+    command->callback([photo, output] { writeExif(*photo, *output); });
+}
+
+void addIptcCommand(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("iptc", "List or write the IPTC block of a photograph");
+    const auto options = std::make_shared<IptcOptions>();
+    command->add_option("PHOTO", options->photo, "Photograph")->required();
+    command->add_option("-o,--output", options->output, "Write the block to this file instead of listing it");
+    command->add_option("--add-keyword", options->keywords, "Add a keyword to the block")
+        ->option_text("TEXT")
+        ->allow_extra_args(false);
+    command->callback([options] { showIptc(*options); });
+}

@@ -1,0 +1,20 @@
+// The commands of the tool. Each function adds one to the command line; parsing the line runs the one that is named.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+void addInfoCommand(CLI::App& app);
+void addTiffCommand(CLI::App& app);
+void addSettingsCommand(CLI::App& app);
+void addExifCommand(CLI::App& app);
+void addIptcCommand(CLI::App& app);
+void addIccCommand(CLI::App& app);
+void addStatsCommand(CLI::App& app);
+
+// Ends a command line that names no command of `app`. Asked after the parsing, so that a mistyped name is reported as
+// what it is.
+inline void requireSubcommand(const CLI::App& app) {
+    if (app.get_subcommands().empty()) {
+        throw CLI::RequiredError::Subcommand(1);
+    }
+}

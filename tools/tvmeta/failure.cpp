@@ -1,0 +1,11 @@
+#include "failure.h"
+
+std::string explain(int32_t result, std::initializer_list<Meaning> meanings) {
+    std::string text = "unexpected answer of the library";
+    for (const Meaning& meaning : meanings) {
+        if (meaning.result == result) {
+            text = meaning.text;
+        }
+    }
+    return text + " (result " + std::to_string(result) + ")";
+}

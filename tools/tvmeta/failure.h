@@ -1,0 +1,23 @@
+// What went wrong, in words for the person at the terminal.
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <stdexcept>
+#include <string>
+
+// Ends a command; what() says which file it is about and why.
+class Failure : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+    Failure(const std::string& path, const std::string& reason) : std::runtime_error(path + ": " + reason) {}
+};
+
+// What one result code of one library function means.
+struct Meaning {
+    int32_t result;
+    const char* text;
+};
+
+// The words for a library result and its number. Each call site states the meanings of its function.
+std::string explain(int32_t result, std::initializer_list<Meaning> meanings);

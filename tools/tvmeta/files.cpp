@@ -1,0 +1,107 @@
+#include "files.h"
+
+#include "failure.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <memory>
+#include <system_error>
+
+namespace {
+
+// With the terminator that texts get, everything read still fits the library's sizes.
+constexpr size_t SizeLimit = std::numeric_limits<int32_t>::max();
+
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+[[noreturn]] void failWithErrno(const std::string& path) {
+    throw Failure(path, std::strerror(errno));
+}
+
+Bytes readBytes(const std::string& path, long offset, size_t length) {
+    const File file(std::fopen(path.c_str(), "rb"));
+    if (!file || std::fseek(file.get(), offset, SEEK_SET) != 0) {
+        failWithErrno(path);
+    }
+    Bytes bytes;
+    std::array<unsigned char, 65536> piece;
+    while (bytes.size() < length) {
+        const size_t wanted = std::min(piece.size(), length - bytes.size());
+        const size_t got = std::fread(piece.data(), 1, wanted, file.get());
+        bytes.insert(bytes.end(), piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(got));
+        if (got < wanted) {
+            break;
+        }
+    }
+    if (std::ferror(file.get())) {
+        failWithErrno(path);
+    }
+    return bytes;
+}
+
+} // namespace
+
+Bytes readFile(const std::string& path) {
+    Bytes bytes = readBytes(path, 0, SizeLimit);
+    if (bytes.size() == SizeLimit) {
+        throw Failure(path, "it is larger than 2 GiB");
+    }
+    return bytes;
+}
+
+Bytes readStart(const std::string& path, size_t length) {
+    return readBytes(path, 0, length);
+}
+
+void requireRegion(const std::string& path, int32_t offset, int32_t length) {
+    std::error_code error;
+    const std::uintmax_t fileSize = std::filesystem::file_size(path, error);
+    if (error) {
+        throw Failure(path, error.message());
+    }
+    if (offset < 0 || length < 0 || static_cast<std::uintmax_t>(int64_t{offset} + length) > fileSize) {
+        throw Failure(path, "it announces " + std::to_string(length) + " bytes at offset " + std::to_string(offset) +
+                                ", which it does not hold");
+    }
+}
+
+Bytes readRegion(const std::string& path, int32_t offset, int32_t length) {
+    requireRegion(path, offset, length);
+    return readBytes(path, offset, static_cast<size_t>(length));
+}
+
+void writeFile(const std::string& path, std::string_view content) {
+    File file(std::fopen(path.c_str(), "wb"));
+    if (!file) {
+        failWithErrno(path);
+    }
+    // A full disk may show only when the last buffered bytes are written, at the close.
+    const bool written = std::fwrite(content.data(), 1, content.size(), file.get()) == content.size();
+    if (std::fclose(file.release()) != 0 || !written) {
+        failWithErrno(path);
+    }
+}
+
+std::string printable(std::string_view text) {
+    constexpr std::string_view HexDigits = "0123456789ABCDEF";
+    std::string safe;
+    for (const char c : text) {
+        const auto code = static_cast<unsigned char>(c);
+        if (code >= 0x20 && code != 0x7F) {
+            safe += c;
+            continue;
+        }
+        safe += "\\x";
+        safe += HexDigits[code >> 4];
+        safe += HexDigits[code & 0xF];
+    }
+    return safe;
+}

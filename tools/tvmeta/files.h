@@ -1,0 +1,39 @@
+// Whole files and parts of them as bytes; every function throws Failure with the system's reason.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+using Bytes = std::vector<unsigned char>;
+
+// The whole file; one of 2 GiB or more is refused, since the library counts in signed 32-bit numbers.
+Bytes readFile(const std::string& path);
+
+// A region that a file announces must lie inside it; asked before memory is reserved for the region.
+void requireRegion(const std::string& path, int32_t offset, int32_t length);
+
+// The bytes of such a region.
+Bytes readRegion(const std::string& path, int32_t offset, int32_t length);
+
+// At most `length` bytes from the start of a file.
+Bytes readStart(const std::string& path, size_t length);
+
+void writeFile(const std::string& path, std::string_view content);
+
+// A size as the library takes it; contents of files always fit.
+template <typename Container>
+int32_t librarySize(const Container& content) {
+    return static_cast<int32_t>(std::size(content));
+}
+
+inline std::string_view asText(std::span<const unsigned char> bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+// Text from a file made safe for a terminal: control characters become \xNN.
+std::string printable(std::string_view text);

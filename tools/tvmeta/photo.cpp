@@ -1,0 +1,96 @@
+#include "photo.h"
+
+#include "failure.h"
+
+#include <iostream>
+
+namespace {
+
+constexpr int32_t ChainBreaksBehindExif = -10;
+
+// Length of a JPEG XMP segment beyond its packet: the length field and the identifier with its zero.
+constexpr int32_t XmpSegmentOverhead = 2 + 29;
+
+std::string readingProblem(int32_t fileType, int32_t result) {
+    switch (fileType) {
+    case FILE_TYPE_JPEG:
+        return explain(result, {{-1, "its chain of JPEG segments is broken"},
+                                {-2, "it has no EXIF data in front of the picture"},
+                                {-3, "its EXIF data is not a TIFF structure"},
+                                {ChainBreaksBehindExif, "its JPEG segments break off behind the EXIF data"}});
+    case FILE_TYPE_PSD:
+        return explain(result, {{-1, "it has no EXIF resource, or its image resources are broken"},
+                                {-2, "its EXIF resource has no TIFF byte-order mark"},
+                                {-3, "it is not an RGB picture, or its EXIF resource is not a TIFF structure"}});
+    default:
+        return explain(result, {{-1, "it cannot be opened"},
+                                {-2, "it has no TIFF byte-order mark"},
+                                {-3, "it is not a TIFF file: the number behind the byte-order mark is not 42"}});
+    }
+}
+
+} // namespace
+
+std::optional<int32_t> findFileType(const std::string& path) {
+    const Bytes start = readStart(path, 4);
+    const std::string_view text = asText(start);
+    if (text.starts_with("\xFF\xD8")) {
+        return FILE_TYPE_JPEG;
+    }
+    if (text == "8BPS") {
+        return FILE_TYPE_PSD;
+    }
+    if (text.starts_with("II") || text.starts_with("MM")) {
+        return FILE_TYPE_TIFF;
+    }
+    return std::nullopt;
+}
+
+const char* containerName(int32_t fileType) {
+    return fileType == FILE_TYPE_JPEG ? "JPEG" : fileType == FILE_TYPE_PSD ? "PSD" : "TIFF";
+}
+
+Photo readPhoto(const std::string& path) {
+    const std::optional<int32_t> fileType = findFileType(path);
+    if (!fileType) {
+        throw Failure(path, "it is not a JPEG, TIFF or PSD file");
+    }
+    Photo photo = {.path = path, .fileType = *fileType};
+    const int32_t result = getExifData(path.c_str(), *fileType, &photo.info);
+    photo.damaged = result == ChainBreaksBehindExif;
+    if (photo.damaged) {
+        std::cerr << "tvmeta: warning: " << path << ": " << readingProblem(*fileType, result) << "\n";
+    } else if (result < 0) {
+        throw Failure(path, readingProblem(*fileType, result));
+    }
+    return photo;
+}
+
+WriterRecords writerRecords(const Photo& photo) {
+    WriterRecords records;
+    metadataBufFromExifInfo(&photo.info, &records.metadata, &records.gps);
+    return records;
+}
+
+std::string readPacket(const Photo& photo) {
+    const int32_t overhead = photo.fileType == FILE_TYPE_JPEG ? XmpSegmentOverhead : 0;
+    if (photo.info.xmpLength <= overhead) {
+        return {};
+    }
+    return std::string(asText(readRegion(photo.path, photo.info.xmpOffset, photo.info.xmpLength - overhead)));
+}
+
+Bytes readIptcBlock(const Photo& photo) {
+    if (photo.info.iptcLength <= 0) {
+        return {};
+    }
+    requireRegion(photo.path, photo.info.iptcOffset, photo.info.iptcLength);
+    Bytes block(static_cast<size_t>(photo.info.iptcLength));
+    const int32_t result = read_iptc(photo.path.c_str(), photo.info.iptcLength, photo.info.iptcOffset, block.data());
+    if (result <= 0) {
+        throw Failure(photo.path, explain(result, {{0, "its IPTC block reaches the end of the file"},
+                                                   {-1, "its IPTC block cannot be read"},
+                                                   {-2, "its IPTC block does not begin with a dataset"}}));
+    }
+    return block;
+}

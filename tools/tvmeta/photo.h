@@ -1,0 +1,45 @@
+// Source photographs: the library's record of one, and the blocks that the record points to.
+#pragma once
+
+#include "files.h"
+
+#include <tvmeta.h>
+
+#include <cstring>
+#include <optional>
+#include <string>
+
+struct Photo {
+    std::string path;
+    int32_t fileType = FILE_TYPE_TIFF;
+    ExifInfo info = {};
+    bool damaged = false; // the record is filled, but the file breaks off behind its EXIF data
+};
+
+// The writers' form of a photograph's record.
+struct WriterRecords {
+    MetadataBuf metadata = {};
+    GpsBuf gps = {};
+};
+
+// The kind of photograph that the first bytes of a file announce, if any.
+std::optional<int32_t> findFileType(const std::string& path);
+
+const char* containerName(int32_t fileType);
+
+// Throws Failure when the file is no photograph or cannot be read; a damaged one only gets a warning.
+Photo readPhoto(const std::string& path);
+
+WriterRecords writerRecords(const Photo& photo);
+
+// The XMP packet, empty when the record points to none. Throws Failure when it is not where it should be.
+std::string readPacket(const Photo& photo);
+
+// The IPTC block, empty when the record points to none. Throws Failure when it is not where it should be.
+Bytes readIptcBlock(const Photo& photo);
+
+// Text fields of the library's records need no terminator when they are full.
+template <size_t N>
+std::string fieldText(const char (&field)[N]) {
+    return {field, strnlen(field, N)};
+}

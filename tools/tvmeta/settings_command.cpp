@@ -1,0 +1,105 @@
+// tvmeta settings: packets of processing settings in files.
+
+#include "commands.h"
+#include "failure.h"
+#include "photo.h"
+#include "settings.h"
+
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <string>
+
+namespace {
+
+// Reads settings from the packet of a photograph or result, or from a settings file.
+SettingsReader readerFor(const std::string& path) {
+    if (findFileType(path)) {
+        return [packet = readPacket(readPhoto(path))](int32_t method, float* values) {
+            return get_settings_from_xmp(method, librarySize(packet) + 1, packet.c_str(), nullptr, values);
+        };
+    }
+    return [path](int32_t method, float* values) { return read_xmp(path.c_str(), method, values); };
+}
+
+void showSettings(const std::string& path) {
+    const SettingsReader read = readerFor(path);
+    const int32_t method = read(METHOD_DETECT, nullptr);
+    if (method <= 0) {
+        throw Failure(path, explain(method, {{0, "it holds no settings, or those of an unknown method"},
+                                             {-1, "it cannot be opened, or is larger than 2 GiB"},
+                                             {-2, "it could not be read whole"},
+                                             {-4, "there is not enough memory"},
+                                             {-5, "its settings lack a version or a method"}}));
+    }
+    for (const Setting& setting : heldSettings(method, read)) {
+        std::cout << std::left << std::setw(22) << setting.name << setting.value << "\n";
+    }
+}
+
+void writeSettings(const std::string& path, const Settings& settings) {
+    const int32_t result = write_xmp(path.c_str(), settings.method, settings.values.data());
+    if (result != 1) {
+        throw Failure(path, explain(result, {{-1, "it cannot be opened for writing"},
+                                             {-3, "it could not be written whole and is incomplete"},
+                                             {-4, "there is not enough memory; the file is empty"}}));
+    }
+    std::cout << "wrote " << path << "\n";
+}
+
+std::string inserted(const std::string& path, const Settings& settings) {
+    std::string packet(asText(readFile(path)));
+    const int32_t length = librarySize(packet);
+    const float* values = settings.values.data();
+    const int32_t shift = insert_xmp(0, settings.method, values, length, 0, nullptr);
+    packet.resize(packet.size() + static_cast<size_t>(shift));
+    const int32_t result = insert_xmp(1, settings.method, values, length, shift, packet.data());
+    if (result == -1) {
+        throw Failure(path, explain(result, {{-1, "it ends right behind its RDF opening"}}));
+    }
+    if (result == -4) {
+        throw Failure(path, explain(result, {{-4, "there is not enough memory"}}));
+    }
+    if (result < 0) {
+        throw Failure(path, "it has no opening of x:xmpmeta, or none of rdf:RDF behind it, in the usual form");
+    }
+    return packet;
+}
+
+void insertSettings(const std::string& path, const Settings& settings, const std::string& output) {
+    const std::string packet = inserted(path, settings);
+    writeFile(output, packet);
+    std::cout << "wrote " << output << "\n";
+    if (tvsettings_occurences_in_xmp(librarySize(packet) + 1, packet.c_str()) > 1) {
+        std::cout << "it held settings before; the new ones stand first and count\n";
+    }
+}
+
+struct Options {
+    std::string file;
+    std::string output;
+    SettingsOptions settings;
+};
+
+} // namespace
+
+void addSettingsCommand(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("settings", "Show, write or insert processing settings");
+    command->callback([command] { requireSubcommand(*command); });
+    const auto options = std::make_shared<Options>();
+
+    CLI::App* show = command->add_subcommand("show", "Show the settings in a settings file, photograph or TIFF file");
+    show->add_option("FILE", options->file, "File with a settings packet")->required();
+    show->callback([options] { showSettings(options->file); });
+
+    CLI::App* write = command->add_subcommand("write", "Write a settings file");
+    write->add_option("OUT", options->output, "Settings file to write")->required();
+    addSettingsOptions(*write, options->settings, true);
+    write->callback([options] { writeSettings(options->output, settingsFrom(options->settings)); });
+
+    CLI::App* insert = command->add_subcommand("insert", "Insert settings into an XMP packet");
+    insert->add_option("PACKET", options->file, "File that holds the XMP packet")->required();
+    insert->add_option("-o,--output", options->output, "File to write")->required();
+    addSettingsOptions(*insert, options->settings, true);
+    insert->callback([options] { insertSettings(options->file, settingsFrom(options->settings), options->output); });
+}

@@ -1,0 +1,150 @@
+// tvmeta tiff: a result image with the metadata of its source photograph.
+
+#include "commands.h"
+#include "failure.h"
+#include "icc.h"
+#include "image.h"
+#include "photo.h"
+#include "settings.h"
+
+#include <iostream>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace {
+
+struct Options {
+    std::string image;
+    std::string output;
+    std::string photo;
+    std::string profile;
+    SettingsOptions settings;
+    std::string depth;
+    std::optional<int32_t> orientation;
+    int32_t resolution = 300;
+};
+
+const std::map<std::string, Depth> DepthNames = {
+    {"8", Depth::Integer8}, {"16", Depth::Integer16}, {"32", Depth::Float32}, {"16f", Depth::Float16}};
+
+// What goes into the file beside the pixels; without a photograph only settings and profile.
+struct Metadata {
+    WriterRecords records;
+    Bytes iptc;
+    Bytes profile;
+    Settings settings;
+    std::string packet;
+};
+
+// What a photograph's record points to may be damaged; the rest of its metadata is still worth keeping.
+template <typename Block>
+Block readOrLeaveOut(const Photo& photo, Block (*read)(const Photo& photo)) {
+    try {
+        return read(photo);
+    } catch (const Failure& failure) {
+        std::cerr << "tvmeta: warning: " << failure.what() << "; it is left out\n";
+        return {};
+    }
+}
+
+Metadata collectMetadata(const Options& options) {
+    Metadata metadata;
+    metadata.settings = settingsFrom(options.settings);
+    if (!options.profile.empty()) {
+        metadata.profile = readRgbProfile(options.profile);
+    }
+    if (!options.photo.empty()) {
+        const Photo photo = readPhoto(options.photo);
+        metadata.records = writerRecords(photo);
+        metadata.iptc = readOrLeaveOut(photo, readIptcBlock);
+        // The photograph's packet would go before the settings of this run.
+        if (metadata.settings.method == METHOD_NONE) {
+            metadata.packet = readOrLeaveOut(photo, readPacket);
+        }
+    }
+    return metadata;
+}
+
+// The depth of the file, which unless chosen is that of the picture.
+Depth depthOf(const Options& options, const Image& image) {
+    return options.depth.empty() ? image.depth : DepthNames.at(options.depth);
+}
+
+// The picture with samples for that depth. 16-bit samples are left to the library where 8-bit ones are wanted.
+Image imageFor(const Options& options) {
+    Image image = loadImage(options.image);
+    const Depth depth = depthOf(options, image);
+    if (depth == image.depth || (depth == Depth::Integer8 && image.depth == Depth::Integer16)) {
+        return image;
+    }
+    if (depth == Depth::Integer16 && image.depth == Depth::Integer8) {
+        return widened(image);
+    }
+    if (depth == Depth::Float16 && image.depth == Depth::Float32) {
+        return halved(image);
+    }
+    throw Failure(options.image, image.depth == Depth::Float32
+                                     ? "it holds floating-point samples; --depth can be 32 or 16f"
+                                     : "it holds integer samples; --depth can be 8 or 16");
+}
+
+std::string writingProblem(int32_t result) {
+    return explain(result, {{-1, "it cannot be opened for writing, or there is not enough memory"},
+                            {-2, "its header could not be written; the file is incomplete"},
+                            {-3, "its pixels could not be written; the file is incomplete"},
+                            {-4, "there is not enough memory; the file is incomplete"},
+                            {-6, "the library refuses the image; a TIFF file holds less than 2 GiB"},
+                            {-12, "its directory could not be written; the file is incomplete"}});
+}
+
+void writeTiff(const Options& options) {
+    const Metadata metadata = collectMetadata(options);
+    const Image image = imageFor(options);
+    const Depth depth = depthOf(options, image);
+    const bool isReduced = depth != image.depth;
+    const TifImageInfo info = {
+        .width = image.width,
+        .height = image.height,
+        .channels = image.channels,
+        .bitsCode = static_cast<int32_t>(depth),
+        .resolution = options.resolution,
+        .iccLength = librarySize(metadata.profile),
+        .pixelMode = isReduced ? 1 : 0,
+        .orientation = options.orientation.value_or(metadata.records.metadata.orientation),
+    };
+    // In samples where the library reduces them, else in bytes.
+    const int32_t rowPitch = image.width * image.channels * (isReduced ? 1 : bytesPerSample(image.depth));
+    const int32_t packetLength = metadata.packet.empty() ? 0 : librarySize(metadata.packet) + 1;
+    const int32_t result =
+        buf2tif(image.samples.data(), &info, rowPitch, metadata.profile.data(), &metadata.records.metadata,
+                &metadata.records.gps, librarySize(metadata.iptc), metadata.iptc.data(), metadata.settings.method,
+                metadata.settings.values.data(), packetLength, metadata.packet.c_str(), options.output.c_str());
+    if (result < 0) {
+        throw Failure(options.output, writingProblem(result));
+    }
+    std::cout << "wrote " << options.output << ": " << image.width << " x " << image.height << " pixels\n";
+}
+
+} // namespace
+
+void addTiffCommand(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("tiff", "Write an image as a TIFF file with a photograph's metadata");
+    const auto options = std::make_shared<Options>();
+    command->add_option("IMAGE", options->image, "PNG, PGM, PPM or Radiance HDR picture")->required();
+    command->add_option("OUT", options->output, "TIFF file to write")->required();
+    command->add_option("--photo", options->photo, "Photograph whose metadata the file gets")->option_text("PHOTO");
+    addSettingsOptions(*command, options->settings, false);
+    command->add_option("--icc", options->profile, "ICC profile of the image")->option_text("PROFILE");
+    command->add_option("--resolution", options->resolution, "Dots per inch; else 300")
+        ->check(CLI::Range(1, 4294967)) // thousandths of it are stored in 32 bits
+        ->option_text("N");
+    command->add_option("--depth", options->depth, "8 or 16 for PNG, PGM and PPM, 32 or 16f (half floats) for HDR")
+        ->check(CLI::IsMember(DepthNames))
+        ->option_text("DEPTH");
+    command->add_option("--orientation", options->orientation, "TIFF orientation code; else the photograph's")
+        ->check(CLI::Range(1, 8))
+        ->option_text("1-8");
+    command->callback([options] { writeTiff(*options); });
+}
