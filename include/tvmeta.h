@@ -283,8 +283,9 @@ TVMETA_API int32_t fgetm4(FILE* stream) TVMETA_NOEXCEPT;
  *        mark where the TIFF structure must begin
  *    -3  a PSD of 2 channels or fewer or not in RGB; a TIFF magic number other than 42
  *   -10  a JPEG whose chain of segments breaks after the EXIF segment; the record is filled
- * On failure the record is cleared, but for what was found before the failure (-10, or -1 from a broken
- *   segment behind the EXIF data).
+ * On failure the record is cleared, but for what was found before: the lens name and the XMP fields of
+ *   a JPEG whose EXIF data turn out to be none, and the whole record when it is the last pass over a
+ *   JPEG's segments that fails (-10, and -1 from a broken segment behind the EXIF data).
  * Limits: the first three image directories are read; at most 2^20 entries of EXIF and GPS directories
  *   and 64 MiB of description and Photoshop payloads, further ones are passed over; only the first
  *   APP1 segment can be the EXIF data and only the next one, within ten markers, the XMP packet. The
@@ -637,7 +638,7 @@ TVMETA_API int32_t write_exif_buf(int32_t exifCount, int32_t exifBytes, int32_t 
  * path: file to change, zero-terminated. Null: -1.
  * Result:
  *   length  replaced
- *        0  no ICC profile entry, or not a little-endian TIFF file; nothing is changed
+ *        0  no (whole) ICC profile entry, or not a little-endian TIFF file; nothing is changed
  *       -1  the file cannot be opened ("Can not open input file for reading\n", "... for update\n" or
  *           "... for appending\n" goes to stderr), or its entry changed meanwhile
  *       -2  bad arguments, or a file that would exceed 2^31 - 1 bytes (nothing is changed); or a seek

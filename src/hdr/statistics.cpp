@@ -58,17 +58,19 @@ void Statistics::addPixels(const Block& rest, std::size_t pixels) noexcept {
 }
 
 // Only exponents whose brightest pixel would be brighter than the maximum are looked at: few, once there is one.
-void Statistics::updateMaximum(const unsigned char* luminance, const unsigned char* exponents, int highest) noexcept {
-    for (int exponent = highest; exponent > 0 && LargestLuminance * scale_[exponent] > maximum_; --exponent) {
+void Statistics::updateMaximum(const unsigned char* luminance, const unsigned char* exponents,
+                               const ExponentRange& range) noexcept {
+    for (int exponent = range.highest; exponent >= range.lowest && LargestLuminance * scale_[exponent] > maximum_;
+         --exponent) {
         const int found = highestLuminance(luminance, exponents, exponent);
         maximum_ = std::max(maximum_, static_cast<float>(found) * scale_[exponent]);
     }
 }
 
-void Statistics::updateMinimum(const unsigned char* luminance, const unsigned char* exponents, int lowest) noexcept {
-    for (std::size_t exponent = static_cast<std::size_t>(lowest); exponent < Exponents && scale_[exponent] < minimum_;
-         ++exponent) {
-        const int found = lowestLuminance(luminance, exponents, static_cast<int>(exponent));
+void Statistics::updateMinimum(const unsigned char* luminance, const unsigned char* exponents,
+                               const ExponentRange& range) noexcept {
+    for (int exponent = range.lowest; exponent <= range.highest && scale_[exponent] < minimum_; ++exponent) {
+        const int found = lowestLuminance(luminance, exponents, exponent);
         if (found != NoLuminance) {
             minimum_ = std::min(minimum_, static_cast<float>(found) * scale_[exponent]);
         }
@@ -119,8 +121,8 @@ void Statistics::addBlock(const Block& block) noexcept {
     unsigned char luminance[BlockPixels];
     luminances(block, luminance);
     count_ += range.complete ? BlockPixels : countPixels(block.exponent);
-    updateMaximum(luminance, block.exponent, range.highest);
-    updateMinimum(luminance, block.exponent, range.lowest);
+    updateMaximum(luminance, block.exponent, range);
+    updateMinimum(luminance, block.exponent, range);
     addSum(luminance, block.exponent, range);
 }
 

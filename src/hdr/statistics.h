@@ -29,8 +29,10 @@ class Statistics {
     void addPixels(const Block& rest, std::size_t pixels) noexcept;
     void addBlock(const Block& block) noexcept;
     void addPaddedBlock(const Block& rest, std::size_t pixels) noexcept;
-    void updateMaximum(const unsigned char* luminance, const unsigned char* exponents, int highest) noexcept;
-    void updateMinimum(const unsigned char* luminance, const unsigned char* exponents, int lowest) noexcept;
+    void updateMaximum(const unsigned char* luminance, const unsigned char* exponents,
+                       const ExponentRange& range) noexcept;
+    void updateMinimum(const unsigned char* luminance, const unsigned char* exponents,
+                       const ExponentRange& range) noexcept;
     void addSum(const unsigned char* luminance, const unsigned char* exponents, const ExponentRange& range) noexcept;
     bool isExact(const ExponentRange& range, double largestSum) const noexcept;
     void addInOrder(const unsigned char* luminance, const unsigned char* exponents) noexcept;

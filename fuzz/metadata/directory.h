@@ -1,0 +1,43 @@
+// What the targets of the two directory parsers share: a directory somewhere in a stream.
+#pragma once
+
+#include "support.h"
+
+namespace fuzz {
+
+using DirectoryParser = decltype(parse_exif_data);
+
+// A record read from a stream that stands at the place. Fields that the directory lacks keep the filling.
+inline ExifInfo parsedRecord(DirectoryParser& parse, std::FILE* stream, std::int32_t place, std::int32_t byteOrder,
+                             std::int32_t tiffBase) {
+    ExifInfo info;
+    std::memset(&info, 0, sizeof info);
+    std::fseek(stream, place, SEEK_SET);
+    require(parse(stream, 0, byteOrder, tiffBase, &info) == 1, "the result is 1");
+    return info;
+}
+
+inline void parseDirectory(DirectoryParser& parse, const std::uint8_t* data, std::size_t size) {
+    constexpr std::int32_t LittleEndian = 0x4949;
+    constexpr std::int32_t BigEndian = 0x4D4D;
+    FuzzedDataProvider input(data, size);
+    const std::int32_t byteOrder = input.ConsumeBool() ? LittleEndian : BigEndian;
+    const std::int32_t place = input.ConsumeIntegral<std::uint16_t>();
+    const auto tiffBase = input.ConsumeIntegral<std::int32_t>();
+    Bytes bytes = input.ConsumeRemainingBytes<std::uint8_t>();
+
+    const Stream stream = memoryFile().hold(bytes).open();
+    const ExifInfo info = parsedRecord(parse, stream.get(), place, byteOrder, tiffBase);
+    require(info.dateTimeOriginal[sizeof info.dateTimeOriginal - 1] == '\0' &&
+                info.gpsDateStamp[sizeof info.gpsDateStamp - 1] == '\0',
+            "texts are terminated");
+
+    // A stream in memory refuses what one of a file takes: positions behind the end. The record is to be the same.
+    const Stream other(fmemopen(bytes.data(), bytes.size(), "rb"));
+    if (other && static_cast<std::size_t>(place) <= bytes.size()) {
+        require(sameBytes(info, parsedRecord(parse, other.get(), place, byteOrder, tiffBase)),
+                "streams of every kind read alike");
+    }
+}
+
+} // namespace fuzz

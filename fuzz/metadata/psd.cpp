@@ -1,0 +1,7 @@
+// Reading a Photoshop file.
+#include "metadata/container.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::readContainer({data, size}, FILE_TYPE_PSD, {1, -1, -2, -3});
+    return 0;
+}

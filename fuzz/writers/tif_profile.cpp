@@ -1,0 +1,70 @@
+// The replacement of the ICC profile in any file.
+#include "support.h"
+
+using namespace fuzz;
+
+namespace {
+
+constexpr std::int32_t IccProfile = 34675;
+constexpr std::size_t HeaderSize = 8;
+constexpr std::size_t CountOffset = 4;
+constexpr std::size_t EntrySize = 12;
+
+struct Entry {
+    std::int32_t place;
+    std::int32_t count;
+    std::int32_t value;
+};
+
+Entry profileEntry() {
+    const Stream stream = memoryFile().open();
+    Entry entry = {};
+    entry.place = get_tif_tag(stream.get(), IccProfile, &entry.count, &entry.value);
+    return entry;
+}
+
+// What the file is to hold: the same but for the entry's count and offset, and the profile behind it.
+Bytes replaced(Bytes file, const Entry& entry, const Bytes& profile) {
+    const std::array<std::size_t, 2> numbers = {profile.size(), file.size()};
+    for (std::size_t i = 0; i < 8; ++i) {
+        file[static_cast<std::size_t>(entry.place) + CountOffset + i] =
+            static_cast<std::uint8_t>(numbers[i / 4] >> 8 * (i % 4));
+    }
+    file.insert(file.end(), profile.begin(), profile.end());
+    return file;
+}
+
+// Whether the entry lies in the first directory and does not reach into the header: then no change of it can hide it.
+bool isEntryInOrder(const Bytes& file, const Entry& entry) {
+    const std::size_t directory = loadLe(file, 4, 4);
+    const auto place = static_cast<std::size_t>(entry.place);
+    return directory >= HeaderSize && place >= directory + 2 &&
+           place < directory + 2 + EntrySize * loadLe(file, directory, 2) && loadLe(file, place + 2, 2) != 3;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    FuzzedDataProvider input(data, size);
+    const Bytes profile(input.ConsumeIntegralInRange<std::size_t>(1, 300), 0xC7);
+    const Bytes file = input.ConsumeRemainingBytes<std::uint8_t>();
+
+    const MemoryFile& target = memoryFile().hold(file);
+    const Entry entry = profileEntry();
+    const std::int32_t result = update_tif_profile(lengthOf(profile.size()), profile.data(), target.path());
+    const bool whole = static_cast<std::size_t>(std::max(entry.place, 0)) + EntrySize <= file.size();
+    if (result <= 0) {
+        require(entry.place <= 0 || !whole, "only a file without a profile is left alone");
+        require(target.bytes() == file, "nothing is changed");
+        return 0;
+    }
+    require(result == lengthOf(profile.size()) && entry.place > 0, "the result is the profile's length");
+    require(whole, "an entry that the file cuts short is not replaced");
+    require(target.bytes() == replaced(file, entry, profile), "the entry points to the profile behind the file");
+    if (isEntryInOrder(file, entry)) {
+        const Entry now = profileEntry();
+        require(now.place == entry.place && now.count == result && now.value == lengthOf(file.size()),
+                "the new profile is found");
+    }
+    return 0;
+}
