@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <csignal>
-#include <cstring>
 #include <functional>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -127,7 +126,11 @@ struct Bench {
     std::string tiff = dir.write("photo.tif", fullTiff(true));
     std::string psdFile = dir.write("photo.psd", psd(resource(1058, fullTiff(false))));
     std::string settingsFile = dir.write("settings.xmp", elementPacket("Fusion/Intensive", element("Radius", "4")));
+    std::string iptcFile = dir.write("iptc", Bytes("a\x1C\x02\x19\x00\x00"
+                                                   "bc",
+                                                   8));
     Bytes profiled;
+    std::int32_t number = 0;
     SettingsValues settings = {5, 3, 70};
     SettingsValues readSettings = {};
     ExifInfo info;
@@ -157,25 +160,17 @@ struct Bench {
         const auto isExpected = [this, expected](std::int32_t result) {
             return result == 8 && readFile(out) == expected;
         };
+        const auto isPacket = [this](std::int32_t result) { return result == 1 && readFile(out).size() == 420; };
+        const auto restore = [this] { dir.write("out", profiled); };
+        const auto isReplaced = [this](std::int32_t result) {
+            const Bytes file = readFile(out);
+            return result == 7 && file.size() == profiled.size() + 7 && file.ends_with("profile");
+        };
         return {
             {"buf2tif", remove, [this] { return save(3, 8); }, {-1, -2, -3, -4, -12}, isExpected},
             {"buf2tif, converting", remove, [this] { return save(4, 8); }, {-1, -2, -3, -4, -12}, isExpected},
-            {"write_xmp",
-             remove,
-             [this] { return write_xmp(out.c_str(), 11, settings); },
-             {-1, -3, -4},
-             [this](std::int32_t result) {
-                 SettingsValues read = {};
-                 return result == 1 && read_xmp(out.c_str(), 11, read) > 0 && readFile(out).size() == 420;
-             }},
-            {"update_tif_profile",
-             [this] { dir.write("out", profiled); },
-             [this] { return replaceProfile(); },
-             {0, -1, -2},
-             [this](std::int32_t result) {
-                 const Bytes file = readFile(out);
-                 return result == 7 && file.size() == profiled.size() + 7 && file.ends_with("profile");
-             }},
+            {"write_xmp", remove, [this] { return write_xmp(out.c_str(), 11, settings); }, {-1, -3, -4}, isPacket},
+            {"update_tif_profile", restore, [this] { return replaceProfile(); }, {0, -1, -2}, isReplaced},
         };
     }
 
@@ -186,56 +181,37 @@ struct Bench {
             return [this, path, fileType] { return getExifData(path.c_str(), fileType, &info); };
         };
         const auto onStream = [this](std::int32_t (*parse)(FILE*, std::int32_t, ExifInfo*)) {
-            return [this, parse] { return parse(stream.get(), static_cast<std::int32_t>(block.size()), &info); };
+            return [this, parse] { return parse(stream.get(), size32(block), &info); };
         };
         const auto open = [this] { stream = streamOf(block); };
         const auto clear = [this] { buffer = zeros(5000); };
+        const auto is = [](std::int32_t expected) {
+            return [expected](std::int32_t result) { return result == expected; };
+        };
+        const auto readFile = [this] { return read_xmp(settingsFile.c_str(), 11, readSettings); };
+        const auto isRead = [this](std::int32_t result) { return result > 46 && readSettings[2] == 4.0F; };
+        const auto extract = [this] { return extract_xmp(settingsFile.c_str(), 150, 0, buffer.data()); };
+        const auto readIptc = [this] { return read_iptc(iptcFile.c_str(), 5, 1, raw(buffer)); };
+        const auto findTag = [this] { return get_tif_tag(stream.get(), 272, &number, &number); };
+        const auto wrap = [this] {
+            buffer = zeros(5000);
+            embed_xmp(1, 0, nullptr, 0, nullptr, buffer.data());
+        };
+        const auto insert = [this] { return insert_xmp(1, 11, settings, 128, 292, buffer.data()); };
+        const auto measureEmpty = [this] { return hdrMinMax(0, 5, nullptr, readSettings); };
         return {
             // What cannot be read counts as the end of the file, and the walk completes with what it has.
             {"JPEG", nothing, read(photo, FILE_TYPE_JPEG), {-1, -2, -3, -10}, any},
             {"TIFF", nothing, read(tiff, FILE_TYPE_TIFF), {-1, -2, -3}, any},
             {"PSD", nothing, read(psdFile, FILE_TYPE_PSD), {-1, -2, -3}, any},
-            {"read_xmp",
-             nothing,
-             [this] { return read_xmp(settingsFile.c_str(), 11, readSettings); },
-             {-1, -2, -4},
-             [this](std::int32_t result) { return result > 46 && readSettings[2] == 4.0F; }},
-            {"extract_xmp",
-             clear,
-             [this] { return extract_xmp(settingsFile.c_str(), 150, 0, buffer.data()); },
-             {-1, 0},
-             [](std::int32_t result) { return result == 11; }},
-            {"read_iptc",
-             clear,
-             [this] { return read_iptc(tiff.c_str(), 9, 0, reinterpret_cast<unsigned char*>(buffer.data())); },
-             {-1, -2, 0},
-             [](std::int32_t) { return false; }},
+            {"read_xmp", nothing, readFile, {-1, -2, -4}, isRead},
+            {"extract_xmp", clear, extract, {-1, 0}, is(11)},
+            {"read_iptc", clear, readIptc, {-1, -2, 0}, is(5)},
             {"parse_image_description", open, onStream(parse_image_description), {-1}, any},
-            {"parse_photoshop_data", open, onStream(parse_photoshop_data), {-4}, [](std::int32_t r) { return r == 1; }},
-            {"get_tif_tag",
-             open,
-             [this] {
-                 std::int32_t count = 0;
-                 return get_tif_tag(stream.get(), 272, &count, &count);
-             },
-             {-1, -2, -3},
-             [](std::int32_t result) { return result > 8; }},
-            {"insert_xmp",
-             [this] {
-                 buffer = zeros(5000);
-                 embed_xmp(1, 0, nullptr, 0, nullptr, buffer.data());
-             },
-             [this] { return insert_xmp(1, 11, settings, 128, 292, buffer.data()); },
-             {-4},
-             [](std::int32_t result) { return result == 292; }},
-            {"hdrMinMax",
-             nothing,
-             [] {
-                 float results[3];
-                 return hdrMinMax(0, 5, nullptr, results);
-             },
-             {-4},
-             [](std::int32_t result) { return result == 5; }},
+            {"parse_photoshop_data", open, onStream(parse_photoshop_data), {-4}, is(1)},
+            {"get_tif_tag", open, findTag, {-1, -2, -3}, [](std::int32_t result) { return result > 8; }},
+            {"insert_xmp", wrap, insert, {-4}, is(292)},
+            {"hdrMinMax", nothing, measureEmpty, {-4}, is(5)},
         };
     }
 };
@@ -265,7 +241,6 @@ TEST(Faults, EveryCallFailsInTurn) {
             }
         }
     }
-    RecordProperty("injected", static_cast<int>(injected));
     EXPECT_GT(injected, 100);
 }
 
@@ -300,7 +275,7 @@ TEST(Bounds, HostileFilesAreCheap) {
         }
         return bytes;
     };
-    Bytes chain = header(8); // directories that overlap: each next offset is the count and tag of another
+    Bytes chain = header(8);
     for (std::uint32_t i = 0; i < 20'000; ++i) {
         chain += le16(1) + le16(1) + zeros(10) + le32(8 + 18 * ((i * 7919 + 1) % 20'000));
     }
@@ -321,7 +296,6 @@ TEST(Bounds, HostileFilesAreCheap) {
         {"descriptions over and over", 0, header(8) + entries(65535, 270, 2, 600'000, 8)},
         {"resources over and over", 0, header(8) + entries(65535, 34377, 7, 600'000, 8)},
         {"versions over and over", 1, jpeg(exifSegment(header(0)) + xmpSegment(versions))},
-        {"empty resources", 2, psd(Bytes(40'000, '8') + resource(1, ""))},
         {"overlapping chain", 77, chain},
     };
     for (const auto& test : cases) {
@@ -336,9 +310,8 @@ TEST(Bounds, HostileFilesAreCheap) {
         get_tif_tag(stream, 34675, &count, &count);
         monitor.armed = false;
         __real_fclose(stream);
-        // A small file may be asked for 2^20 entries and 64 MiB of payloads, and each entry for a page.
-        const std::int64_t budget = 80LL << 20;
-        EXPECT_LE(monitor.bytesRead, budget + 300 * size) << test.what;
+        // 64 MiB of payloads, 2^20 entries, and a page for each entry.
+        EXPECT_LE(monitor.bytesRead, (80LL << 20) + 300 * size) << test.what;
         EXPECT_LE(monitor.calls[Read] + monitor.calls[Seek], 1000 + size / 4) << test.what;
         EXPECT_LE(monitor.mostBytes, size + (1 << 20)) << test.what;
     }

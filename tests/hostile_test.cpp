@@ -4,9 +4,7 @@
 #include "support/photographs.h"
 #include "tvmeta.h"
 
-#include <array>
 #include <cstring>
-#include <functional>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -17,8 +15,7 @@ namespace {
 // A block of exactly these bytes, so that a read behind its end is seen.
 class Exact {
   public:
-    explicit Exact(const Bytes& bytes)
-        : size_(static_cast<std::int32_t>(bytes.size())), block_(new char[bytes.size()]) {
+    explicit Exact(const Bytes& bytes) : size_(size32(bytes)), block_(new char[bytes.size()]) {
         std::memcpy(block_.get(), bytes.data(), bytes.size());
     }
     const char* text() const { return block_.get(); }
@@ -165,99 +162,68 @@ TEST(Hostile, Arguments) {
     std::int32_t n = 0;
     char text[64] = "x";
     unsigned char bytes[64] = "x";
-    TifImageInfo image = {1, 1, 3, 8, 300, 0, 0, 1};
-    TifImageInfo withProfile = {1, 1, 3, 8, 300, 5, 0, 1};
-    TifImageInfo badProfile = {1, 1, 3, 8, 300, -5, 0, 1};
-    TifImageInfo empty = {1, 0, 3, 8, 300, 0, 0, 1};
+    const TifImageInfo image = {1, 1, 3, 8, 300, 0, 0, 1}, empty = {1, 0, 3, 8, 300, 0, 0, 1};
+    const TifImageInfo withProfile = {1, 1, 3, 8, 300, 5, 0, 1}, badProfile = {1, 1, 3, 8, 300, -5, 0, 1};
     const TempDir dir;
     const std::string outPath = dir.path("out.tif");
     const char* const out = outPath.c_str();
     Bytes tiffBytes = fullTiff(true);
     const Stream stream = streamOf(tiffBytes);
+    const auto save = [&](const void* pixels, const TifImageInfo* what, const unsigned char* icc,
+                          const MetadataBuf* camera, const GpsBuf* place, std::int32_t iptcLength,
+                          const unsigned char* iptc, std::int32_t method, std::int32_t xmpLength, const char* xmp,
+                          const char* path) {
+        return buf2tif(pixels, what, 3, icc, camera, place, iptcLength, iptc, method, nullptr, xmpLength, xmp, path);
+    };
     const struct {
-        const char* what;
+        const char* call;
         std::int32_t result, documented;
     } cases[] = {
-        {"getExifData path", getExifData(nullptr, 0, &info), -1},
-        {"getExifData info", getExifData("/", 0, nullptr), -1},
-        {"parse_exif_data stream", parse_exif_data(nullptr, 0, 0, 0, &info), 1},
-        {"parse_gps_data info", parse_gps_data(stream.get(), 0, 0, 0, nullptr), 1},
-        {"parse_image_description", parse_image_description(nullptr, 1, &info), -1},
-        {"parse_image_description size", parse_image_description(stream.get(), INT32_MIN, &info), -1},
-        {"parse_image_description more", parse_image_description(stream.get(), INT32_MAX, &info), -1},
-        {"parse_photoshop_data", parse_photoshop_data(nullptr, 1, &info), -4},
-        {"parse_photoshop_data size", parse_photoshop_data(stream.get(), INT32_MIN, &info), 1},
-        {"get_profile_name", get_profile_name(99, nullptr, text), -1},
-        {"get_profile_name size", get_profile_name(INT32_MIN, bytes, text), -1},
-        {"get_profile_name name", get_profile_name(99, bytes, nullptr), -1},
-        {"read_iptc path", read_iptc(nullptr, 1, 0, bytes), -1},
-        {"read_iptc buffer", read_iptc("/", 1, 0, nullptr), -1},
-        {"read_iptc sum", read_iptc("/proc/self/exe", INT32_MAX, INT32_MAX, bytes), 0},
-        {"get_tif_tag", get_tif_tag(nullptr, 1, &n, &n), -3},
-        {"get_tif_tag count", get_tif_tag(stream.get(), 1, nullptr, &n), -3},
-        {"time_from_datetime", time_from_datetime(nullptr, 0, floats), -1},
-        {"time_from_datetime seconds", time_from_datetime("2013:05:01 12:00:00", 0, nullptr), -1},
-        {"settings buffer", get_settings_from_xmp(-1, 9, nullptr, nullptr, nullptr), -3},
-        {"settings length", get_settings_from_xmp(-1, INT32_MIN, text, nullptr, nullptr), -3},
-        {"settings lens", get_settings_from_xmp(MODE_LENS, 64, text, nullptr, nullptr), -3},
-        {"settings slots", get_settings_from_xmp(1, 64, text, nullptr, nullptr), -3},
-        {"read_xmp", read_xmp(nullptr, 1, settings), -1},
-        {"extract_xmp path", extract_xmp(nullptr, 1, 0, text), -1},
-        {"extract_xmp buffer", extract_xmp("/", 1, 0, nullptr), -3},
-        {"occurrences", tvsettings_occurences_in_xmp(9, nullptr), -3},
-        {"occurrences length", tvsettings_occurences_in_xmp(-9, text), -3},
-        {"embed_xmp settings", embed_xmp(1, 11, nullptr, 0, nullptr, text), 0},
-        {"embed_xmp lens", embed_xmp(1, 0, nullptr, 9, nullptr, text), 0},
-        {"embed_xmp out", embed_xmp(1, 0, nullptr, 0, nullptr, nullptr), 0},
-        {"write_xmp path", write_xmp(nullptr, 1, settings), -1},
-        {"write_xmp settings", write_xmp(out, 1, nullptr), -2},
-        {"insert_xmp settings", insert_xmp(1, 11, nullptr, 64, 9, text), -1},
-        {"insert_xmp buffer", insert_xmp(1, 11, settings, 64, 9, nullptr), -1},
-        {"insert_xmp length", insert_xmp(1, 11, settings, -64, 9, text), -1},
-        {"insert_xmp shift", insert_xmp(1, 11, settings, 64, -9, text), -1},
-        {"insert_xmp method", insert_xmp(0, INT32_MAX, settings, 0, 0, nullptr), -1},
-        {"metadataBufFromExifInfo", metadataBufFromExifInfo(nullptr, &metadata, &gps), 0},
-        {"get_exif_data", get_exif_data("/", 0, nullptr, &gps), 0},
-        {"get_exif_count", get_exif_count(&metadata, &n, &n, &gps, &n, &n, &n, &n, &n, &n, &n, nullptr), 0},
-        {"buf2tif pixels",
-         buf2tif(nullptr, &image, 3, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, 0, nullptr, out), -6},
-        {"buf2tif info", buf2tif(bytes, nullptr, 3, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, 0, nullptr, out),
-         -6},
-        {"buf2tif icc",
-         buf2tif(bytes, &withProfile, 3, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, 0, nullptr, out), -6},
-        {"buf2tif icc length",
-         buf2tif(bytes, &badProfile, 3, bytes, &metadata, &gps, 0, nullptr, 0, nullptr, 0, nullptr, out), -6},
-        {"buf2tif metadata", buf2tif(bytes, &image, 3, nullptr, nullptr, &gps, 0, nullptr, 0, nullptr, 0, nullptr, out),
-         -6},
-        {"buf2tif gps", buf2tif(bytes, &image, 3, nullptr, &metadata, nullptr, 0, nullptr, 0, nullptr, 0, nullptr, out),
-         -6},
-        {"buf2tif iptc", buf2tif(bytes, &image, 3, nullptr, &metadata, &gps, 9, nullptr, 0, nullptr, 0, nullptr, out),
-         -6},
-        {"buf2tif iptc length",
-         buf2tif(bytes, &image, 3, nullptr, &metadata, &gps, -9, bytes, 0, nullptr, 0, nullptr, out), -6},
-        {"buf2tif iptc size",
-         buf2tif(bytes, &image, 3, nullptr, &metadata, &gps, INT32_MAX, bytes, 0, nullptr, 0, nullptr, out), -6},
-        {"buf2tif settings",
-         buf2tif(bytes, &image, 3, nullptr, &metadata, &gps, 0, nullptr, 1, nullptr, 0, nullptr, out), -6},
-        {"buf2tif xmp", buf2tif(bytes, &image, 3, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, 9, nullptr, out),
-         -6},
-        {"buf2tif xmp length",
-         buf2tif(bytes, &image, 3, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, -9, text, out), -6},
-        {"buf2tif path",
-         buf2tif(bytes, &image, 3, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, 0, nullptr, nullptr), -6},
-        {"write_exif_buf", write_exif_buf(0, 0, 0, 0, 5, 5, 0, 0, 1, &metadata, &gps, text, nullptr), -1},
-        {"write_exif_buf make", write_exif_buf(0, 0, 0, 0, 5, 5, 0, 0, 1, &metadata, &gps, nullptr, bytes), -1},
-        {"write_exif_buf size", write_exif_buf(0, 0, 0, 0, INT32_MAX, INT32_MAX, 0, 0, 1, &metadata, &gps, text, bytes),
-         -1},
-        {"update_tif_profile profile", update_tif_profile(5, nullptr, out), -2},
-        {"update_tif_profile length", update_tif_profile(-5, bytes, out), -2},
-        {"hdrMinMax pixels", hdrMinMax(1, 1, nullptr, floats), -4},
-        {"hdrMinMax results", hdrMinMax(0, 0, nullptr, nullptr), -4},
-        {"end-of-file values", fgetmi2(nullptr, 0x4949), 0xFFFF},
-        {"end-of-file values", fgetm4(nullptr), static_cast<std::int32_t>(0xFEFEFEFFU)},
+#define CASE(call, documented) {#call, call, documented}
+        // clang-format off
+        CASE(getExifData(nullptr, 0, &info), -1), CASE(getExifData("/", 0, nullptr), -1),
+        CASE(parse_exif_data(nullptr, 0, 0, 0, &info), 1), CASE(parse_gps_data(stream.get(), 0, 0, 0, nullptr), 1),
+        CASE(parse_image_description(nullptr, 1, &info), -1),
+        CASE(parse_image_description(stream.get(), INT32_MAX, &info), -1),
+        CASE(parse_photoshop_data(nullptr, 1, &info), -4), CASE(get_profile_name(99, nullptr, text), -1),
+        CASE(get_profile_name(INT32_MIN, bytes, text), -1), CASE(read_iptc(nullptr, 1, 0, bytes), -1),
+        CASE(read_iptc("/", 1, 0, nullptr), -1), CASE(read_iptc("/proc/self/exe", INT32_MAX, INT32_MAX, bytes), 0),
+        CASE(get_tif_tag(nullptr, 1, &n, &n), -3), CASE(time_from_datetime(nullptr, 0, floats), -1),
+        CASE(get_settings_from_xmp(-1, 9, nullptr, nullptr, nullptr), -3),
+        CASE(get_settings_from_xmp(-1, INT32_MIN, text, nullptr, nullptr), -3),
+        CASE(get_settings_from_xmp(MODE_LENS, 64, text, nullptr, nullptr), -3),
+        CASE(get_settings_from_xmp(1, 64, text, nullptr, nullptr), -3), CASE(read_xmp(nullptr, 1, settings), -1),
+        CASE(extract_xmp(nullptr, 1, 0, text), -1), CASE(extract_xmp("/", 1, 0, nullptr), -3),
+        CASE(tvsettings_occurences_in_xmp(9, nullptr), -3), CASE(embed_xmp(1, 11, nullptr, 0, nullptr, text), 0),
+        CASE(embed_xmp(1, 0, nullptr, 9, nullptr, text), 0), CASE(embed_xmp(1, 0, nullptr, 0, nullptr, nullptr), 0),
+        CASE(write_xmp(nullptr, 1, settings), -1), CASE(write_xmp(out, 1, nullptr), -2),
+        CASE(insert_xmp(1, 11, nullptr, 64, 9, text), -1), CASE(insert_xmp(1, 11, settings, 64, 9, nullptr), -1),
+        CASE(insert_xmp(1, 11, settings, -64, 9, text), -1), CASE(insert_xmp(1, 11, settings, 64, -9, text), -1),
+        CASE(insert_xmp(0, INT32_MAX, settings, 0, 0, nullptr), -1),
+        CASE(metadataBufFromExifInfo(nullptr, &metadata, &gps), 0), CASE(get_exif_data("/", 0, nullptr, &gps), 0),
+        CASE(get_exif_count(&metadata, &n, &n, &gps, &n, &n, &n, &n, &n, &n, &n, nullptr), 0),
+        CASE(save(nullptr, &image, nullptr, &metadata, &gps, 0, nullptr, 0, 0, nullptr, out), -6),
+        CASE(save(bytes, nullptr, nullptr, &metadata, &gps, 0, nullptr, 0, 0, nullptr, out), -6),
+        CASE(save(bytes, &withProfile, nullptr, &metadata, &gps, 0, nullptr, 0, 0, nullptr, out), -6),
+        CASE(save(bytes, &badProfile, bytes, &metadata, &gps, 0, nullptr, 0, 0, nullptr, out), -6),
+        CASE(save(bytes, &image, nullptr, nullptr, &gps, 0, nullptr, 0, 0, nullptr, out), -6),
+        CASE(save(bytes, &image, nullptr, &metadata, nullptr, 0, nullptr, 0, 0, nullptr, out), -6),
+        CASE(save(bytes, &image, nullptr, &metadata, &gps, 9, nullptr, 0, 0, nullptr, out), -6),
+        CASE(save(bytes, &image, nullptr, &metadata, &gps, -9, bytes, 0, 0, nullptr, out), -6),
+        CASE(save(bytes, &image, nullptr, &metadata, &gps, INT32_MAX, bytes, 0, 0, nullptr, out), -6),
+        CASE(save(bytes, &image, nullptr, &metadata, &gps, 0, nullptr, 1, 0, nullptr, out), -6),
+        CASE(save(bytes, &image, nullptr, &metadata, &gps, 0, nullptr, 0, 9, nullptr, out), -6),
+        CASE(save(bytes, &image, nullptr, &metadata, &gps, 0, nullptr, 0, -9, text, out), -6),
+        CASE(save(bytes, &image, nullptr, &metadata, &gps, 0, nullptr, 0, 0, nullptr, nullptr), -6),
+        CASE(write_exif_buf(0, 0, 0, 0, 5, 5, 0, 0, 1, &metadata, &gps, text, nullptr), -1),
+        CASE(write_exif_buf(0, 0, 0, 0, INT32_MAX, INT32_MAX, 0, 0, 1, &metadata, &gps, text, bytes), -1),
+        CASE(update_tif_profile(5, nullptr, out), -2), CASE(hdrMinMax(1, 1, nullptr, floats), -4),
+        CASE(hdrMinMax(0, 0, nullptr, nullptr), -4), CASE(fgetmi2(nullptr, 0x4949), 0xFFFF),
+    // clang-format on
+#undef CASE
     };
     for (const auto& test : cases) {
-        EXPECT_EQ(test.result, test.documented) << test.what;
+        EXPECT_EQ(test.result, test.documented) << test.call;
     }
     init_exifInfo(nullptr);
     EXPECT_FALSE(std::filesystem::exists(outPath));

@@ -4,14 +4,14 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <utility>
 
 using namespace test;
 
 namespace {
 
 std::int32_t replaceProfile(const std::string& path, const Bytes& profile) {
-    return update_tif_profile(static_cast<std::int32_t>(profile.size()),
-                              reinterpret_cast<const unsigned char*>(profile.data()), path.c_str());
+    return update_tif_profile(size32(profile), raw(profile), path.c_str());
 }
 
 TEST(Profile, IsAppendedAndItsEntryRepointed) {
@@ -63,30 +63,24 @@ TEST(Keyword, IsPlacedBehindItsAnchor) {
     for (const auto& test : cases) {
         const Bytes block = test.before + test.behind;
         Bytes out(block.size() + 5 + 5 + 4, '!');
-        const std::int32_t result = add_iptc_keyword(static_cast<std::int32_t>(block.size()),
-                                                     reinterpret_cast<const unsigned char*>(block.data()), 5, "added",
-                                                     reinterpret_cast<unsigned char*>(out.data()));
-        EXPECT_EQ(result, static_cast<std::int32_t>(test.before.size())) << test.what;
+        const std::int32_t result = add_iptc_keyword(size32(block), raw(block), 5, "added", raw(out));
+        EXPECT_EQ(result, size32(test.before)) << test.what;
         EXPECT_EQ(out, test.before + added + test.behind + "!!!!") << test.what;
     }
     Bytes out(18, '!');
-    EXPECT_EQ(add_iptc_keyword(0, nullptr, 5, "added", reinterpret_cast<unsigned char*>(out.data())), 7);
+    EXPECT_EQ(add_iptc_keyword(0, nullptr, 5, "added", raw(out)), 7);
     EXPECT_EQ(out, Bytes("\x1C\x02\x00\x00\x02\x02\x00", 7) + added + "!");
 }
 
 TEST(Keyword, Rejections) {
     const Bytes overrun("\x1C\x02\x78\x00\xFFxyz", 8);
-    const auto* block = reinterpret_cast<const unsigned char*>(overrun.data());
-    unsigned char out[32];
-    std::memset(out, 0xA5, sizeof out);
-    EXPECT_EQ(add_iptc_keyword(8, block, 1, "k", out), -1);
-    EXPECT_EQ(add_iptc_keyword(4, block, 1, "k", out), -1);
-    EXPECT_EQ(add_iptc_keyword(-1, block, 1, "k", out), -1);
-    EXPECT_EQ(add_iptc_keyword(0, block, 32768, "k", out), -1);
-    EXPECT_EQ(add_iptc_keyword(0, block, -1, "k", out), -1);
-    EXPECT_EQ(add_iptc_keyword(8, nullptr, 1, "k", out), -1);
-    EXPECT_EQ(add_iptc_keyword(0, block, 1, nullptr, out), -1);
-    EXPECT_EQ(out[0], 0xA5);
+    Bytes out(32, '!');
+    for (const auto& [length, keywordLength] : {std::pair{8, 1}, {4, 1}, {-1, 1}, {0, 32768}, {0, -1}}) {
+        EXPECT_EQ(add_iptc_keyword(length, raw(overrun), keywordLength, "k", raw(out)), -1) << length;
+    }
+    EXPECT_EQ(add_iptc_keyword(8, nullptr, 1, "k", raw(out)), -1);
+    EXPECT_EQ(add_iptc_keyword(0, raw(overrun), 1, nullptr, raw(out)), -1);
+    EXPECT_EQ(out, Bytes(32, '!'));
 }
 
 } // namespace

@@ -124,26 +124,19 @@ TEST(PacketWriter, NumbersAreThoseOfPrintf) {
 
 TEST(SettingsFile, EveryMethodComesBack) {
     const TempDir dir;
-    const std::string path = dir.path("settings.xmp");
     for (const std::int32_t method : {1, 2, 3, 10, 11, 15}) {
-        SettingsValues settings = {};
-        for (int i = 0; i < SETTINGS_SLOTS; ++i) {
-            settings[i] = static_cast<float>(i % 5) + 1.0F;
-        }
-        settings[DETAILS_ENHANCER_SMOOTHING_MODE] = 1.0F;
-        settings[DETAILS_ENHANCER_IS_PANO_360] = 1.0F; // and that of the contrast optimizer
-        settings[FUSION_ADJUST_IS_PANO_360] = 1.0F;    // and that of the real-estate fusion
+        // Values that every slot can hold: a panorama, light smoothing, clips and a gamma that print exactly.
+        SettingsValues settings;
+        std::fill_n(settings, SETTINGS_SLOTS, 1.0F);
+        settings[DETAILS_ENHANCER_GAMMA] = 0.0F;
+        const std::string path = dir.path("settings.xmp");
         EXPECT_EQ(write_xmp(path.c_str(), method, settings), 1);
-        SettingsValues read = {};
-        EXPECT_GT(read_xmp(path.c_str(), method, read), 46);
         EXPECT_EQ(read_xmp(path.c_str(), METHOD_DETECT, nullptr), method);
+        SettingsValues read = {};
         EXPECT_EQ(read_xmp(path.c_str(), method == 1 ? 2 : 1, read), -5);
-        SettingsValues twice = {};
-        EXPECT_EQ(write_xmp(path.c_str(), method, read), 1); // what was read is written as it was
-        EXPECT_GT(read_xmp(path.c_str(), method, twice), 46);
+        EXPECT_GT(read_xmp(path.c_str(), method, read), 46);
         for (int i = 0; i < SETTINGS_SLOTS; ++i) {
-            EXPECT_NEAR(twice[i], read[i], 0.02F) << method << ' ' << i;
-            EXPECT_TRUE(read[i] == 0.0F || std::fabs(read[i] - settings[i]) < 1.01F) << method << ' ' << i;
+            EXPECT_TRUE(std::fabs(read[i] - settings[i]) < 0.002F || read[i] == 0.0F) << method << ' ' << i;
         }
     }
 }
@@ -166,7 +159,7 @@ TEST(SettingsFile, Results) {
 TEST(ExtractXmp, Regions) {
     const TempDir dir;
     const Bytes text = elementPacket("Fusion/Real-Estate", "");
-    const auto count = static_cast<std::int32_t>(text.size());
+    const auto count = size32(text);
     const std::string path = dir.write("image", "ab" + text + "c");
     const struct {
         std::int32_t count, offset, result;
@@ -189,7 +182,7 @@ TEST(InsertXmp, PlacesTheDescription) {
         std::replace(text.begin(), text.end(), '\'', '"');
         return text;
     };
-    const auto size = [](const Bytes& text) { return -static_cast<std::int32_t>(text.size()); };
+    const auto size = [](const Bytes& text) { return -size32(text); };
     const Bytes mixed = meta + doubled(rdf).replace(63, 1, "'") + "\n\n  ";
     const struct {
         const char* what;
@@ -205,18 +198,17 @@ TEST(InsertXmp, PlacesTheDescription) {
         {"mixed quotes", mixed, "", size(mixed)},
         {"no room for an opening", "<x:xmpmeta", "", -34},
         {"opening ends the data", meta.substr(0, 34), "", -34},
-        {"no RDF opening", meta + zeros(99), "", -static_cast<std::int32_t>(meta.size()) - 99},
+        {"no RDF opening", meta + zeros(99), "", -size32(meta) - 99},
         {"no room for it", meta, "", -34 - 65},
         {"RDF stands first", rdf + meta + zeros(70), "", size(rdf + meta + zeros(70))},
         {"two bytes follow", meta + rdf, "xx", -1},
     };
     const std::int32_t shift = insert_xmp(0, 11, IntensiveSettings, 0, 0, nullptr);
-    EXPECT_EQ(shift, static_cast<std::int32_t>(added.size()));
+    EXPECT_EQ(shift, size32(added));
     for (const auto& test : cases) {
         const Bytes data = test.before + test.behind;
         Bytes buffer = data + Bytes(added.size() + 1, '!');
-        const std::int32_t result =
-            insert_xmp(1, 11, IntensiveSettings, static_cast<std::int32_t>(data.size()), shift, buffer.data());
+        const std::int32_t result = insert_xmp(1, 11, IntensiveSettings, size32(data), shift, buffer.data());
         EXPECT_EQ(result, test.failure < 0 ? test.failure : shift) << test.what;
         const Bytes expected = test.failure < 0 ? data + Bytes(added.size(), '!') : test.before + added + test.behind;
         EXPECT_EQ(buffer, expected + "!") << test.what;

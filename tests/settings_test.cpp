@@ -18,13 +18,11 @@ constexpr float Untouched = 0.5F; // also a smoothing mode that means nothing
 
 std::int32_t parse(std::int32_t method, const Bytes& text, Slots& slots) {
     slots.fill(Untouched);
-    return get_settings_from_xmp(method, static_cast<std::int32_t>(text.size()) + 1, text.c_str(), nullptr,
-                                 slots.data());
+    return get_settings_from_xmp(method, size32(text) + 1, text.c_str(), nullptr, slots.data());
 }
 
 std::int32_t detect(const Bytes& text) {
-    return get_settings_from_xmp(METHOD_DETECT, static_cast<std::int32_t>(text.size()) + 1, text.c_str(), nullptr,
-                                 nullptr);
+    return get_settings_from_xmp(METHOD_DETECT, size32(text) + 1, text.c_str(), nullptr, nullptr);
 }
 
 TEST(Detection, Methods) {
@@ -74,7 +72,7 @@ TEST(Detection, RequestsAndTerminators) {
         EXPECT_EQ(slots[FUSION_ADJUST_SHADOWS], Untouched);
         EXPECT_EQ(parse(request, elementPacket("Unknown", ""), slots), -5) << request;
     }
-    const auto size = static_cast<std::int32_t>(text.size());
+    const auto size = size32(text);
     for (const std::int32_t request : {METHOD_DETECT + 0, METHOD_FUSION_ADJUST + 0, MODE_LENS + 0}) {
         char lens[64] = {};
         EXPECT_EQ(get_settings_from_xmp(request, size, text.c_str(), lens, slots.data()), -3);
@@ -193,7 +191,7 @@ TEST(Lens, FormsAndLengths) {
     };
     for (const auto& test : cases) {
         char lens[64] = {};
-        const auto length = static_cast<std::int32_t>(test.text.size()) + 1;
+        const auto length = size32(test.text) + 1;
         const std::size_t tag = std::min(test.text.find("aux:Lens>"), test.text.find("aux:Lens="));
         const auto value = static_cast<std::int32_t>(tag + (test.text[tag + 8] == '=' ? 10 : 9));
         const std::int32_t expected = test.fromValue < 0 ? length - 8 : value + test.fromValue;
@@ -207,9 +205,8 @@ TEST(Lens, FormsAndLengths) {
 
 TEST(Occurrences, BothQuotesCount) {
     const Bytes text = packet("a") + "xmlns:tvtm='http://another.test/'" + packet("b", '"');
-    EXPECT_EQ(tvsettings_occurences_in_xmp(static_cast<std::int32_t>(text.size()) + 1, text.c_str()), 2);
-    EXPECT_EQ(tvsettings_occurences_in_xmp(static_cast<std::int32_t>(text.size()), text.c_str()), -3);
-    EXPECT_EQ(tvsettings_occurences_in_xmp(1, ""), 0);
+    EXPECT_EQ(tvsettings_occurences_in_xmp(size32(text) + 1, text.c_str()), 2);
+    EXPECT_EQ(tvsettings_occurences_in_xmp(size32(text), text.c_str()), -3);
 }
 
 } // namespace

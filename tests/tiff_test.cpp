@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -44,6 +45,7 @@ struct Job {
     TifImageInfo info = {1, 1, 3, 8, 300, 0, 0, 1};
     Bytes pixels = zeros(64);
     std::int32_t pitch = 3;
+    std::int32_t firstRow = 0;
     MetadataBuf metadata = {};
     GpsBuf gps = {};
     Bytes icc, iptc, xmp;
@@ -51,10 +53,9 @@ struct Job {
     SettingsValues settings = {};
 
     std::int32_t save(const std::string& path) {
-        info.iccLength = static_cast<std::int32_t>(icc.size());
-        const auto bytes = [](const Bytes& text) { return reinterpret_cast<const unsigned char*>(text.data()); };
-        return buf2tif(pixels.data(), &info, pitch, bytes(icc), &metadata, &gps, static_cast<std::int32_t>(iptc.size()),
-                       bytes(iptc), method, settings, static_cast<std::int32_t>(xmp.size()), xmp.data(), path.c_str());
+        info.iccLength = size32(icc);
+        return buf2tif(pixels.data() + firstRow, &info, pitch, raw(icc), &metadata, &gps, size32(iptc), raw(iptc),
+                       method, settings, size32(xmp), xmp.data(), path.c_str());
     }
     Bytes file() {
         const TempDir dir;
@@ -128,14 +129,9 @@ TEST(ExifCount, TextsAndMakes) {
     GpsBuf reference{};
     reference.latitudeRef = 'N';
     const Counts counts = count(full, reference);
-    EXPECT_EQ(counts.model, 63);
-    EXPECT_EQ(counts.lens, 63);
-    EXPECT_EQ(counts.date, 21);
-    EXPECT_EQ(counts.exif, 5);
-    EXPECT_EQ(counts.exifBytes, 3 * 8 + 21);
-    EXPECT_EQ(counts.gps, 2);
-    EXPECT_EQ(counts.gpsBytes, 0);
-    EXPECT_EQ(counts.result, 7);
+    EXPECT_EQ(std::tie(counts.model, counts.lens, counts.date), std::tuple(63, 63, 21));
+    EXPECT_EQ(std::tie(counts.exif, counts.exifBytes, counts.gps, counts.gpsBytes, counts.result),
+              std::tuple(5, 3 * 8 + 21, 2, 0, 7));
 }
 
 // The EXIF and GPS directories at a position of what their offsets count from.
@@ -164,7 +160,7 @@ TEST(ExifBlock, IsATiffStructure) {
     const Counts c = count(metadata, gps);
     const auto write = [&](std::int32_t orientation, Bytes& block) {
         return write_exif_buf(c.exif, c.exifBytes, c.gps, c.gpsBytes, c.model, c.make, c.date, c.gpsDate, orientation,
-                              &metadata, &gps, c.makeText, reinterpret_cast<unsigned char*>(block.data()));
+                              &metadata, &gps, c.makeText, raw(block));
     };
     const std::uint32_t exif = 14 + 5 * 12 + 9 + 7;
     const Bytes exifBytes = exifDirectory(exif);
@@ -174,14 +170,12 @@ TEST(ExifBlock, IsATiffStructure) {
                            entry(34853, 4, 1, le32(gpsOffset)) + le32(0) + Bytes("FUJIFILM\0X10 TV\0", 16) + exifBytes +
                            gpsDirectory(gpsOffset);
     Bytes block = zeros(expected.size()) + "!";
-    EXPECT_EQ(write(6, block), static_cast<std::int32_t>(expected.size()));
+    EXPECT_EQ(write(6, block), size32(expected));
     EXPECT_EQ(block, expected + "!");
     EXPECT_EQ(write_exif_buf(0, 9, 0, 9, 0, 0, 9, 9, 1, &metadata, &gps, c.makeText, nullptr), -1);
     // Counts that promise less than the records hold: nothing is written beyond what they lay out.
     Bytes small = zeros(14 + 3 * 12 + 2 + 12 + 4 + 4) + "!!";
-    EXPECT_EQ(write_exif_buf(0, 0, 1, 4, 4, 0, 0, 0, 9, &metadata, &gps, c.makeText,
-                             reinterpret_cast<unsigned char*>(small.data())),
-              static_cast<std::int32_t>(small.size()) - 2);
+    EXPECT_EQ(write_exif_buf(0, 0, 1, 4, 4, 0, 0, 0, 9, &metadata, &gps, c.makeText, raw(small)), size32(small) - 2);
     EXPECT_EQ(small.substr(small.size() - 2), "!!");
 }
 
@@ -245,7 +239,6 @@ TEST(Tiff, XmpDecision) {
         {"a lens", "", 0, "L", "lens"},
         {"settings", "", 11, "L", "made"},
         {"a plain packet", plain + end, 0, "L", plain},
-        {"without a terminator", plain, 0, "", plain},
         {"gives way to settings", plain + end, 11, "", "made"},
         {"stays for a negative method", plain, -5, "", plain.substr(0, plain.size() - 1)},
         {"with settings of its own", settings + end, 11, "L", settings},
@@ -287,26 +280,19 @@ TEST(TiffPixels, EveryLayout) {
     for (int i = 0; i < 256; ++i) {
         pixels += static_cast<char>(i);
     }
-    // Two rows of two pixels; `samples` lists the source bytes of a row that are written.
+    // Two rows of two pixels; `bytes` lists the source bytes of a row that are written.
     const struct {
         std::int32_t channels, bitsCode, pixelMode;
         std::int32_t pitch; // beyond the row
         std::vector<int> bytes;
+        // clang-format off
     } cases[] = {
-        {1, 8, 0, 0, {0, 1}},
-        {2, 8, 0, 0, {0, 2}},
-        {3, 8, 0, 5, {0, 1, 2, 3, 4, 5}},
-        {4, 8, 0, 0, {0, 1, 2, 4, 5, 6}},
-        {2, 16, 0, 1, {0, 1, 4, 5}},
-        {4, 16, 0, 0, {0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13}},
-        {1, 32, 0, 0, {0, 1, 2, 3, 4, 5, 6, 7}},
-        {2, 3216, 0, 0, {0, 1, 4, 5}},
-        {2, 32, 0, 0, {0, 1, 2, 3, 8, 9, 10, 11}},
-        {1, 8, 1, 0, {1, 3}},
-        {2, 8, 1, 3, {1, 5}},
-        {3, 8, 1, 0, {1, 3, 5, 7, 9, 11}},
-        {4, 8, 1, 1, {1, 3, 5, 9, 11, 13}},
+        {1, 8, 0, 0, {0, 1}}, {2, 8, 0, 0, {0, 2}}, {3, 8, 0, 5, {0, 1, 2, 3, 4, 5}}, {4, 8, 0, 0, {0, 1, 2, 4, 5, 6}},
+        {2, 16, 0, 1, {0, 1, 4, 5}}, {4, 16, 0, 0, {0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13}}, {2, 3216, 0, 0, {0, 1, 4, 5}},
+        {1, 32, 0, 0, {0, 1, 2, 3, 4, 5, 6, 7}}, {2, 32, 0, 0, {0, 1, 2, 3, 8, 9, 10, 11}},
+        {1, 8, 1, 0, {1, 3}}, {2, 8, 1, 3, {1, 5}}, {3, 8, 1, 0, {1, 3, 5, 7, 9, 11}}, {4, 8, 1, 1, {1, 3, 5, 9, 11, 13}},
     };
+    // clang-format on
     for (const auto& test : cases) {
         for (const bool bottomUp : {false, true}) {
             const std::int32_t sample = test.bitsCode == 8 ? 1 : test.bitsCode == 32 ? 4 : 2;
@@ -314,12 +300,13 @@ TEST(TiffPixels, EveryLayout) {
             const std::int32_t row = pitch * (test.pixelMode == 1 ? 2 : 1);
             Job job;
             job.info = {2, 2, test.channels, test.bitsCode, 1, 0, test.pixelMode, 1};
-            job.pixels = bottomUp ? pixels.substr(static_cast<std::size_t>(row)) : pixels;
-            job.pitch = bottomUp ? 0 : pitch;
+            job.pixels = pixels;
+            job.firstRow = bottomUp ? row : 0;
+            job.pitch = bottomUp ? -pitch : pitch;
             Bytes expected;
             for (int y = 0; y < 2; ++y) {
                 for (const int byte : test.bytes) {
-                    expected += pixels[static_cast<std::size_t>((bottomUp ? 1 : y) * row + byte)];
+                    expected += pixels[static_cast<std::size_t>((bottomUp ? 1 - y : y) * row + byte)];
                 }
             }
             EXPECT_EQ(job.file().substr(8, expected.size()), expected) << test.channels << ' ' << test.bitsCode;
@@ -346,21 +333,13 @@ TEST(TiffPixels, BlocksAndTheirRows) {
 TEST(Tiff, Failures) {
     const TempDir dir;
     const std::string path = dir.write("kept.tif", "kept");
-    using Change = void (*)(Job&);
-    const Change changes[] = {
-        [](Job& job) { job.info.channels = 0; },
-        [](Job& job) { job.info.channels = 5; },
-        [](Job& job) { job.info.bitsCode = 12; },
-        [](Job& job) { job.info.width = 0; },
-        [](Job& job) { job.info.height = -1; },
-        [](Job& job) { job.info.pixelMode = 2; },
-        [](Job& job) { job.info = {1, 1, 3, 16, 1, 0, 1, 1}; },
-        [](Job& job) { job.info = {20000, 40000, 3, 8, 1, 0, 0, 1}; },
-        [](Job& job) { job.info = {INT32_MAX, INT32_MAX, 4, 32, 1, 0, 0, 1}; },
-    };
-    for (const Change change : changes) {
+    const TifImageInfo rejected[] = {
+        {1, 1, 0, 8, 1, 0, 0, 1},  {1, 1, 5, 8, 1, 0, 0, 1},         {1, 1, 3, 12, 1, 0, 0, 1},
+        {0, 1, 3, 8, 1, 0, 0, 1},  {1, -1, 3, 8, 1, 0, 0, 1},        {1, 1, 3, 8, 1, 0, 2, 1},
+        {1, 1, 3, 16, 1, 0, 1, 1}, {20000, 40000, 3, 8, 1, 0, 0, 1}, {INT32_MAX, INT32_MAX, 4, 32, 1, 0, 0, 1}};
+    for (const TifImageInfo& info : rejected) {
         Job job;
-        change(job);
+        job.info = info;
         EXPECT_EQ(job.save(path), -6);
         EXPECT_EQ(readFile(path), "kept");
     }

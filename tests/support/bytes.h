@@ -26,6 +26,16 @@ inline Bytes zeros(std::size_t count) {
     return Bytes(count, '\0');
 }
 
+inline std::int32_t size32(const Bytes& bytes) {
+    return static_cast<std::int32_t>(bytes.size());
+}
+inline const unsigned char* raw(const Bytes& bytes) {
+    return reinterpret_cast<const unsigned char*>(bytes.data());
+}
+inline unsigned char* raw(Bytes& bytes) {
+    return reinterpret_cast<unsigned char*>(bytes.data());
+}
+
 inline constexpr std::string_view Host = "tonalvista.test";
 
 // A TIFF structure under construction: directories are appended, and a directory's offset is where it was put.
