@@ -134,7 +134,8 @@ std::int32_t isoSpeedFor(const Description& description) noexcept {
     const auto [low, high] = std::minmax({description.red, description.green, description.blue});
     const std::int64_t middle = (std::int64_t{low} + high) / 2;
     const double steps = std::exp2(static_cast<double>(middle) / 30.0);
-    return steps < Most / Step + 1 ? static_cast<std::int32_t>(steps) * Step : Most;
+    constexpr double TooMany = double{Most / Step} + 1.0;
+    return steps < TooMany ? static_cast<std::int32_t>(steps) * Step : Most;
 }
 
 constexpr bool isPlausible(std::int64_t value) noexcept {
