@@ -145,7 +145,7 @@ Bytes exifDirectory(std::uint32_t at) {
 Bytes gpsDirectory(std::uint32_t at) { // the time stamp lies in the hour after midnight and counts as absent
     const std::uint32_t values = at + 2 + 8 * 12 + 4;
     Bytes words;
-    for (const std::uint32_t word : {48, 1, 51, 1, 2996, 100, 2, 1, 21, 1, 7, 1, 35, 1}) {
+    for (const std::uint32_t word : std::vector<std::uint32_t>{48, 1, 51, 1, 2996, 100, 2, 1, 21, 1, 7, 1, 35, 1}) {
         words += le32(word);
     }
     return le16(8) + entry(0, 1, 4, Bytes("\2\2\0\0", 4)) + entry(1, 2, 2, "N") + entry(2, 5, 3, le32(values)) +

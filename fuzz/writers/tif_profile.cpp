@@ -34,11 +34,12 @@ Bytes replaced(Bytes file, const Entry& entry, const Bytes& profile) {
     return file;
 }
 
-// Whether the entry lies in the first directory and does not reach into the header: then no change of it can hide it.
+// Whether the entry is one of the first directory and does not reach into the header: then no change of it can hide it.
+// (One of an overlapping directory may lie across entries of the first.)
 bool isEntryInOrder(const Bytes& file, const Entry& entry) {
     const std::size_t directory = loadLe(file, 4, 4);
     const auto place = static_cast<std::size_t>(entry.place);
-    return directory >= HeaderSize && place >= directory + 2 &&
+    return directory >= HeaderSize && place >= directory + 2 && (place - directory - 2) % EntrySize == 0 &&
            place < directory + 2 + EntrySize * loadLe(file, directory, 2) && loadLe(file, place + 2, 2) != 3;
 }
 
