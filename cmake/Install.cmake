@@ -18,5 +18,7 @@ if(NOT BUILD_SHARED_LIBS)
     set(TVMETA_PC_CFLAGS "-DTVMETA_STATIC")
     set(TVMETA_PC_LIBS "-lstdc++ -lm")
 endif()
+# Relative to where the file lies, so that an installation can be moved or made with another prefix.
+file(RELATIVE_PATH TVMETA_PC_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/tvmeta.pc.in tvmeta.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tvmeta.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
