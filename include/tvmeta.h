@@ -638,12 +638,14 @@ TVMETA_API int32_t write_exif_buf(int32_t exifCount, int32_t exifBytes, int32_t 
  * path: file to change, zero-terminated. Null: -1.
  * Result:
  *   length  replaced
- *        0  no (whole) ICC profile entry, or not a little-endian TIFF file; nothing is changed
+ *        0  no ICC profile entry, or not a little-endian TIFF file; nothing is changed
  *       -1  the file cannot be opened ("Can not open input file for reading\n", "... for update\n" or
  *           "... for appending\n" goes to stderr), or its entry changed meanwhile
  *       -2  bad arguments, or a file that would exceed 2^31 - 1 bytes (nothing is changed); or a seek
  *           or a write failed
  * On a failed write the file stays as far as it was changed. The old profile's bytes stay in the file.
+ * Limits: an entry that the end of the file cuts short is completed; the profile then lies that much
+ *   behind the place that the entry gives, in a file that was broken before.
  * Standard: TIFF 6.0; ICC.1 annex B.4.
  */
 TVMETA_API int32_t update_tif_profile(int32_t length, const unsigned char* profile, const char* path) TVMETA_NOEXCEPT;

@@ -29,9 +29,7 @@ TEST(Profile, NothingChangesWithoutAnEntry) {
     const TempDir dir;
     Tiff tiff;
     Tiff bigEndian(false);
-    Tiff cut;
-    for (const Bytes& file : {cut.finish(cut.add({{34675, 7, 6, "before"}})).substr(0, 8 + 2 + 11),
-                              tiff.finish(tiff.add({tiff.shortEntry(256, 1)})),
+    for (const Bytes& file : {tiff.finish(tiff.add({tiff.shortEntry(256, 1)})),
                               bigEndian.finish(bigEndian.add({{34675, 7, 1, "x"}})), Bytes("no TIFF")}) {
         const std::string path = dir.write("a.tif", file);
         EXPECT_EQ(replaceProfile(path, "profile"), 0);

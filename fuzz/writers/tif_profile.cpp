@@ -23,9 +23,11 @@ Entry profileEntry() {
     return entry;
 }
 
-// What the file is to hold: the same but for the entry's count and offset, and the profile behind it.
+// What the file is to hold: the same but for the entry's count and offset, and the profile behind it. An entry that the
+// file cuts short is completed.
 Bytes replaced(Bytes file, const Entry& entry, const Bytes& profile) {
     const std::array<std::size_t, 2> numbers = {profile.size(), file.size()};
+    file.resize(std::max(file.size(), static_cast<std::size_t>(entry.place) + EntrySize));
     for (std::size_t i = 0; i < 8; ++i) {
         file[static_cast<std::size_t>(entry.place) + CountOffset + i] =
             static_cast<std::uint8_t>(numbers[i / 4] >> 8 * (i % 4));
@@ -39,8 +41,9 @@ Bytes replaced(Bytes file, const Entry& entry, const Bytes& profile) {
 bool isEntryInOrder(const Bytes& file, const Entry& entry) {
     const std::size_t directory = loadLe(file, 4, 4);
     const auto place = static_cast<std::size_t>(entry.place);
-    return directory >= HeaderSize && place >= directory + 2 && (place - directory - 2) % EntrySize == 0 &&
-           place < directory + 2 + EntrySize * loadLe(file, directory, 2) && loadLe(file, place + 2, 2) != 3;
+    return place + EntrySize <= file.size() && directory >= HeaderSize && place >= directory + 2 &&
+           (place - directory - 2) % EntrySize == 0 && place < directory + 2 + EntrySize * loadLe(file, directory, 2) &&
+           loadLe(file, place + 2, 2) != 3;
 }
 
 } // namespace
@@ -53,14 +56,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const MemoryFile& target = memoryFile().hold(file);
     const Entry entry = profileEntry();
     const std::int32_t result = update_tif_profile(lengthOf(profile.size()), profile.data(), target.path());
-    const bool whole = static_cast<std::size_t>(std::max(entry.place, 0)) + EntrySize <= file.size();
     if (result <= 0) {
-        require(entry.place <= 0 || !whole, "only a file without a profile is left alone");
+        require(entry.place <= 0, "only a file without a profile is left alone");
         require(target.bytes() == file, "nothing is changed");
         return 0;
     }
     require(result == lengthOf(profile.size()) && entry.place > 0, "the result is the profile's length");
-    require(whole, "an entry that the file cuts short is not replaced");
     require(target.bytes() == replaced(file, entry, profile), "the entry points to the profile behind the file");
     if (isEntryInOrder(file, entry)) {
         const Entry now = profileEntry();

@@ -83,10 +83,6 @@ std::int32_t update_tif_profile(std::int32_t length, const unsigned char* profil
         }
         entry.fileSize = measure(file.get());
     }
-    // An entry that the file cuts short is none: completing it would move the place where the profile is appended.
-    if (entry.fileSize >= 0 && entry.fileSize - entry.position < static_cast<std::int64_t>(DirectoryEntrySize)) {
-        return NoProfile;
-    }
     if (entry.fileSize < 0 || entry.fileSize > INT32_MAX - std::int64_t{length}) {
         return Failed;
     }
