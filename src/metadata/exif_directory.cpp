@@ -1,5 +1,6 @@
 // The EXIF directory (EXIF 2.3, sections 4.6.3 and 4.6.5).
 #include "metadata/exif_info.h"
+#include "support/mathematics.h"
 
 #include <cmath>
 #include <cstdint>
@@ -7,8 +8,6 @@
 namespace tvmeta {
 
 namespace {
-
-constexpr double Ln2 = 0.6931471805599453;
 
 float quotient(const Rational& rational) noexcept {
     return static_cast<float>(rational.numerator) / static_cast<float>(rational.denominator);

@@ -5,6 +5,7 @@
 #include "settings/methods.h"
 #include "settings/xmp_names.h"
 #include "support/bytes.h"
+#include "support/mathematics.h"
 #include "support/text_numbers.h"
 #include "tvmeta.h"
 

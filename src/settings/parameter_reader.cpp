@@ -2,6 +2,7 @@
 #include "settings/methods.h"
 #include "settings/packet_parser.h"
 #include "settings/xmp_names.h"
+#include "support/mathematics.h"
 #include "support/text_numbers.h"
 
 #include <algorithm>

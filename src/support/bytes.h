@@ -69,8 +69,6 @@ class ByteWriter {
     // Passes over bytes that stay as they are.
     void skip(std::size_t count) noexcept { position_ += fitting(count); }
 
-    std::size_t position() const noexcept { return position_; }
-
   private:
     std::size_t fitting(std::size_t size) const noexcept {
         return size <= block_.size() - position_ ? size : block_.size() - position_;

@@ -3,7 +3,6 @@
 #include "tvmeta.h"
 #include "writers/exif_directories.h"
 
-#include <algorithm>
 #include <cstdint>
 
 using namespace tvmeta;

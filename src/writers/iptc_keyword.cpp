@@ -3,10 +3,8 @@
 #include "support/bytes.h"
 #include "tvmeta.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstring>
 
 using namespace tvmeta;
 
