@@ -1,35 +1,23 @@
 #include "hdr/block_kernels.h"
 
+#include "hdr/block_kernels_avx2.h"
+#include "hdr/block_loops.h"
+#include "support/processor.h"
+
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <limits>
 
 namespace tvmeta::hdr {
 
 namespace {
 
-constexpr std::size_t Lanes = 16; // independent sums, of 16 pixels each
+constexpr std::size_t Lanes = 16; // independent sums
 
-// All bits or none: a choice that is no branch.
-constexpr unsigned char maskOf(bool condition) noexcept {
-    return static_cast<unsigned char>(condition ? 0xFF : 0);
-}
-
-unsigned char highestOf(const unsigned char* bytes) noexcept {
-    unsigned char highest = 0;
-    for (std::size_t i = 0; i < BlockPixels; ++i) {
-        highest = std::max(highest, bytes[i]);
-    }
-    return highest;
-}
-
-unsigned char lowestOf(const unsigned char* bytes) noexcept {
-    unsigned char lowest = std::numeric_limits<unsigned char>::max();
-    for (std::size_t i = 0; i < BlockPixels; ++i) {
-        lowest = std::min(lowest, bytes[i]);
-    }
-    return lowest;
-}
+// The sum in single precision is exact for smaller spans; of each group of lanes, a lane takes one pixel.
+constexpr int FloatSpan = 11;
+static_assert(LuminanceBits + FloatSpan + (BlockBits - 4) <= std::numeric_limits<float>::digits);
 
 // 2^power of 0 and more, without a table: the power is the exponent field of a float.
 float powerOfTwo(unsigned char power) noexcept {
@@ -63,18 +51,95 @@ double laneSum(const unsigned char* __restrict luminance, const unsigned char* _
     return sums[0];
 }
 
-} // namespace
+double sum(const unsigned char* luminance, const unsigned char* exponents, int lowest, int highest) noexcept {
+    const auto relativeSum = highest - lowest <= FloatSpan ? laneSum<float> : laneSum<double>;
+    return relativeSum(luminance, exponents, static_cast<unsigned char>(lowest));
+}
+
+// The lowest bits of 64 bytes. Eight at a time: the product moves the bit of byte k to bit 56 + k.
+std::uint64_t lowestBits(const unsigned char* bytes) noexcept {
+    constexpr std::uint64_t LowestOfEach = 0x0101010101010101;
+    constexpr std::uint64_t Gather =
+        std::endian::native == std::endian::little ? 0x0102040810204080 : 0x8040201008040201;
+    std::uint64_t bits = 0;
+    for (unsigned group = 0; group < 64; group += 8) {
+        std::uint64_t eight = 0;
+        std::memcpy(&eight, bytes + group, sizeof eight);
+        bits |= ((eight & LowestOfEach) * Gather >> 56) << group;
+    }
+    return bits;
+}
+
+// In 256ths of a unit, so that the last eight bits are what is cut off.
+void roundToUnit(const unsigned char* __restrict luminance, const unsigned char* __restrict exponents, int unit,
+                 loops::RoundedBlock& __restrict out) noexcept {
+    constexpr int FractionBits = 8;
+    constexpr unsigned Half = 1U << (FractionBits - 1);
+    const auto unitExponent = static_cast<unsigned char>(unit);
+    const auto lowest = static_cast<unsigned char>(unit - FractionBits); // below, a value is less than half a unit
+    unsigned char powers[BlockPixels];
+    unsigned char visible[BlockPixels];
+    for (std::size_t i = 0; i < BlockPixels; ++i) {
+        powers[i] = static_cast<unsigned char>(std::clamp(exponents[i], lowest, unitExponent) - lowest);
+        visible[i] = luminance[i] & loops::maskOf(exponents[i] >= lowest);
+        out.exponent[i] = std::max(exponents[i], unitExponent);
+    }
+    std::uint16_t parts[BlockPixels];
+    for (std::size_t i = 0; i < BlockPixels; ++i) {
+        parts[i] = static_cast<std::uint16_t>(
+            static_cast<std::int32_t>(static_cast<float>(visible[i]) * powerOfTwo(powers[i])));
+    }
+    unsigned char halves[BlockPixels];
+    unsigned char odds[BlockPixels];
+    for (std::size_t i = 0; i < BlockPixels; ++i) {
+        out.luminance[i] = static_cast<unsigned char>((parts[i] + (Half - 1)) >> FractionBits);
+    }
+    for (std::size_t i = 0; i < BlockPixels; ++i) {
+        halves[i] = loops::maskOf(static_cast<unsigned char>(parts[i]) == Half);
+        odds[i] = out.luminance[i] & loops::maskOf(exponents[i] <= unitExponent);
+    }
+    for (std::size_t word = 0; word < loops::BlockWords; ++word) {
+        out.odd[word] = lowestBits(odds + 64 * word);
+        out.half[word] = lowestBits(halves + 64 * word);
+    }
+}
+
+double roundedSum(const unsigned char* luminance, const unsigned char* exponents, int unit, int highest,
+                  bool totalIsOdd) noexcept {
+    loops::RoundedBlock rounded;
+    roundToUnit(luminance, exponents, unit, rounded);
+    return sum(rounded.luminance, rounded.exponent, unit, std::max(highest, unit)) +
+           loops::halvesUp(rounded, totalIsOdd);
+}
 
 ExponentRange exponentRange(const unsigned char* exponents) noexcept {
-    unsigned char lowest = std::numeric_limits<unsigned char>::max();
-    unsigned char lowestOfPixels = std::numeric_limits<unsigned char>::max(); // less one: no pixel is then the highest
-    unsigned char highest = 0;
-    for (std::size_t i = 0; i < BlockPixels; ++i) {
-        lowest = std::min(lowest, exponents[i]);
-        lowestOfPixels = std::min(lowestOfPixels, static_cast<unsigned char>(exponents[i] - 1));
-        highest = std::max(highest, exponents[i]);
+    return loops::exponentRange(exponents);
+}
+
+void luminances(const Block& block, unsigned char* out) noexcept {
+    loops::luminances(block, out);
+}
+
+int highestLuminance(const unsigned char* luminance, const unsigned char* exponents, int exponent) noexcept {
+    return loops::highestLuminance(luminance, exponents, exponent);
+}
+
+int lowestLuminance(const unsigned char* luminance, const unsigned char* exponents, int exponent) noexcept {
+    return loops::lowestLuminance(luminance, exponents, exponent);
+}
+
+} // namespace
+
+constexpr BlockKernels PortableKernels = {exponentRange,   luminances, highestLuminance,
+                                          lowestLuminance, sum,        roundedSum};
+
+const BlockKernels& blockKernels() noexcept {
+#ifdef TVMETA_WIDE_VECTORS
+    if (hasAvx2()) {
+        return Avx2Kernels;
     }
-    return {lowestOfPixels + 1, highest, lowest > 0};
+#endif
+    return PortableKernels;
 }
 
 std::size_t countPixels(const unsigned char* exponents) noexcept {
@@ -83,54 +148,6 @@ std::size_t countPixels(const unsigned char* exponents) noexcept {
         count += exponents[i] != 0 ? 1U : 0U;
     }
     return count;
-}
-
-void luminances(const Block& block, unsigned char* __restrict out) noexcept {
-    const unsigned char* const __restrict blue = block.blue;
-    const unsigned char* const __restrict green = block.green;
-    const unsigned char* const __restrict red = block.red;
-    const unsigned char* const __restrict exponent = block.exponent;
-    for (std::size_t i = 0; i < BlockPixels; ++i) {
-        out[i] = luminance(blue[i], green[i], red[i]) & maskOf(exponent[i] != 0);
-    }
-}
-
-// Both are done in two steps, since compilers see no vectors in a reduction of choices.
-int highestLuminance(const unsigned char* __restrict luminance, const unsigned char* __restrict exponents,
-                     int exponent) noexcept {
-    const auto wanted = static_cast<unsigned char>(exponent);
-    unsigned char chosen[BlockPixels];
-    for (std::size_t i = 0; i < BlockPixels; ++i) {
-        chosen[i] = luminance[i] & maskOf(exponents[i] == wanted);
-    }
-    return highestOf(chosen);
-}
-
-int lowestLuminance(const unsigned char* __restrict luminance, const unsigned char* __restrict exponents,
-                    int exponent) noexcept {
-    const auto wanted = static_cast<unsigned char>(exponent);
-    unsigned char chosen[BlockPixels]; // less one, so that luminances of 0 come out as none
-    for (std::size_t i = 0; i < BlockPixels; ++i) {
-        chosen[i] = static_cast<unsigned char>(luminance[i] - 1) | maskOf(exponents[i] != wanted);
-    }
-    return lowestOf(chosen) + 1;
-}
-
-void scaledValues(const unsigned char* __restrict luminance, const unsigned char* __restrict exponents,
-                  const float* __restrict scale, float* __restrict out) noexcept {
-    for (std::size_t i = 0; i < BlockPixels; ++i) {
-        out[i] = static_cast<float>(luminance[i]) * scale[exponents[i]];
-    }
-}
-
-double floatSum(const unsigned char* luminance, const unsigned char* exponents, int lowest) noexcept {
-    static_assert(8 + FloatSpan + 4 <= std::numeric_limits<float>::digits); // luminance, span, 16 pixels of a lane
-    return laneSum<float>(luminance, exponents, static_cast<unsigned char>(lowest));
-}
-
-double doubleSum(const unsigned char* luminance, const unsigned char* exponents, int lowest) noexcept {
-    static_assert(8 + DoubleSpan + 8 <= std::numeric_limits<double>::digits); // luminance, span, 256 pixels
-    return laneSum<double>(luminance, exponents, static_cast<unsigned char>(lowest));
 }
 
 } // namespace tvmeta::hdr

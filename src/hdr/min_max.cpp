@@ -22,7 +22,8 @@ std::int32_t hdrMinMax(std::int32_t width, std::int32_t height, const unsigned c
     const std::size_t rows = empty ? 0 : static_cast<std::size_t>(height);
     const std::size_t columns = empty ? 0 : static_cast<std::size_t>(width);
     for (std::size_t y = 0; y < rows; ++y) {
-        statistics.addRow(pixels + y * 4 * columns, columns);
+        const unsigned char* const row = pixels + y * Planes * columns;
+        statistics.addRow(row, columns, y + 1 < rows ? row + Planes * columns : nullptr);
     }
     statistics.store(results);
     return std::max(height, 0);

@@ -1,6 +1,6 @@
 // Luminance statistics of an HDR buffer. By definition the values are added one by one in row order, in double
-// precision. Whole blocks are added at once where no rounding can happen in any order, and passed over where every
-// value would be rounded away: the bits are those of the definition.
+// precision. Whole blocks are added at once where no rounding can happen in any order, or where each value is rounded
+// on its own, and passed over where every value would be rounded away: the bits are those of the definition.
 #include "hdr/statistics.h"
 
 #include <algorithm>
@@ -38,6 +38,16 @@ constexpr int lastPlace(double number) noexcept {
     return exponentOf(number) - (MantissaBits - 1) + std::countr_zero(mantissa);
 }
 
+// The processor guesses four streams that jump from row to row badly. Told a row ahead, it has each block at hand.
+void prefetch(const unsigned char* block, std::size_t width) noexcept {
+    constexpr std::size_t CacheLine = 64;
+    for (std::size_t plane = 0; plane < Planes; ++plane) {
+        for (std::size_t i = 0; i < BlockPixels; i += CacheLine) {
+            __builtin_prefetch(block + plane * width + i);
+        }
+    }
+}
+
 } // namespace
 
 // The definition, for what does not fill a block.
@@ -62,7 +72,7 @@ void Statistics::updateMaximum(const unsigned char* luminance, const unsigned ch
                                const ExponentRange& range) noexcept {
     for (int exponent = range.highest; exponent >= range.lowest && LargestLuminance * scale_[exponent] > maximum_;
          --exponent) {
-        const int found = highestLuminance(luminance, exponents, exponent);
+        const int found = kernels_.highestLuminance(luminance, exponents, exponent);
         maximum_ = std::max(maximum_, static_cast<float>(found) * scale_[exponent]);
     }
 }
@@ -70,7 +80,7 @@ void Statistics::updateMaximum(const unsigned char* luminance, const unsigned ch
 void Statistics::updateMinimum(const unsigned char* luminance, const unsigned char* exponents,
                                const ExponentRange& range) noexcept {
     for (int exponent = range.lowest; exponent <= range.highest && scale_[exponent] < minimum_; ++exponent) {
-        const int found = lowestLuminance(luminance, exponents, exponent);
+        const int found = kernels_.lowestLuminance(luminance, exponents, exponent);
         if (found != NoLuminance) {
             minimum_ = std::min(minimum_, static_cast<float>(found) * scale_[exponent]);
         }
@@ -80,7 +90,7 @@ void Statistics::updateMinimum(const unsigned char* luminance, const unsigned ch
 // Whether the sum so far and the block's values are multiples of a unit of which the result, and so everything on the
 // way to it, needs no more than the mantissa holds: then nothing is rounded, whatever the order.
 bool Statistics::isExact(const ExponentRange& range, double largestSum) const noexcept {
-    if (range.highest > HighestFinite || range.highest - range.lowest > DoubleSpan || !std::isfinite(sum_)) {
+    if (range.highest > HighestFinite || range.highest - range.lowest > ExactSpan || !std::isfinite(sum_)) {
         return false;
     }
     const int blockUnit = range.lowest - ExponentBias;
@@ -90,36 +100,58 @@ bool Statistics::isExact(const ExponentRange& range, double largestSum) const no
 
 void Statistics::addSum(const unsigned char* luminance, const unsigned char* exponents,
                         const ExponentRange& range) noexcept {
-    const double largest = static_cast<double>(LargestLuminance) * powerOfTwo(range.highest - ExponentBias);
+    const double largest = LargestLuminance * powerOfTwo(range.highest - ExponentBias);
     if (isExact(range, largest * BlockPixels)) {
-        const auto relativeSum = range.highest - range.lowest <= FloatSpan ? floatSum : doubleSum;
-        sum_ += relativeSum(luminance, exponents, range.lowest) * powerOfTwo(range.lowest - ExponentBias);
+        sum_ +=
+            kernels_.sum(luminance, exponents, range.lowest, range.highest) * powerOfTwo(range.lowest - ExponentBias);
         return;
     }
     // Less than half a unit in the last place of the sum is rounded away, whatever the order.
     const bool vanishes = sum_ > 0.0 && largest < powerOfTwo(exponentOf(sum_) - MantissaBits);
-    if (!vanishes) {
+    if (vanishes) {
+        return;
+    }
+    const int unit = exponentOf(sum_) - (MantissaBits - 1) + ExponentBias;
+    if (keepsUnit(unit, range)) {
+        addRounded(luminance, exponents, unit, range.highest);
+    } else {
         addInOrder(luminance, exponents);
     }
 }
 
+// Whether the block, rounded up, leaves the sum's unit in the last place as it is.
+bool Statistics::keepsUnit(int unit, const ExponentRange& range) const noexcept {
+    if (unit < LowestUnit || unit > HighestUnit || range.highest > HighestFinite || !(sum_ > 0.0)) {
+        return false;
+    }
+    const double bound = powerOfTwo(range.highest - ExponentBias + LuminanceBits + BlockBits);
+    return sum_ + bound < powerOfTwo(unit - ExponentBias + MantissaBits);
+}
+
+// While the sum keeps its unit in the last place, an addition rounds the value added to a multiple of that unit: to the
+// nearest one, and from half-way to the one that makes the sum even (IEEE 754, roundTiesToEven).
+void Statistics::addRounded(const unsigned char* luminance, const unsigned char* exponents, int unit,
+                            int highest) noexcept {
+    const bool isOdd = (std::bit_cast<std::uint64_t>(sum_) & 1) != 0;
+    sum_ += kernels_.roundedSum(luminance, exponents, unit, highest, isOdd) * powerOfTwo(unit - ExponentBias);
+}
+
 void Statistics::addInOrder(const unsigned char* luminance, const unsigned char* exponents) noexcept {
-    float values[BlockPixels];
-    scaledValues(luminance, exponents, scale_, values);
     double sum = sum_;
-    for (const float value : values) {
-        sum += static_cast<double>(value); // 0 where there is no pixel, which changes nothing
+    for (std::size_t i = 0; i < BlockPixels; ++i) {
+        // 0 where there is no pixel, which changes nothing
+        sum += static_cast<double>(static_cast<float>(luminance[i]) * scale_[exponents[i]]);
     }
     sum_ = sum;
 }
 
 void Statistics::addBlock(const Block& block) noexcept {
-    const ExponentRange range = exponentRange(block.exponent);
+    const ExponentRange range = kernels_.exponentRange(block.exponent);
     if (range.highest == 0) {
         return;
     }
     unsigned char luminance[BlockPixels];
-    luminances(block, luminance);
+    kernels_.luminances(block, luminance);
     count_ += range.complete ? BlockPixels : countPixels(block.exponent);
     updateMaximum(luminance, block.exponent, range);
     updateMinimum(luminance, block.exponent, range);
@@ -128,7 +160,7 @@ void Statistics::addBlock(const Block& block) noexcept {
 
 // The end of a row, filled up with exponents of 0: no pixels.
 void Statistics::addPaddedBlock(const Block& rest, std::size_t pixels) noexcept {
-    unsigned char planes[4][BlockPixels] = {};
+    unsigned char planes[Planes][BlockPixels] = {};
     std::copy_n(rest.blue, pixels, planes[0]);
     std::copy_n(rest.green, pixels, planes[1]);
     std::copy_n(rest.red, pixels, planes[2]);
@@ -136,12 +168,15 @@ void Statistics::addPaddedBlock(const Block& rest, std::size_t pixels) noexcept 
     addBlock({planes[0], planes[1], planes[2], planes[3]});
 }
 
-void Statistics::addRow(const unsigned char* row, std::size_t width) noexcept {
+void Statistics::addRow(const unsigned char* row, std::size_t width, const unsigned char* next) noexcept {
     const auto blockAt = [row, width](std::size_t x) {
         return Block{row + x, row + width + x, row + 2 * width + x, row + 3 * width + x};
     };
     std::size_t x = 0;
     for (; width - x >= BlockPixels; x += BlockPixels) {
+        if (next != nullptr) {
+            prefetch(next + x, width);
+        }
         addBlock(blockAt(x));
     }
     if (width - x >= SmallestBlock) {

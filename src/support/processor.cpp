@@ -1,0 +1,19 @@
+#include "support/processor.h"
+
+#ifdef TVMETA_WIDE_VECTORS
+#include <sys/platform/x86.h>
+#endif
+
+namespace tvmeta {
+
+#ifdef TVMETA_WIDE_VECTORS
+bool hasAvx2() noexcept {
+    return CPU_FEATURE_ACTIVE(AVX2);
+}
+
+bool hasAvx512() noexcept {
+    return CPU_FEATURE_ACTIVE(AVX512BW);
+}
+#endif
+
+} // namespace tvmeta
