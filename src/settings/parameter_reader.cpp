@@ -7,10 +7,10 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <numeric>
 
 namespace tvmeta {
 
@@ -39,26 +39,57 @@ bool namesParameter(std::string_view text, const Parameter& parameter, std::size
            (!parameter.formerName.empty() && beginsWith(text, parameter.formerName));
 }
 
+// Parameters by their place in the method's table, a bit each.
+using ParameterSet = std::uint32_t;
+static_assert(SETTINGS_SLOTS < 32);
+
+constexpr ParameterSet setOf(std::size_t index) noexcept {
+    return ParameterSet{1} << index;
+}
+
+// The parameters that a name's first letter leaves to be compared.
+class ParametersByLetter {
+  public:
+    explicit ParametersByLetter(std::span<const Parameter> parameters) noexcept {
+        for (std::size_t i = 0; i < parameters.size(); ++i) {
+            sets_[indexOf(parameters[i].name)] |= setOf(i);
+            sets_[indexOf(parameters[i].formerName)] |= setOf(i);
+        }
+    }
+    ParameterSet operator[](std::string_view name) const noexcept { return sets_[indexOf(name)]; }
+
+  private:
+    static constexpr std::size_t Letters = 32; // more than there are in ASCII, of which these are the low bits
+
+    static std::size_t indexOf(std::string_view name) noexcept {
+        return name.empty() ? 0 : static_cast<unsigned char>(name.front()) % Letters;
+    }
+
+    std::array<ParameterSet, Letters> sets_{};
+};
+
 // Only the first tag of each parameter counts, whether its value can be read or not. Tags before the method tag are not
 // seen; those of a second description are, if the first lacks them.
 ValuePositions locateValues(const Packet& packet) noexcept {
     const std::span<const Parameter> parameters = packet.method->parameters;
+    const ParametersByLetter byLetter(parameters);
     ValuePositions positions;
     positions.fill(NotFound);
-    std::array<std::uint8_t, SETTINGS_SLOTS> missing; // indices of the parameters that have not been found
-    std::iota(missing.begin(), missing.end(), std::uint8_t{0});
-    auto missingEnd = missing.begin() + static_cast<std::ptrdiff_t>(parameters.size());
-    for (std::size_t at = packet.methodTag; missingEnd != missing.begin(); ++at) {
+    ParameterSet missing = setOf(parameters.size()) - 1;
+    for (std::size_t at = packet.methodTag; missing != 0; ++at) {
         at = findText(packet.text, TagStart, at);
         if (at == NotFound) {
             break;
         }
         const std::size_t nameAt = at + SettingsPrefix.size();
-        missingEnd = std::remove_if(missing.begin(), missingEnd, [&](std::uint8_t i) {
-            const bool found = namesParameter(textFrom(packet.text, nameAt), parameters[i], packet.valueSkip);
-            positions[i] = found ? nameAt + parameters[i].name.size() + packet.valueSkip : NotFound;
-            return found;
-        });
+        const std::string_view name = textFrom(packet.text, nameAt);
+        for (ParameterSet rest = missing & byLetter[name]; rest != 0; rest &= rest - 1) {
+            const auto i = static_cast<std::size_t>(std::countr_zero(rest));
+            if (namesParameter(name, parameters[i], packet.valueSkip)) {
+                positions[i] = nameAt + parameters[i].name.size() + packet.valueSkip;
+                missing &= ~setOf(i);
+            }
+        }
     }
     return positions;
 }

@@ -10,10 +10,6 @@ namespace tvmeta {
 bool hasAvx2() noexcept {
     return CPU_FEATURE_ACTIVE(AVX2);
 }
-
-bool hasAvx512() noexcept {
-    return CPU_FEATURE_ACTIVE(AVX512BW);
-}
 #endif
 
 } // namespace tvmeta

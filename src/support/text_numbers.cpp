@@ -81,6 +81,33 @@ constexpr double PowersOfTen[] = {1, 10, 100, 1000, 10'000, 100'000, 1'000'000};
 // of 10^6 is exact in double precision, so that one rounding to an integer gives the very digits of printf.
 constexpr double FastLimit = 1e12;
 
+// A plain decimal number as texts mostly have it. Up to 2^24 the digits, and up to 10^10 the power, are floats without
+// rounding, so that one division gives the float nearest to the number.
+std::optional<float> scanShortDecimal(std::string_view text) noexcept {
+    constexpr std::uint32_t LargestDigits = 1U << std::numeric_limits<float>::digits;
+    constexpr std::size_t LongestFraction = std::size(PowersOfTen) - 1;
+    std::uint32_t digits = 0;
+    std::size_t i = 0;
+    std::size_t fraction = 0; // how many digits behind the point, once it has been seen
+    bool point = false;
+    for (; i < text.size() && (isDigit(text[i]) || (text[i] == '.' && !point)); ++i) {
+        if (text[i] == '.') {
+            point = true;
+            continue;
+        }
+        digits = digits * 10 + static_cast<std::uint32_t>(text[i] - '0');
+        fraction += point ? 1 : 0;
+        if (digits > LargestDigits || fraction > LongestFraction) {
+            return std::nullopt;
+        }
+    }
+    const bool isExponent = i < text.size() && (text[i] == 'e' || text[i] == 'E');
+    if (isExponent) {
+        return std::nullopt;
+    }
+    return static_cast<float>(digits) / static_cast<float>(PowersOfTen[fraction]);
+}
+
 } // namespace
 
 std::optional<std::int64_t> scanInteger(std::string_view& text) noexcept {
@@ -104,6 +131,9 @@ std::optional<float> scanFloat(std::string_view text) noexcept {
     const bool leadsWithPoint = text.starts_with('.');
     if (text.size() <= (leadsWithPoint ? 1U : 0U) || !isDigit(text[leadsWithPoint ? 1 : 0])) {
         return std::nullopt;
+    }
+    if (const std::optional<float> value = scanShortDecimal(text)) {
+        return negative ? -*value : *value;
     }
     float value = 0.0F;
     const std::errc error = std::from_chars(text.data(), text.data() + text.size(), value).ec;

@@ -1,0 +1,28 @@
+// The two ways of searching for a pair of bytes, against one byte after another.
+#include "support/byte_pair.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+TEST(BytePair, FoundAtEveryPlaceOfEveryLength) {
+    const tvmeta::BytePair pair{'t', 'v'};
+    for (const std::size_t length : {2U, 3U, 32U, 33U, 34U, 160U, 161U, 600U}) {
+        for (std::size_t place = 0; place < length; ++place) {
+            for (const std::size_t from : {std::size_t{0}, place / 2, place, place + 1}) {
+                std::string text(length, 't'); // half a pair everywhere
+                text[place] = 'v';
+                const std::size_t to = length - 1;
+                const std::size_t expected = text.find("tv", from);
+                if (from < to) {
+                    EXPECT_EQ(tvmeta::findPairInBlocks(text.data(), from, to, pair), expected)
+                        << length << ' ' << place;
+                }
+                EXPECT_EQ(tvmeta::findPair(text, pair, from), expected) << length << ' ' << place;
+            }
+        }
+    }
+}
+
+} // namespace
