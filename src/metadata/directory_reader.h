@@ -65,7 +65,6 @@ class DirectoryReader {
     static constexpr int BlockEntries = 32; // enough for most directories, little enough to be read in vain
 
     void readBlock() noexcept;
-    DirectoryEntry decode(std::span<const unsigned char> bytes) const noexcept;
 
     const TiffStructure& tiff_;
     int remaining_;         // entries not yet yielded

@@ -69,7 +69,7 @@ bool StreamReader::fill() noexcept {
     }
     const auto oldest = std::ranges::min_element(views_.begin(), views_.begin() + Windows, {}, &View::lastUse);
     const auto index = static_cast<std::size_t>(oldest - views_.begin());
-    const std::size_t size = readStream(windows_[index].data(), WindowSize);
+    const std::size_t size = readStream(windows_[index].data(), ++fills_ <= LargeFills ? WindowSize : PageSize);
     *oldest = {position_, std::span(windows_[index]).first(size), 0};
     use(index);
     return size > 0;
@@ -91,17 +91,27 @@ int StreamReader::get() noexcept {
     return bytes.front();
 }
 
+// The next bytes of a number, missing ones as EOF.
+template <std::size_t Size>
+std::array<int, Size> StreamReader::take() noexcept {
+    std::array<int, Size> number;
+    const std::span<const unsigned char> bytes = available();
+    if (bytes.size() >= Size) { // mostly
+        std::ranges::copy(bytes.first<Size>(), number.begin());
+        position_ += Size;
+    } else {
+        std::ranges::generate(number, [this] { return get(); });
+    }
+    return number;
+}
+
 std::uint16_t StreamReader::read16(ByteOrder order) noexcept {
-    const int b0 = get();
-    const int b1 = get();
+    const auto [b0, b1] = take<2>();
     return combine16(order, b0, b1);
 }
 
 std::int32_t StreamReader::read32(ByteOrder order) noexcept {
-    const int b0 = get();
-    const int b1 = get();
-    const int b2 = get();
-    const int b3 = get();
+    const auto [b0, b1, b2, b3] = take<4>();
     return combine32(order, b0, b1, b2, b3);
 }
 

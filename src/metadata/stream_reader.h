@@ -11,7 +11,7 @@
 
 namespace tvmeta {
 
-// A stream seen through a few windows of a page each, with a logical position of its own.
+// A stream seen through a few windows, with a logical position of its own.
 //
 // Moving costs nothing until a byte is wanted from outside the windows. There are several since a directory, its values
 // and the next directory tend to lie in different places, to which reading comes back. What a stream does at its edges
@@ -55,8 +55,10 @@ class StreamReader {
     void leave() noexcept;
 
   private:
-    static constexpr std::size_t WindowSize = 4096; // a page: what one read costs anyway
-    static constexpr std::size_t Windows = 4;
+    static constexpr std::size_t WindowSize = 16384; // copied in the time that one more call of the system takes
+    static constexpr std::size_t PageSize = 4096;    // all that is read at once in a file that leads to many places
+    static constexpr std::uint64_t LargeFills = 64;  // more than a photograph needs
+    static constexpr std::size_t Windows = 3;
 
     // File bytes in memory.
     struct View {
@@ -68,6 +70,8 @@ class StreamReader {
     };
 
     std::span<const unsigned char> available() noexcept;
+    template <std::size_t Size>
+    std::array<int, Size> take() noexcept;
     void use(std::size_t view) noexcept;
     bool fill() noexcept;
     std::size_t readStream(unsigned char* block, std::size_t size) noexcept;
@@ -79,6 +83,7 @@ class StreamReader {
     std::array<View, Windows + 1> views_; // of the windows, and of what has been lent
     std::size_t current_ = 0;             // the view that was used last
     std::uint64_t uses_ = 0;
+    std::uint64_t fills_ = 0;
     std::array<std::array<unsigned char, WindowSize>, Windows> windows_;
 };
 
