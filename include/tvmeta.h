@@ -509,8 +509,8 @@ TVMETA_API int32_t tvsettings_occurences_in_xmp(int32_t length, const char* buff
  *   else null: 0.
  * @param out  as many bytes as the measuring pass gave for the same other arguments (one more for each
  *   digit of pass beyond two). May be null when measuring; else null: 0. No terminating zero is written.
- * @retval >=0  the length of the packet
- * @limits a text longer than 2^31 - 1 bytes gives 0 and writes nothing.
+ * @retval >0  the length of the packet
+ * @retval 0  the lens name is longer than 2^31 - 65537 bytes; nothing is written
  * @standard XMP part 1, serialisation in RDF.
  */
 TVMETA_API int32_t embed_xmp(int32_t pass, int32_t method, const float* settings, int32_t lensLength, const char* lens,
@@ -657,7 +657,8 @@ TVMETA_API int32_t write_exif_buf(int32_t exifCount, int32_t exifBytes, int32_t 
 /**
  * Replaces the ICC profile of a little-endian TIFF file: appends the new one and repoints the entry.
  *
- * @param length,profile  the new profile. Null: -2.
+ * @param length  bytes of the new profile.
+ * @param profile  the new profile. Null: -2.
  * @param path  file to change, zero-terminated. Null: -1.
  * @retval length  replaced
  * @retval 0  no ICC profile entry, or not a little-endian TIFF file; nothing is changed
@@ -677,8 +678,10 @@ TVMETA_API int32_t update_tif_profile(int32_t length, const unsigned char* profi
  * Adds a keyword to an IPTC block: behind its last keyword, else behind its last record-2 dataset, else
  * (an empty block) behind a new record version.
  *
- * @param length,block  the existing block. block may be null when length is 0; else null: -1.
- * @param keywordLength,keyword  the keyword. keyword may be null when keywordLength is 0; else null: -1.
+ * @param length  bytes of the existing block.
+ * @param block  the existing block. May be null when length is 0; else null: -1.
+ * @param keywordLength  bytes of the keyword.
+ * @param keyword  the keyword. May be null when keywordLength is 0; else null: -1.
  * @param out  length + 5 + keywordLength bytes (7 more when length is 0), not overlapping block: the new
  *   block. Null: -1.
  * @retval >0  offset of the new dataset in out

@@ -1,0 +1,83 @@
+// Prints what docs/packet-format.md shows of the settings packet, out of the tables and the writer themselves:
+//
+//   packet_tables packet             an example of a packet
+//   packet_tables methods tvmeta.h   the parameters of each method, with the names that the header gives their slots
+#include "settings/methods.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <regex>
+#include <string>
+
+using namespace tvmeta;
+
+namespace {
+
+// In the order of ValueKind.
+constexpr std::string_view KindNames[] = {
+    "number",        "versioned number", "fraction",  "gamma",    "clip",
+    "microcontrast", "smoothing mode",   "smoothing", "panorama",
+};
+
+std::string packetOf(std::int32_t method, const float* settings, const std::string& lens) {
+    const auto lensLength = static_cast<std::int32_t>(lens.size());
+    std::string packet;
+    packet.resize(static_cast<std::size_t>(embed_xmp(0, method, settings, lensLength, lens.c_str(), nullptr)));
+    embed_xmp(1, method, settings, lensLength, lens.c_str(), packet.data());
+    return packet;
+}
+
+// The parameter as it is written when every slot holds the same value.
+std::string writtenFor(const Method& method, const Parameter& parameter, float value) {
+    SettingsValues settings;
+    std::fill(std::begin(settings), std::end(settings), value);
+    const std::string packet = packetOf(method.code, settings, "");
+    const std::string tag = "<tvtm:" + std::string(parameter.name) + ">";
+    const std::size_t start = packet.find(tag) + tag.size();
+    return packet.substr(start, packet.find('<', start) - start);
+}
+
+// The name behind the prefix that the header gives a number.
+std::string nameIn(const std::string& header, const std::string& prefix, int number) {
+    std::smatch found;
+    std::regex_search(header, found, std::regex("\\b" + prefix + "(\\w+) = " + std::to_string(number) + "\\b"));
+    return found[1];
+}
+
+void printMethod(const Method& method, const std::string& header) {
+    const std::string constant = nameIn(header, "METHOD_", method.code);
+    std::cout << "\n### " << method.name << "\n\n`METHOD_" << constant << "`, code " << method.code;
+    if (!method.formerName.empty()) {
+        std::cout << "; former name " << method.formerName;
+    }
+    std::cout << ".\n\n| tag | slot | constant | kind | all slots 0 | all slots 1 |\n|---|---|---|---|---|---|\n";
+    for (const Parameter& parameter : method.parameters) {
+        std::cout << "| `tvtm:" << parameter.name << "`";
+        if (!parameter.formerName.empty()) {
+            std::cout << ", formerly `tvtm:" << parameter.formerName << "`";
+        }
+        std::cout << " | " << parameter.slot << " | `" << constant << "_"
+                  << nameIn(header, constant + "_", parameter.slot) << "` | "
+                  << KindNames[static_cast<std::size_t>(parameter.kind)] << " | `"
+                  << writtenFor(method, parameter, 0.0F) << "` | `" << writtenFor(method, parameter, 1.0F) << "` |\n";
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 3) {
+        SettingsValues settings = {};
+        settings[FUSION_INTENSIVE_STRENGTH] = 5.0F;
+        std::cout << packetOf(METHOD_FUSION_INTENSIVE, settings, "TV 16-50mm f/2.8-4");
+        return 0;
+    }
+    std::ifstream file(argv[2]);
+    const std::string header(std::istreambuf_iterator<char>(file), {});
+    for (const Method& method : methods()) {
+        printMethod(method, header);
+    }
+    return 0;
+}
