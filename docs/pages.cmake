@@ -1,5 +1,5 @@
-# Tries what the pages show: behind the line SHOWN a page must hold what a command prints, word for word, up to the end of
-# the block or a blank line.
+# Tries what the pages show: behind the line SHOWN a page must hold what a command prints, word for word, up to the end
+# of the block or a blank line.
 #
 #   cmake -DPAGE=FILE -DSHOWN=TEXT "-DCOMMAND=PROGRAM;ARGUMENT..." -P pages.cmake
 if(CMAKE_SCRIPT_MODE_FILE)

@@ -258,11 +258,9 @@ TVMETA_API void init_exifInfo(ExifInfo* info) TVMETA_NOEXCEPT;
  * Reads a 16-bit number from a stream in the byte order of a TIFF structure.
  *
  * @param stream  advances by the bytes of the number, less only at its end. Null: as at its end.
- * @param byteOrder  0x4949 in its low 16 bits ("II" read big-endian) for little-endian; anything else
- *   means big-endian.
+ * @param byteOrder  0x4949 in its low 16 bits ("II" read big-endian): little-endian; else big-endian.
  * @return the number; there is no failure. At the end of the file a byte missing from a 16-bit number
- *   counts as 0xFF, one missing from a 32-bit number as -1 times its weight (0xFEFEFEFF when all four
- *   are missing).
+ *   counts as 0xFF, one missing from a 32-bit number as -1 times its weight (0xFEFEFEFF for all four).
  * @standard TIFF 6.0, section 2.
  */
 TVMETA_API uint16_t fgetmi2(FILE* stream, int32_t byteOrder) TVMETA_NOEXCEPT;
@@ -395,8 +393,7 @@ TVMETA_API int32_t read_iptc(const char* path, int32_t count, int32_t offset, un
  * @param tag  tag to look for.
  * @param count,value  get the entry's count and value (or value offset). Null: -3.
  * @retval >0  file offset of the first entry with that tag
- * @retval -1  no directory holds it; or the chain of directories comes back on itself, or holds more
- *   than 2^22 entries
+ * @retval -1  no directory holds it; or the chain of directories is a loop, or holds over 2^22 entries
  * @retval -2  the file does not begin with "II" and 42, or a directory is empty
  * @retval -3  the offset of a directory is 2^31 or more
  * @failure count and value are untouched.
@@ -664,8 +661,7 @@ TVMETA_API int32_t write_exif_buf(int32_t exifCount, int32_t exifBytes, int32_t 
  * @retval 0  no ICC profile entry, or not a little-endian TIFF file; nothing is changed
  * @retval -1  the file cannot be opened ("Can not open input file for reading", "... for update" or
  *   "... for appending" goes to stderr), or its entry changed meanwhile
- * @retval -2  a negative length, or a file that would exceed 2^31 - 1 bytes (nothing is changed); or a
- *   seek or a write failed
+ * @retval -2  a negative length, or a file beyond 2^31 - 1 bytes (nothing is changed); a failed seek or write
  * @failure after a failed write the file stays as far as it was changed.
  * @limits the old profile's bytes stay in the file. An entry that the end of the file cuts short is
  *   completed; the profile then lies that much behind the place that the entry gives, in a file that was
