@@ -1,17 +1,25 @@
-# What a user of the installed library needs: the header, the library, a CMake package and a pkg-config file.
+# What a user of the installed library needs, in three components: the library to run with, what it takes to build with
+# it, and (in tools/) the tool. A project that adds this one as a folder decides by itself what it installs.
+option(TVMETA_INSTALL "Install the library" ${PROJECT_IS_TOP_LEVEL})
+if(NOT TVMETA_INSTALL)
+    return()
+endif()
+
 include(CMakePackageConfigHelpers)
 
 set(TVMETA_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/tvmeta)
 
 install(TARGETS tvmeta EXPORT tvmeta
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(FILES include/tvmeta.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(EXPORT tvmeta NAMESPACE tvmeta:: FILE tvmeta-config.cmake DESTINATION ${TVMETA_PACKAGE_DIR})
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library)
+install(FILES include/tvmeta.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+install(EXPORT tvmeta NAMESPACE tvmeta:: FILE tvmeta-config.cmake DESTINATION ${TVMETA_PACKAGE_DIR}
+    COMPONENT development)
 
 write_basic_package_version_file(tvmeta-config-version.cmake COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tvmeta-config-version.cmake DESTINATION ${TVMETA_PACKAGE_DIR})
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tvmeta-config-version.cmake DESTINATION ${TVMETA_PACKAGE_DIR}
+    COMPONENT development)
 
 # A static library brings the C++ runtime along, which a C program must link by itself.
 if(NOT BUILD_SHARED_LIBS)
@@ -21,4 +29,12 @@ endif()
 # Relative to where the file lies, so that an installation can be moved or made with another prefix.
 file(RELATIVE_PATH TVMETA_PC_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/tvmeta.pc.in tvmeta.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tvmeta.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tvmeta.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+    COMPONENT development)
+
+# The pages keep their places to each other, so that the links between them lead somewhere.
+if(PROJECT_IS_TOP_LEVEL)
+    file(GLOB TVMETA_PAGES CONFIGURE_DEPENDS docs/*.md)
+    install(FILES README.md SECURITY.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+    install(FILES ${TVMETA_PAGES} DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT development)
+endif()

@@ -57,7 +57,7 @@ std::int32_t extract_xmp(const char* path, std::int32_t count, std::int32_t offs
     }
     const auto length = static_cast<std::size_t>(count);
     // What cannot be read stays as the caller cleared it.
-    static_cast<void>(std::fread(buffer, 1, length, file.get()));
+    [[maybe_unused]] const std::size_t got = std::fread(buffer, 1, length, file.get());
     if (buffer[length] != '\0') {
         return parse_result::NotTerminated;
     }

@@ -1,0 +1,13 @@
+// Shows what a photograph was taken with.
+#include <tvmeta.h>
+
+#include <iostream>
+
+int main(int argc, char** argv) {
+    ExifInfo photo;
+    if (argc != 2 || getExifData(argv[1], FILE_TYPE_JPEG, &photo) != 1) {
+        std::cerr << "usage: show_photo PHOTO.jpg\n";
+        return 1;
+    }
+    std::cout << photo.model << ", " << photo.lens << ", " << photo.exposureTime << " s, f/" << photo.fNumber << "\n";
+}
