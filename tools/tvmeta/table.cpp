@@ -26,27 +26,25 @@ int totalWidth(const std::vector<int>& widths) {
     return total;
 }
 
-// Takes away from the widest of the columns that may be shortened, and then whole columns.
+// Leaves out the last columns until the others find room at their narrowest, and then shortens the widest ones.
 std::vector<int> fittedWidths(const std::vector<Column>& columns, int limit) {
     std::vector<int> widths;
+    std::vector<int> least;
     for (const Column& column : columns) {
         widths.push_back(naturalWidth(column));
+        least.push_back(column.cut == Column::Cut::Nowhere ? widths.back() : std::min(widths.back(), LeastWidth));
     }
-    while (totalWidth(widths) > limit) {
-        int* widest = nullptr;
+    while (least.size() > 1 && totalWidth(least) > limit) {
+        least.pop_back();
+    }
+    widths.resize(least.size());
+    while (totalWidth(widths) > std::max(limit, totalWidth(least))) {
+        size_t widest = 0;
         for (size_t i = 0; i < widths.size(); ++i) {
-            const bool isCandidate = columns[i].cut != Column::Cut::Nowhere && widths[i] > LeastWidth;
-            if (isCandidate && (widest == nullptr || widths[i] > *widest)) {
-                widest = &widths[i];
-            }
+            const bool isWider = widths[widest] == least[widest] || widths[i] > widths[widest];
+            widest = widths[i] > least[i] && isWider ? i : widest;
         }
-        if (widest != nullptr) {
-            --*widest;
-        } else if (widths.size() > 1) {
-            widths.pop_back();
-        } else {
-            break;
-        }
+        --widths[widest];
     }
     return widths;
 }
