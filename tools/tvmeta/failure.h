@@ -29,7 +29,7 @@ void complain(const std::string& message);
 // What one result code of one library function means.
 struct Meaning {
     int32_t result;
-    const char* text;
+    std::string text;
 };
 
 // The words for a library result and its number. Each call site states the meanings of its function.

@@ -2,6 +2,8 @@
 
 #include "failure.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -90,6 +92,15 @@ void requireRegion(const std::string& path, int32_t offset, int32_t length) {
 Bytes readRegion(const std::string& path, int32_t offset, int32_t length) {
     requireRegion(path, offset, length);
     return readBytes(path, offset, static_cast<size_t>(length));
+}
+
+std::string writingObstacle(const std::string& path, const char* otherwise) {
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    bool isWritable = access(path.c_str(), W_OK) == 0;
+    if (!isWritable && errno == ENOENT) {
+        isWritable = access(folder.empty() ? "." : folder.c_str(), W_OK) == 0;
+    }
+    return isWritable ? otherwise : std::strerror(errno);
 }
 
 void writeFile(const std::string& path, std::string_view content) {

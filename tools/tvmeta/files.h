@@ -33,6 +33,10 @@ Bytes readRegion(const std::string& path, int32_t offset, int32_t length);
 // At most `length` bytes from the start of a file.
 Bytes readStart(const std::string& path, size_t length);
 
+// Why the library could not open a file for writing: it keeps the reasons of the system to itself.
+// `otherwise` is the answer when the system would have let it.
+std::string writingObstacle(const std::string& path, const char* otherwise);
+
 void writeFile(const std::string& path, std::string_view content);
 
 // A size as the library takes it; contents of files always fit.

@@ -24,7 +24,7 @@ std::string readingProblem(int32_t fileType, int32_t result) {
                                 {-3, "it is not an RGB picture, or its EXIF resource is not a TIFF structure"}});
     default:
         return explain(result, {{-1, "it cannot be opened"},
-                                {-2, "it is not a TIFF file: expected the byte-order mark II or MM twice alike"},
+                                {-2, "it is not a TIFF file: expected the byte-order mark II or MM at its start"},
                                 {-3, "it is not a TIFF file: expected 42 behind the byte-order mark"}});
     }
 }
@@ -97,10 +97,12 @@ Bytes readIptcBlock(const Photo& photo) {
     requireRegion(photo.path, place.offset, place.length);
     Bytes block(static_cast<size_t>(place.length));
     const int32_t result = read_iptc(photo.path.c_str(), place.length, place.offset, block.data());
+    if (result == -2) {
+        throw Failure(photo.path, "expected a dataset at the start of its IPTC block: " + beginning(block));
+    }
     if (result <= 0) {
         throw Failure(photo.path, explain(result, {{0, "its IPTC block reaches the end of the file"},
-                                                   {-1, "its IPTC block cannot be read"},
-                                                   {-2, "expected a dataset at the start of its IPTC block, none"}}));
+                                                   {-1, "its IPTC block cannot be read"}}));
     }
     return block;
 }

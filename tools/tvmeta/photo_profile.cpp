@@ -45,16 +45,16 @@ void takePiece(const Bytes& segment, Pieces& pieces) {
 
 Bytes joined(const std::string& path, const Pieces& pieces) {
     Bytes profile;
-    int expected = 1;
+    std::string numbers;
+    bool isWhole = pieces.byNumber.size() == static_cast<size_t>(pieces.count);
     for (const auto& [number, bytes] : pieces.byNumber) {
-        if (number != expected++) {
-            break;
-        }
+        isWhole = isWhole && number >= 1 && number <= pieces.count;
+        numbers += (numbers.empty() ? "" : ", ") + std::to_string(number);
         profile.insert(profile.end(), bytes.begin(), bytes.end());
     }
-    if (expected != pieces.count + 1 || pieces.byNumber.size() != static_cast<size_t>(pieces.count)) {
-        throw Failure(path, "expected " + std::to_string(pieces.count) + " pieces of its ICC profile, found " +
-                                std::to_string(pieces.byNumber.size()) + ", or with other numbers");
+    if (!isWhole) {
+        throw Failure(path,
+                      "expected pieces 1 to " + std::to_string(pieces.count) + " of its ICC profile, found " + numbers);
     }
     return profile;
 }

@@ -40,9 +40,11 @@ void showSettings(const std::string& path) {
 
 void writeSettings(const std::string& path, const Settings& settings) {
     const int32_t result = write_xmp(path.c_str(), settings.method, settings.values.data());
+    if (result == -1) {
+        throw Failure(path, writingObstacle(path, "it cannot be opened for writing"));
+    }
     if (result != 1) {
-        throw Failure(path, explain(result, {{-1, "it cannot be opened for writing"},
-                                             {-3, "it could not be written whole and is incomplete"},
+        throw Failure(path, explain(result, {{-3, "it could not be written whole and is incomplete"},
                                              {-4, "there is not enough memory; the file is empty"}}));
     }
     std::cout << "wrote " << printable(path) << "\n";

@@ -93,12 +93,15 @@ Image imageFor(const Options& options) {
                       : "it holds integer samples: expected a --depth of 8 or 16, found " + options.depth);
 }
 
-std::string writingProblem(int32_t result) {
-    return explain(result, {{-1, "it cannot be opened for writing, or there is not enough memory"},
-                            {-2, "its header could not be written; the file is incomplete"},
+std::string writingProblem(int32_t result, const Options& options, const Image& image) {
+    if (result == -1) {
+        return writingObstacle(options.output, "it cannot be opened for writing, or there is not enough memory");
+    }
+    return explain(result, {{-2, "its header could not be written; the file is incomplete"},
                             {-3, "its pixels could not be written; the file is incomplete"},
                             {-4, "there is not enough memory; the file is incomplete"},
-                            {-6, "the library refuses the image; a TIFF file holds less than 2 GiB"},
+                            {-6, "expected an image of less than 2 GiB, found " + std::to_string(image.width) + " x " +
+                                     std::to_string(image.height) + " pixels"},
                             {-12, "its directory could not be written; the file is incomplete"}});
 }
 
@@ -125,7 +128,7 @@ void writeTiff(const Options& options) {
                 &metadata.records.gps, librarySize(metadata.iptc), metadata.iptc.data(), metadata.settings.method,
                 metadata.settings.values.data(), packetLength, metadata.packet.c_str(), options.output.c_str());
     if (result < 0) {
-        throw Failure(options.output, writingProblem(result));
+        throw Failure(options.output, writingProblem(result, options, image));
     }
     std::cout << "wrote " << printable(options.output) << ": " << image.width << " x " << image.height << " pixels\n";
 }
