@@ -9,10 +9,14 @@
 #include "text.h"
 
 #include <algorithm>
+#include <functional>
 #include <iomanip>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace {
