@@ -32,4 +32,4 @@ need_packages() {
 }
 
 # What every build of the library and the tool takes.
-build_packages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libstb-dev)
+build_packages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libstb-dev libopenexr-dev)

@@ -3,6 +3,7 @@
 #include "commands.h"
 #include "failure.h"
 #include "photo.h"
+#include "text.h"
 
 #include <iomanip>
 #include <iostream>
@@ -56,18 +57,23 @@ void writeExif(const std::string& path, const std::string& output) {
         throw Failure(path, explain(result, {{-1, "it has no camera, exposure or position to write"}}));
     }
     writeFile(output, asText(block));
-    std::cout << "wrote " << output << ": " << result << " bytes\n";
+    std::cout << "wrote " << printable(output) << ": " << result << " bytes\n";
 }
 
 // The block with one keyword more.
 Bytes withKeyword(const std::string& path, const Bytes& block, const std::string& keyword) {
+    constexpr size_t LongestKeyword = 32767;
+    if (keyword.size() > LongestKeyword) {
+        throw WrongCommandLine("expected a keyword of at most " + std::to_string(LongestKeyword) + " bytes, found " +
+                               std::to_string(keyword.size()));
+    }
     constexpr size_t DatasetHeader = 5;
     constexpr size_t RecordVersion = 7; // precedes the keyword in a new block
     Bytes longer(block.size() + DatasetHeader + keyword.size() + (block.empty() ? RecordVersion : 0));
     const int32_t result =
         add_iptc_keyword(librarySize(block), block.data(), librarySize(keyword), keyword.data(), longer.data());
     if (result < 0) {
-        throw Failure(path, explain(result, {{-1, "its IPTC block is damaged, or the keyword has over 32767 bytes"}}));
+        throw Failure(path, explain(result, {{-1, "its IPTC block is damaged"}}));
     }
     return longer;
 }
@@ -109,7 +115,7 @@ void showIptc(const IptcOptions& options) {
         return listDatasets(asText(block));
     }
     writeFile(options.output, asText(block));
-    std::cout << "wrote " << options.output << ": " << block.size() << " bytes\n";
+    std::cout << "wrote " << printable(options.output) << ": " << block.size() << " bytes\n";
 }
 
 } // namespace
@@ -120,6 +126,8 @@ void addExifCommand(CLI::App& app) {
     const auto output = std::make_shared<std::string>();
     command->add_option("PHOTO", *photo, "Photograph")->required();
     command->add_option("-o,--output", *output, "File to write: the TIFF structure of a JPEG EXIF segment")->required();
+    command->footer("Example:\n"
+                    "  tvmeta exif scene.jpg -o block");
     command->callback([photo, output] { writeExif(*photo, *output); });
 }
 
@@ -131,5 +139,8 @@ void addIptcCommand(CLI::App& app) {
     command->add_option("--add-keyword", options->keywords, "Add a keyword to the block")
         ->option_text("TEXT")
         ->allow_extra_args(false);
+    command->footer("Examples:\n"
+                    "  tvmeta iptc scene.jpg\n"
+                    "  tvmeta iptc scene.jpg --add-keyword sun --add-keyword evening -o block");
     command->callback([options] { showIptc(*options); });
 }

@@ -1,5 +1,13 @@
 #include "failure.h"
 
+#include "text.h"
+
+#include <iostream>
+
+void complain(const std::string& message) {
+    std::cerr << "tvmeta: " << printable(message) << "\n";
+}
+
 std::string explain(int32_t result, std::initializer_list<Meaning> meanings) {
     std::string text = "unexpected answer of the library";
     for (const Meaning& meaning : meanings) {

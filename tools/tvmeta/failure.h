@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <initializer_list>
 #include <stdexcept>
 #include <string>
@@ -13,10 +14,22 @@ class Failure : public std::runtime_error {
     Failure(const std::string& path, const std::string& reason) : std::runtime_error(path + ": " + reason) {}
 };
 
+// A command line that asks for what does not exist.
+class WrongCommandLine : public Failure {
+  public:
+    using Failure::Failure;
+};
+
+// Ends a command that has already said what went wrong.
+class Reported : public std::exception {};
+
+// Writes a line to standard error, whatever bytes of file names and files the message holds.
+void complain(const std::string& message);
+
 // What one result code of one library function means.
 struct Meaning {
     int32_t result;
-    const char* text;
+    std::string text;
 };
 
 // The words for a library result and its number. Each call site states the meanings of its function.

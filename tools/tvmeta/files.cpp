@@ -2,14 +2,14 @@
 
 #include "failure.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <limits>
-#include <memory>
 #include <system_error>
 
 namespace {
@@ -17,18 +17,25 @@ namespace {
 // With the terminator that texts get, everything read still fits the library's sizes.
 constexpr size_t SizeLimit = std::numeric_limits<int32_t>::max();
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
-
 [[noreturn]] void failWithErrno(const std::string& path) {
     throw Failure(path, std::strerror(errno));
 }
 
+// Pipes and devices are refused: they can make a reader wait for ever, or never end.
+void requireRegularFile(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (std::filesystem::is_directory(status)) {
+        throw Failure(path, "it is a folder");
+    }
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        throw Failure(path, "it is not a regular file, but a pipe or device");
+    }
+}
+
 Bytes readBytes(const std::string& path, long offset, size_t length) {
-    const File file(std::fopen(path.c_str(), "rb"));
-    if (!file || std::fseek(file.get(), offset, SEEK_SET) != 0) {
+    const File file = openFile(path);
+    if (std::fseek(file.get(), offset, SEEK_SET) != 0) {
         failWithErrno(path);
     }
     Bytes bytes;
@@ -48,6 +55,15 @@ Bytes readBytes(const std::string& path, long offset, size_t length) {
 }
 
 } // namespace
+
+File openFile(const std::string& path) {
+    requireRegularFile(path);
+    File file(std::fopen(path.c_str(), "rb"));
+    if (!file) {
+        failWithErrno(path);
+    }
+    return file;
+}
 
 Bytes readFile(const std::string& path) {
     Bytes bytes = readBytes(path, 0, SizeLimit);
@@ -69,13 +85,22 @@ void requireRegion(const std::string& path, int32_t offset, int32_t length) {
     }
     if (offset < 0 || length < 0 || static_cast<std::uintmax_t>(int64_t{offset} + length) > fileSize) {
         throw Failure(path, "it announces " + std::to_string(length) + " bytes at offset " + std::to_string(offset) +
-                                ", which it does not hold");
+                                ", but has only " + std::to_string(fileSize) + " bytes");
     }
 }
 
 Bytes readRegion(const std::string& path, int32_t offset, int32_t length) {
     requireRegion(path, offset, length);
     return readBytes(path, offset, static_cast<size_t>(length));
+}
+
+std::string writingObstacle(const std::string& path, const char* otherwise) {
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    bool isWritable = access(path.c_str(), W_OK) == 0;
+    if (!isWritable && errno == ENOENT) {
+        isWritable = access(folder.empty() ? "." : folder.c_str(), W_OK) == 0;
+    }
+    return isWritable ? otherwise : std::strerror(errno);
 }
 
 void writeFile(const std::string& path, std::string_view content) {
@@ -88,20 +113,4 @@ void writeFile(const std::string& path, std::string_view content) {
     if (std::fclose(file.release()) != 0 || !written) {
         failWithErrno(path);
     }
-}
-
-std::string printable(std::string_view text) {
-    constexpr std::string_view HexDigits = "0123456789ABCDEF";
-    std::string safe;
-    for (const char c : text) {
-        const auto code = static_cast<unsigned char>(c);
-        if (code >= 0x20 && code != 0x7F) {
-            safe += c;
-            continue;
-        }
-        safe += "\\x";
-        safe += HexDigits[code >> 4];
-        safe += HexDigits[code & 0xF];
-    }
-    return safe;
 }

@@ -3,13 +3,23 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <iterator>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 using Bytes = std::vector<unsigned char>;
+
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+// A file for reading; anything but a regular file is refused.
+File openFile(const std::string& path);
 
 // The whole file; one of 2 GiB or more is refused, since the library counts in signed 32-bit numbers.
 Bytes readFile(const std::string& path);
@@ -23,6 +33,10 @@ Bytes readRegion(const std::string& path, int32_t offset, int32_t length);
 // At most `length` bytes from the start of a file.
 Bytes readStart(const std::string& path, size_t length);
 
+// Why the library could not open a file for writing: it keeps the reasons of the system to itself.
+// `otherwise` is the answer when the system would have let it.
+std::string writingObstacle(const std::string& path, const char* otherwise);
+
 void writeFile(const std::string& path, std::string_view content);
 
 // A size as the library takes it; contents of files always fit.
@@ -34,6 +48,3 @@ int32_t librarySize(const Container& content) {
 inline std::string_view asText(std::span<const unsigned char> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
-
-// Text from a file made safe for a terminal: control characters become \xNN.
-std::string printable(std::string_view text);

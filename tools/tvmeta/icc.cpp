@@ -1,51 +1,39 @@
-// tvmeta icc: names a profile, or replaces the one of a TIFF file.
+// tvmeta icc: names a profile, or replaces that of a TIFF file.
 
 #include "icc.h"
 
 #include "commands.h"
 #include "failure.h"
 #include "photo.h"
+#include "photo_profile.h"
+#include "text.h"
 
 #include <tvmeta.h>
 
-#include <array>
-#include <cstdio>
-#include <cstring>
 #include <iostream>
 #include <memory>
+#include <optional>
 
 namespace {
-
-constexpr int32_t IccProfileTag = 34675;
-
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
 
 // ICC.1, profile header: the signature of every profile stands at byte 36, the colour space at byte 16.
 void requireProfile(const std::string& path, const Bytes& profile) {
     constexpr size_t HeaderSize = 128;
-    if (profile.size() < HeaderSize || asText(profile).substr(36, 4) != "acsp") {
-        throw Failure(path, "it is not an ICC profile");
+    if (profile.size() < HeaderSize) {
+        throw Failure(path, "expected an ICC profile, of 128 bytes or more, found " + std::to_string(profile.size()));
     }
-}
-
-Bytes profileOfTiff(const std::string& path) {
-    const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
-    int32_t length = 0;
-    int32_t offset = 0;
-    const int32_t result = get_tif_tag(file.get(), IccProfileTag, &length, &offset);
-    if (result < 0) {
-        throw Failure(path, explain(result, {{-1, "it has no ICC profile"},
-                                             {-2, "it is not a little-endian TIFF file, or has an empty directory"},
-                                             {-3, "its directories cannot be followed"}}));
+    const std::string signature(asText(profile).substr(36, 4));
+    if (signature != "acsp") {
+        throw Failure(path, "expected an ICC profile, with \"acsp\" at byte 36, found \"" + signature + "\"");
     }
-    return readRegion(path, offset, length);
 }
 
 Bytes readProfile(const std::string& path) {
-    const bool isTiff = findFileType(path) == FILE_TYPE_TIFF;
-    Bytes profile = isTiff ? profileOfTiff(path) : readFile(path);
+    const std::optional<int32_t> fileType = findFileType(path);
+    Bytes profile = fileType ? readPhotoProfile(path, *fileType) : readFile(path);
+    if (fileType && profile.empty()) {
+        throw Failure(path, "it has no ICC profile");
+    }
     requireProfile(path, profile);
     return profile;
 }
@@ -55,21 +43,25 @@ void nameProfile(const std::string& path) {
     char name[32];
     const int32_t result = get_profile_name(librarySize(profile), profile.data(), name);
     if (result < 0) {
-        throw Failure(path, explain(result, {{-1, "it has no description of ICC version 2"}}));
+        throw Failure(path,
+                      explain(result, {{-1, "expected a description of ICC version 2 in its profile, found none"}}));
     }
     std::cout << printable(fieldText(name)) << "\n";
 }
 
 void replaceProfile(const std::string& profilePath, const std::string& path) {
     const Bytes profile = readRgbProfile(profilePath);
+    openFile(path); // for the reason if it cannot be read
     const int32_t result = update_tif_profile(librarySize(profile), profile.data(), path.c_str());
+    if (result == -1) {
+        throw Failure(path, writingObstacle(path, "it cannot be opened for writing, or changed meanwhile"));
+    }
     if (result <= 0) {
         throw Failure(path,
                       explain(result, {{0, "it has no ICC profile to replace, or is not a little-endian TIFF file"},
-                                       {-1, "it cannot be opened for reading and writing"},
                                        {-2, "it could not be written, or would grow beyond 2 GiB"}}));
     }
-    std::cout << "replaced the profile of " << path << "\n";
+    std::cout << "replaced the profile of " << printable(path) << "\n";
 }
 
 struct Options {
@@ -81,8 +73,9 @@ struct Options {
 
 Bytes readRgbProfile(const std::string& path) {
     Bytes profile = readProfile(path);
-    if (asText(profile).substr(16, 3) != "RGB") {
-        throw Failure(path, "it is a profile for other colours than RGB");
+    const std::string colours(asText(profile).substr(16, 4));
+    if (!colours.starts_with("RGB")) {
+        throw Failure(path, "expected an ICC profile for RGB, found one for \"" + colours + "\"");
     }
     return profile;
 }
@@ -90,9 +83,17 @@ Bytes readRgbProfile(const std::string& path) {
 void addIccCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("icc", "Name an ICC profile, or replace that of a TIFF file");
     const auto options = std::make_shared<Options>();
-    command->add_option("FILE", options->file, "Profile or TIFF file to name; TIFF file to change with --replace")
+    command
+        ->add_option("FILE", options->file,
+                     "Profile, or photograph that holds one; with --replace the TIFF file to change")
         ->required();
-    command->add_option("--replace", options->replacement, "Profile to put into the TIFF file")->option_text("PROFILE");
+    command
+        ->add_option("--replace", options->replacement,
+                     "Profile, or photograph with the one, to put into the TIFF file")
+        ->option_text("PROFILE");
+    command->footer("Examples:\n"
+                    "  tvmeta icc scene.jpg\n"
+                    "  tvmeta icc --replace wide.icc result.tif");
     command->callback([options] {
         if (options->replacement.empty()) {
             nameProfile(options->file);

@@ -1,9 +1,9 @@
-// ICC profiles, by themselves or in TIFF files.
+// ICC profiles, by themselves or in photographs.
 #pragma once
 
 #include "files.h"
 
 #include <string>
 
-// A profile from a file. Throws Failure when the file holds none, or one for other colours than RGB.
+// The profile that a file is or holds. Throws Failure when the file holds none, or one for other colours than RGB.
 Bytes readRgbProfile(const std::string& path);

@@ -1,204 +1,186 @@
-// tvmeta info: the records of photographs, as a table or as JSON.
+// tvmeta info: the records of photographs, as a list, a table or JSON.
 
 #include "commands.h"
 #include "failure.h"
-#include "photo.h"
+#include "fields.h"
+#include "photo_files.h"
+#include "table.h"
+#include "terminal.h"
+#include "text.h"
 
-#include <nlohmann/json.hpp>
-
-#include <array>
-#include <charconv>
-#include <cmath>
-#include <ctime>
+#include <algorithm>
+#include <functional>
 #include <iomanip>
 #include <iostream>
+#include <iterator>
 #include <memory>
-#include <optional>
-#include <sstream>
 #include <string>
+#include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace {
 
 using nlohmann::ordered_json;
 
-// One line of the table and member of the JSON object.
-struct Field {
-    const char* key;
-    const char* label;
-    ordered_json value;
-    std::string unit = {};
-};
-using Record = std::vector<Field>;
+const std::vector<std::string> TableKeys = {"file",     "dateTimeOriginal", "exposureTime", "fNumber",
+                                            "isoSpeed", "focalLength",      "model"};
 
-// As in the library's record, 0 and the empty text stand for nothing.
-bool isAbsent(const Field& field) {
-    return field.value.is_null() || field.value == 0 || field.value == "";
-}
-
-// The shortest decimal number that is the same float: 0.008, not 0.00800000037997961.
-double decimal(float value) {
-    std::array<char, 32> text;
-    const char* end = std::to_chars(text.begin(), text.end(), value).ptr;
-    double number = 0;
-    std::from_chars(text.begin(), end, number);
-    return number;
-}
-
-// A short exposure as cameras show it.
-std::string exposureUnit(float seconds) {
-    constexpr float LongestFraction = 0.26F;
-    const bool isShort = seconds > 0 && seconds < LongestFraction;
-    return isShort ? " s (1/" + std::to_string(std::lround(1 / seconds)) + ")" : " s";
-}
-
-double quotient(const uint32_t* rational) {
-    return rational[1] == 0 ? 0 : static_cast<double>(rational[0]) / rational[1];
-}
-
-// Decimal degrees of a coordinate, negative in the south and west.
-ordered_json degrees(const uint32_t (&angle)[6], char reference) {
-    if (reference == 0) {
-        return nullptr;
-    }
-    const double value = quotient(angle) + quotient(angle + 2) / 60 + quotient(angle + 4) / 3600;
-    return reference == 'S' || reference == 'W' ? -value : value;
-}
-
-ordered_json gpsTime(const uint32_t (&time)[6]) {
-    if (time[1] == 0) {
-        return nullptr;
-    }
-    std::ostringstream text;
-    text << std::setfill('0') << std::setw(2) << quotient(time) << ":" << std::setw(2) << quotient(time + 2) << ":"
-         << std::setw(2) << quotient(time + 4);
-    return text.str();
-}
-
-Record recordOf(const Photo& photo) {
-    const ExifInfo& info = photo.info;
-    const double altitude = quotient(info.gpsAltitude);
-    Record record = {
-        {"container", "Container", containerName(photo.fileType)},
-        {"model", "Camera model", fieldText(info.model)},
-        {"lens", "Lens", fieldText(info.lens)},
-        {"dateTimeOriginal", "Taken", fieldText(info.dateTimeOriginal)},
-        {"exposureTime", "Exposure time", decimal(info.exposureTime), exposureUnit(info.exposureTime)},
-        {"fNumber", "F-number", decimal(info.fNumber)},
-        {"isoSpeed", "ISO speed", info.isoSpeed},
-        {"exposureSource", "Exposure source", info.exposureSource, " (image description)"},
-        {"focalLength", "Focal length", decimal(info.focalLength), " mm"},
-        {"focalLength35mm", "Focal length in 35 mm", info.focalLength35mm, " mm"},
-        {"focalPlaneXResolution", "Focal plane resolution", decimal(info.focalPlaneXResolution), " pixels per unit"},
-        {"focalPlaneResolutionUnit", "Focal plane unit", info.focalPlaneResolutionUnit, " (2 inch, 3 cm)"},
-        {"orientation", "Orientation", info.orientation},
-        {"gpsLatitude", "Latitude", degrees(info.gpsLatitude, info.gpsLatitudeRef), " degrees"},
-        {"gpsLongitude", "Longitude", degrees(info.gpsLongitude, info.gpsLongitudeRef), " degrees"},
-        {"gpsAltitude", "Altitude", info.gpsAltitudeRef == 1 ? -altitude : altitude, " m"},
-        {"gpsDate", "GPS date", fieldText(info.gpsDateStamp)},
-        {"gpsTime", "GPS time", gpsTime(info.gpsTimeStamp), " UTC"},
-        {"thumbnailWidth", "Thumbnail width", info.thumbnailWidth, " pixels"},
-        {"thumbnailHeight", "Thumbnail height", info.thumbnailHeight, " pixels"},
-        {"thumbnailRowBytes", "Thumbnail row", info.thumbnailRowBytes, " bytes"},
-        {"thumbnailLength", "Thumbnail length", info.thumbnailLength, " bytes"},
-        {"thumbnailOffset", "Thumbnail offset", info.thumbnailOffset},
-        {"iptcLength", "IPTC length", info.iptcLength, " bytes"},
-        {"iptcOffset", "IPTC offset", info.iptcOffset},
-        {"xmpLength", "XMP length", info.xmpLength, " bytes"},
-        {"xmpOffset", "XMP offset", info.xmpOffset},
-    };
-    std::erase_if(record, isAbsent);
-    return record;
-}
-
-// The calendar time of a photograph. The library counts in single precision, which near the times of today is good
-// to a minute only; a second question, from close by, is answered exactly.
-std::optional<std::time_t> captureTime(const ExifInfo& info) {
-    std::time_t time = 0;
-    for (int question = 0; question < 2; ++question) {
-        float seconds = 0;
-        if (time_from_datetime(info.dateTimeOriginal, time, &seconds) != 1) {
-            return std::nullopt;
-        }
-        time -= static_cast<std::time_t>(seconds);
-    }
-    return time;
-}
-
-void addTimeSince(std::time_t first, const ExifInfo& info, Record& record) {
-    float untilFirst = 0;
-    if (time_from_datetime(info.dateTimeOriginal, first, &untilFirst) == 1) {
-        record.push_back({"secondsSinceFirst", "Since the first", 0.0 - untilFirst, " s"});
-    }
-}
-
-void printTable(const std::string& path, const Record& record) {
-    std::cout << printable(path) << "\n";
-    for (const Field& field : record) {
-        std::cout << "  " << std::left << std::setw(24) << field.label;
-        if (field.value.is_string()) {
-            std::cout << printable(field.value.get<std::string>());
-        } else {
-            std::cout << std::setprecision(9) << field.value.get<double>();
-        }
-        std::cout << field.unit << "\n";
-    }
-}
-
-ordered_json jsonObject(const std::string& path, const Record& record) {
-    ordered_json object = {{"file", path}};
-    for (const Field& field : record) {
-        object[field.key] = field.value;
-    }
-    return object;
-}
-
-struct InfoOptions {
-    std::vector<std::string> files;
+struct Options {
+    std::vector<std::string> names;
+    std::vector<std::string> fields;
+    bool recursive = false;
     bool json = false;
+    bool list = false;
 };
 
-void showInfo(const InfoOptions& options) {
+struct Reading {
+    std::vector<Shot> shots;
     size_t failures = 0;
-    std::optional<std::time_t> first;
-    ordered_json objects = ordered_json::array();
-    for (const std::string& path : options.files) {
+    size_t files = 0;
+};
+
+Reading readShots(const Options& options) {
+    Progress progress;
+    const PhotoFiles found = findPhotoFiles(options.names, options.recursive, progress);
+    Reading reading = {{}, found.failures, found.paths.size() + found.failures};
+    size_t done = 0;
+    for (const std::string& path : found.paths) {
+        progress.done(done++, found.paths.size());
         try {
             const Photo photo = readPhoto(path);
-            failures += photo.damaged ? 1 : 0;
-            Record record = recordOf(photo);
-            if (!first) {
-                first = captureTime(photo.info);
-            }
-            if (first && options.files.size() > 1) {
-                addTimeSince(*first, photo.info, record);
-            }
-            if (options.json) {
-                objects.push_back(jsonObject(path, record));
-            } else {
-                printTable(path, record);
-            }
+            reading.failures += photo.damaged ? 1 : 0;
+            reading.shots.push_back({photo, captureTime(photo.info), std::nullopt});
         } catch (const Failure& failure) {
-            std::cerr << "tvmeta: " << failure.what() << "\n";
-            ++failures;
+            complain(failure.what());
+            ++reading.failures;
         }
     }
-    // Texts of photographs come in any encoding; JSON is UTF-8.
-    if (options.json) {
-        std::cout << objects.dump(2, ' ', false, ordered_json::error_handler_t::replace) << "\n";
+    return reading;
+}
+
+// By capture time, photographs without one last, and then by name.
+void sortShots(std::vector<Shot>& shots) {
+    const auto key = [](const Shot& shot) {
+        return std::make_tuple(!shot.taken, shot.taken.value_or(0), std::string_view(shot.photo.path));
+    };
+    std::ranges::stable_sort(shots, std::less<>(), key);
+    if (shots.size() > 1) {
+        const std::optional<std::time_t> first = shots.front().taken;
+        std::ranges::for_each(shots, [&](Shot& shot) { shot.first = first; });
     }
-    if (failures > 0) {
-        throw Failure(std::to_string(failures) + " of " + std::to_string(options.files.size()) +
+}
+
+void printList(const Shot& shot, const FieldList& fields) {
+    std::cout << printable(shot.photo.path) << "\n";
+    for (const Field* field : fields) {
+        const ordered_json value = field->value(shot);
+        if (!value.is_null() && field->form != Form::Path) { // the path stands above
+            std::cout << "  " << std::left << std::setw(24) << field->label << listText(*field, value) << "\n";
+        }
+    }
+}
+
+Column columnOf(const Field& field, const std::vector<Shot>& shots) {
+    Column column = {.heading = field.heading};
+    column.cut = field.form == Form::Path   ? Column::Cut::Start
+                 : field.form == Form::Text ? Column::Cut::End
+                                            : Column::Cut::Nowhere;
+    for (const Shot& shot : shots) {
+        const ordered_json value = field.value(shot);
+        column.isNumeric = column.isNumeric || value.is_number();
+        column.cells.push_back(value.is_null() ? "" : cellText(field, value));
+    }
+    return column;
+}
+
+void printShotTable(const std::vector<Shot>& shots, const FieldList& fields) {
+    std::vector<Column> columns;
+    for (const Field* field : fields) {
+        columns.push_back(columnOf(*field, shots));
+    }
+    const std::optional<int> width = outputWidth();
+    if (const size_t left = printTable(columns, width); left > 0) {
+        complain(std::to_string(left) + " of " + std::to_string(columns.size()) + " fields found no room in " +
+                 std::to_string(*width) + " columns; --list and --json show all");
+    }
+}
+
+// One line. Texts of photographs and file names come in any encoding, JSON is UTF-8: other bytes become U+FFFD. In
+// ASCII no reader and no terminal can take it for anything else.
+void printJson(const Shot& shot, const FieldList& fields) {
+    ordered_json object = ordered_json::object();
+    for (const Field* field : fields) {
+        const ordered_json value = field->value(shot);
+        if (!value.is_null()) {
+            object[field->key] = value;
+        }
+    }
+    std::cout << object.dump(-1, ' ', true, ordered_json::error_handler_t::replace) << "\n";
+}
+
+FieldList chosenFields(const Options& options, bool isTable) {
+    if (!options.fields.empty()) {
+        return fieldsNamed(options.fields);
+    }
+    if (isTable) {
+        return fieldsNamed(TableKeys);
+    }
+    FieldList fields;
+    std::ranges::transform(allFields(), std::back_inserter(fields), [](const Field& field) { return &field; });
+    return fields;
+}
+
+void showInfo(const Options& options) {
+    const bool isTable = !options.json && !options.list && (options.names.size() > 1 || options.recursive);
+    const FieldList fields = chosenFields(options, isTable);
+    Reading reading = readShots(options);
+    sortShots(reading.shots);
+    if (isTable && !reading.shots.empty()) {
+        printShotTable(reading.shots, fields);
+    } else {
+        std::ranges::for_each(reading.shots,
+                              [&](const Shot& shot) { (options.json ? printJson : printList)(shot, fields); });
+    }
+    if (reading.files == 0) {
+        complain("there is no JPEG, TIFF or PSD file");
+    }
+    if (reading.failures > 0 && reading.files > 1) {
+        throw Failure(std::to_string(reading.failures) + " of " + std::to_string(reading.files) +
                       " files could not be read whole");
     }
+    if (reading.failures > 0) {
+        throw Reported();
+    }
+}
+
+std::string fieldHelp() {
+    std::vector<std::string> keys;
+    std::ranges::transform(allFields(), std::back_inserter(keys), &Field::key);
+    return helpList("Fields", keys);
 }
 
 } // namespace
 
 void addInfoCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("info", "Show the metadata of photographs (JPEG, TIFF, PSD)");
-    const auto options = std::make_shared<InfoOptions>();
-    command->add_option("FILE", options->files, "Photographs")->required();
-    command->add_flag("--json", options->json, "Write a JSON array with one object per photograph");
+    const auto options = std::make_shared<Options>();
+    command->add_option("FILE", options->names, "Photographs, and with -r folders of them")->required();
+    command->add_flag("-r,--recursive", options->recursive, "Read the photographs in folders and their subfolders");
+    command->add_flag("--json", options->json, "Write one JSON object per line and photograph")->option_text(" ");
+    command->add_flag("--list", options->list, "Write a list for each of several photographs, not a table")
+        ->option_text(" ") // its place would else be taken by what it excludes
+        ->excludes("--json");
+    command->add_option("--fields", options->fields, "What to show of each photograph, by the names below")
+        ->option_text("NAME,...")
+        ->delimiter(',')
+        ->allow_extra_args(false);
+    command->footer("One photograph is shown as a list, several as a table by capture time that fits the\n"
+                    "terminal. A field that a photograph lacks is left out.\n\n" +
+                    fieldHelp() +
+                    "Examples:\n"
+                    "  tvmeta info scene.jpg\n"
+                    "  tvmeta info -r photos --fields file,lens,exposureTime\n"
+                    "  tvmeta info -r photos --json | jq -r 'select(.isoSpeed > 800).file'");
     command->callback([options] { showInfo(*options); });
 }

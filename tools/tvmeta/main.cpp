@@ -1,57 +1,88 @@
 // tvmeta: the library's functions at the command line.
 
 #include "commands.h"
+#include "failure.h"
+#include "text.h"
 
 #include <tvmeta.h>
 
 #include <exception>
 #include <iostream>
 #include <new>
-#include <stdexcept>
 #include <string>
 
 namespace {
+
+enum ExitStatus { Done = 0, Failed = 1, WrongUse = 2 };
+
+constexpr const char* Footer = "Exit status: 0 all was done; 1 something failed; 2 the command line is wrong.\n\n"
+                               "Examples:\n"
+                               "  tvmeta info scene.jpg\n"
+                               "  tvmeta tiff result.png result.tif --photo scene.jpg\n"
+                               "  tvmeta info --help";
 
 std::string versionText() {
     return "tvmeta " + std::to_string(TVMETA_VERSION_MAJOR) + "." + std::to_string(TVMETA_VERSION_MINOR) + "." +
            std::to_string(TVMETA_VERSION_PATCH);
 }
 
-void run(CLI::App& app, int argc, const char* const* argv) {
-    app.parse(argc, argv);
-    requireSubcommand(app);
-    if (!std::cout.flush()) {
-        throw std::runtime_error("standard output could not be written");
-    }
+void addCommands(CLI::App& app) {
+    addInfoCommand(app);
+    addTiffCommand(app);
+    addSettingsCommand(app);
+    addExifCommand(app);
+    addIptcCommand(app);
+    addIccCommand(app);
+    addStatsCommand(app);
 }
 
-int report(const char* problem) {
-    std::cerr << "tvmeta: " << problem << "\n";
-    return 1;
+int failed(const std::string& problem) {
+    complain(problem);
+    return Failed;
+}
+
+// Names the command whose help tells what it takes.
+int wrongUse(const CLI::App& app, const std::string& problem) {
+    complain(problem);
+    std::string command = app.get_name();
+    for (auto named = app.get_subcommands(); !named.empty(); named = named.front()->get_subcommands()) {
+        command += " " + named.front()->get_name();
+    }
+    std::cerr << "Try: " << command << " --help\n";
+    return WrongUse;
+}
+
+int run(CLI::App& app, int argc, const char* const* argv) {
+    try {
+        app.parse(argc, argv);
+        requireSubcommand(app);
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() != 0) {
+            return wrongUse(app, error.what());
+        }
+        app.exit(error); // prints help or version
+    } catch (const WrongCommandLine& error) {
+        return wrongUse(app, error.what());
+    } catch (const Reported&) {
+        std::cout.flush();
+        return Failed;
+    }
+    return std::cout.flush() ? Done : failed("standard output could not be written");
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     try {
+        expectUtf8();
         CLI::App app("Reads, writes and checks the metadata of HDR photographs.", "tvmeta");
         app.set_version_flag("--version", versionText());
-        addInfoCommand(app);
-        addTiffCommand(app);
-        addSettingsCommand(app);
-        addExifCommand(app);
-        addIptcCommand(app);
-        addIccCommand(app);
-        addStatsCommand(app);
-        try {
-            run(app, argc, argv);
-        } catch (const CLI::ParseError& error) {
-            return app.exit(error);
-        }
-        return 0;
+        app.footer(Footer);
+        addCommands(app);
+        return run(app, argc, argv);
     } catch (const std::bad_alloc&) {
-        return report("there is not enough memory");
+        return failed("there is not enough memory");
     } catch (const std::exception& error) {
-        return report(error.what());
+        return failed(error.what());
     }
 }

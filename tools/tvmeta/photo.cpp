@@ -1,8 +1,8 @@
 #include "photo.h"
 
 #include "failure.h"
-
-#include <iostream>
+#include "psd_resources.h"
+#include "text.h"
 
 namespace {
 
@@ -24,9 +24,18 @@ std::string readingProblem(int32_t fileType, int32_t result) {
                                 {-3, "it is not an RGB picture, or its EXIF resource is not a TIFF structure"}});
     default:
         return explain(result, {{-1, "it cannot be opened"},
-                                {-2, "it has no TIFF byte-order mark"},
-                                {-3, "it is not a TIFF file: the number behind the byte-order mark is not 42"}});
+                                {-2, "it is not a TIFF file: expected the byte-order mark II or MM at its start"},
+                                {-3, "it is not a TIFF file: expected 42 behind the byte-order mark"}});
     }
+}
+
+// The library finds the IPTC blocks of JPEG and TIFF files.
+Region iptcPlace(const Photo& photo) {
+    constexpr int32_t IptcResource = 1028;
+    if (photo.fileType == FILE_TYPE_PSD && photo.info.iptcLength <= 0) {
+        return findPsdResource(openFile(photo.path).get(), IptcResource);
+    }
+    return {photo.info.iptcOffset, photo.info.iptcLength};
 }
 
 } // namespace
@@ -53,13 +62,13 @@ const char* containerName(int32_t fileType) {
 Photo readPhoto(const std::string& path) {
     const std::optional<int32_t> fileType = findFileType(path);
     if (!fileType) {
-        throw Failure(path, "it is not a JPEG, TIFF or PSD file");
+        throw Failure(path, "it is not a JPEG, TIFF or PSD file: " + beginning(readStart(path, 4)));
     }
     Photo photo = {.path = path, .fileType = *fileType};
     const int32_t result = getExifData(path.c_str(), *fileType, &photo.info);
     photo.damaged = result == ChainBreaksBehindExif;
     if (photo.damaged) {
-        std::cerr << "tvmeta: warning: " << path << ": " << readingProblem(*fileType, result) << "\n";
+        complain("warning: " + path + ": " + readingProblem(*fileType, result));
     } else if (result < 0) {
         throw Failure(path, readingProblem(*fileType, result));
     }
@@ -81,16 +90,19 @@ std::string readPacket(const Photo& photo) {
 }
 
 Bytes readIptcBlock(const Photo& photo) {
-    if (photo.info.iptcLength <= 0) {
+    const Region place = iptcPlace(photo);
+    if (place.length <= 0) {
         return {};
     }
-    requireRegion(photo.path, photo.info.iptcOffset, photo.info.iptcLength);
-    Bytes block(static_cast<size_t>(photo.info.iptcLength));
-    const int32_t result = read_iptc(photo.path.c_str(), photo.info.iptcLength, photo.info.iptcOffset, block.data());
+    requireRegion(photo.path, place.offset, place.length);
+    Bytes block(static_cast<size_t>(place.length));
+    const int32_t result = read_iptc(photo.path.c_str(), place.length, place.offset, block.data());
+    if (result == -2) {
+        throw Failure(photo.path, "expected a dataset at the start of its IPTC block: " + beginning(block));
+    }
     if (result <= 0) {
         throw Failure(photo.path, explain(result, {{0, "its IPTC block reaches the end of the file"},
-                                                   {-1, "its IPTC block cannot be read"},
-                                                   {-2, "its IPTC block does not begin with a dataset"}}));
+                                                   {-1, "its IPTC block cannot be read"}}));
     }
     return block;
 }

@@ -35,7 +35,7 @@ WriterRecords writerRecords(const Photo& photo);
 // The XMP packet, empty when the record points to none. Throws Failure when it is not where it should be.
 std::string readPacket(const Photo& photo);
 
-// The IPTC block, empty when the record points to none. Throws Failure when it is not where it should be.
+// The IPTC block, empty when the photograph holds none. Throws Failure when it is not where it should be.
 Bytes readIptcBlock(const Photo& photo);
 
 // Text fields of the library's records need no terminator when they are full.

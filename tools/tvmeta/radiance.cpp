@@ -6,9 +6,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdio>
-#include <cstring>
+#include <string>
 
 namespace {
 
@@ -20,11 +19,12 @@ constexpr std::array<size_t, 4> PlaneOf = {2, 1, 0, 3};
 // What is left of a file; wanting more throws Failure.
 struct Source {
     const std::string& path;
+    size_t size;
     ByteSpan unread;
 
     ByteSpan take(size_t count) {
         if (count > unread.size()) {
-            throw Failure(path, "it ends in the middle of the picture");
+            throw Failure(path, "it ends in the middle of the picture, at byte " + std::to_string(size));
         }
         const ByteSpan taken = unread.first(count);
         unread = unread.subspan(count);
@@ -39,22 +39,29 @@ struct Source {
     }
 };
 
+// A line of the header for a message, as much of it as a line there should have.
+std::string shownLine(std::string_view line) {
+    constexpr size_t Most = 40;
+    return line.empty() ? "none" : "\"" + std::string(line.substr(0, Most)) + "\"";
+}
+
 HdrPlanes readHeader(Source& source) {
-    if (!asText(source.unread).starts_with("#?")) {
-        throw Failure(source.path, "it is not a Radiance HDR picture");
-    }
-    bool isRgbe = false;
+    constexpr std::string_view Format = "FORMAT=32-bit_rle_rgbe";
+    std::string_view format;
     for (std::string_view line = source.line(); !line.empty(); line = source.line()) {
-        isRgbe = isRgbe || line == "FORMAT=32-bit_rle_rgbe";
+        format = format != Format && line.starts_with("FORMAT=") ? line : format;
+    }
+    if (format != Format) {
+        throw Failure(source.path, "expected the line \"" + std::string(Format) + "\", found " + shownLine(format));
     }
     HdrPlanes picture;
     const std::string size(source.line());
-    if (!isRgbe || std::sscanf(size.c_str(), "-Y %9d +X %9d", &picture.height, &picture.width) != 2) {
-        throw Failure(source.path, "it does not hold RGBE pixels in rows from the top left corner");
+    if (std::sscanf(size.c_str(), "-Y %9d +X %9d", &picture.height, &picture.width) != 2) {
+        throw Failure(source.path, "expected a size such as \"-Y 216 +X 324\", found " + shownLine(size));
     }
     constexpr int64_t MostPixels = 1 << 28;
     if (picture.width < 1 || picture.height < 1 || int64_t{picture.width} * picture.height > MostPixels) {
-        throw Failure(source.path, "its size is out of range");
+        throw Failure(source.path, "expected 1 to " + std::to_string(MostPixels) + " pixels, found " + shownLine(size));
     }
     return picture;
 }
@@ -71,7 +78,8 @@ void readPlane(Source& source, std::span<unsigned char> plane) {
         const unsigned char code = source.take(1).front();
         const size_t count = code > 128 ? code - 128U : code;
         if (count == 0 || count > plane.size()) {
-            throw Failure(source.path, "its pixels are damaged");
+            throw Failure(source.path, "its pixels are damaged: expected a run of 1 to " +
+                                           std::to_string(plane.size()) + ", found " + std::to_string(count));
         }
         if (code > 128) {
             std::ranges::fill(plane.first(count), source.take(1).front());
@@ -95,7 +103,8 @@ void readRow(Source& source, std::span<unsigned char> row) {
         const ByteSpan pixel = source.take(PlaneOf.size());
         // Three ones are not the colour of a pixel but the repeat mark of an older run-length form.
         if (pixel[0] == 1 && pixel[1] == 1 && pixel[2] == 1) {
-            throw Failure(source.path, "its pixels are run-length coded in the old form");
+            throw Failure(source.path,
+                          "expected plain or run-length coded planes of pixels, found the old form of runs");
         }
         for (size_t i = 0; i < PlaneOf.size(); ++i) {
             row[PlaneOf[i] * width + x] = pixel[i];
@@ -111,10 +120,15 @@ unsigned char wholeNumberExponent(unsigned char exponent) {
 } // namespace
 
 HdrPlanes decodeRadiance(const std::string& path, const Bytes& file) {
-    Source source = {path, file};
+    Source source = {path, file.size(), file};
     HdrPlanes picture = readHeader(source);
     const auto width = static_cast<size_t>(picture.width);
     const size_t rowBytes = PlaneOf.size() * width;
+    constexpr size_t BestCompression = 64; // two bytes for a run of 127
+    if (rowBytes * static_cast<size_t>(picture.height) / BestCompression > file.size()) {
+        throw Failure(path, "expected " + std::to_string(picture.width) + " x " + std::to_string(picture.height) +
+                                " pixels, found too few bytes for them: " + std::to_string(file.size()));
+    }
     picture.bytes.resize(rowBytes * static_cast<size_t>(picture.height));
     for (size_t start = 0; start < picture.bytes.size(); start += rowBytes) {
         const auto row = std::span(picture.bytes).subspan(start, rowBytes);
@@ -122,21 +136,4 @@ HdrPlanes decodeRadiance(const std::string& path, const Bytes& file) {
         std::ranges::transform(row.last(width), row.last(width).begin(), wholeNumberExponent);
     }
     return picture;
-}
-
-Image floatImage(const HdrPlanes& planes) {
-    const auto width = static_cast<size_t>(planes.width);
-    std::vector<float> samples;
-    for (size_t row = 0; row < planes.bytes.size(); row += PlaneOf.size() * width) {
-        for (size_t x = row; x < row + width; ++x) {
-            const int exponent = planes.bytes[x + 3 * width];
-            for (const size_t plane : {2U, 1U, 0U}) {
-                const int mantissa = exponent == 0 ? 0 : planes.bytes[x + plane * width];
-                samples.push_back(std::ldexp(static_cast<float>(mantissa), exponent - 128));
-            }
-        }
-    }
-    Image image = {planes.width, planes.height, 3, Depth::Float32, Bytes(samples.size() * sizeof(float))};
-    std::memcpy(image.samples.data(), samples.data(), image.samples.size());
-    return image;
 }

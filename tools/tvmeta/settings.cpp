@@ -1,6 +1,7 @@
 #include "settings.h"
 
 #include "failure.h"
+#include "text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -52,16 +53,24 @@ void append(std::string& list, const std::string& name) {
     list += name;
 }
 
+std::string nameOf(int32_t method) {
+    return settingsIn(description({method})).front().value;
+}
+
+std::vector<std::string> methodNames() {
+    std::vector<std::string> names;
+    std::ranges::transform(Methods, std::back_inserter(names), nameOf);
+    return names;
+}
+
 int32_t methodNamed(const std::string& name) {
-    std::string known;
-    for (const int32_t method : Methods) {
-        const std::string candidate = settingsIn(description({method})).front().value;
-        if (candidate == name) {
-            return method;
-        }
-        append(known, candidate);
+    const auto found = std::ranges::find(Methods, name, nameOf);
+    if (found == Methods.end()) {
+        std::string known;
+        std::ranges::for_each(methodNames(), [&](const std::string& other) { append(known, other); });
+        throw WrongCommandLine("there is no method '" + name + "'; there are: " + known);
     }
-    throw Failure("there is no method '" + name + "'; there are: " + known);
+    return *found;
 }
 
 std::vector<Setting> parseAssignments(const std::vector<std::string>& assignments) {
@@ -69,11 +78,11 @@ std::vector<Setting> parseAssignments(const std::vector<std::string>& assignment
     for (const std::string& assignment : assignments) {
         const size_t equals = assignment.find('=');
         if (equals == std::string::npos) {
-            throw Failure("--set " + assignment + ": a setting is given as Name=Value");
+            throw WrongCommandLine("expected --set NAME=VALUE, found --set " + assignment);
         }
         Setting setting = {assignment.substr(0, equals), assignment.substr(equals + 1)};
         if (std::ranges::find(settings, setting.name, &Setting::name) != settings.end()) {
-            throw Failure("--set " + assignment + ": " + setting.name + " is set twice");
+            throw WrongCommandLine("--set " + assignment + ": " + setting.name + " is set twice");
         }
         settings.push_back(std::move(setting));
     }
@@ -110,24 +119,28 @@ void requireTaken(const Setting& given, const std::vector<Setting>& written) {
         for (auto setting = written.begin() + 1; setting != written.end(); ++setting) {
             append(known, setting->name);
         }
-        throw Failure(method + " has no setting '" + given.name + "'; it has: " + known);
+        throw WrongCommandLine(method + " has no setting '" + given.name + "'; it has: " + known);
     }
     const bool isTaken = isNumber(given.value) ? isNumber(found->value) : given.value == found->value;
     if (!isTaken) {
-        throw Failure("setting '" + given.name + "' of " + method + " does not take '" + given.value +
-                      "'; it would hold '" + found->value + "'");
+        throw WrongCommandLine("setting '" + given.name + "' of " + method + " does not take '" + given.value +
+                               "'; it would hold '" + found->value + "'");
     }
 }
 
 } // namespace
 
 void addSettingsOptions(CLI::App& command, SettingsOptions& options, bool required) {
-    CLI::Option* method = command.add_option("--method", options.method, "Name of the processing method");
+    CLI::Option* method = command.add_option("--method", options.method, "Processing method, named below");
     method->required(required)->option_text("NAME");
     command.add_option("--set", options.assignments, "A setting of the method; those not given are 0")
         ->option_text("NAME=VALUE")
         ->allow_extra_args(false)
         ->needs(method);
+}
+
+std::string methodHelp() {
+    return helpList("Methods", methodNames());
 }
 
 Settings settingsFrom(const SettingsOptions& options) {

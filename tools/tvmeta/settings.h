@@ -30,6 +30,9 @@ struct SettingsOptions {
 
 void addSettingsOptions(CLI::App& command, SettingsOptions& options, bool required);
 
+// The methods, for the end of a command's help.
+std::string methodHelp();
+
 // The settings that the options ask for; without a method none. Throws Failure for what the library does not know.
 Settings settingsFrom(const SettingsOptions& options);
 

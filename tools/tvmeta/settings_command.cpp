@@ -4,6 +4,7 @@
 #include "failure.h"
 #include "photo.h"
 #include "settings.h"
+#include "text.h"
 
 #include <iomanip>
 #include <iostream>
@@ -33,18 +34,20 @@ void showSettings(const std::string& path) {
                                              {-5, "its settings lack a version or a method"}}));
     }
     for (const Setting& setting : heldSettings(method, read)) {
-        std::cout << std::left << std::setw(22) << setting.name << setting.value << "\n";
+        std::cout << std::left << std::setw(22) << setting.name << printable(setting.value) << "\n";
     }
 }
 
 void writeSettings(const std::string& path, const Settings& settings) {
     const int32_t result = write_xmp(path.c_str(), settings.method, settings.values.data());
+    if (result == -1) {
+        throw Failure(path, writingObstacle(path, "it cannot be opened for writing"));
+    }
     if (result != 1) {
-        throw Failure(path, explain(result, {{-1, "it cannot be opened for writing"},
-                                             {-3, "it could not be written whole and is incomplete"},
+        throw Failure(path, explain(result, {{-3, "it could not be written whole and is incomplete"},
                                              {-4, "there is not enough memory; the file is empty"}}));
     }
-    std::cout << "wrote " << path << "\n";
+    std::cout << "wrote " << printable(path) << "\n";
 }
 
 std::string inserted(const std::string& path, const Settings& settings) {
@@ -61,7 +64,8 @@ std::string inserted(const std::string& path, const Settings& settings) {
         throw Failure(path, explain(result, {{-4, "there is not enough memory"}}));
     }
     if (result < 0) {
-        throw Failure(path, "it has no opening of x:xmpmeta, or none of rdf:RDF behind it, in the usual form");
+        throw Failure(path, "expected an XMP packet with openings of x:xmpmeta and rdf:RDF in the usual form: " +
+                                beginning(readStart(path, 4)));
     }
     return packet;
 }
@@ -69,7 +73,7 @@ std::string inserted(const std::string& path, const Settings& settings) {
 void insertSettings(const std::string& path, const Settings& settings, const std::string& output) {
     const std::string packet = inserted(path, settings);
     writeFile(output, packet);
-    std::cout << "wrote " << output << "\n";
+    std::cout << "wrote " << printable(output) << "\n";
     if (tvsettings_occurences_in_xmp(librarySize(packet) + 1, packet.c_str()) > 1) {
         std::cout << "it held settings before; the new ones stand first and count\n";
     }
@@ -86,20 +90,29 @@ struct Options {
 void addSettingsCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("settings", "Show, write or insert processing settings");
     command->callback([command] { requireSubcommand(*command); });
+    command->footer("Each of them has a help of its own, such as tvmeta settings show --help.");
     const auto options = std::make_shared<Options>();
 
     CLI::App* show = command->add_subcommand("show", "Show the settings in a settings file, photograph or TIFF file");
     show->add_option("FILE", options->file, "File with a settings packet")->required();
+    show->footer("Example:\n"
+                 "  tvmeta settings show result.tif");
     show->callback([options] { showSettings(options->file); });
 
     CLI::App* write = command->add_subcommand("write", "Write a settings file");
     write->add_option("OUT", options->output, "Settings file to write")->required();
     addSettingsOptions(*write, options->settings, true);
+    write->footer(methodHelp() +
+                  "Example:\n"
+                  "  tvmeta settings write my.xmp --method 'Details Enhancer' --set Strength=70 --set Gamma=1.20");
     write->callback([options] { writeSettings(options->output, settingsFrom(options->settings)); });
 
     CLI::App* insert = command->add_subcommand("insert", "Insert settings into an XMP packet");
     insert->add_option("PACKET", options->file, "File that holds the XMP packet")->required();
     insert->add_option("-o,--output", options->output, "File to write")->required();
     addSettingsOptions(*insert, options->settings, true);
+    insert->footer(methodHelp() +
+                   "Example:\n"
+                   "  tvmeta settings insert packet.xmp -o new.xmp --method Fusion/Intensive --set Radius=70");
     insert->callback([options] { insertSettings(options->file, settingsFrom(options->settings), options->output); });
 }

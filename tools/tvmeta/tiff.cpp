@@ -6,6 +6,7 @@
 #include "image.h"
 #include "photo.h"
 #include "settings.h"
+#include "text.h"
 
 #include <iostream>
 #include <map>
@@ -20,6 +21,7 @@ struct Options {
     std::string output;
     std::string photo;
     std::string profile;
+    bool profileFromPhoto = false;
     SettingsOptions settings;
     std::string depth;
     std::optional<int32_t> orientation;
@@ -44,7 +46,7 @@ Block readOrLeaveOut(const Photo& photo, Block (*read)(const Photo& photo)) {
     try {
         return read(photo);
     } catch (const Failure& failure) {
-        std::cerr << "tvmeta: warning: " << failure.what() << "; it is left out\n";
+        complain("warning: " + std::string(failure.what()) + "; it is left out");
         return {};
     }
 }
@@ -52,8 +54,8 @@ Block readOrLeaveOut(const Photo& photo, Block (*read)(const Photo& photo)) {
 Metadata collectMetadata(const Options& options) {
     Metadata metadata;
     metadata.settings = settingsFrom(options.settings);
-    if (!options.profile.empty()) {
-        metadata.profile = readRgbProfile(options.profile);
+    if (!options.profile.empty() || options.profileFromPhoto) {
+        metadata.profile = readRgbProfile(options.profileFromPhoto ? options.photo : options.profile);
     }
     if (!options.photo.empty()) {
         const Photo photo = readPhoto(options.photo);
@@ -85,17 +87,21 @@ Image imageFor(const Options& options) {
     if (depth == Depth::Float16 && image.depth == Depth::Float32) {
         return halved(image);
     }
-    throw Failure(options.image, image.depth == Depth::Float32
-                                     ? "it holds floating-point samples; --depth can be 32 or 16f"
-                                     : "it holds integer samples; --depth can be 8 or 16");
+    throw Failure(options.image,
+                  image.depth == Depth::Float32
+                      ? "it holds floating-point samples: expected a --depth of 32 or 16f, found " + options.depth
+                      : "it holds integer samples: expected a --depth of 8 or 16, found " + options.depth);
 }
 
-std::string writingProblem(int32_t result) {
-    return explain(result, {{-1, "it cannot be opened for writing, or there is not enough memory"},
-                            {-2, "its header could not be written; the file is incomplete"},
+std::string writingProblem(int32_t result, const Options& options, const Image& image) {
+    if (result == -1) {
+        return writingObstacle(options.output, "it cannot be opened for writing, or there is not enough memory");
+    }
+    return explain(result, {{-2, "its header could not be written; the file is incomplete"},
                             {-3, "its pixels could not be written; the file is incomplete"},
                             {-4, "there is not enough memory; the file is incomplete"},
-                            {-6, "the library refuses the image; a TIFF file holds less than 2 GiB"},
+                            {-6, "expected an image of less than 2 GiB, found " + std::to_string(image.width) + " x " +
+                                     std::to_string(image.height) + " pixels"},
                             {-12, "its directory could not be written; the file is incomplete"}});
 }
 
@@ -122,9 +128,9 @@ void writeTiff(const Options& options) {
                 &metadata.records.gps, librarySize(metadata.iptc), metadata.iptc.data(), metadata.settings.method,
                 metadata.settings.values.data(), packetLength, metadata.packet.c_str(), options.output.c_str());
     if (result < 0) {
-        throw Failure(options.output, writingProblem(result));
+        throw Failure(options.output, writingProblem(result, options, image));
     }
-    std::cout << "wrote " << options.output << ": " << image.width << " x " << image.height << " pixels\n";
+    std::cout << "wrote " << printable(options.output) << ": " << image.width << " x " << image.height << " pixels\n";
 }
 
 } // namespace
@@ -132,19 +138,33 @@ void writeTiff(const Options& options) {
 void addTiffCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("tiff", "Write an image as a TIFF file with a photograph's metadata");
     const auto options = std::make_shared<Options>();
-    command->add_option("IMAGE", options->image, "PNG, PGM, PPM or Radiance HDR picture")->required();
+    command->add_option("IMAGE", options->image, "PNG, binary PGM or PPM, Radiance HDR or OpenEXR picture")->required();
     command->add_option("OUT", options->output, "TIFF file to write")->required();
-    command->add_option("--photo", options->photo, "Photograph whose metadata the file gets")->option_text("PHOTO");
+    command
+        ->add_option("--photo", options->photo,
+                     "Photograph whose metadata the file gets: camera, exposure, GPS, IPTC, XMP")
+        ->option_text("PHOTO");
     addSettingsOptions(*command, options->settings, false);
-    command->add_option("--icc", options->profile, "ICC profile of the image")->option_text("PROFILE");
+    command->add_option("--icc", options->profile, "ICC profile of the image, or photograph that holds it")
+        ->option_text("PROFILE");
+    command
+        ->add_flag("--icc-from-photo", options->profileFromPhoto, "Take the ICC profile of the photograph of --photo")
+        ->option_text(" ") // its place would else be taken by what follows
+        ->needs("--photo")
+        ->excludes("--icc");
     command->add_option("--resolution", options->resolution, "Dots per inch; else 300")
         ->check(CLI::Range(1, 4294967)) // thousandths of it are stored in 32 bits
         ->option_text("N");
-    command->add_option("--depth", options->depth, "8 or 16 for PNG, PGM and PPM, 32 or 16f (half floats) for HDR")
+    command
+        ->add_option("--depth", options->depth, "8 or 16 for PNG, PGM, PPM; 32 or 16f (half floats) for HDR, OpenEXR")
         ->check(CLI::IsMember(DepthNames))
         ->option_text("DEPTH");
     command->add_option("--orientation", options->orientation, "TIFF orientation code; else the photograph's")
         ->check(CLI::Range(1, 8))
         ->option_text("1-8");
+    command->footer(methodHelp() + "Examples:\n"
+                                   "  tvmeta tiff result.png result.tif --photo scene.jpg --icc-from-photo\n"
+                                   "  tvmeta tiff light.exr light.tif --photo scene.jpg --depth 16f\n"
+                                   "  tvmeta tiff result.png result.tif --method Fusion/Intensive --set Radius=70");
     command->callback([options] { writeTiff(*options); });
 }

@@ -1,0 +1,31 @@
+# shellcheck shell=bash disable=SC2034
+# Sourced by the tests of the tool, with its path and the folder of examples as arguments.
+set -u
+tvmeta=$(realpath "$1")
+examples=$(realpath "$2")
+dir=$(mktemp -d)
+trap 'rm -rf "$dir"' EXIT
+failed=0
+
+fail() {
+    echo "FAILED: $*" >&2
+    failed=1
+}
+# expect TEXT COMMAND...: the command succeeds and prints the text.
+expect() {
+    local text=$1 output
+    shift
+    output=$("$@" 2>&1) || fail "$* exits with $?: $output"
+    [[ $output == *"$text"* ]] || fail "$* does not print '$text' but: $output"
+}
+# refuse TEXT COMMAND...: the command fails with status 1, misuse that it fails with 2, and complains with the text.
+refuse() { complain 1 "$@"; }
+misuse() { complain 2 "$@"; }
+complain() {
+    local expected=$1 text=$2 output status
+    shift 2
+    output=$("$@" 2>&1)
+    status=$?
+    [ "$status" -eq "$expected" ] || fail "$* exits with $status"
+    [[ $output == *"$text"* ]] || fail "$* does not complain with '$text' but: $output"
+}

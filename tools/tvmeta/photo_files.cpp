@@ -1,0 +1,90 @@
+#include "photo_files.h"
+
+#include "failure.h"
+#include "photo.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Search {
+  public:
+    explicit Search(Progress& shown) : progress(shown) {}
+
+    void takeName(const std::string& name, bool recursive) {
+        std::error_code error;
+        if (!fs::is_directory(name, error)) {
+            found.paths.push_back(name); // reading it will show what it is
+        } else if (recursive) {
+            descend(name);
+        } else {
+            fail(name + ": it is a folder; with -r its photographs are read");
+        }
+    }
+
+    PhotoFiles take() { return std::move(found); }
+
+  private:
+    void fail(const std::string& message) {
+        complain(message);
+        ++found.failures;
+    }
+
+    std::vector<fs::directory_entry> entriesOf(const fs::path& folder) {
+        std::vector<fs::directory_entry> entries;
+        std::error_code error;
+        for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+            entries.push_back(*entry);
+        }
+        if (error) {
+            fail(folder.string() + ": " + error.message());
+        }
+        std::ranges::sort(entries);
+        return entries;
+    }
+
+    // Without recursion, since folders can be nested deeper than the stack.
+    void descend(const fs::path& top) {
+        std::vector<fs::path> folders = {top};
+        while (!folders.empty()) {
+            const fs::path folder = folders.back();
+            folders.pop_back();
+            for (const fs::directory_entry& entry : entriesOf(folder)) {
+                std::error_code error;
+                if (entry.is_regular_file(error)) {
+                    takeIfPhoto(entry.path().string());
+                } else if (entry.is_directory(error) && !entry.is_symlink(error)) {
+                    folders.push_back(entry.path());
+                }
+            }
+        }
+    }
+
+    void takeIfPhoto(const std::string& path) {
+        try {
+            if (findFileType(path)) {
+                found.paths.push_back(path);
+                progress.found(found.paths.size());
+            }
+        } catch (const Failure& failure) {
+            fail(failure.what());
+        }
+    }
+
+    PhotoFiles found;
+    Progress& progress;
+};
+
+} // namespace
+
+PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, Progress& progress) {
+    Search search(progress);
+    for (const std::string& name : names) {
+        search.takeName(name, recursive);
+    }
+    return search.take();
+}

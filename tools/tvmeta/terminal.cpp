@@ -1,0 +1,80 @@
+#include "terminal.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <cstdlib>
+#include <iostream>
+#include <string_view>
+
+namespace {
+
+constexpr auto Interval = std::chrono::milliseconds(200);
+constexpr std::string_view EraseLine = "\r\033[K";
+
+bool canErase() {
+    const char* terminal = std::getenv("TERM");
+    return isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
+}
+
+std::optional<int> chosenWidth() {
+    const char* text = std::getenv("COLUMNS");
+    const std::string_view columns = text == nullptr ? "" : text;
+    int width = 0;
+    const char* end = columns.data() + columns.size();
+    const auto [parsed, error] = std::from_chars(columns.data(), end, width);
+    return error == std::errc() && parsed == end && width > 0 ? std::optional(width) : std::nullopt;
+}
+
+} // namespace
+
+std::optional<int> outputWidth() {
+    if (const std::optional<int> width = chosenWidth()) {
+        return width;
+    }
+    if (isatty(STDOUT_FILENO) != 1) {
+        return std::nullopt;
+    }
+    constexpr int UsualWidth = 80;
+    winsize size = {};
+    const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return isKnown ? size.ws_col : UsualWidth;
+}
+
+// Work that is soon done shows nothing.
+Progress::Progress() : isTerminal(canErase()), next(Clock::now() + Interval) {}
+
+void Progress::found(size_t count) {
+    if (isDue()) {
+        show(std::to_string(count) + " found");
+    }
+}
+
+void Progress::done(size_t count, size_t total) {
+    if (isDue()) {
+        show(std::to_string(count) + " of " + std::to_string(total));
+    }
+}
+
+void Progress::erase() {
+    if (isShown) {
+        std::cerr << EraseLine << std::flush;
+    }
+    isShown = false;
+}
+
+// The cursor returns to the start of the line, and the text is short: a message, even one that the library prints by
+// itself, overwrites it.
+void Progress::show(const std::string& text) {
+    std::cerr << EraseLine << text << "\r" << std::flush;
+    isShown = true;
+}
+
+bool Progress::isDue() {
+    if (!isTerminal || Clock::now() < next) {
+        return false;
+    }
+    next = Clock::now() + Interval;
+    return true;
+}

@@ -1,0 +1,28 @@
+// Texts from files, and file names, made fit for a terminal. Terminals are taken to show UTF-8.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+// Lets the functions below know UTF-8. Called once, at the start.
+void expectUtf8();
+
+// The text with \xNN for every byte of what is no printable UTF-8 character, or turns the direction of writing.
+std::string printable(std::string_view text);
+
+// The columns that a printable text takes.
+int displayWidth(std::string_view text);
+
+// A printable text in at most `width` columns, its end or its start cut away if it is longer.
+std::string withoutEnd(std::string_view text, int width);
+std::string withoutStart(std::string_view text, int width);
+
+// A heading with a list of words below it, in lines for a terminal of the usual width.
+std::string helpList(const std::string& heading, std::span<const std::string> words);
+
+// The shortest decimal number that is the same float: 0.008, not 0.00800000037997961.
+double decimal(float value);
+
+// What a file turned out to begin with, for messages about files that are not what they should be.
+std::string beginning(std::span<const unsigned char> file);
