@@ -35,6 +35,8 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tvmeta.pc DESTINATION ${CMAKE_INSTALL_
 # The pages keep their places to each other, so that the links between them lead somewhere.
 if(PROJECT_IS_TOP_LEVEL)
     file(GLOB TVMETA_PAGES CONFIGURE_DEPENDS docs/*.md)
-    install(FILES README.md SECURITY.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+    install(FILES README.md SECURITY.md CONTRIBUTING.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR}
+        COMPONENT development)
+    install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development USE_SOURCE_PERMISSIONS)
     install(FILES ${TVMETA_PAGES} DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT development)
 endif()

@@ -94,7 +94,7 @@ typedef struct ExifInfo {
     int32_t xmpLength;                /**< JPEG: length field of the XMP segment (packet + 31 bytes);
                                          TIFF: bytes of the packet */
     int32_t xmpOffset;                /**< offset of the packet */
-    char lens[256];                   /**< lens name from the XMP packet */
+    char lens[256];                   /**< lens name from the XMP packet of a JPEG */
 } ExifInfo;
 
 /**
@@ -303,9 +303,9 @@ TVMETA_API int32_t fgetm4(FILE* stream) TVMETA_NOEXCEPT;
  *   JPEG whose EXIF data turn out to be none, and the whole record when it is the last pass over a JPEG's
  *   segments that fails (-10, and -1 from a broken segment behind the EXIF data).
  * @limits the first three image directories are read; at most 2^20 entries of EXIF and GPS directories
- *   and 64 MiB of description and Photoshop payloads, further ones are passed over; only the first APP1
- *   segment can be the EXIF data and only the next one, within ten markers, the XMP packet. The packet's
- *   place is kept only if it holds processing settings.
+ *   and 64 MiB of description and Photoshop payloads, further ones are passed over. In a JPEG only the
+ *   first APP1 segment can be the EXIF data, and only the next one, within ten markers, the XMP packet,
+ *   whose place is kept only if it holds processing settings. Elsewhere its place is kept in any case.
  * @standard TIFF 6.0, EXIF 2.3, JPEG (ITU-T T.81), XMP part 3, Photoshop file format.
  */
 TVMETA_API int32_t getExifData(const char* path, int32_t fileType, ExifInfo* info) TVMETA_NOEXCEPT;

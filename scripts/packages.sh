@@ -22,13 +22,16 @@ need_packages() {
         as_root=(sudo)
     fi
     echo "Installing ${missing[*]} ..."
+    local log
+    log=$(mktemp)
     if ! { "${as_root[@]}" apt-get update -qq &&
         "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"; } \
-        >/tmp/tvmeta-packages.log 2>&1; then
-        tail -n 20 /tmp/tvmeta-packages.log >&2
+        >"$log" 2>&1; then
+        tail -n 20 "$log" >&2
         echo "These Debian packages could not be installed: ${missing[*]}" >&2
         exit 1
     fi
+    rm "$log"
 }
 
 # What every build of the library and the tool takes.
