@@ -1,8 +1,9 @@
-// The two ways of searching for a pair of bytes, against one byte after another.
+// The two ways of searching for a pair of bytes (the fast one where the processor has AVX2), against std::string::find.
 #include "support/byte_pair.h"
 
 #include <gtest/gtest.h>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -15,11 +16,12 @@ TEST(BytePair, FoundAtEveryPlaceOfEveryLength) {
                 text[place] = 'v';
                 const std::size_t to = length - 1;
                 const std::size_t expected = text.find("tv", from);
+                const std::vector<char> exact(text.begin(), text.end()); // a sanitizer sees a byte too many
                 if (from < to) {
-                    EXPECT_EQ(tvmeta::findPairInBlocks(text.data(), from, to, pair), expected)
+                    EXPECT_EQ(tvmeta::findPairInBlocks(exact.data(), from, to, pair), expected)
                         << length << ' ' << place;
                 }
-                EXPECT_EQ(tvmeta::findPair(text, pair, from), expected) << length << ' ' << place;
+                EXPECT_EQ(tvmeta::findPair({exact.data(), length}, pair, from), expected) << length << ' ' << place;
             }
         }
     }

@@ -101,6 +101,12 @@ TEST(Parameters, ValuesByFormAndVersion) {
         {"float underflows", details, "Details Enhancer", "5.0", element("Strength", "1e-99"), 1, 0.0F},
         {"long digits", optimizer, "Contrast Optimizer", "5.0", element("Strength", "0." + Bytes(99, '0') + "25e101"),
          0, 25.0F},
+        {"more digits than a float", optimizer, "Contrast Optimizer", "5.0", element("Strength", "16777219.1"), 0,
+         16777219.1F},
+        {"a long fraction", optimizer, "Contrast Optimizer", "5.0", element("Strength", "0.0000005"), 0, 5e-7F},
+        {"a second point", optimizer, "Contrast Optimizer", "5.0", element("Strength", "1.2.3"), 0, 1.2F},
+        {"a blank for an exponent", optimizer, "Contrast Optimizer", "5.0",
+         element("Strength", "1" + Bytes(45, '0') + "e -60"), 0, INFINITY},
         {"white space and sign", details, "Details Enhancer", "5.0", element("Strength", "\n +.5e1x"), 1, 5.0F},
         {"no number", details, "Details Enhancer", "5.0", element("Strength", "."), 1, Untouched},
         {"empty, then a digit", details, "Details Enhancer", "5.0", element("Strength", "x7"), 1, 7.0F},
@@ -129,7 +135,7 @@ TEST(Parameters, ValuesByFormAndVersion) {
     for (const auto& test : cases) {
         Slots slots;
         EXPECT_GT(parse(test.method, elementPacket(test.name, test.lines, test.version), slots), 46) << test.what;
-        EXPECT_FLOAT_EQ(slots[static_cast<std::size_t>(test.slot)], test.value) << test.what;
+        EXPECT_EQ(slots[static_cast<std::size_t>(test.slot)], test.value) << test.what;
     }
 }
 

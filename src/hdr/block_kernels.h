@@ -40,9 +40,8 @@ inline constexpr int NoLuminance = 1 << LuminanceBits;
 // many.
 inline constexpr int ExactSpan = std::numeric_limits<double>::digits - LuminanceBits - BlockBits;
 
-// Bounds of the unit that values can be rounded to.
+// The lowest unit that values are rounded to: the kernels compare exponents with the unit less 9.
 inline constexpr int LowestUnit = 10;
-inline constexpr int HighestUnit = 255;
 
 // The kernels, in one instruction set. All of them give the same bits.
 struct BlockKernels {
@@ -61,7 +60,7 @@ struct BlockKernels {
 
     // The same sum with every value rounded to a whole multiple of 1 at the exponent `unit`, in such units: to the
     // nearest, and from half-way to the one that makes the running total even, whose first parity is given. The unit
-    // lies from LowestUnit to HighestUnit.
+    // lies from LowestUnit to 255.
     double (*roundedSum)(const unsigned char* luminance, const unsigned char* exponents, int unit, int highest,
                          bool totalIsOdd) noexcept;
 };

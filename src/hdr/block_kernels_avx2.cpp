@@ -30,7 +30,8 @@ TVMETA_AVX2 __m256i lookup(const std::array<unsigned char, 16>& table) noexcept 
 }
 
 // The sum of the luminances with exponents from `first` on times 2^(exponent - first), as far as the powers fit 16
-// bits with a sign. Of each vector a lane of 32 bits takes four products.
+// bits with a sign. Exponents below come out as very high ones, since a block spans few, and count for nothing like
+// those; pixels that are none have no luminance. Of each vector a lane of 32 bits takes four products.
 constexpr int GroupSpan = 15;
 static_assert(LuminanceBits + (GroupSpan - 1) + 2 + (BlockBits - 5) <= 32);
 TVMETA_AVX2 std::uint64_t groupSum(const unsigned char* luminance, const unsigned char* exponents, int first) noexcept {
@@ -153,6 +154,7 @@ TVMETA_AVX2 int lowestLuminance(const unsigned char* luminance, const unsigned c
     return loops::lowestLuminance(luminance, exponents, exponent);
 }
 
+// Every processor with AVX2 has the instruction that counts bits, which the loop in halvesUp becomes.
 [[gnu::target("avx2,popcnt")]] double roundedSum(const unsigned char* luminance, const unsigned char* exponents,
                                                  int unit, int highest, bool totalIsOdd) noexcept {
     loops::RoundedBlock rounded;

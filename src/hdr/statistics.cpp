@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
 #include <limits>
 
 namespace tvmeta::hdr {
@@ -88,9 +87,10 @@ void Statistics::updateMinimum(const unsigned char* luminance, const unsigned ch
 }
 
 // Whether the sum so far and the block's values are multiples of a unit of which the result, and so everything on the
-// way to it, needs no more than the mantissa holds: then nothing is rounded, whatever the order.
+// way to it, needs no more than the mantissa holds: then nothing is rounded, whatever the order, the block's exponents
+// span ExactSpan at most, and the sum is finite.
 bool Statistics::isExact(const ExponentRange& range, double largestSum) const noexcept {
-    if (range.highest > HighestFinite || range.highest - range.lowest > ExactSpan || !std::isfinite(sum_)) {
+    if (range.highest > HighestFinite) {
         return false;
     }
     const int blockUnit = range.lowest - ExponentBias;
@@ -119,9 +119,10 @@ void Statistics::addSum(const unsigned char* luminance, const unsigned char* exp
     }
 }
 
-// Whether the block, rounded up, leaves the sum's unit in the last place as it is.
+// Whether the block, rounded up, leaves the sum's unit in the last place as it is. A sum of 0 has a unit far below all
+// exponents; one with a unit above them would take more pixels than memory can hold.
 bool Statistics::keepsUnit(int unit, const ExponentRange& range) const noexcept {
-    if (unit < LowestUnit || unit > HighestUnit || range.highest > HighestFinite || !(sum_ > 0.0)) {
+    if (unit < LowestUnit || range.highest > HighestFinite) {
         return false;
     }
     const double bound = powerOfTwo(range.highest - ExponentBias + LuminanceBits + BlockBits);

@@ -12,8 +12,9 @@ constexpr std::int32_t NotFound = -1;
 constexpr std::int32_t NotTiff = -2;
 constexpr std::int32_t SeekFailed = -3;
 
-// Directories may overlap, so that a small file can hold a long chain of them; a real file has some dozens of entries.
-constexpr std::int32_t MostEntries = 1 << 22;
+// Directories may overlap, so that a small file can hold a long chain of them; a real file has some dozens of entries,
+// a stack of thousands of images some hundred thousand.
+constexpr std::int32_t MostEntries = 1 << 19;
 
 // An entry is passed over by reading its tag, as far as the file goes, and skipping the rest, whether it is there or
 // not: that makes a difference to the place of tag 65535, which every entry behind the end of the file has.

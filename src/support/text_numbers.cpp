@@ -61,7 +61,8 @@ bool isTooLarge(std::string_view number) noexcept {
     }
     if (number.starts_with('e') || number.starts_with('E')) {
         number.remove_prefix(1);
-        const std::int64_t written = scanInteger(number).value_or(0);
+        const bool isBlank = !number.empty() && isSpace(number.front()); // which no exponent begins with
+        const std::int64_t written = isBlank ? 0 : scanInteger(number).value_or(0);
         exponent += std::clamp<std::int64_t>(written, -LargestExponent, LargestExponent);
     }
     return exponent > 0;
@@ -81,8 +82,8 @@ constexpr double PowersOfTen[] = {1, 10, 100, 1000, 10'000, 100'000, 1'000'000};
 // of 10^6 is exact in double precision, so that one rounding to an integer gives the very digits of printf.
 constexpr double FastLimit = 1e12;
 
-// A plain decimal number as texts mostly have it. Up to 2^24 the digits, and up to 10^10 the power, are floats without
-// rounding, so that one division gives the float nearest to the number.
+// A plain decimal number as texts mostly have it. Digits up to 2^24, and powers of ten up to 10^10 (the table ends
+// before), are floats without rounding, so that one division gives the float nearest to the number.
 std::optional<float> scanShortDecimal(std::string_view text) noexcept {
     constexpr std::uint32_t LargestDigits = 1U << std::numeric_limits<float>::digits;
     constexpr std::size_t LongestFraction = std::size(PowersOfTen) - 1;
