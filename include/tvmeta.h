@@ -304,7 +304,7 @@ TVMETA_API int32_t fgetm4(FILE* stream) TVMETA_NOEXCEPT;
  * @failure the record is cleared, but for what was found before: the lens name and the XMP fields of a
  *   JPEG whose EXIF data turn out to be none, and the whole record when it is the last pass over a JPEG's
  *   segments that fails (-10, and -1 from a broken segment behind the EXIF data).
- * @limits the first three image directories are read; at most 2^17 entries of EXIF and GPS directories
+ * @limits the first three image directories are read; at most 2^20 entries of EXIF and GPS directories
  *   and 64 MiB of description and Photoshop payloads, further ones are passed over. In a JPEG only the
  *   first APP1 segment can be the EXIF data, and only the next one, within ten markers, the XMP packet,
  *   whose place is kept only if it holds processing settings. Elsewhere its place is kept in any case.
@@ -395,7 +395,7 @@ TVMETA_API int32_t read_iptc(const char* path, int32_t count, int32_t offset, un
  * @param tag  tag to look for.
  * @param count,value  get the entry's count and value (or value offset). Null: -3.
  * @retval >0  file offset of the first entry with that tag
- * @retval -1  no directory holds it; or the chain of directories is a loop, or holds over 2^19 entries
+ * @retval -1  no directory holds it; or the chain of directories is a loop, or holds over 2^22 entries
  * @retval -2  the file does not begin with "II" and 42, or a directory is empty
  * @retval -3  the offset of a directory is 2^31 or more
  * @failure count and value are untouched.

@@ -12,7 +12,7 @@ namespace tvmeta {
 // billion entries, and for the same payload again and again. A real photograph has some hundreds of entries and less
 // than a megabyte of payloads.
 struct WorkBudget {
-    std::int32_t entries = 1 << 17;         // of EXIF and GPS directories; one that holds more is passed over
+    std::int32_t entries = 1 << 20;         // of EXIF and GPS directories; one that holds more is passed over
     std::int64_t payloadBytes = 64LL << 20; // of image descriptions and Photoshop resources; none is begun behind them
 
     bool takeEntries(std::int32_t count) noexcept {

@@ -69,7 +69,7 @@ bool StreamReader::fill() noexcept {
     }
     const auto oldest = std::ranges::min_element(views_.begin(), views_.begin() + Windows, {}, &View::lastUse);
     const auto index = static_cast<std::size_t>(oldest - views_.begin());
-    const std::size_t size = readStream(windows_[index].data(), ++fills_ <= LargeFills ? WindowSize : PageSize);
+    const std::size_t size = readStream(windows_[index].data(), ++fills_ <= LargeFills ? WindowSize : SmallSize);
     *oldest = {position_, std::span(windows_[index]).first(size), 0};
     use(index);
     return size > 0;

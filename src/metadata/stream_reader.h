@@ -56,7 +56,7 @@ class StreamReader {
 
   private:
     static constexpr std::size_t WindowSize = 16384; // copied in the time that one more call of the system takes
-    static constexpr std::size_t PageSize = 4096;    // all that is read at once in a file that leads to many places
+    static constexpr std::size_t SmallSize = 1024;   // all that is read at once in a file that leads to many places
     static constexpr std::uint64_t LargeFills = 64;  // more than a photograph needs
     static constexpr std::size_t Windows = 3;
 

@@ -14,7 +14,7 @@ constexpr std::int32_t SeekFailed = -3;
 
 // Directories may overlap, so that a small file can hold a long chain of them; a real file has some dozens of entries,
 // a stack of thousands of images some hundred thousand.
-constexpr std::int32_t MostEntries = 1 << 19;
+constexpr std::int32_t MostEntries = 1 << 22;
 
 // An entry is passed over by reading its tag, as far as the file goes, and skipping the rest, whether it is there or
 // not: that makes a difference to the place of tag 65535, which every entry behind the end of the file has.
