@@ -47,6 +47,7 @@ int32_t blockSize(const ExifCounts& c) {
 }
 
 void writeExif(const std::string& path, const std::string& output) {
+    requireOutput(output, {path});
     const WriterRecords records = writerRecords(readPhoto(path));
     const ExifCounts c = countsOf(records);
     Bytes block(static_cast<size_t>(blockSize(c)));
@@ -57,7 +58,7 @@ void writeExif(const std::string& path, const std::string& output) {
         throw Failure(path, explain(result, {{-1, "it has no camera, exposure or position to write"}}));
     }
     writeFile(output, asText(block));
-    std::cout << "wrote " << printable(output) << ": " << result << " bytes\n";
+    messagesFor(output) << "wrote " << printable(output) << ": " << result << " bytes\n";
 }
 
 // The block with one keyword more.
@@ -104,6 +105,9 @@ struct IptcOptions {
 };
 
 void showIptc(const IptcOptions& options) {
+    if (!options.output.empty()) {
+        requireOutput(options.output, {options.photo});
+    }
     Bytes block = readIptcBlock(readPhoto(options.photo));
     for (const std::string& keyword : options.keywords) {
         block = withKeyword(options.photo, block, keyword);
@@ -115,7 +119,7 @@ void showIptc(const IptcOptions& options) {
         return listDatasets(asText(block));
     }
     writeFile(options.output, asText(block));
-    std::cout << "wrote " << printable(options.output) << ": " << block.size() << " bytes\n";
+    messagesFor(options.output) << "wrote " << printable(options.output) << ": " << block.size() << " bytes\n";
 }
 
 } // namespace

@@ -39,18 +39,21 @@ void showSettings(const std::string& path) {
 }
 
 void writeSettings(const std::string& path, const Settings& settings) {
+    requireOutput(path, {});
     const int32_t result = write_xmp(path.c_str(), settings.method, settings.values.data());
-    if (result == -1) {
-        throw Failure(path, writingObstacle(path, "it cannot be opened for writing"));
-    }
     if (result != 1) {
-        throw Failure(path, explain(result, {{-3, "it could not be written whole and is incomplete"},
+        throw Failure(path, explain(result, {{-1, "it cannot be opened for writing"},
+                                             {-3, "it could not be written whole and is incomplete"},
                                              {-4, "there is not enough memory; the file is empty"}}));
     }
-    std::cout << "wrote " << printable(path) << "\n";
+    messagesFor(path) << "wrote " << printable(path) << "\n";
 }
 
 std::string inserted(const std::string& path, const Settings& settings) {
+    if (findFileType(path)) {
+        throw Failure(path, "expected an XMP packet in a file of its own, found a photograph: what stands behind the "
+                            "packet would move, and the photograph would be spoilt");
+    }
     std::string packet(asText(readFile(path)));
     const int32_t length = librarySize(packet);
     const float* values = settings.values.data();
@@ -71,11 +74,13 @@ std::string inserted(const std::string& path, const Settings& settings) {
 }
 
 void insertSettings(const std::string& path, const Settings& settings, const std::string& output) {
+    requireOutput(output, {path});
     const std::string packet = inserted(path, settings);
     writeFile(output, packet);
-    std::cout << "wrote " << printable(output) << "\n";
+    std::ostream& messages = messagesFor(output);
+    messages << "wrote " << printable(output) << "\n";
     if (tvsettings_occurences_in_xmp(librarySize(packet) + 1, packet.c_str()) > 1) {
-        std::cout << "it held settings before; the new ones stand first and count\n";
+        messages << "it held settings before; the new ones stand first and count\n";
     }
 }
 

@@ -93,11 +93,9 @@ Image imageFor(const Options& options) {
                       : "it holds integer samples: expected a --depth of 8 or 16, found " + options.depth);
 }
 
-std::string writingProblem(int32_t result, const Options& options, const Image& image) {
-    if (result == -1) {
-        return writingObstacle(options.output, "it cannot be opened for writing, or there is not enough memory");
-    }
-    return explain(result, {{-2, "its header could not be written; the file is incomplete"},
+std::string writingProblem(int32_t result, const Image& image) {
+    return explain(result, {{-1, "it cannot be opened for writing, or there is not enough memory"},
+                            {-2, "its header could not be written; the file is incomplete"},
                             {-3, "its pixels could not be written; the file is incomplete"},
                             {-4, "there is not enough memory; the file is incomplete"},
                             {-6, "expected an image of less than 2 GiB, found " + std::to_string(image.width) + " x " +
@@ -106,6 +104,7 @@ std::string writingProblem(int32_t result, const Options& options, const Image& 
 }
 
 void writeTiff(const Options& options) {
+    requireOutput(options.output, {options.image, options.photo, options.profile});
     const Metadata metadata = collectMetadata(options);
     const Image image = imageFor(options);
     const Depth depth = depthOf(options, image);
@@ -128,9 +127,10 @@ void writeTiff(const Options& options) {
                 &metadata.records.gps, librarySize(metadata.iptc), metadata.iptc.data(), metadata.settings.method,
                 metadata.settings.values.data(), packetLength, metadata.packet.c_str(), options.output.c_str());
     if (result < 0) {
-        throw Failure(options.output, writingProblem(result, options, image));
+        throw Failure(options.output, writingProblem(result, image));
     }
-    std::cout << "wrote " << printable(options.output) << ": " << image.width << " x " << image.height << " pixels\n";
+    messagesFor(options.output) << "wrote " << printable(options.output) << ": " << image.width << " x " << image.height
+                                << " pixels\n";
 }
 
 } // namespace
