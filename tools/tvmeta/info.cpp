@@ -48,8 +48,11 @@ Reading readShots(const Options& options) {
     for (const std::string& path : found.paths) {
         progress.done(done++, found.paths.size());
         try {
-            const Photo photo = readPhoto(path);
-            reading.failures += photo.damaged ? 1 : 0;
+            const Photo photo = readRecord(path);
+            if (!photo.damage.empty()) {
+                complain(path + ": " + photo.damage);
+                ++reading.failures;
+            }
             reading.shots.push_back({photo, captureTime(photo.info), std::nullopt});
         } catch (const Failure& failure) {
             complain(failure.what());
@@ -102,7 +105,7 @@ void printShotTable(const std::vector<Shot>& shots, const FieldList& fields) {
     const std::optional<int> width = outputWidth();
     if (const size_t left = printTable(columns, width); left > 0) {
         complain(std::to_string(left) + " of " + std::to_string(columns.size()) + " fields found no room in " +
-                 std::to_string(*width) + " columns; --list and --json show all");
+                 std::to_string(*width) + (*width == 1 ? " column" : " columns") + "; --list and --json show all");
     }
 }
 
