@@ -125,11 +125,12 @@ void showIptc(const IptcOptions& options) {
 } // namespace
 
 void addExifCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("exif", "Write camera, exposure and position as an EXIF block");
+    CLI::App* command = app.add_subcommand("exif", "Write camera, exposure and position as EXIF block");
     const auto photo = std::make_shared<std::string>();
     const auto output = std::make_shared<std::string>();
     command->add_option("PHOTO", *photo, "Photograph")->required();
-    command->add_option("-o,--output", *output, "File to write: the TIFF structure of a JPEG EXIF segment")->required();
+    command->add_option("-o,--output", *output, "File to write: the TIFF structure of a JPEG EXIF\nsegment")
+        ->required();
     command->footer("Example:\n"
                     "  tvmeta exif scene.jpg -o block");
     command->callback([photo, output] { writeExif(*photo, *output); });
@@ -140,7 +141,7 @@ void addIptcCommand(CLI::App& app) {
     const auto options = std::make_shared<IptcOptions>();
     command->add_option("PHOTO", options->photo, "Photograph")->required();
     command->add_option("-o,--output", options->output, "Write the block to this file instead of listing it");
-    command->add_option("--add-keyword", options->keywords, "Add a keyword to the block")
+    command->add_option("--add-keyword", options->keywords, "Add a keyword to the block; may be repeated")
         ->option_text("TEXT")
         ->allow_extra_args(false);
     command->footer("Examples:\n"

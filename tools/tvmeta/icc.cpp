@@ -80,15 +80,15 @@ Bytes readRgbProfile(const std::string& path) {
 }
 
 void addIccCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("icc", "Name an ICC profile, or replace that of a TIFF file");
+    CLI::App* command = app.add_subcommand("icc", "Name an ICC profile, or replace one in a TIFF file");
     const auto options = std::make_shared<Options>();
     command
         ->add_option("FILE", options->file,
-                     "Profile, or photograph that holds one; with --replace the TIFF file to change")
+                     "Profile, or photograph that holds one; with\n--replace the TIFF file to change")
         ->required();
     command
         ->add_option("--replace", options->replacement,
-                     "Profile, or photograph with the one, to put into the TIFF file")
+                     "Profile, or photograph with the one, to put into\nthe TIFF file")
         ->option_text("PROFILE");
     command->footer("Examples:\n"
                     "  tvmeta icc scene.jpg\n"

@@ -169,17 +169,17 @@ void addInfoCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("info", "Show the metadata of photographs (JPEG, TIFF, PSD)");
     const auto options = std::make_shared<Options>();
     command->add_option("FILE", options->names, "Photographs, and with -r folders of them")->required();
-    command->add_flag("-r,--recursive", options->recursive, "Read the photographs in folders and their subfolders");
+    command->add_flag("-r,--recursive", options->recursive, "Read the photographs in folders and subfolders");
     command->add_flag("--json", options->json, "Write one JSON object per line and photograph")->option_text(" ");
-    command->add_flag("--list", options->list, "Write a list for each of several photographs, not a table")
+    command->add_flag("--list", options->list, "Write lists for several photographs, not a table")
         ->option_text(" ") // its place would else be taken by what it excludes
         ->excludes("--json");
-    command->add_option("--fields", options->fields, "What to show of each photograph, by the names below")
+    command->add_option("--fields", options->fields, "What to show of each photograph, as named below")
         ->option_text("NAME,...")
         ->delimiter(',')
         ->allow_extra_args(false);
-    command->footer("One photograph is shown as a list, several as a table by capture time that fits the\n"
-                    "terminal. A field that a photograph lacks is left out.\n\n" +
+    command->footer("One photograph is shown as a list, several as a table by capture time\n"
+                    "that fits the terminal. A field that a photograph lacks is left out.\n\n" +
                     fieldHelp() +
                     "Examples:\n"
                     "  tvmeta info scene.jpg\n"

@@ -98,7 +98,7 @@ void addSettingsCommand(CLI::App& app) {
     command->footer("Each of them has a help of its own, such as tvmeta settings show --help.");
     const auto options = std::make_shared<Options>();
 
-    CLI::App* show = command->add_subcommand("show", "Show the settings in a settings file, photograph or TIFF file");
+    CLI::App* show = command->add_subcommand("show", "Show the settings in a photograph or settings file");
     show->add_option("FILE", options->file, "File with a settings packet")->required();
     show->footer("Example:\n"
                  "  tvmeta settings show result.tif");
@@ -107,17 +107,17 @@ void addSettingsCommand(CLI::App& app) {
     CLI::App* write = command->add_subcommand("write", "Write a settings file");
     write->add_option("OUT", options->output, "Settings file to write")->required();
     addSettingsOptions(*write, options->settings, true);
-    write->footer(methodHelp() +
-                  "Example:\n"
-                  "  tvmeta settings write my.xmp --method 'Details Enhancer' --set Strength=70 --set Gamma=1.20");
+    write->footer(methodHelp() + "Example:\n"
+                                 "  tvmeta settings write my.xmp --method 'Details Enhancer' \\\n"
+                                 "    --set Strength=70 --set Gamma=1.20");
     write->callback([options] { writeSettings(options->output, settingsFrom(options->settings)); });
 
     CLI::App* insert = command->add_subcommand("insert", "Insert settings into an XMP packet");
-    insert->add_option("PACKET", options->file, "File that holds the XMP packet")->required();
+    insert->add_option("PACKET", options->file, "XMP packet, in a file of its own")->required();
     insert->add_option("-o,--output", options->output, "File to write")->required();
     addSettingsOptions(*insert, options->settings, true);
-    insert->footer(methodHelp() +
-                   "Example:\n"
-                   "  tvmeta settings insert packet.xmp -o new.xmp --method Fusion/Intensive --set Radius=70");
+    insert->footer(methodHelp() + "Example:\n"
+                                  "  tvmeta settings insert packet.xmp -o new.xmp \\\n"
+                                  "    --method Fusion/Intensive --set Radius=70");
     insert->callback([options] { insertSettings(options->file, settingsFrom(options->settings), options->output); });
 }

@@ -136,16 +136,16 @@ void writeTiff(const Options& options) {
 } // namespace
 
 void addTiffCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("tiff", "Write an image as a TIFF file with a photograph's metadata");
+    CLI::App* command = app.add_subcommand("tiff", "Save an image as TIFF with a photograph's metadata");
     const auto options = std::make_shared<Options>();
-    command->add_option("IMAGE", options->image, "PNG, binary PGM or PPM, Radiance HDR or OpenEXR picture")->required();
+    command->add_option("IMAGE", options->image, "PNG, binary PGM or PPM, Radiance HDR or OpenEXR")->required();
     command->add_option("OUT", options->output, "TIFF file to write")->required();
     command
         ->add_option("--photo", options->photo,
-                     "Photograph whose metadata the file gets: camera, exposure, GPS, IPTC, XMP")
+                     "Photograph whose metadata the file gets: camera,\nexposure, GPS, IPTC, XMP")
         ->option_text("PHOTO");
     addSettingsOptions(*command, options->settings, false);
-    command->add_option("--icc", options->profile, "ICC profile of the image, or photograph that holds it")
+    command->add_option("--icc", options->profile, "ICC profile of the image, or photograph with it")
         ->option_text("PROFILE");
     command
         ->add_flag("--icc-from-photo", options->profileFromPhoto, "Take the ICC profile of the photograph of --photo")
@@ -156,7 +156,7 @@ void addTiffCommand(CLI::App& app) {
         ->check(CLI::Range(1, 4294967)) // thousandths of it are stored in 32 bits
         ->option_text("N");
     command
-        ->add_option("--depth", options->depth, "8 or 16 for PNG, PGM, PPM; 32 or 16f (half floats) for HDR, OpenEXR")
+        ->add_option("--depth", options->depth, "8 or 16 for PNG, PGM, PPM; 32 or 16f (half floats)\nfor HDR, OpenEXR")
         ->check(CLI::IsMember(DepthNames))
         ->option_text("DEPTH");
     command->add_option("--orientation", options->orientation, "TIFF orientation code; else the photograph's")
