@@ -47,6 +47,7 @@ int32_t blockSize(const ExifCounts& c) {
 }
 
 void writeExif(const std::string& path, const std::string& output) {
+    requireOutput(output, {path});
     const WriterRecords records = writerRecords(readPhoto(path));
     const ExifCounts c = countsOf(records);
     Bytes block(static_cast<size_t>(blockSize(c)));
@@ -57,7 +58,7 @@ void writeExif(const std::string& path, const std::string& output) {
         throw Failure(path, explain(result, {{-1, "it has no camera, exposure or position to write"}}));
     }
     writeFile(output, asText(block));
-    std::cout << "wrote " << printable(output) << ": " << result << " bytes\n";
+    messagesFor(output) << "wrote " << printable(output) << ": " << result << " bytes\n";
 }
 
 // The block with one keyword more.
@@ -104,6 +105,9 @@ struct IptcOptions {
 };
 
 void showIptc(const IptcOptions& options) {
+    if (!options.output.empty()) {
+        requireOutput(options.output, {options.photo});
+    }
     Bytes block = readIptcBlock(readPhoto(options.photo));
     for (const std::string& keyword : options.keywords) {
         block = withKeyword(options.photo, block, keyword);
@@ -115,17 +119,18 @@ void showIptc(const IptcOptions& options) {
         return listDatasets(asText(block));
     }
     writeFile(options.output, asText(block));
-    std::cout << "wrote " << printable(options.output) << ": " << block.size() << " bytes\n";
+    messagesFor(options.output) << "wrote " << printable(options.output) << ": " << block.size() << " bytes\n";
 }
 
 } // namespace
 
 void addExifCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("exif", "Write camera, exposure and position as an EXIF block");
+    CLI::App* command = app.add_subcommand("exif", "Write camera, exposure and position as EXIF block");
     const auto photo = std::make_shared<std::string>();
     const auto output = std::make_shared<std::string>();
     command->add_option("PHOTO", *photo, "Photograph")->required();
-    command->add_option("-o,--output", *output, "File to write: the TIFF structure of a JPEG EXIF segment")->required();
+    command->add_option("-o,--output", *output, "File to write: the TIFF structure of a JPEG EXIF\nsegment")
+        ->required();
     command->footer("Example:\n"
                     "  tvmeta exif scene.jpg -o block");
     command->callback([photo, output] { writeExif(*photo, *output); });
@@ -136,7 +141,7 @@ void addIptcCommand(CLI::App& app) {
     const auto options = std::make_shared<IptcOptions>();
     command->add_option("PHOTO", options->photo, "Photograph")->required();
     command->add_option("-o,--output", options->output, "Write the block to this file instead of listing it");
-    command->add_option("--add-keyword", options->keywords, "Add a keyword to the block")
+    command->add_option("--add-keyword", options->keywords, "Add a keyword to the block; may be repeated")
         ->option_text("TEXT")
         ->allow_extra_args(false);
     command->footer("Examples:\n"

@@ -2,6 +2,7 @@
 
 #include "failure.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <iostream>
 #include <limits>
 #include <system_error>
 
@@ -30,6 +32,17 @@ void requireRegularFile(const std::string& path) {
     }
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
         throw Failure(path, "it is not a regular file, but a pipe or device");
+    }
+}
+
+void requireWritable(const std::string& path) {
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    bool isWritable = access(path.c_str(), W_OK) == 0;
+    if (!isWritable && errno == ENOENT) {
+        isWritable = access(folder.empty() ? "." : folder.c_str(), W_OK) == 0;
+    }
+    if (!isWritable) {
+        failWithErrno(path);
     }
 }
 
@@ -94,13 +107,25 @@ Bytes readRegion(const std::string& path, int32_t offset, int32_t length) {
     return readBytes(path, offset, static_cast<size_t>(length));
 }
 
-std::string writingObstacle(const std::string& path, const char* otherwise) {
-    const std::string folder = std::filesystem::path(path).parent_path().string();
-    bool isWritable = access(path.c_str(), W_OK) == 0;
-    if (!isWritable && errno == ENOENT) {
-        isWritable = access(folder.empty() ? "." : folder.c_str(), W_OK) == 0;
+void requireOutput(const std::string& path, std::initializer_list<std::string> inputs) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) {
+        throw Failure(path, "it is a folder");
     }
-    return isWritable ? otherwise : std::strerror(errno);
+    for (const std::string& input : inputs) {
+        if (std::filesystem::equivalent(path, input, error)) {
+            throw Failure(path, "it is the file that is read; name another");
+        }
+    }
+    requireWritable(path);
+}
+
+std::ostream& messagesFor(const std::string& output) {
+    struct stat file = {};
+    struct stat standard = {};
+    const bool isKnown = stat(output.c_str(), &file) == 0 && fstat(STDOUT_FILENO, &standard) == 0;
+    const bool isSame = file.st_dev == standard.st_dev && file.st_ino == standard.st_ino;
+    return isKnown && isSame ? std::cerr : std::cout;
 }
 
 void writeFile(const std::string& path, std::string_view content) {

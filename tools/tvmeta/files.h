@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <initializer_list>
+#include <iosfwd>
 #include <iterator>
 #include <memory>
 #include <span>
@@ -33,9 +35,12 @@ Bytes readRegion(const std::string& path, int32_t offset, int32_t length);
 // At most `length` bytes from the start of a file.
 Bytes readStart(const std::string& path, size_t length);
 
-// Why the library could not open a file for writing: it keeps the reasons of the system to itself.
-// `otherwise` is the answer when the system would have let it.
-std::string writingObstacle(const std::string& path, const char* otherwise);
+// A file to be written must be none of those that are read, by whatever name, or it would be emptied; and the system
+// must let it be written. Asked before all work, and because the library keeps the reasons of the system to itself.
+void requireOutput(const std::string& path, std::initializer_list<std::string> inputs);
+
+// Where to tell that a file was written: not behind its bytes if it is standard output.
+std::ostream& messagesFor(const std::string& output);
 
 void writeFile(const std::string& path, std::string_view content);
 

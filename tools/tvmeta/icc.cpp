@@ -52,13 +52,12 @@ void nameProfile(const std::string& path) {
 void replaceProfile(const std::string& profilePath, const std::string& path) {
     const Bytes profile = readRgbProfile(profilePath);
     openFile(path); // for the reason if it cannot be read
+    requireOutput(path, {});
     const int32_t result = update_tif_profile(librarySize(profile), profile.data(), path.c_str());
-    if (result == -1) {
-        throw Failure(path, writingObstacle(path, "it cannot be opened for writing, or changed meanwhile"));
-    }
     if (result <= 0) {
         throw Failure(path,
                       explain(result, {{0, "it has no ICC profile to replace, or is not a little-endian TIFF file"},
+                                       {-1, "it cannot be opened for writing, or changed meanwhile"},
                                        {-2, "it could not be written, or would grow beyond 2 GiB"}}));
     }
     std::cout << "replaced the profile of " << printable(path) << "\n";
@@ -81,15 +80,15 @@ Bytes readRgbProfile(const std::string& path) {
 }
 
 void addIccCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("icc", "Name an ICC profile, or replace that of a TIFF file");
+    CLI::App* command = app.add_subcommand("icc", "Name an ICC profile, or replace one in a TIFF file");
     const auto options = std::make_shared<Options>();
     command
         ->add_option("FILE", options->file,
-                     "Profile, or photograph that holds one; with --replace the TIFF file to change")
+                     "Profile, or photograph that holds one; with\n--replace the TIFF file to change")
         ->required();
     command
         ->add_option("--replace", options->replacement,
-                     "Profile, or photograph with the one, to put into the TIFF file")
+                     "Profile, or photograph with the one, to put into\nthe TIFF file")
         ->option_text("PROFILE");
     command->footer("Examples:\n"
                     "  tvmeta icc scene.jpg\n"

@@ -48,8 +48,11 @@ Reading readShots(const Options& options) {
     for (const std::string& path : found.paths) {
         progress.done(done++, found.paths.size());
         try {
-            const Photo photo = readPhoto(path);
-            reading.failures += photo.damaged ? 1 : 0;
+            const Photo photo = readRecord(path);
+            if (!photo.damage.empty()) {
+                complain(path + ": " + photo.damage);
+                ++reading.failures;
+            }
             reading.shots.push_back({photo, captureTime(photo.info), std::nullopt});
         } catch (const Failure& failure) {
             complain(failure.what());
@@ -102,7 +105,7 @@ void printShotTable(const std::vector<Shot>& shots, const FieldList& fields) {
     const std::optional<int> width = outputWidth();
     if (const size_t left = printTable(columns, width); left > 0) {
         complain(std::to_string(left) + " of " + std::to_string(columns.size()) + " fields found no room in " +
-                 std::to_string(*width) + " columns; --list and --json show all");
+                 std::to_string(*width) + (*width == 1 ? " column" : " columns") + "; --list and --json show all");
     }
 }
 
@@ -166,17 +169,17 @@ void addInfoCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("info", "Show the metadata of photographs (JPEG, TIFF, PSD)");
     const auto options = std::make_shared<Options>();
     command->add_option("FILE", options->names, "Photographs, and with -r folders of them")->required();
-    command->add_flag("-r,--recursive", options->recursive, "Read the photographs in folders and their subfolders");
+    command->add_flag("-r,--recursive", options->recursive, "Read the photographs in folders and subfolders");
     command->add_flag("--json", options->json, "Write one JSON object per line and photograph")->option_text(" ");
-    command->add_flag("--list", options->list, "Write a list for each of several photographs, not a table")
+    command->add_flag("--list", options->list, "Write lists for several photographs, not a table")
         ->option_text(" ") // its place would else be taken by what it excludes
         ->excludes("--json");
-    command->add_option("--fields", options->fields, "What to show of each photograph, by the names below")
+    command->add_option("--fields", options->fields, "What to show of each photograph, as named below")
         ->option_text("NAME,...")
         ->delimiter(',')
         ->allow_extra_args(false);
-    command->footer("One photograph is shown as a list, several as a table by capture time that fits the\n"
-                    "terminal. A field that a photograph lacks is left out.\n\n" +
+    command->footer("One photograph is shown as a list, several as a table by capture time\n"
+                    "that fits the terminal. A field that a photograph lacks is left out.\n\n" +
                     fieldHelp() +
                     "Examples:\n"
                     "  tvmeta info scene.jpg\n"

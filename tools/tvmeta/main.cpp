@@ -7,9 +7,12 @@
 #include <tvmeta.h>
 
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <new>
+#include <optional>
 #include <string>
+#include <system_error>
 
 namespace {
 
@@ -52,13 +55,26 @@ int wrongUse(const CLI::App& app, const std::string& problem) {
     return WrongUse;
 }
 
+// The first option that does not exist: mostly it is why something else is missing. A file whose name begins with a
+// dash is taken for one, too.
+std::optional<std::string> strayOption(const CLI::App& app) {
+    std::error_code error;
+    for (const std::string& word : app.remaining(true)) {
+        if (word.starts_with('-')) {
+            const bool isFile = std::filesystem::exists(word, error);
+            return "there is no option " + word + (isFile ? "; the file of that name is ./" + word : "");
+        }
+    }
+    return std::nullopt;
+}
+
 int run(CLI::App& app, int argc, const char* const* argv) {
     try {
         app.parse(argc, argv);
         requireSubcommand(app);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() != 0) {
-            return wrongUse(app, error.what());
+            return wrongUse(app, strayOption(app).value_or(error.what()));
         }
         app.exit(error); // prints help or version
     } catch (const WrongCommandLine& error) {

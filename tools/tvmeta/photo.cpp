@@ -38,6 +38,19 @@ Region iptcPlace(const Photo& photo) {
     return {photo.info.iptcOffset, photo.info.iptcLength};
 }
 
+// The library looks for the lens in JPEG files alone.
+void takeLensOfPacket(Photo& photo) {
+    if (photo.info.lens[0] != 0) {
+        return;
+    }
+    try {
+        const std::string packet = readPacket(photo);
+        get_settings_from_xmp(MODE_LENS, librarySize(packet) + 1, packet.c_str(), photo.info.lens, nullptr);
+    } catch (const Failure&) {
+        // Who needs the packet itself is told what is wrong with it.
+    }
+}
+
 } // namespace
 
 std::optional<int32_t> findFileType(const std::string& path) {
@@ -59,18 +72,26 @@ const char* containerName(int32_t fileType) {
     return fileType == FILE_TYPE_JPEG ? "JPEG" : fileType == FILE_TYPE_PSD ? "PSD" : "TIFF";
 }
 
-Photo readPhoto(const std::string& path) {
+Photo readRecord(const std::string& path) {
     const std::optional<int32_t> fileType = findFileType(path);
     if (!fileType) {
         throw Failure(path, "it is not a JPEG, TIFF or PSD file: " + beginning(readStart(path, 4)));
     }
     Photo photo = {.path = path, .fileType = *fileType};
     const int32_t result = getExifData(path.c_str(), *fileType, &photo.info);
-    photo.damaged = result == ChainBreaksBehindExif;
-    if (photo.damaged) {
-        complain("warning: " + path + ": " + readingProblem(*fileType, result));
+    if (result == ChainBreaksBehindExif) {
+        photo.damage = readingProblem(*fileType, result);
     } else if (result < 0) {
         throw Failure(path, readingProblem(*fileType, result));
+    }
+    takeLensOfPacket(photo);
+    return photo;
+}
+
+Photo readPhoto(const std::string& path) {
+    Photo photo = readRecord(path);
+    if (!photo.damage.empty()) {
+        complain("warning: " + path + ": " + photo.damage);
     }
     return photo;
 }

@@ -13,7 +13,7 @@ struct Photo {
     std::string path;
     int32_t fileType = FILE_TYPE_TIFF;
     ExifInfo info = {};
-    bool damaged = false; // the record is filled, but the file breaks off behind its EXIF data
+    std::string damage = {}; // why the record holds only a part: the file breaks off behind its EXIF data
 };
 
 // The writers' form of a photograph's record.
@@ -27,7 +27,9 @@ std::optional<int32_t> findFileType(const std::string& path);
 
 const char* containerName(int32_t fileType);
 
-// Throws Failure when the file is no photograph or cannot be read; a damaged one only gets a warning.
+// Throw Failure when the file is no photograph or cannot be read. A damaged one is taken as far as it goes, by
+// readPhoto with a warning.
+Photo readRecord(const std::string& path);
 Photo readPhoto(const std::string& path);
 
 WriterRecords writerRecords(const Photo& photo);

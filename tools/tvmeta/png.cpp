@@ -26,7 +26,10 @@ Image decodePng(const std::string& path, const Bytes& file) {
     const std::unique_ptr<void, StbDeleter> samples(isDeep ? decode(stbi_load_16_from_memory)
                                                            : decode(stbi_load_from_memory));
     if (!samples) {
-        throw Failure(path, std::string("it cannot be decoded as PNG: ") + stbi_failure_reason());
+        // There is no reason where memory for the unpacked rows is lacking.
+        const char* reason = stbi_failure_reason();
+        throw Failure(path, reason == nullptr ? "there is not enough memory"
+                                              : std::string("it cannot be decoded as PNG: ") + reason);
     }
     const auto* bytes = static_cast<const unsigned char*>(samples.get());
     image.samples.assign(bytes, bytes + sampleBytes(image));

@@ -109,6 +109,14 @@ bool isNumber(const std::string& text) {
     return error == std::errc() && parsed == end && std::isfinite(number);
 }
 
+// Why a setting does not take a value. A gamma or clip below 0 has no logarithm, and so becomes no number.
+std::string objection(const std::string& given, const std::string& found) {
+    if (!isNumber(given) || isNumber(found)) {
+        return "it would hold '" + found + "'";
+    }
+    return found.ends_with("nan") ? "it must not be below 0" : "it cannot hold a number of that size";
+}
+
 // The parser passes over what it does not know. So a setting that was given must be found again in what the library
 // writes: a number as a number, whatever its decimals, and a word as it is.
 void requireTaken(const Setting& given, const std::vector<Setting>& written) {
@@ -123,8 +131,8 @@ void requireTaken(const Setting& given, const std::vector<Setting>& written) {
     }
     const bool isTaken = isNumber(given.value) ? isNumber(found->value) : given.value == found->value;
     if (!isTaken) {
-        throw WrongCommandLine("setting '" + given.name + "' of " + method + " does not take '" + given.value +
-                               "'; it would hold '" + found->value + "'");
+        throw WrongCommandLine("setting '" + given.name + "' of " + method + " does not take '" + given.value + "'; " +
+                               objection(given.value, found->value));
     }
 }
 
@@ -132,8 +140,10 @@ void requireTaken(const Setting& given, const std::vector<Setting>& written) {
 
 void addSettingsOptions(CLI::App& command, SettingsOptions& options, bool required) {
     CLI::Option* method = command.add_option("--method", options.method, "Processing method, named below");
-    method->required(required)->option_text("NAME");
-    command.add_option("--set", options.assignments, "A setting of the method; those not given are 0")
+    method->required(required)->option_text(required ? "NAME REQUIRED" : "NAME");
+    command
+        .add_option("--set", options.assignments,
+                    "A setting of the method, as settings show prints\nit; may be repeated")
         ->option_text("NAME=VALUE")
         ->allow_extra_args(false)
         ->needs(method);

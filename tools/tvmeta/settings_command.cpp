@@ -39,18 +39,21 @@ void showSettings(const std::string& path) {
 }
 
 void writeSettings(const std::string& path, const Settings& settings) {
+    requireOutput(path, {});
     const int32_t result = write_xmp(path.c_str(), settings.method, settings.values.data());
-    if (result == -1) {
-        throw Failure(path, writingObstacle(path, "it cannot be opened for writing"));
-    }
     if (result != 1) {
-        throw Failure(path, explain(result, {{-3, "it could not be written whole and is incomplete"},
+        throw Failure(path, explain(result, {{-1, "it cannot be opened for writing"},
+                                             {-3, "it could not be written whole and is incomplete"},
                                              {-4, "there is not enough memory; the file is empty"}}));
     }
-    std::cout << "wrote " << printable(path) << "\n";
+    messagesFor(path) << "wrote " << printable(path) << "\n";
 }
 
 std::string inserted(const std::string& path, const Settings& settings) {
+    if (findFileType(path)) {
+        throw Failure(path, "expected an XMP packet in a file of its own, found a photograph: what stands behind the "
+                            "packet would move, and the photograph would be spoilt");
+    }
     std::string packet(asText(readFile(path)));
     const int32_t length = librarySize(packet);
     const float* values = settings.values.data();
@@ -71,11 +74,13 @@ std::string inserted(const std::string& path, const Settings& settings) {
 }
 
 void insertSettings(const std::string& path, const Settings& settings, const std::string& output) {
+    requireOutput(output, {path});
     const std::string packet = inserted(path, settings);
     writeFile(output, packet);
-    std::cout << "wrote " << printable(output) << "\n";
+    std::ostream& messages = messagesFor(output);
+    messages << "wrote " << printable(output) << "\n";
     if (tvsettings_occurences_in_xmp(librarySize(packet) + 1, packet.c_str()) > 1) {
-        std::cout << "it held settings before; the new ones stand first and count\n";
+        messages << "it held settings before; the new ones stand first and count\n";
     }
 }
 
@@ -93,7 +98,7 @@ void addSettingsCommand(CLI::App& app) {
     command->footer("Each of them has a help of its own, such as tvmeta settings show --help.");
     const auto options = std::make_shared<Options>();
 
-    CLI::App* show = command->add_subcommand("show", "Show the settings in a settings file, photograph or TIFF file");
+    CLI::App* show = command->add_subcommand("show", "Show the settings in a photograph or settings file");
     show->add_option("FILE", options->file, "File with a settings packet")->required();
     show->footer("Example:\n"
                  "  tvmeta settings show result.tif");
@@ -102,17 +107,17 @@ void addSettingsCommand(CLI::App& app) {
     CLI::App* write = command->add_subcommand("write", "Write a settings file");
     write->add_option("OUT", options->output, "Settings file to write")->required();
     addSettingsOptions(*write, options->settings, true);
-    write->footer(methodHelp() +
-                  "Example:\n"
-                  "  tvmeta settings write my.xmp --method 'Details Enhancer' --set Strength=70 --set Gamma=1.20");
+    write->footer(methodHelp() + "Example:\n"
+                                 "  tvmeta settings write my.xmp --method 'Details Enhancer' \\\n"
+                                 "    --set Strength=70 --set Gamma=1.20");
     write->callback([options] { writeSettings(options->output, settingsFrom(options->settings)); });
 
     CLI::App* insert = command->add_subcommand("insert", "Insert settings into an XMP packet");
-    insert->add_option("PACKET", options->file, "File that holds the XMP packet")->required();
+    insert->add_option("PACKET", options->file, "XMP packet, in a file of its own")->required();
     insert->add_option("-o,--output", options->output, "File to write")->required();
     addSettingsOptions(*insert, options->settings, true);
-    insert->footer(methodHelp() +
-                   "Example:\n"
-                   "  tvmeta settings insert packet.xmp -o new.xmp --method Fusion/Intensive --set Radius=70");
+    insert->footer(methodHelp() + "Example:\n"
+                                  "  tvmeta settings insert packet.xmp -o new.xmp \\\n"
+                                  "    --method Fusion/Intensive --set Radius=70");
     insert->callback([options] { insertSettings(options->file, settingsFrom(options->settings), options->output); });
 }

@@ -93,11 +93,9 @@ Image imageFor(const Options& options) {
                       : "it holds integer samples: expected a --depth of 8 or 16, found " + options.depth);
 }
 
-std::string writingProblem(int32_t result, const Options& options, const Image& image) {
-    if (result == -1) {
-        return writingObstacle(options.output, "it cannot be opened for writing, or there is not enough memory");
-    }
-    return explain(result, {{-2, "its header could not be written; the file is incomplete"},
+std::string writingProblem(int32_t result, const Image& image) {
+    return explain(result, {{-1, "it cannot be opened for writing, or there is not enough memory"},
+                            {-2, "its header could not be written; the file is incomplete"},
                             {-3, "its pixels could not be written; the file is incomplete"},
                             {-4, "there is not enough memory; the file is incomplete"},
                             {-6, "expected an image of less than 2 GiB, found " + std::to_string(image.width) + " x " +
@@ -106,6 +104,7 @@ std::string writingProblem(int32_t result, const Options& options, const Image& 
 }
 
 void writeTiff(const Options& options) {
+    requireOutput(options.output, {options.image, options.photo, options.profile});
     const Metadata metadata = collectMetadata(options);
     const Image image = imageFor(options);
     const Depth depth = depthOf(options, image);
@@ -128,24 +127,25 @@ void writeTiff(const Options& options) {
                 &metadata.records.gps, librarySize(metadata.iptc), metadata.iptc.data(), metadata.settings.method,
                 metadata.settings.values.data(), packetLength, metadata.packet.c_str(), options.output.c_str());
     if (result < 0) {
-        throw Failure(options.output, writingProblem(result, options, image));
+        throw Failure(options.output, writingProblem(result, image));
     }
-    std::cout << "wrote " << printable(options.output) << ": " << image.width << " x " << image.height << " pixels\n";
+    messagesFor(options.output) << "wrote " << printable(options.output) << ": " << image.width << " x " << image.height
+                                << " pixels\n";
 }
 
 } // namespace
 
 void addTiffCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("tiff", "Write an image as a TIFF file with a photograph's metadata");
+    CLI::App* command = app.add_subcommand("tiff", "Save an image as TIFF with a photograph's metadata");
     const auto options = std::make_shared<Options>();
-    command->add_option("IMAGE", options->image, "PNG, binary PGM or PPM, Radiance HDR or OpenEXR picture")->required();
+    command->add_option("IMAGE", options->image, "PNG, binary PGM or PPM, Radiance HDR or OpenEXR")->required();
     command->add_option("OUT", options->output, "TIFF file to write")->required();
     command
         ->add_option("--photo", options->photo,
-                     "Photograph whose metadata the file gets: camera, exposure, GPS, IPTC, XMP")
+                     "Photograph whose metadata the file gets: camera,\nexposure, GPS, IPTC, XMP")
         ->option_text("PHOTO");
     addSettingsOptions(*command, options->settings, false);
-    command->add_option("--icc", options->profile, "ICC profile of the image, or photograph that holds it")
+    command->add_option("--icc", options->profile, "ICC profile of the image, or photograph with it")
         ->option_text("PROFILE");
     command
         ->add_flag("--icc-from-photo", options->profileFromPhoto, "Take the ICC profile of the photograph of --photo")
@@ -156,7 +156,7 @@ void addTiffCommand(CLI::App& app) {
         ->check(CLI::Range(1, 4294967)) // thousandths of it are stored in 32 bits
         ->option_text("N");
     command
-        ->add_option("--depth", options->depth, "8 or 16 for PNG, PGM, PPM; 32 or 16f (half floats) for HDR, OpenEXR")
+        ->add_option("--depth", options->depth, "8 or 16 for PNG, PGM, PPM; 32 or 16f (half floats)\nfor HDR, OpenEXR")
         ->check(CLI::IsMember(DepthNames))
         ->option_text("DEPTH");
     command->add_option("--orientation", options->orientation, "TIFF orientation code; else the photograph's")
