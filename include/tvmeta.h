@@ -308,7 +308,7 @@ TVMETA_API int32_t fgetm4(FILE* stream) TVMETA_NOEXCEPT;
  *   and 64 MiB of description and Photoshop payloads, further ones are passed over. In a JPEG only the
  *   first APP1 segment can be the EXIF data, and only the next one, within ten markers, the XMP packet,
  *   whose place is kept only if it holds processing settings. Elsewhere its place is kept in any case.
- * @standard TIFF 6.0, EXIF 2.3, JPEG (ITU-T T.81), XMP part 3, Photoshop file format.
+ * @standard TIFF 6.0, EXIF 2.3, JPEG (ITU-T T.81), XMP storage in files, Photoshop file format.
  */
 TVMETA_API int32_t getExifData(const char* path, int32_t fileType, ExifInfo* info) TVMETA_NOEXCEPT;
 
@@ -442,7 +442,7 @@ TVMETA_API int32_t time_from_datetime(const char* text, time_t reference, float*
  *   request that is none of the above
  * @failure lens and settings are untouched.
  * @limits the text is searched byte by byte, not parsed as XML; values are not checked for range.
- * @standard XMP part 1, serialisation in RDF; XMP part 2, EXIF auxiliary properties.
+ * @standard ISO 16684-1, serialisation in RDF; XMP additional properties, EXIF auxiliary.
  */
 TVMETA_API int32_t get_settings_from_xmp(int32_t method, int32_t length, const char* buffer, char* lens,
                                          float* settings) TVMETA_NOEXCEPT;
@@ -510,7 +510,7 @@ TVMETA_API int32_t tvsettings_occurences_in_xmp(int32_t length, const char* buff
  *   digit of pass beyond two). May be null when measuring; else null: 0. No terminating zero is written.
  * @retval >0  the length of the packet
  * @retval 0  the lens name is longer than 2^31 - 65537 bytes; nothing is written
- * @standard XMP part 1, serialisation in RDF.
+ * @standard ISO 16684-1, serialisation in RDF.
  */
 TVMETA_API int32_t embed_xmp(int32_t pass, int32_t method, const float* settings, int32_t lensLength, const char* lens,
                              char* out) TVMETA_NOEXCEPT;
@@ -623,7 +623,7 @@ TVMETA_API int32_t get_exif_count(const MetadataBuf* metadata, int32_t* exifCoun
  * @failure the file, once it was opened, is left incomplete.
  * @limits memory for one block of about 1 MiB (one row if it is larger) and for the metadata. Values may
  *   start at odd offsets. The product of resolution and 1000 wraps modulo 2^32.
- * @standard TIFF 6.0; EXIF 2.3; XMP part 3; IPTC-IIM in tag 33723.
+ * @standard TIFF 6.0; EXIF 2.3; XMP storage in files; IPTC-IIM in tag 33723.
  */
 TVMETA_API int32_t buf2tif(const void* pixels, const TifImageInfo* info, int32_t rowPitch, const unsigned char* icc,
                            const MetadataBuf* metadata, const GpsBuf* gps, int32_t iptcLength,

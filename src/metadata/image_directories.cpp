@@ -1,4 +1,4 @@
-// The image directories of a TIFF structure (TIFF 6.0; XMP part 3 and IPTC-IIM for tags 700 and 33723).
+// The image directories of a TIFF structure (TIFF 6.0; XMP storage in files and IPTC-IIM for tags 700 and 33723).
 #include "metadata/exif_info.h"
 #include "metadata/status.h"
 #include "support/bytes.h"

@@ -1,4 +1,4 @@
-// JPEG files (ITU-T T.81 annex B): segments that carry EXIF (EXIF 2.3, section 4.5.4), XMP (XMP part 3, section 1.1.3)
+// JPEG files (ITU-T T.81 annex B): segments that carry EXIF (EXIF 2.3, section 4.5.4), XMP (XMP storage in files)
 // and Photoshop resources.
 #include "metadata/containers.h"
 #include "metadata/status.h"

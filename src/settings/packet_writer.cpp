@@ -1,4 +1,4 @@
-// Writes a settings packet (XMP part 1, serialisation in RDF). The text is described once; a sink measures or stores
+// Writes a settings packet (ISO 16684-1, serialisation in RDF). The text is described once; a sink measures or stores
 // it.
 #include "settings/packet_writer.h"
 

@@ -23,11 +23,11 @@ inline constexpr std::string_view SettingsPrefix = "tvtm:";
 inline constexpr QuotedText SettingsDeclaration{
     {"xmlns:tvtm=", 6}, "xmlns:tvtm='http://" TVMETA_MAKER_HOST "/", "xmlns:tvtm=\"http://" TVMETA_MAKER_HOST "/"};
 
-// EXIF auxiliary properties (XMP part 2), of which the lens name is read and written.
+// EXIF auxiliary properties (XMP additional properties), of which the lens name is read and written.
 inline constexpr QuotedText AuxDeclaration{
     {"xmlns:aux=", 7}, "xmlns:aux='" TVMETA_AUX_URI, "xmlns:aux=\"" TVMETA_AUX_URI};
 
-// The opening tags of a packet (XMP part 1): the first without its closing quote, the second whole.
+// The opening tags of a packet (ISO 16684-1): the first without its closing quote, the second whole.
 inline constexpr QuotedText XmpmetaOpening{
     {"<x:xmpmeta xmlns:x=", 5}, "<x:xmpmeta xmlns:x='adobe:ns:meta/", "<x:xmpmeta xmlns:x=\"adobe:ns:meta/"};
 inline constexpr QuotedText RdfOpening{{"<rdf:RDF xmlns:rdf=", 5},

@@ -1,6 +1,7 @@
 // Support: the names of the tags and field types that readers and writers share.
 //
-// Standards: TIFF 6.0 (section 2, appendix A), EXIF 2.3 (sections 4.6.2 to 4.6.6), XMP part 3, ICC.1 annex B.4.
+// Standards: TIFF 6.0 (section 2, appendix A), EXIF 2.3 (sections 4.6.2 to 4.6.6), XMP storage in files, ICC.1
+// annex B.4.
 #pragma once
 
 #include <cstddef>
