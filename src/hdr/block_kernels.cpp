@@ -1,6 +1,5 @@
 #include "hdr/block_kernels.h"
 
-#include "hdr/block_kernels_avx2.h"
 #include "hdr/block_loops.h"
 #include "support/processor.h"
 
@@ -70,7 +69,8 @@ std::uint64_t lowestBits(const unsigned char* bytes) noexcept {
     return bits;
 }
 
-// In 256ths of a unit, so that the last eight bits are what is cut off.
+// In 256ths of a unit, so that the last eight bits are what is cut off. Step by step, since compilers see vectors in
+// loops that do one thing.
 void roundToUnit(const unsigned char* __restrict luminance, const unsigned char* __restrict exponents, int unit,
                  loops::RoundedBlock& __restrict out) noexcept {
     constexpr int FractionBits = 8;
@@ -116,8 +116,14 @@ ExponentRange exponentRange(const unsigned char* exponents) noexcept {
     return loops::exponentRange(exponents);
 }
 
-void luminances(const Block& block, unsigned char* out) noexcept {
-    loops::luminances(block, out);
+void luminances(const Block& block, unsigned char* __restrict out) noexcept {
+    const unsigned char* const __restrict blue = block.blue;
+    const unsigned char* const __restrict green = block.green;
+    const unsigned char* const __restrict red = block.red;
+    const unsigned char* const __restrict exponent = block.exponent;
+    for (std::size_t i = 0; i < BlockPixels; ++i) {
+        out[i] = luminance(blue[i], green[i], red[i]) & loops::maskOf(exponent[i] != 0);
+    }
 }
 
 int highestLuminance(const unsigned char* luminance, const unsigned char* exponents, int exponent) noexcept {

@@ -3,6 +3,8 @@
 // What is done to a block of pixels: kernels without branches, in vector instructions.
 #pragma once
 
+#include "support/processor.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -66,6 +68,9 @@ struct BlockKernels {
 };
 
 extern const BlockKernels PortableKernels; // what compilers make of plain loops
+#ifdef TVMETA_WIDE_VECTORS
+extern const BlockKernels Avx2Kernels; // in vectors of 32 bytes, for processors that have them
+#endif
 
 // The fastest that the processor has.
 const BlockKernels& blockKernels() noexcept;

@@ -1,5 +1,3 @@
-#include "hdr/block_kernels_avx2.h"
-
 #include "hdr/block_loops.h"
 
 #ifdef TVMETA_WIDE_VECTORS

@@ -28,16 +28,6 @@ TVMETA_INLINE_LOOP ExponentRange exponentRange(const unsigned char* exponents) n
     return {lowestOfPixels + 1, highest, lowest > 0};
 }
 
-TVMETA_INLINE_LOOP void luminances(const Block& block, unsigned char* __restrict out) noexcept {
-    const unsigned char* const __restrict blue = block.blue;
-    const unsigned char* const __restrict green = block.green;
-    const unsigned char* const __restrict red = block.red;
-    const unsigned char* const __restrict exponent = block.exponent;
-    for (std::size_t i = 0; i < BlockPixels; ++i) {
-        out[i] = luminance(blue[i], green[i], red[i]) & maskOf(exponent[i] != 0);
-    }
-}
-
 // Both are done in two steps, since compilers see no vectors in a reduction of choices.
 TVMETA_INLINE_LOOP int highestLuminance(const unsigned char* __restrict luminance,
                                         const unsigned char* __restrict exponents, int exponent) noexcept {

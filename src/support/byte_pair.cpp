@@ -75,7 +75,6 @@ std::size_t scanForPair(const char* text, std::size_t from, std::size_t to, Byte
     }
     return from;
 }
-
 #endif
 
 } // namespace

@@ -91,13 +91,15 @@ std::optional<float> scanShortDecimal(std::string_view text) noexcept {
     std::size_t i = 0;
     std::size_t fraction = 0; // how many digits behind the point, once it has been seen
     bool point = false;
-    for (; i < text.size() && (isDigit(text[i]) || (text[i] == '.' && !point)); ++i) {
-        if (text[i] == '.') {
+    for (; i < text.size(); ++i) {
+        if (isDigit(text[i])) {
+            digits = digits * 10 + static_cast<std::uint32_t>(text[i] - '0');
+            fraction += point ? 1 : 0;
+        } else if (text[i] == '.' && !point) {
             point = true;
-            continue;
+        } else {
+            break;
         }
-        digits = digits * 10 + static_cast<std::uint32_t>(text[i] - '0');
-        fraction += point ? 1 : 0;
         if (digits > LargestDigits || fraction > LongestFraction) {
             return std::nullopt;
         }
