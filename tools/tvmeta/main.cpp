@@ -1,8 +1,8 @@
 // tvmeta: the library's functions at the command line.
 
-#include "commands.h"
-#include "failure.h"
-#include "text.h"
+#include "commands/commands.h"
+#include "output/failure.h"
+#include "output/text.h"
 
 #include <tvmeta.h>
 

@@ -1,6 +1,6 @@
-#include "failure.h"
+#include "output/failure.h"
 
-#include "text.h"
+#include "output/text.h"
 
 #include <iostream>
 

@@ -1,6 +1,6 @@
-#include "files.h"
+#include "output/files.h"
 
-#include "failure.h"
+#include "output/failure.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

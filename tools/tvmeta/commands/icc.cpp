@@ -1,12 +1,12 @@
 // tvmeta icc: names a profile, or replaces that of a TIFF file.
 
-#include "icc.h"
+#include "commands/icc.h"
 
-#include "commands.h"
-#include "failure.h"
-#include "photo.h"
-#include "photo_profile.h"
-#include "text.h"
+#include "commands/commands.h"
+#include "output/failure.h"
+#include "output/text.h"
+#include "photographs/photo.h"
+#include "photographs/photo_profile.h"
 
 #include <tvmeta.h>
 

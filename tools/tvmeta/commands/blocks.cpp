@@ -1,9 +1,9 @@
 // tvmeta exif and tvmeta iptc: metadata blocks as other file formats embed them.
 
-#include "commands.h"
-#include "failure.h"
-#include "photo.h"
-#include "text.h"
+#include "commands/commands.h"
+#include "output/failure.h"
+#include "output/text.h"
+#include "photographs/photo.h"
 
 #include <iomanip>
 #include <iostream>

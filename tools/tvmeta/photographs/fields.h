@@ -1,7 +1,7 @@
 // What tvmeta info tells about a photograph, field by field.
 #pragma once
 
-#include "photo.h"
+#include "photographs/photo.h"
 
 #include <nlohmann/json.hpp>
 

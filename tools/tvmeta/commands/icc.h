@@ -1,7 +1,7 @@
 // ICC profiles, by themselves or in photographs.
 #pragma once
 
-#include "files.h"
+#include "output/files.h"
 
 #include <string>
 

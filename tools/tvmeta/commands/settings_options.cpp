@@ -1,7 +1,7 @@
-#include "settings.h"
+#include "commands/settings_options.h"
 
-#include "failure.h"
-#include "text.h"
+#include "output/failure.h"
+#include "output/text.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,12 +1,12 @@
 // tvmeta info: the records of photographs, as a list, a table or JSON.
 
-#include "commands.h"
-#include "failure.h"
-#include "fields.h"
-#include "photo_files.h"
-#include "table.h"
-#include "terminal.h"
-#include "text.h"
+#include "commands/commands.h"
+#include "output/failure.h"
+#include "output/table.h"
+#include "output/terminal.h"
+#include "output/text.h"
+#include "photographs/fields.h"
+#include "photographs/photo_files.h"
 
 #include <algorithm>
 #include <functional>

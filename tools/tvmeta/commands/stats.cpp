@@ -1,9 +1,9 @@
 // tvmeta stats: the luminance of an HDR picture.
 
-#include "commands.h"
-#include "failure.h"
-#include "image.h"
-#include "text.h"
+#include "commands/commands.h"
+#include "output/failure.h"
+#include "output/text.h"
+#include "pictures/image.h"
 
 #include <tvmeta.h>
 

@@ -1,7 +1,7 @@
-#include "photo_profile.h"
+#include "photographs/photo_profile.h"
 
-#include "failure.h"
-#include "psd_resources.h"
+#include "output/failure.h"
+#include "photographs/psd_resources.h"
 
 #include <tvmeta.h>
 

@@ -1,8 +1,8 @@
 // Radiance HDR pictures: RGBE pixels, plain or with run-length coded planes. Read here and not by stb_image, which
 // hands out floats where the statistics want shared exponents, and never returns from a file that is cut short.
 
-#include "failure.h"
-#include "image.h"
+#include "output/failure.h"
+#include "pictures/image.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // Pictures to be written as TIFF files or measured.
 #pragma once
 
-#include "files.h"
+#include "output/files.h"
 
 #include <cstdint>
 #include <string>

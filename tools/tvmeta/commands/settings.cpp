@@ -1,10 +1,10 @@
 // tvmeta settings: packets of processing settings in files.
 
-#include "commands.h"
-#include "failure.h"
-#include "photo.h"
-#include "settings.h"
-#include "text.h"
+#include "commands/commands.h"
+#include "commands/settings_options.h"
+#include "output/failure.h"
+#include "output/text.h"
+#include "photographs/photo.h"
 
 #include <iomanip>
 #include <iostream>

@@ -1,12 +1,12 @@
 // tvmeta tiff: a result image with the metadata of its source photograph.
 
-#include "commands.h"
-#include "failure.h"
-#include "icc.h"
-#include "image.h"
-#include "photo.h"
-#include "settings.h"
-#include "text.h"
+#include "commands/commands.h"
+#include "commands/icc.h"
+#include "commands/settings_options.h"
+#include "output/failure.h"
+#include "output/text.h"
+#include "photographs/photo.h"
+#include "pictures/image.h"
 
 #include <iostream>
 #include <map>

@@ -1,7 +1,7 @@
 // PNG pictures, as stb_image decodes them.
 
-#include "failure.h"
-#include "image.h"
+#include "output/failure.h"
+#include "pictures/image.h"
 
 #include <memory>
 

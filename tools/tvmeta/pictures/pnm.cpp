@@ -1,7 +1,7 @@
 // Binary PGM and PPM pictures.
 
-#include "failure.h"
-#include "image.h"
+#include "output/failure.h"
+#include "pictures/image.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,7 +1,7 @@
-#include "image.h"
+#include "pictures/image.h"
 
-#include "failure.h"
-#include "text.h"
+#include "output/failure.h"
+#include "output/text.h"
 
 #include <half.h>
 

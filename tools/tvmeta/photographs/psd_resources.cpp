@@ -1,4 +1,4 @@
-#include "psd_resources.h"
+#include "photographs/psd_resources.h"
 
 #include <tvmeta.h>
 

@@ -1,7 +1,7 @@
-#include "fields.h"
+#include "photographs/fields.h"
 
-#include "failure.h"
-#include "text.h"
+#include "output/failure.h"
+#include "output/text.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // The photographs that a command line names, by themselves or in folders.
 #pragma once
 
-#include "terminal.h"
+#include "output/terminal.h"
 
 #include <cstddef>
 #include <string>

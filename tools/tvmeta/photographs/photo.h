@@ -1,7 +1,7 @@
 // Source photographs: the library's record of one, and the blocks that the record points to.
 #pragma once
 
-#include "files.h"
+#include "output/files.h"
 
 #include <tvmeta.h>
 

@@ -1,7 +1,7 @@
 // OpenEXR pictures: the red, green and blue or the luminance channel of the first part, within its data window.
 
-#include "failure.h"
-#include "image.h"
+#include "output/failure.h"
+#include "pictures/image.h"
 
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>

@@ -1,6 +1,6 @@
 // From the pixels of the library's statistics, three mantissas with one exponent, to floats and back.
 
-#include "image.h"
+#include "pictures/image.h"
 
 #include <algorithm>
 #include <array>

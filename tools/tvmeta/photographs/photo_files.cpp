@@ -1,7 +1,7 @@
-#include "photo_files.h"
+#include "photographs/photo_files.h"
 
-#include "failure.h"
-#include "photo.h"
+#include "output/failure.h"
+#include "photographs/photo.h"
 
 #include <algorithm>
 #include <filesystem>

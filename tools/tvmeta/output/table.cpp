@@ -1,6 +1,6 @@
-#include "table.h"
+#include "output/table.h"
 
-#include "text.h"
+#include "output/text.h"
 
 #include <algorithm>
 #include <iostream>

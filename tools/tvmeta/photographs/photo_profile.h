@@ -1,7 +1,7 @@
 // The ICC profiles inside photographs, for which the library's record has no place.
 #pragma once
 
-#include "files.h"
+#include "output/files.h"
 
 #include <cstdint>
 #include <string>

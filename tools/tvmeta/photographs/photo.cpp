@@ -1,8 +1,8 @@
-#include "photo.h"
+#include "photographs/photo.h"
 
-#include "failure.h"
-#include "psd_resources.h"
-#include "text.h"
+#include "output/failure.h"
+#include "output/text.h"
+#include "photographs/psd_resources.h"
 
 namespace {
 
