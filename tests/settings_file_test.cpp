@@ -82,6 +82,10 @@ TEST(PacketWriter, Values) {
         {"Gamma", 1, 8, 100, "0.50"},
         {"WhiteClip", 3, 3, 5, "7.975"},
         {"BlackClip", 3, 4, 0, "0.000"},
+        {"WhiteClip", 3, 3, -5, "-nan"}, // no value: the same text on every platform
+        {"WhiteClip", 3, 3, Nan, "nan"},
+        {"Gamma", 1, 8, -INFINITY, "inf"},
+        {"Gamma", 1, 8, -Nan, "-nan"},
         {"Smoothing", 1, 5, 2.9F, "Medium  "},
         {"Smoothing", 1, 5, 0.9F, "Very High"},
         {"Smoothing", 1, 5, 77, "Very Low"},

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
@@ -83,6 +84,7 @@ TEST(Detection, RequestsAndTerminators) {
 TEST(Parameters, ValuesByFormAndVersion) {
     const std::int32_t details = METHOD_DETAILS_ENHANCER;
     const std::int32_t optimizer = METHOD_CONTRAST_OPTIMIZER;
+    constexpr float Nan = std::numeric_limits<float>::quiet_NaN();
     const struct {
         const char* what;
         std::int32_t method;
@@ -107,6 +109,14 @@ TEST(Parameters, ValuesByFormAndVersion) {
         {"a second point", optimizer, "Contrast Optimizer", "5.0", element("Strength", "1.2.3"), 0, 1.2F},
         {"a blank for an exponent", optimizer, "Contrast Optimizer", "5.0",
          element("Strength", "1" + Bytes(45, '0') + "e -60"), 0, INFINITY},
+        {"infinity", details, "Details Enhancer", "5.0", element("Strength", "-inf"), 1, -INFINITY},
+        {"infinity in full, any case", details, "Details Enhancer", "5.0", element("Strength", " +InFiNiTyX"), 1,
+         INFINITY},
+        {"infinity, not in full", details, "Details Enhancer", "5.0", element("Strength", "infinit"), 1, Untouched},
+        {"NaN", details, "Details Enhancer", "5.0", element("WhiteClip", "-nan"), 3, -Nan},
+        {"NaN with a payload", details, "Details Enhancer", "5.0", element("WhiteClip", "NaN(12)"), 3, Nan},
+        {"not quite NaN", details, "Details Enhancer", "5.0", element("WhiteClip", "na"), 3, Untouched},
+        {"no words in integers", details, "Details Enhancer", "2.4", element("Strength", "inf"), 1, Untouched},
         {"white space and sign", details, "Details Enhancer", "5.0", element("Strength", "\n +.5e1x"), 1, 5.0F},
         {"no number", details, "Details Enhancer", "5.0", element("Strength", "."), 1, Untouched},
         {"empty, then a digit", details, "Details Enhancer", "5.0", element("Strength", "x7"), 1, 7.0F},
@@ -125,6 +135,9 @@ TEST(Parameters, ValuesByFormAndVersion) {
         {"no gamma", details, "Details Enhancer", "5.0", "", 8, 50.0F},
         {"unreadable gamma", details, "Details Enhancer", "5.0", element("Gamma", "x y"), 8, Untouched},
         {"gamma 0", details, "Details Enhancer", "5.0", element("Gamma", "0"), 8, INFINITY},
+        {"gamma below 0", details, "Details Enhancer", "5.0", element("Gamma", "-1"), 8, -Nan},
+        {"gamma NaN", details, "Details Enhancer", "5.0", element("Gamma", "nan"), 8, Nan},
+        {"clip below 0", optimizer, "Contrast Optimizer", "5.0", element("WhiteClip", "-1"), 3, -Nan},
         {"panorama", details, "Details Enhancer", "5.0", element("IsPano360", "Yes"), 15, 1.0F},
         {"lower case is no", details, "Details Enhancer", "5.0", element("IsPano360", "yes"), 15, 0.0F},
         {"clip", optimizer, "Contrast Optimizer", "5.0", element("WhiteClip", "10.0"), 3, 10.0F},
@@ -135,7 +148,10 @@ TEST(Parameters, ValuesByFormAndVersion) {
     for (const auto& test : cases) {
         Slots slots;
         EXPECT_GT(parse(test.method, elementPacket(test.name, test.lines, test.version), slots), 46) << test.what;
-        EXPECT_EQ(slots[static_cast<std::size_t>(test.slot)], test.value) << test.what;
+        // by their bits, for the sign of NaN
+        EXPECT_EQ(std::bit_cast<std::uint32_t>(slots[static_cast<std::size_t>(test.slot)]),
+                  std::bit_cast<std::uint32_t>(test.value))
+            << test.what << ' ' << slots[static_cast<std::size_t>(test.slot)];
     }
 }
 

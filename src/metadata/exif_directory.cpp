@@ -1,9 +1,9 @@
 // The EXIF directory (EXIF 2.3, sections 4.6.3 and 4.6.5).
 #include "metadata/exif_info.h"
-#include "support/mathematics.h"
 
 #include <cmath>
 #include <cstdint>
+#include <numbers>
 
 namespace tvmeta {
 
@@ -25,7 +25,7 @@ void readFloat(const TiffStructure& tiff, float& field) noexcept {
 float readShutterSpeed(const TiffStructure& tiff) noexcept {
     const Rational rational = tiff.readRational();
     const float value = rational.denominator != 0 ? quotient(rational) : static_cast<float>(rational.numerator);
-    return value != 0.0F ? static_cast<float>(1.0 / std::exp(static_cast<double>(value) * Ln2)) : 0.0F;
+    return value != 0.0F ? static_cast<float>(1.0 / std::exp(static_cast<double>(value) * std::numbers::ln2)) : 0.0F;
 }
 
 std::int32_t readExposureIndex(const TiffStructure& tiff) noexcept {

@@ -72,8 +72,4 @@ inline constexpr int SmoothingModeSlot = DETAILS_ENHANCER_SMOOTHING_MODE;
 inline constexpr int SmoothingLevelSlot = DETAILS_ENHANCER_SMOOTHING_LEVEL;
 inline constexpr int SmoothingSliderSlot = DETAILS_ENHANCER_SMOOTHING_SLIDER;
 
-// The clip curve: packet value to slot value, and back.
-inline constexpr double ClipExponent = 3.063922574380088;
-inline constexpr double ClipExponentReciprocal = 0.3263790046007694;
-
 } // namespace tvmeta

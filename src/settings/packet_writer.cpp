@@ -3,14 +3,13 @@
 #include "settings/packet_writer.h"
 
 #include "settings/methods.h"
+#include "settings/value_curves.h"
 #include "settings/xmp_names.h"
 #include "support/bytes.h"
-#include "support/mathematics.h"
 #include "support/text_numbers.h"
 #include "tvmeta.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <iterator>
 #include <limits>
@@ -62,14 +61,6 @@ void putNamespaceNumber(TextSink& sink, std::int32_t number) noexcept {
         number /= 10;
     }
     sink.put(std::string_view(digits, static_cast<std::size_t>(std::end(buffer) - digits)));
-}
-
-float gammaFromSlider(float slider) noexcept {
-    return static_cast<float>(std::exp((50.0 - static_cast<double>(slider)) * Ln2 / 50.0));
-}
-
-float clipFromSlot(float slot) noexcept {
-    return static_cast<float>(10.0 * std::pow(static_cast<double>(slot) / 10.0, ClipExponentReciprocal));
 }
 
 bool smoothsBySlider(const float* settings) noexcept {

@@ -1,14 +1,13 @@
 // Reads the parameters of a packet: one pass over the text that notes where each tag stands, then the values.
 #include "settings/methods.h"
 #include "settings/packet_parser.h"
+#include "settings/value_curves.h"
 #include "settings/xmp_names.h"
-#include "support/mathematics.h"
 #include "support/text_numbers.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -136,18 +135,9 @@ std::optional<float> readMicrocontrast(const Packet& packet, std::string_view va
     return isNumber ? readVersionedNumber(packet, value) : readWord(value, MicrocontrastWords);
 }
 
-std::optional<float> sliderFromGamma(std::optional<float> gamma) noexcept {
-    if (!gamma) {
-        return std::nullopt;
-    }
-    return static_cast<float>((std::log(static_cast<double>(*gamma)) / -Ln2 + 1.0) * 50.0);
-}
-
-std::optional<float> slotFromClip(std::optional<float> clip) noexcept {
-    if (!clip) {
-        return std::nullopt;
-    }
-    return static_cast<float>(std::pow(static_cast<double>(*clip) / 10.0, ClipExponent) * 10.0);
+// The slot value of a packet value, if there is one.
+std::optional<float> convert(std::optional<float> value, float (*curve)(float)) noexcept {
+    return value ? std::optional<float>(curve(*value)) : std::nullopt;
 }
 
 void store(std::optional<float> value, float& slot) noexcept {
@@ -177,10 +167,10 @@ void readParameter(const Packet& packet, const Parameter& parameter, std::string
         store(readVersionedNumber(packet, value), slot);
         break;
     case ValueKind::Gamma:
-        store(sliderFromGamma(readFloat(value)), slot);
+        store(convert(readFloat(value), sliderFromGamma), slot);
         break;
     case ValueKind::Clip:
-        store(slotFromClip(readFloat(value)), slot);
+        store(convert(readFloat(value), slotFromClip), slot);
         break;
     case ValueKind::Microcontrast:
         store(readMicrocontrast(packet, value), slot);

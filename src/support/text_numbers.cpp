@@ -76,6 +76,25 @@ std::uint64_t roundHalfEven(double value) noexcept {
     return whole + (up ? 1 : 0);
 }
 
+// Whether the text begins with a word of lower-case letters, in any case.
+constexpr bool beginsWithWord(std::string_view text, std::string_view word) noexcept {
+    constexpr int CaseBit = 'a' ^ 'A';
+    return text.size() >= word.size() && std::equal(word.begin(), word.end(), text.begin(), [](char letter, char c) {
+               return c == letter || c == (letter ^ CaseBit);
+           });
+}
+
+// The words for infinity and NaN. An 'i' after "inf" must begin the rest of "infinity".
+constexpr std::optional<float> scanWord(std::string_view text) noexcept {
+    if (beginsWithWord(text, "nan")) {
+        return std::numeric_limits<float>::quiet_NaN();
+    }
+    if (beginsWithWord(text, "infinity") || (beginsWithWord(text, "inf") && !beginsWithWord(text, "infi"))) {
+        return std::numeric_limits<float>::infinity();
+    }
+    return std::nullopt;
+}
+
 constexpr double PowersOfTen[] = {1, 10, 100, 1000, 10'000, 100'000, 1'000'000};
 
 // Below this a float times 10^6 fits 63 bits. Up to there, the product of a float's 24 significant bits and the 20 bits
@@ -131,6 +150,9 @@ std::optional<std::int64_t> scanInteger(std::string_view& text) noexcept {
 std::optional<float> scanFloat(std::string_view text) noexcept {
     skipSpace(text);
     const bool negative = takeSign(text);
+    if (const std::optional<float> value = scanWord(text)) {
+        return negative ? -*value : *value;
+    }
     const bool leadsWithPoint = text.starts_with('.');
     if (text.size() <= (leadsWithPoint ? 1U : 0U) || !isDigit(text[leadsWithPoint ? 1 : 0])) {
         return std::nullopt;
@@ -149,9 +171,13 @@ std::optional<float> scanFloat(std::string_view text) noexcept {
 }
 
 std::string_view printFixed(std::span<char, PrintedFloatSize> buffer, float value, int decimals) noexcept {
+    if (!std::isfinite(value)) {
+        const std::string_view word = std::isnan(value) ? "-nan" : "-inf";
+        return word.substr(std::signbit(value) ? 0 : 1);
+    }
     const double magnitude = std::fabs(static_cast<double>(value));
     char* const end = buffer.data() + buffer.size();
-    if (!(magnitude < FastLimit)) { // NaN and infinity included
+    if (magnitude >= FastLimit) {
         const auto printed =
             std::to_chars(buffer.data(), end, static_cast<double>(value), std::chars_format::fixed, decimals);
         return {buffer.data(), static_cast<std::size_t>(printed.ptr - buffer.data())};
