@@ -1,7 +1,7 @@
 // The metadata of one photograph, out of a file in the page cache.
-#include "support/files.h"
 #include "support/jobs.h"
 #include "support/photographs.h"
+#include "testing/files.h"
 
 #ifdef HAVE_EXIV2
 #include <exiv2/exiv2.hpp>

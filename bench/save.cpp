@@ -1,9 +1,9 @@
 // Images of 24 megapixels, saved with their metadata to memory (/dev/shm), so that no disk has a part in the figures.
-#include "support/files.h"
 #include "support/jobs.h"
 #include "support/packets.h"
 #include "support/photographs.h"
 #include "support/tiff_pixels.h"
+#include "testing/files.h"
 
 #ifdef HAVE_LIBTIFF
 #include <tiffio.h>

@@ -6,13 +6,10 @@
 // writes have exactly the promised size: the address sanitizer guards what lies around them.
 #pragma once
 
+#include "testing/memory_file.h"
 #include "tvmeta.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
-
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -21,7 +18,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -60,50 +56,18 @@ inline std::uint32_t loadLe(const Bytes& bytes, std::size_t offset, std::size_t 
     return value;
 }
 
-struct CloseStream {
-    void operator()(std::FILE* stream) const { std::fclose(stream); }
-};
-using Stream = std::unique_ptr<std::FILE, CloseStream>;
-
-// A file that lives in memory, with a path for the functions that open it themselves. One serves all runs of a target.
-class MemoryFile {
-  public:
-    MemoryFile() : descriptor_(memfd_create("tvmeta-fuzz", 0)), path_("/proc/self/fd/" + std::to_string(descriptor_)) {
-        require(descriptor_ >= 0, "the system has memory files (a matter of the fuzzer, not of the library)");
-    }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-    ~MemoryFile() { close(descriptor_); }
-
-    const char* path() const { return path_.c_str(); }
-    Stream open() const { return Stream(std::fopen(path(), "rb")); }
-
-    // Replaces what the file holds.
-    const MemoryFile& hold(std::span<const std::uint8_t> bytes) const {
-        const bool held = ftruncate(descriptor_, 0) == 0 &&
-                          pwrite(descriptor_, bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size());
-        require(held, "the memory file takes what it is given (a matter of the fuzzer, not of the library)");
-        return *this;
-    }
-
-    Bytes bytes() const {
-        struct stat status = {};
-        fstat(descriptor_, &status);
-        Bytes all(static_cast<std::size_t>(status.st_size));
-        const ssize_t count = pread(descriptor_, all.data(), all.size(), 0);
-        require(count == static_cast<ssize_t>(all.size()), "the memory file gives back what it holds");
-        return all;
-    }
-
-  private:
-    int descriptor_;
-    std::string path_;
-};
+using test::MemoryFile;
+using test::Stream;
 
 // The target's own file.
 inline const MemoryFile& memoryFile() {
     static const MemoryFile file;
     return file;
+}
+
+inline Bytes contentOf(const MemoryFile& file) {
+    const std::string content = test::readFile(file.path());
+    return {content.begin(), content.end()};
 }
 
 // The codes that have a method, and how their settings are taken: as positions of sliders, or as any 32 bits.

@@ -1,15 +1,14 @@
 // What the system can do to a call: every allocation, open, read, seek, tell, write and close fails in turn; the disk
 // is full at every byte; and the work that hostile files ask for is counted. The library's own calls are wrapped by the
 // linker; they are counted, and fail, only while a test has armed them.
-#include "support/files.h"
-#include "support/photographs.h"
+#include "testing/files.h"
+#include "testing/photographs.h"
+#include "testing/system.h"
 #include "tvmeta.h"
 
 #include <algorithm>
-#include <csignal>
 #include <functional>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 using namespace test;
 
@@ -244,20 +243,22 @@ TEST(Faults, EveryCallFailsInTurn) {
     EXPECT_GT(injected, 100);
 }
 
+std::int32_t callWithLimit(const Operation& operation, std::uint64_t bytes) {
+    const FileSizeLimit limit(bytes);
+    return operation.call();
+}
+
 TEST(Faults, DiskIsFullAtEveryByte) {
     Bench bench;
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
+    if (!FileSizeLimit::IsSupported) {
+        GTEST_SKIP() << "the system has no limit of file sizes";
+    }
     for (const Operation& operation : bench.writers()) {
         bool succeeded = false;
-        for (rlim_t limit = 0; !succeeded; ++limit) {
+        for (std::uint64_t limit = 0; !succeeded; ++limit) {
             ASSERT_LT(limit, 10'000U) << operation.name;
             operation.prepare();
-            const rlimit full = {limit, before.rlim_max};
-            setrlimit(RLIMIT_FSIZE, &full);
-            const std::int32_t result = operation.call();
-            setrlimit(RLIMIT_FSIZE, &before);
+            const std::int32_t result = callWithLimit(operation, limit);
             succeeded = operation.whole(result);
             ASSERT_TRUE(succeeded || result < 0) << operation.name << " with " << limit << " bytes: " << result;
         }

@@ -1,12 +1,11 @@
 // Files and arguments that nobody would make by accident: every prefix and every changed byte of a seed of each kind,
 // and arguments outside of what the header allows. Sanitizers and the results tell.
-#include "support/files.h"
-#include "support/photographs.h"
+#include "testing/memory_file.h"
+#include "testing/photographs.h"
 #include "tvmeta.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 
 using namespace test;
 
@@ -27,27 +26,8 @@ class Exact {
     std::unique_ptr<char[]> block_;
 };
 
-// A file in memory, written anew for each input.
-class MemoryFile {
-  public:
-    MemoryFile() : descriptor_(memfd_create("tvmeta", 0)), path_("/proc/self/fd/" + std::to_string(descriptor_)) {}
-    ~MemoryFile() { close(descriptor_); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-
-    const char* hold(const Bytes& bytes) const {
-        EXPECT_EQ(ftruncate(descriptor_, 0), 0);
-        EXPECT_EQ(pwrite(descriptor_, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
-        return path_.c_str();
-    }
-
-  private:
-    int descriptor_;
-    std::string path_;
-};
-
 void readPhoto(const MemoryFile& file, const Bytes& bytes) {
-    const char* const path = file.hold(bytes);
+    const char* const path = file.write(bytes).path();
     for (const std::int32_t fileType : {FILE_TYPE_TIFF, FILE_TYPE_JPEG, FILE_TYPE_PSD}) {
         ExifInfo info;
         const std::int32_t result = getExifData(path, fileType, &info);

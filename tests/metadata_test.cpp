@@ -1,6 +1,6 @@
 // Reading a photograph: containers, directories, and the byte-order readers below them.
-#include "support/files.h"
-#include "support/photographs.h"
+#include "testing/files.h"
+#include "testing/photographs.h"
 #include "tvmeta.h"
 
 #include <cstring>

@@ -1,5 +1,5 @@
 // Changes to what exists: the profile of a TIFF file, the keywords of an IPTC block.
-#include "support/files.h"
+#include "testing/files.h"
 #include "tvmeta.h"
 
 #include <cstring>

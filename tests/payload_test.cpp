@@ -1,5 +1,6 @@
 // Payloads and side readers: descriptions, Photoshop resources, profile names, IPTC blocks, tags and dates.
-#include "support/files.h"
+#include "testing/files.h"
+#include "testing/system.h"
 #include "tvmeta.h"
 
 #include <cstdlib>
@@ -194,7 +195,7 @@ TEST(TimeFromDatetime, CountsInTheProcessesTimeZone) {
                  {"<+1245>-12:45", "2013:05:01 12:00:00", 1367363700},
                  {"UTC0", "1970:01:01 00:00:90", 90}}; // carries over
     for (const auto& test : cases) {
-        setenv("TZ", test.zone, 1);
+        setEnvironment("TZ", test.zone);
         float seconds = -1.0F;
         EXPECT_EQ(time_from_datetime(test.text, test.time + 3600, &seconds), 1) << test.text;
         EXPECT_EQ(seconds, 3600.0F) << test.zone;

@@ -1,6 +1,6 @@
 // The library inside a process: many threads at once, and a locale that writes numbers with commas.
-#include "support/files.h"
-#include "support/photographs.h"
+#include "testing/files.h"
+#include "testing/photographs.h"
 #include "tvmeta.h"
 
 #include <clocale>

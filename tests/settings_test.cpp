@@ -1,5 +1,5 @@
 // The settings packet parser: detection, parameters in all their forms, lens names.
-#include "support/bytes.h"
+#include "testing/bytes.h"
 #include "tvmeta.h"
 
 #include <algorithm>

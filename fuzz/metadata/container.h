@@ -23,7 +23,7 @@ inline bool holdsOnlyXmp(ExifInfo info) {
 // Reads the bytes as a file of the kind, whose results are listed, and checks the record.
 inline void readContainer(std::span<const std::uint8_t> bytes, std::int32_t fileType,
                           std::initializer_list<std::int32_t> results) {
-    const MemoryFile& file = memoryFile().hold(bytes);
+    const MemoryFile& file = memoryFile().write(bytes);
     ExifInfo info;
     std::memset(&info, 0xA5, sizeof info); // to be cleared first
     const std::int32_t result = getExifData(file.path(), fileType, &info);

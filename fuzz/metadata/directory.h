@@ -26,14 +26,15 @@ inline void parseDirectory(DirectoryParser& parse, const std::uint8_t* data, std
     const auto tiffBase = input.ConsumeIntegral<std::int32_t>();
     Bytes bytes = input.ConsumeRemainingBytes<std::uint8_t>();
 
-    const Stream stream = memoryFile().hold(bytes).open();
+    const Stream stream = memoryFile().write(bytes).open();
     const ExifInfo info = parsedRecord(parse, stream.get(), place, byteOrder, tiffBase);
     require(info.dateTimeOriginal[sizeof info.dateTimeOriginal - 1] == '\0' &&
                 info.gpsDateStamp[sizeof info.gpsDateStamp - 1] == '\0',
             "texts are terminated");
 
     // A stream in memory refuses what one of a file takes: positions behind the end. The record is to be the same.
-    const Stream other(fmemopen(bytes.data(), bytes.size(), "rb"));
+    std::string copy(bytes.begin(), bytes.end());
+    const Stream other = test::streamOf(copy);
     if (other && static_cast<std::size_t>(place) <= bytes.size()) {
         require(sameBytes(info, parsedRecord(parse, other.get(), place, byteOrder, tiffBase)),
                 "streams of every kind read alike");

@@ -9,7 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Bytes text = input.ConsumeRemainingBytes<std::uint8_t>();
     const std::int32_t announced = excess == 3 ? INT32_MAX : lengthOf(text.size()) + excess;
 
-    const Stream stream = memoryFile().hold(text).open();
+    const Stream stream = memoryFile().write(text).open();
     ExifInfo info = {};
     const std::int32_t result = parse_image_description(stream.get(), announced, &info);
     const bool readable = announced > 0 && announced <= lengthOf(text.size());

@@ -10,7 +10,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Bytes resources = input.ConsumeRemainingBytes<std::uint8_t>();
     const std::int32_t announced = anySize ? number : lengthOf(resources.size()) + number % 8;
 
-    const Stream stream = memoryFile().hold(resources).open();
+    const Stream stream = memoryFile().write(resources).open();
     ExifInfo info = {};
     const std::int32_t result = parse_photoshop_data(stream.get(), announced, &info);
     require(result == (info.thumbnailOffset != 0 ? info.thumbnailLength : 1), "the result is the thumbnail's size");

@@ -31,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Bytes file = input.ConsumeRemainingBytes<std::uint8_t>();
 
     Bytes block(static_cast<std::size_t>(std::max(count, 0)), Untouched);
-    const std::int32_t result = read_iptc(memoryFile().hold(file).path(), count, offset, block.data());
+    const std::int32_t result = read_iptc(memoryFile().write(file).path(), count, offset, block.data());
     require(result == expectedResult(file, count, offset), "the result follows from the region");
     const bool copied = result > 0 || result == -2;
     const Bytes expected =

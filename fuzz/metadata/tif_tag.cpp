@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::int32_t tag = input.ConsumeIntegral<std::uint16_t>();
     const Bytes file = input.ConsumeRemainingBytes<std::uint8_t>();
 
-    const Stream stream = memoryFile().hold(file).open();
+    const Stream stream = memoryFile().write(file).open();
     std::int32_t count = Untouched;
     std::int32_t value = Untouched;
     const std::int32_t result = get_tif_tag(stream.get(), tag, &count, &value);

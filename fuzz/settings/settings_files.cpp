@@ -41,7 +41,7 @@ void checkWritten(const char* path, std::int32_t method, const Settings& setting
     std::vector<char> packet(static_cast<std::size_t>(embed_xmp(0, method, settings.data(), 0, nullptr, nullptr)));
     embed_xmp(1, method, settings.data(), 0, nullptr, packet.data());
     require(write_xmp(path, method, settings.data()) == 1, "the file is written");
-    const Bytes written = memoryFile().bytes();
+    const Bytes written = contentOf(memoryFile());
     require(std::equal(written.begin(), written.end(), packet.begin(), packet.end(),
                        [](std::uint8_t a, char b) { return a == static_cast<std::uint8_t>(b); }),
             "the file is the packet");
@@ -61,7 +61,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Bytes file = input.ConsumeRemainingBytes<std::uint8_t>();
 
     const std::string_view text = textOf(file.data(), file.size());
-    const char* const path = memoryFile().hold(file).path();
+    const char* const path = memoryFile().write(file).path();
     checkWhole(path, text, METHOD_DETECT);
     checkWhole(path, text, method);
     checkRegion(path, text, count, offset);

@@ -86,7 +86,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(!refused || block[0] == 0, "a refused block is not touched");
     if (!refused && !anyCounts) {
         require(8 + directorySize(block, 8) == block.size(), "the block is filled by its directories");
-        requireReadBack(memoryFile().hold(block), records, orientation);
+        requireReadBack(memoryFile().write(block), records, orientation);
     }
     return 0;
 }

@@ -53,16 +53,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Bytes profile(input.ConsumeIntegralInRange<std::size_t>(1, 300), 0xC7);
     const Bytes file = input.ConsumeRemainingBytes<std::uint8_t>();
 
-    const MemoryFile& target = memoryFile().hold(file);
+    const MemoryFile& target = memoryFile().write(file);
     const Entry entry = profileEntry();
     const std::int32_t result = update_tif_profile(lengthOf(profile.size()), profile.data(), target.path());
     if (result <= 0) {
         require(entry.place <= 0, "only a file without a profile is left alone");
-        require(target.bytes() == file, "nothing is changed");
+        require(contentOf(target) == file, "nothing is changed");
         return 0;
     }
     require(result == lengthOf(profile.size()) && entry.place > 0, "the result is the profile's length");
-    require(target.bytes() == replaced(file, entry, profile), "the entry points to the profile behind the file");
+    require(contentOf(target) == replaced(file, entry, profile), "the entry points to the profile behind the file");
     if (isEntryInOrder(file, entry)) {
         const Entry now = profileEntry();
         require(now.place == entry.place && now.count == result && now.value == lengthOf(file.size()),

@@ -156,7 +156,7 @@ void checkProfile(const Bytes& file, const Bytes& icc, std::int32_t length) {
     require(written ? entry > 0 && count == length && offset == lengthOf(file.size()) : entry == -1,
             "the new profile is found");
     Bytes expected = file;
-    Bytes now = memoryFile().bytes();
+    Bytes now = contentOf(memoryFile());
     if (written) {
         expected.insert(expected.end(), profile.begin(), profile.end());
         std::copy_n(file.begin() + entry + 4, 8, now.begin() + entry + 4);
@@ -175,10 +175,10 @@ void writeAnything(FuzzedDataProvider& input) {
     const Bytes untouched = {'t', 'v'};
     const std::int32_t result =
         buf2tif(nullptr, &info, input.ConsumeIntegral<std::int32_t>(), nullptr, &records.metadata, &records.gps, 0,
-                nullptr, METHOD_NONE, nullptr, 0, nullptr, memoryFile().hold(untouched).path());
+                nullptr, METHOD_NONE, nullptr, 0, nullptr, memoryFile().write(untouched).path());
     require(result == BadArguments || (result == 0 && info.height == 0 && info.iccLength == 0),
             "an image without pixels is written only if it has none");
-    require(result == 0 || memoryFile().bytes() == untouched, "refused arguments touch no file");
+    require(result == 0 || contentOf(memoryFile()) == untouched, "refused arguments touch no file");
 }
 
 void writeKnown(FuzzedDataProvider& input) {
@@ -189,7 +189,7 @@ void writeKnown(FuzzedDataProvider& input) {
     image.info.iccLength = lengthOf(attachments.icc.size());
 
     require(writeImage(image, records, attachments) == expectedRows(image), "the result is the rows of the last block");
-    const Bytes file = memoryFile().bytes();
+    const Bytes file = contentOf(memoryFile());
     const std::size_t directory = HeaderSize + image.dataSize();
     require(loadLe(file, 0, 4) == 0x002A4949 && loadLe(file, 4, 4) == directory, "the header points behind the pixels");
     require(file.size() == directory + directorySize(file, directory), "the file ends with its directory");

@@ -22,6 +22,15 @@ inline Bytes le32(std::uint32_t value) {
 inline Bytes be32(std::uint32_t value) {
     return be16(value >> 16) + be16(value);
 }
+// A number of a little-endian file in memory.
+inline std::uint32_t loadLe16(const Bytes& bytes, std::size_t offset) {
+    return static_cast<unsigned char>(bytes.at(offset)) |
+           static_cast<std::uint32_t>(static_cast<unsigned char>(bytes.at(offset + 1))) << 8;
+}
+inline std::uint32_t loadLe32(const Bytes& bytes, std::size_t offset) {
+    return loadLe16(bytes, offset) | loadLe16(bytes, offset + 2) << 16;
+}
+
 inline Bytes zeros(std::size_t count) {
     return Bytes(count, '\0');
 }
@@ -45,7 +54,7 @@ class Tiff {
         unsigned tag;
         unsigned type;
         std::uint32_t count;
-        Bytes value; // up to four bytes stand in the entry, more lie behind the directory
+        Bytes value; // up to four bytes are in the entry, more follow the directory
     };
 
     explicit Tiff(bool little = true) : little_(little), bytes_(little ? "II" : "MM") { bytes_ += n16(42) + n32(0); }
@@ -117,7 +126,7 @@ inline Bytes psd(const Bytes& resources, unsigned channels = 3, unsigned mode = 
            be32(static_cast<std::uint32_t>(resources.size())) + resources;
 }
 
-// A settings packet in element form from the lines behind its declaration.
+// A settings packet in element form from the lines after its declaration.
 inline Bytes packet(const Bytes& lines, char quote = '\'') {
     return Bytes("<rdf:Description xmlns:tvtm=") + quote + "http://" + Bytes(Host) + "/tonalvista_settings01" + quote +
            ">" + lines + "</rdf:Description>\n";

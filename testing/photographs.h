@@ -1,7 +1,7 @@
 // Photographs with everything in them.
 #pragma once
 
-#include "support/bytes.h"
+#include "testing/bytes.h"
 
 namespace test {
 

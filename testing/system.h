@@ -1,0 +1,55 @@
+// What a test asks of the system, in a form that every platform has. A test that needs more skips and says why.
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+
+#ifndef _WIN32
+#include <csignal>
+#include <sys/resource.h>
+#endif
+
+namespace test {
+
+inline void setEnvironment(const char* name, const char* value) {
+#ifdef _WIN32
+    _putenv_s(name, value);
+#else
+    setenv(name, value, 1);
+#endif
+}
+
+// A device that is always full; only Linux has it.
+inline constexpr const char* FullDevice = "/dev/full";
+inline bool hasFullDevice() {
+    return std::filesystem::exists(FullDevice);
+}
+
+// Fails writes past a file position while it lives, as a full disk does.
+class FileSizeLimit {
+  public:
+#ifdef _WIN32
+    static constexpr bool IsSupported = false;
+    explicit FileSizeLimit(std::uint64_t /*bytes*/) {}
+#else
+    static constexpr bool IsSupported = true;
+    explicit FileSizeLimit(std::uint64_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit = {static_cast<rlim_t>(bytes), before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+  private:
+    void (*handler_)(int);
+    rlimit before_ = {};
+#endif
+};
+
+} // namespace test
