@@ -47,8 +47,8 @@ void* __real_calloc(std::size_t, std::size_t);
 void __real_free(void*);
 std::FILE* __real_fopen(const char*, const char*);
 std::size_t __real_fread(void*, std::size_t, std::size_t, std::FILE*);
-int __real_fseek(std::FILE*, long, int);
-long __real_ftell(std::FILE*);
+int __real_fseeko(std::FILE*, off_t, int);
+off_t __real_ftello(std::FILE*);
 std::size_t __real_fwrite(const void*, std::size_t, std::size_t, std::FILE*);
 int __real_fclose(std::FILE*);
 
@@ -76,11 +76,11 @@ std::size_t __wrap_fread(void* block, std::size_t size, std::size_t count, std::
     monitor.bytesRead += static_cast<std::int64_t>(read * size);
     return read;
 }
-int __wrap_fseek(std::FILE* stream, long offset, int whence) {
-    return monitor.fails(Seek) ? -1 : __real_fseek(stream, offset, whence);
+int __wrap_fseeko(std::FILE* stream, off_t offset, int whence) {
+    return monitor.fails(Seek) ? -1 : __real_fseeko(stream, offset, whence);
 }
-long __wrap_ftell(std::FILE* stream) {
-    return monitor.fails(Tell) ? -1 : __real_ftell(stream);
+off_t __wrap_ftello(std::FILE* stream) {
+    return monitor.fails(Tell) ? -1 : __real_ftello(stream);
 }
 std::size_t __wrap_fwrite(const void* block, std::size_t size, std::size_t count, std::FILE* stream) {
     return monitor.fails(Write) ? 0 : __real_fwrite(block, size, count, stream);

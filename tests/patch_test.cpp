@@ -40,6 +40,22 @@ TEST(Profile, NothingChangesWithoutAnEntry) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can not open input file for reading\n");
 }
 
+// The size modulo 2^32 is small: positions with 32 bits would find room for the profile, and overwrite the header.
+TEST(Profile, LargeFilesStayAsTheyAre) {
+    const TempDir dir;
+    Tiff tiff;
+    const Bytes file = tiff.finish(tiff.add({{34675, 7, 6, "before"}}));
+    const std::string path = dir.write("large.tif", file);
+    for (const std::uintmax_t size : {INT32_MAX - std::uintmax_t{6}, (std::uintmax_t{4} << 30) + 1000}) {
+        std::filesystem::resize_file(path, size);
+        EXPECT_EQ(replaceProfile(path, "profile"), -2);
+        EXPECT_EQ(std::filesystem::file_size(path), size);
+        Bytes start(file.size(), '!');
+        std::ifstream(path, std::ios::binary).read(start.data(), size32(start));
+        EXPECT_EQ(start, file);
+    }
+}
+
 TEST(Keyword, IsPlacedBehindItsAnchor) {
     const auto dataset = [](char record, char number, const Bytes& data) {
         return Bytes{'\x1C', record, number} + be16(static_cast<unsigned>(data.size())) + data;

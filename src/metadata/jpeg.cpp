@@ -4,6 +4,7 @@
 #include "metadata/status.h"
 #include "settings/methods.h"
 #include "settings/packet_parser.h"
+#include "support/message.h"
 #include "support/zeroed_buffer.h"
 
 #include <algorithm>
@@ -71,7 +72,7 @@ Segment readSegment(StreamReader& reader) noexcept {
 }
 
 std::int32_t reportInvalidMarker() noexcept {
-    std::fputs("invalid marker\n", stderr);
+    printMessage("invalid marker");
     return status::Broken;
 }
 
@@ -101,7 +102,7 @@ std::optional<std::int32_t> findApp1(StreamReader& reader) noexcept {
             return status::WrongSignature;
         }
         if (code == marker::Prefix) {
-            std::fputs("too many padding bytes\n", stderr);
+            printMessage("too many padding bytes");
             return status::Broken;
         }
         if (!skipSegment(reader)) {

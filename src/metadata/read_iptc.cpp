@@ -14,7 +14,7 @@ std::int32_t read_iptc(const char* path, std::int32_t count, std::int32_t offset
     if (!file || buffer == nullptr) {
         return Unreadable;
     }
-    const std::int64_t size = tvmeta::measure(file.get());
+    const std::int64_t size = tvmeta::fileSize(file.get());
     if (size <= 0) {
         return Unreadable;
     }

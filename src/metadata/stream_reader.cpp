@@ -152,7 +152,7 @@ void StreamReader::readLine(std::span<char> text) noexcept {
 }
 
 std::int64_t StreamReader::remaining() noexcept {
-    const std::int64_t size = measure(stream_);
+    const std::int64_t size = fileSize(stream_);
     streamPosition_ = size;
     return std::max<std::int64_t>(size - position_, 0);
 }
@@ -164,6 +164,6 @@ void StreamReader::leave() noexcept {
 }
 
 // A stream that cannot tell its position cannot be read by offsets: it counts as one that has ended.
-LentStreamReader::LentStreamReader(std::FILE* stream) noexcept : StreamReader(stream, std::ftell(stream)) {}
+LentStreamReader::LentStreamReader(std::FILE* stream) noexcept : StreamReader(stream, positionOf(stream)) {}
 
 } // namespace tvmeta

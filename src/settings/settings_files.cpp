@@ -25,7 +25,7 @@ std::int32_t read_xmp(const char* path, std::int32_t method, float* settings) no
     if (!file) {
         return Unreadable;
     }
-    const std::int64_t size = measure(file.get());
+    const std::int64_t size = fileSize(file.get());
     if (size < 0 || size > LargestFile || !seekTo(file.get(), 0)) {
         return Unreadable;
     }
@@ -47,7 +47,7 @@ std::int32_t extract_xmp(const char* path, std::int32_t count, std::int32_t offs
         return parse_result::NotTerminated;
     }
     const File file = openUnbuffered(path, "rb");
-    const std::int64_t size = file ? measure(file.get()) : -1;
+    const std::int64_t size = file ? fileSize(file.get()) : -1;
     if (size <= 0) {
         return Unreadable;
     }

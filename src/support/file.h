@@ -1,11 +1,10 @@
 // Support: what every room may use. It knows nothing of images, metadata or settings.
 //
-// Owned standard streams.
+// Files with 64-bit positions on every platform. Nothing else in the library opens a file, moves in it or measures it.
 #pragma once
 
 #include <cstdint>
 #include <cstdio>
-#include <limits>
 #include <memory>
 
 namespace tvmeta {
@@ -14,32 +13,23 @@ struct CloseFile {
     void operator()(std::FILE* stream) const noexcept { std::fclose(stream); }
 };
 
-// A stream that is closed on every way out of its scope.
+// Closes the stream at the end of its scope.
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-// Opens a file without a buffer: a write reaches the system at once, so that a full disk fails the write that hit it,
-// and a read fetches what is asked for and no more. An empty File means failure; a null path is one.
-inline File openUnbuffered(const char* path, const char* mode) noexcept {
-    File file(path != nullptr ? std::fopen(path, mode) : nullptr);
-    if (file) {
-        std::setvbuf(file.get(), nullptr, _IONBF, 0);
-    }
-    return file;
-}
+// Opens a file without a buffer: a write reaches the system at once, so a full disk fails the write that hit it, and a
+// read fetches no more than it returns. Programs that the process starts do not inherit the file where the C library
+// can arrange that. The path is UTF-8 on Windows. Returns an empty File on failure, a null path included.
+File openUnbuffered(const char* path, const char* mode) noexcept;
 
-// Closes a file that was written and tells whether the system took all of it.
-inline bool closeWritten(File& file) noexcept {
-    return std::fclose(file.release()) == 0;
-}
+// Closes a file that was written. Returns false if the system could not store all of it.
+bool closeWritten(File& file) noexcept;
 
-inline bool seekTo(std::FILE* stream, std::int64_t position) noexcept {
-    return position <= std::numeric_limits<long>::max() &&
-           std::fseek(stream, static_cast<long>(position), SEEK_SET) == 0;
-}
+bool seekTo(std::FILE* stream, std::int64_t position) noexcept;
 
-// The size of a file, leaving the stream at its end; -1 when it cannot be found.
-inline std::int64_t measure(std::FILE* stream) noexcept {
-    return std::fseek(stream, 0, SEEK_END) == 0 ? std::ftell(stream) : -1;
-}
+// The position of the stream; -1 if it cannot be found.
+std::int64_t positionOf(std::FILE* stream) noexcept;
+
+// The size of a file; -1 if it cannot be found. Leaves the stream at the end.
+std::int64_t fileSize(std::FILE* stream) noexcept;
 
 } // namespace tvmeta

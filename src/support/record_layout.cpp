@@ -1,4 +1,5 @@
 // The records at the interface, pinned: callers in other languages and older builds rely on these places.
+#include "support/platform.h"
 #include "tvmeta.h"
 
 #include <cstddef>

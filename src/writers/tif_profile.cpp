@@ -2,6 +2,7 @@
 #include "metadata/byte_order.h"
 #include "support/bytes.h"
 #include "support/file.h"
+#include "support/message.h"
 #include "support/tiff_vocabulary.h"
 #include "tvmeta.h"
 
@@ -17,21 +18,21 @@ constexpr std::int32_t CannotOpen = -1;
 constexpr std::int32_t Failed = -2;
 
 struct ProfileEntry {
-    std::int32_t position; // of the directory entry; 0 or less: the file has none
-    std::int64_t fileSize; // -1 when it cannot be found
+    std::int32_t position;   // of the directory entry; 0 or less: the file has none
+    std::int64_t appendedAt; // the size of the file; -1 when it cannot be found
 };
 
 File open(const char* path, const char* mode, const char* message) noexcept {
     File file = openUnbuffered(path, mode);
     if (!file) {
-        std::fputs(message, stderr);
+        printMessage(message);
     }
     return file;
 }
 
 std::int32_t patchEntry(const char* path, const ProfileEntry& entry, std::int32_t length) noexcept {
     constexpr std::int64_t CountOffset = 4;
-    File file = open(path, "rb+", "Can not open input file for update\n");
+    File file = open(path, "rb+", "Can not open input file for update");
     if (!file) {
         return CannotOpen;
     }
@@ -43,7 +44,7 @@ std::int32_t patchEntry(const char* path, const ProfileEntry& entry, std::int32_
     }
     unsigned char countAndOffset[8] = {};
     storeLe32(countAndOffset, static_cast<std::uint32_t>(length));
-    storeLe32(countAndOffset + 4, static_cast<std::uint32_t>(entry.fileSize));
+    storeLe32(countAndOffset + 4, static_cast<std::uint32_t>(entry.appendedAt));
     if (!seekTo(file.get(), entry.position + CountOffset) ||
         std::fwrite(countAndOffset, sizeof countAndOffset, 1, file.get()) != 1 || !closeWritten(file)) {
         return Failed;
@@ -52,7 +53,7 @@ std::int32_t patchEntry(const char* path, const ProfileEntry& entry, std::int32_
 }
 
 std::int32_t appendProfile(const char* path, const unsigned char* profile, std::int32_t length) noexcept {
-    File file = open(path, "ab+", "Can not open input file for appending\n");
+    File file = open(path, "ab+", "Can not open input file for appending");
     if (!file) {
         return CannotOpen;
     }
@@ -71,7 +72,7 @@ std::int32_t update_tif_profile(std::int32_t length, const unsigned char* profil
     }
     ProfileEntry entry{};
     {
-        const File file = open(path, "rb", "Can not open input file for reading\n");
+        const File file = open(path, "rb", "Can not open input file for reading");
         if (!file) {
             return CannotOpen;
         }
@@ -81,9 +82,9 @@ std::int32_t update_tif_profile(std::int32_t length, const unsigned char* profil
         if (entry.position <= 0) {
             return NoProfile;
         }
-        entry.fileSize = measure(file.get());
+        entry.appendedAt = fileSize(file.get());
     }
-    if (entry.fileSize < 0 || entry.fileSize > INT32_MAX - std::int64_t{length}) {
+    if (entry.appendedAt < 0 || entry.appendedAt > INT32_MAX - std::int64_t{length}) {
         return Failed;
     }
     const std::int32_t patched = patchEntry(path, entry, length);

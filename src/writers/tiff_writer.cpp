@@ -1,6 +1,7 @@
 // Saves a result: an uncompressed little-endian TIFF file (TIFF 6.0) of header, one strip of pixels, and the directory
 // block with everything else. There is no alignment and nothing behind the directory block.
 #include "support/file.h"
+#include "support/message.h"
 #include "support/zeroed_buffer.h"
 #include "tvmeta.h"
 #include "writers/exif_directories.h"
@@ -111,7 +112,7 @@ std::int32_t writeFile(const char* path, const void* pixels, std::int32_t rowPit
                        const Directory& directory) noexcept {
     File file = openUnbuffered(path, "wb");
     if (!file) {
-        std::fprintf(stderr, "Could not open for writing file:  %s\n", path);
+        printMessage("Could not open for writing file:  ", path);
         return write_result::CannotOpen;
     }
     const std::size_t directoryOffset = TiffHeaderSize + image.dataSize();

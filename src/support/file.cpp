@@ -1,0 +1,100 @@
+#include "support/file.h"
+
+#include <cstddef>
+
+#ifdef _WIN32
+#include "support/zeroed_buffer.h"
+
+#include <windows.h>
+#endif
+
+namespace tvmeta {
+
+namespace {
+
+// The mode letter that closes a file in programs that the process starts; zero where the C library has none.
+#if defined(_WIN32)
+constexpr char CloseOnExec = 'N';
+#elif defined(__linux__) || defined(__FreeBSD__) || defined(__NetBSD__) || defined(__OpenBSD__)
+constexpr char CloseOnExec = 'e';
+#else
+constexpr char CloseOnExec = '\0';
+#endif
+
+template <typename Char>
+struct Mode {
+    static constexpr std::size_t MaxLength = 3; // "rb+"
+
+    explicit Mode(const char* mode) noexcept {
+        std::size_t length = 0;
+        while (length < MaxLength && mode[length] != '\0') {
+            text[length] = static_cast<Char>(mode[length]);
+            ++length;
+        }
+        text[length] = static_cast<Char>(CloseOnExec);
+    }
+
+    Char text[MaxLength + 2] = {};
+};
+
+#ifdef _WIN32
+std::FILE* open(const char* path, const char* mode) noexcept {
+    const int length = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, nullptr, 0);
+    if (length <= 0) {
+        return nullptr; // not UTF-8
+    }
+    ZeroedBuffer block(static_cast<std::size_t>(length) * sizeof(wchar_t));
+    if (!block) {
+        return nullptr;
+    }
+    auto* const wide = reinterpret_cast<wchar_t*>(block.data());
+    MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide, length);
+    return _wfopen(wide, Mode<wchar_t>(mode).text);
+}
+
+bool move(std::FILE* stream, std::int64_t offset, int origin) noexcept {
+    return _fseeki64(stream, offset, origin) == 0;
+}
+#else
+static_assert(sizeof(off_t) == sizeof(std::int64_t), "positions in files have 64 bits");
+
+std::FILE* open(const char* path, const char* mode) noexcept {
+    return std::fopen(path, Mode<char>(mode).text);
+}
+
+bool move(std::FILE* stream, std::int64_t offset, int origin) noexcept {
+    return fseeko(stream, offset, origin) == 0;
+}
+#endif
+
+} // namespace
+
+File openUnbuffered(const char* path, const char* mode) noexcept {
+    File file(path != nullptr ? open(path, mode) : nullptr);
+    if (file) {
+        std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    }
+    return file;
+}
+
+bool closeWritten(File& file) noexcept {
+    return std::fclose(file.release()) == 0;
+}
+
+bool seekTo(std::FILE* stream, std::int64_t position) noexcept {
+    return move(stream, position, SEEK_SET);
+}
+
+std::int64_t positionOf(std::FILE* stream) noexcept {
+#ifdef _WIN32
+    return _ftelli64(stream);
+#else
+    return ftello(stream);
+#endif
+}
+
+std::int64_t fileSize(std::FILE* stream) noexcept {
+    return move(stream, 0, SEEK_END) ? positionOf(stream) : -1;
+}
+
+} // namespace tvmeta
