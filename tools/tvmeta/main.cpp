@@ -2,6 +2,7 @@
 
 #include "commands/commands.h"
 #include "output/failure.h"
+#include "output/temporary_file.h"
 #include "output/text.h"
 
 #include <tvmeta.h>
@@ -90,6 +91,7 @@ int run(CLI::App& app, int argc, const char* const* argv) {
 
 int main(int argc, char** argv) {
     try {
+        prepareProcess();
         expectUtf8();
         CLI::App app("Reads, writes and checks the metadata of HDR photographs.", "tvmeta");
         app.set_version_flag("--version", versionText());
@@ -97,7 +99,7 @@ int main(int argc, char** argv) {
         addCommands(app);
         return run(app, argc, argv);
     } catch (const std::bad_alloc&) {
-        return failed("there is not enough memory");
+        return failed("not enough memory");
     } catch (const std::exception& error) {
         return failed(error.what());
     }

@@ -2,9 +2,11 @@
 
 #include "commands/commands.h"
 #include "output/failure.h"
+#include "output/output_file.h"
 #include "output/text.h"
 #include "photographs/photo.h"
 
+#include <functional>
 #include <iomanip>
 #include <iostream>
 #include <memory>
@@ -46,8 +48,7 @@ int32_t blockSize(const ExifCounts& c) {
            directorySize(c.gpsCount, c.gpsBytes);
 }
 
-void writeExif(const std::string& path, const std::string& output) {
-    requireOutput(output, {path});
+Bytes exifBlock(const std::string& path) {
     const WriterRecords records = writerRecords(readPhoto(path));
     const ExifCounts c = countsOf(records);
     Bytes block(static_cast<size_t>(blockSize(c)));
@@ -57,8 +58,17 @@ void writeExif(const std::string& path, const std::string& output) {
     if (result < 0) {
         throw Failure(path, explain(result, {{-1, "it has no camera, exposure or position to write"}}));
     }
-    writeFile(output, asText(block));
-    messagesFor(output) << "wrote " << printable(output) << ": " << result << " bytes\n";
+    return block;
+}
+
+void writeBlock(const std::string& photo, const std::string& path, const std::function<Bytes()>& makeBlock) {
+    size_t size = 0;
+    writeOutput(path, {photo}, [&](OutputFile& output) {
+        const Bytes block = makeBlock();
+        size = block.size();
+        output.write(asText(block));
+    });
+    messagesFor(path) << "wrote " << printable(path) << ": " << size << " bytes\n";
 }
 
 // The block with one keyword more.
@@ -104,10 +114,7 @@ struct IptcOptions {
     std::vector<std::string> keywords;
 };
 
-void showIptc(const IptcOptions& options) {
-    if (!options.output.empty()) {
-        requireOutput(options.output, {options.photo});
-    }
+Bytes iptcBlock(const IptcOptions& options) {
     Bytes block = readIptcBlock(readPhoto(options.photo));
     for (const std::string& keyword : options.keywords) {
         block = withKeyword(options.photo, block, keyword);
@@ -115,11 +122,15 @@ void showIptc(const IptcOptions& options) {
     if (block.empty()) {
         throw Failure(options.photo, "it has no IPTC block");
     }
+    return block;
+}
+
+void runIptc(const IptcOptions& options) {
     if (options.output.empty()) {
-        return listDatasets(asText(block));
+        listDatasets(asText(iptcBlock(options)));
+    } else {
+        writeBlock(options.photo, options.output, [&] { return iptcBlock(options); });
     }
-    writeFile(options.output, asText(block));
-    messagesFor(options.output) << "wrote " << printable(options.output) << ": " << block.size() << " bytes\n";
 }
 
 } // namespace
@@ -133,7 +144,7 @@ void addExifCommand(CLI::App& app) {
         ->required();
     command->footer("Example:\n"
                     "  tvmeta exif scene.jpg -o block");
-    command->callback([photo, output] { writeExif(*photo, *output); });
+    command->callback([photo, output] { writeBlock(*photo, *output, [&] { return exifBlock(*photo); }); });
 }
 
 void addIptcCommand(CLI::App& app) {
@@ -147,5 +158,5 @@ void addIptcCommand(CLI::App& app) {
     command->footer("Examples:\n"
                     "  tvmeta iptc scene.jpg\n"
                     "  tvmeta iptc scene.jpg --add-keyword sun --add-keyword evening -o block");
-    command->callback([options] { showIptc(*options); });
+    command->callback([options] { runIptc(*options); });
 }

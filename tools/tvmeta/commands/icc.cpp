@@ -4,12 +4,14 @@
 
 #include "commands/commands.h"
 #include "output/failure.h"
+#include "output/output_file.h"
 #include "output/text.h"
 #include "photographs/photo.h"
 #include "photographs/photo_profile.h"
 
 #include <tvmeta.h>
 
+#include <cerrno>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -49,17 +51,21 @@ void nameProfile(const std::string& path) {
     std::cout << printable(fieldText(name)) << "\n";
 }
 
+// The library changes the file in place. It changes a copy here, so that the file survives a failure.
 void replaceProfile(const std::string& profilePath, const std::string& path) {
     const Bytes profile = readRgbProfile(profilePath);
-    openFile(path); // for the reason if it cannot be read
-    requireOutput(path, {});
-    const int32_t result = update_tif_profile(librarySize(profile), profile.data(), path.c_str());
-    if (result <= 0) {
-        throw Failure(path,
-                      explain(result, {{0, "it has no ICC profile to replace, or is not a little-endian TIFF file"},
-                                       {-1, "it cannot be opened for writing, or changed meanwhile"},
-                                       {-2, "it could not be written, or would grow beyond 2 GiB"}}));
-    }
+    writeOutput(path, {}, [&](OutputFile& output) {
+        const std::string copy = output.libraryPath();
+        copyFile(path, copy);
+        errno = 0;
+        const int32_t result = update_tif_profile(librarySize(profile), profile.data(), copy.c_str());
+        if (result <= 0) {
+            throw Failure(path,
+                          explain(result, {{0, "it has no ICC profile to replace, or is not a little-endian TIFF file"},
+                                           {-1, systemReason()},
+                                           {-2, errno == 0 ? "it would grow beyond 2 GiB" : systemReason()}}));
+        }
+    });
     std::cout << "replaced the profile of " << printable(path) << "\n";
 }
 

@@ -3,9 +3,11 @@
 #include "commands/commands.h"
 #include "commands/settings_options.h"
 #include "output/failure.h"
+#include "output/output_file.h"
 #include "output/text.h"
 #include "photographs/photo.h"
 
+#include <cerrno>
 #include <iomanip>
 #include <iostream>
 #include <memory>
@@ -39,13 +41,15 @@ void showSettings(const std::string& path) {
 }
 
 void writeSettings(const std::string& path, const Settings& settings) {
-    requireOutput(path, {});
-    const int32_t result = write_xmp(path.c_str(), settings.method, settings.values.data());
-    if (result != 1) {
-        throw Failure(path, explain(result, {{-1, "it cannot be opened for writing"},
-                                             {-3, "it could not be written whole and is incomplete"},
-                                             {-4, "there is not enough memory; the file is empty"}}));
-    }
+    writeOutput(path, {}, [&](OutputFile& output) {
+        const std::string libraryPath = output.libraryPath();
+        errno = 0;
+        const int32_t result = write_xmp(libraryPath.c_str(), settings.method, settings.values.data());
+        if (result != 1) {
+            throw Failure(path,
+                          explain(result, {{-1, systemReason()}, {-3, systemReason()}, {-4, "not enough memory"}}));
+        }
+    });
     messagesFor(path) << "wrote " << printable(path) << "\n";
 }
 
@@ -73,12 +77,14 @@ std::string inserted(const std::string& path, const Settings& settings) {
     return packet;
 }
 
-void insertSettings(const std::string& path, const Settings& settings, const std::string& output) {
-    requireOutput(output, {path});
-    const std::string packet = inserted(path, settings);
-    writeFile(output, packet);
-    std::ostream& messages = messagesFor(output);
-    messages << "wrote " << printable(output) << "\n";
+void insertSettings(const std::string& path, const Settings& settings, const std::string& outputPath) {
+    std::string packet;
+    writeOutput(outputPath, {path}, [&](OutputFile& output) {
+        packet = inserted(path, settings);
+        output.write(packet);
+    });
+    std::ostream& messages = messagesFor(outputPath);
+    messages << "wrote " << printable(outputPath) << "\n";
     if (tvsettings_occurences_in_xmp(librarySize(packet) + 1, packet.c_str()) > 1) {
         messages << "it held settings before; the new ones stand first and count\n";
     }

@@ -4,10 +4,12 @@
 #include "commands/icc.h"
 #include "commands/settings_options.h"
 #include "output/failure.h"
+#include "output/output_file.h"
 #include "output/text.h"
 #include "photographs/photo.h"
 #include "pictures/image.h"
 
+#include <cerrno>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -94,19 +96,16 @@ Image imageFor(const Options& options) {
 }
 
 std::string writingProblem(int32_t result, const Image& image) {
-    return explain(result, {{-1, "it cannot be opened for writing, or there is not enough memory"},
-                            {-2, "its header could not be written; the file is incomplete"},
-                            {-3, "its pixels could not be written; the file is incomplete"},
-                            {-4, "there is not enough memory; the file is incomplete"},
+    return explain(result, {{-1, systemReason()},
+                            {-2, systemReason()},
+                            {-3, systemReason()},
+                            {-4, "not enough memory"},
                             {-6, "expected an image of less than 2 GiB, found " + std::to_string(image.width) + " x " +
                                      std::to_string(image.height) + " pixels"},
-                            {-12, "its directory could not be written; the file is incomplete"}});
+                            {-12, systemReason()}});
 }
 
-void writeTiff(const Options& options) {
-    requireOutput(options.output, {options.image, options.photo, options.profile});
-    const Metadata metadata = collectMetadata(options);
-    const Image image = imageFor(options);
+void writePicture(const Options& options, const Metadata& metadata, const Image& image, OutputFile& output) {
     const Depth depth = depthOf(options, image);
     const bool isReduced = depth != image.depth;
     const TifImageInfo info = {
@@ -122,13 +121,24 @@ void writeTiff(const Options& options) {
     // In samples where the library reduces them, else in bytes.
     const int32_t rowPitch = image.width * image.channels * (isReduced ? 1 : bytesPerSample(image.depth));
     const int32_t packetLength = metadata.packet.empty() ? 0 : librarySize(metadata.packet) + 1;
+    const std::string path = output.libraryPath();
+    errno = 0;
     const int32_t result =
         buf2tif(image.samples.data(), &info, rowPitch, metadata.profile.data(), &metadata.records.metadata,
                 &metadata.records.gps, librarySize(metadata.iptc), metadata.iptc.data(), metadata.settings.method,
-                metadata.settings.values.data(), packetLength, metadata.packet.c_str(), options.output.c_str());
+                metadata.settings.values.data(), packetLength, metadata.packet.c_str(), path.c_str());
     if (result < 0) {
         throw Failure(options.output, writingProblem(result, image));
     }
+}
+
+void writeTiff(const Options& options) {
+    Image image;
+    writeOutput(options.output, {options.image, options.photo, options.profile}, [&](OutputFile& output) {
+        const Metadata metadata = collectMetadata(options);
+        image = imageFor(options);
+        writePicture(options, metadata, image, output);
+    });
     messagesFor(options.output) << "wrote " << printable(options.output) << ": " << image.width << " x " << image.height
                                 << " pixels\n";
 }

@@ -9,11 +9,11 @@ void complain(const std::string& message) {
 }
 
 std::string explain(int32_t result, std::initializer_list<Meaning> meanings) {
-    std::string text = "unexpected answer of the library";
+    std::string text = "unexpected result of the library";
     for (const Meaning& meaning : meanings) {
         if (meaning.result == result) {
             text = meaning.text;
         }
     }
-    return text + " (result " + std::to_string(result) + ")";
+    return text;
 }

@@ -32,5 +32,5 @@ struct Meaning {
     std::string text;
 };
 
-// The words for a library result and its number. Each call site states the meanings of its function.
+// The words for a library result. Each call site states the meanings of its function.
 std::string explain(int32_t result, std::initializer_list<Meaning> meanings);

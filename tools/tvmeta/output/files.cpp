@@ -2,15 +2,11 @@
 
 #include "output/failure.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <iostream>
 #include <limits>
 #include <system_error>
 
@@ -18,10 +14,6 @@ namespace {
 
 // With the terminator that texts get, everything read still fits the library's sizes.
 constexpr size_t SizeLimit = std::numeric_limits<int32_t>::max();
-
-[[noreturn]] void failWithErrno(const std::string& path) {
-    throw Failure(path, std::strerror(errno));
-}
 
 // Pipes and devices are refused: they can make a reader wait for ever, or never end.
 void requireRegularFile(const std::string& path) {
@@ -32,17 +24,6 @@ void requireRegularFile(const std::string& path) {
     }
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
         throw Failure(path, "it is not a regular file, but a pipe or device");
-    }
-}
-
-void requireWritable(const std::string& path) {
-    const std::string folder = std::filesystem::path(path).parent_path().string();
-    bool isWritable = access(path.c_str(), W_OK) == 0;
-    if (!isWritable && errno == ENOENT) {
-        isWritable = access(folder.empty() ? "." : folder.c_str(), W_OK) == 0;
-    }
-    if (!isWritable) {
-        failWithErrno(path);
     }
 }
 
@@ -68,6 +49,10 @@ Bytes readBytes(const std::string& path, long offset, size_t length) {
 }
 
 } // namespace
+
+void failWithErrno(const std::string& path) {
+    throw Failure(path, std::strerror(errno));
+}
 
 File openFile(const std::string& path) {
     requireRegularFile(path);
@@ -107,35 +92,11 @@ Bytes readRegion(const std::string& path, int32_t offset, int32_t length) {
     return readBytes(path, offset, static_cast<size_t>(length));
 }
 
-void requireOutput(const std::string& path, std::initializer_list<std::string> inputs) {
+void copyFile(const std::string& path, const std::string& copy) {
+    requireRegularFile(path);
     std::error_code error;
-    if (std::filesystem::is_directory(path, error)) {
-        throw Failure(path, "it is a folder");
-    }
-    for (const std::string& input : inputs) {
-        if (std::filesystem::equivalent(path, input, error)) {
-            throw Failure(path, "it is the file that is read; name another");
-        }
-    }
-    requireWritable(path);
-}
-
-std::ostream& messagesFor(const std::string& output) {
-    struct stat file = {};
-    struct stat standard = {};
-    const bool isKnown = stat(output.c_str(), &file) == 0 && fstat(STDOUT_FILENO, &standard) == 0;
-    const bool isSame = file.st_dev == standard.st_dev && file.st_ino == standard.st_ino;
-    return isKnown && isSame ? std::cerr : std::cout;
-}
-
-void writeFile(const std::string& path, std::string_view content) {
-    File file(std::fopen(path.c_str(), "wb"));
-    if (!file) {
-        failWithErrno(path);
-    }
-    // A full disk may show only when the last buffered bytes are written, at the close.
-    const bool written = std::fwrite(content.data(), 1, content.size(), file.get()) == content.size();
-    if (std::fclose(file.release()) != 0 || !written) {
-        failWithErrno(path);
+    std::filesystem::copy_file(path, copy, std::filesystem::copy_options::overwrite_existing, error);
+    if (error) {
+        throw Failure(path, error.message());
     }
 }

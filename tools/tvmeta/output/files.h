@@ -4,8 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <initializer_list>
-#include <iosfwd>
 #include <iterator>
 #include <memory>
 #include <span>
@@ -35,14 +33,11 @@ Bytes readRegion(const std::string& path, int32_t offset, int32_t length);
 // At most `length` bytes from the start of a file.
 Bytes readStart(const std::string& path, size_t length);
 
-// A file to be written must be none of those that are read, by whatever name, or it would be emptied; and the system
-// must let it be written. Asked before all work, and because the library keeps the reasons of the system to itself.
-void requireOutput(const std::string& path, std::initializer_list<std::string> inputs);
+// Overwrites `copy` with the content of a regular file.
+void copyFile(const std::string& path, const std::string& copy);
 
-// Where to tell that a file was written: not behind its bytes if it is standard output.
-std::ostream& messagesFor(const std::string& output);
-
-void writeFile(const std::string& path, std::string_view content);
+// Throws Failure with the path and the system's reason.
+[[noreturn]] void failWithErrno(const std::string& path);
 
 // A size as the library takes it; contents of files always fit.
 template <typename Container>

@@ -1,0 +1,52 @@
+// What writing a file requires of the operating system. temporary_file_posix.cpp is the form for POSIX systems.
+#pragma once
+
+#include "output/files.h"
+
+#include <optional>
+#include <string>
+
+// Where output goes.
+struct OutputTarget {
+    std::string name;                   // as the user wrote it
+    std::string path;                   // with symbolic links followed
+    bool exists = false;                // as a file that can be replaced
+    bool isDirect = false;              // cannot be replaced: a device, a pipe or an open descriptor
+    bool isSpooled = false;             // cannot be opened by its path, or is emptied when it is
+    std::optional<int> descriptor = {}; // of this process, which the path names
+};
+
+// Throws Failure if the path names a folder or a file that must not be written.
+OutputTarget resolveTarget(const std::string& name);
+
+// Opens a target that is written directly, without emptying it.
+File openDirect(const OutputTarget& target);
+
+// A path that opens a file that is already open.
+std::string reopeningPath(std::FILE* file);
+
+// Called once at the start: lets signals remove the temporary file, and writes beyond a size limit fail. Occupies the
+// standard streams that are closed; otherwise the next file that is opened becomes one of them and gets the messages.
+void prepareProcess();
+
+// A new file with an unpredictable name in the folder of a target. It is removed at the end of its scope, or when a
+// signal ends the process, unless it has replaced the target. Only one can exist at a time.
+class TemporaryFile {
+  public:
+    explicit TemporaryFile(const OutputTarget& target);
+    ~TemporaryFile();
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    const std::string& path() const { return temporaryPath; }
+    std::FILE* stream() const { return file.get(); }
+
+    // Synchronises the file with the disk and renames it. It gets the permissions of the file that it replaces, and its
+    // owner, group and extended attributes as far as the system allows.
+    void replace(const OutputTarget& target);
+
+  private:
+    std::string temporaryPath;
+    File file;
+    unsigned newFileMode = 0; // the permissions that the system gives a new file
+};
