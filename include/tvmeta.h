@@ -33,9 +33,9 @@
 #include <stdio.h>
 #include <time.h>
 
-#define TVMETA_VERSION_MAJOR 1 /**< version of this header: an increase breaks callers */
-#define TVMETA_VERSION_MINOR 0 /**< an increase adds to the interface */
-#define TVMETA_VERSION_PATCH 0 /**< an increase only mends */
+#define TVMETA_VERSION_MAJOR 1 /**< version of this header; incremented for incompatible changes */
+#define TVMETA_VERSION_MINOR 1 /**< incremented for additions */
+#define TVMETA_VERSION_PATCH 0 /**< incremented for bug fixes */
 
 #if defined(TVMETA_STATIC)
 #define TVMETA_API
@@ -53,6 +53,13 @@ extern "C" {
 #else
 #define TVMETA_NOEXCEPT
 #endif
+
+/**
+ * Gives the version of the library at run time, which may differ from that of the header.
+ *
+ * @return the version, such as "1.1.0": static text, never null.
+ */
+TVMETA_API const char* tvmeta_version(void) TVMETA_NOEXCEPT;
 
 /** @defgroup records Records
  *  @{ */
@@ -245,6 +252,44 @@ enum {
     FUSION_REAL_ESTATE_LOCAL_CONTRAST = 8
 };
 
+/** How a packet stores the value of a parameter. */
+enum {
+    TVMETA_NUMBER = 0,         /**< a number with one decimal */
+    TVMETA_FRACTION = 1,       /**< a number with six decimals */
+    TVMETA_GAMMA = 2,          /**< a gamma with two decimals; the slot is a slider position */
+    TVMETA_CLIP = 3,           /**< a clip value with three decimals; the slot is on a power curve */
+    TVMETA_SMOOTHING_MODE = 4, /**< "Light" (slot value 0) or "Slider" (1) */
+    TVMETA_SMOOTHING = 5,      /**< Light: a word of "Very High", "High", "Medium", "Low", "Very Low" for slot values
+                                  0 to 4; Slider: a number with one decimal in DETAILS_ENHANCER_SMOOTHING_SLIDER */
+    TVMETA_YES_NO = 6          /**< "Yes" (slot value 1) or "No" (0) */
+};
+
+/** One parameter of a method, as tvmeta_parameter() describes it. */
+typedef struct tvmeta_Parameter {
+    const char* name; /**< local name of the property: "Strength" for tvtm:Strength. Static text */
+    int32_t slot;     /**< slot of SettingsValues, 0 to 17 */
+    int32_t kind;     /**< TVMETA_NUMBER to TVMETA_YES_NO */
+} tvmeta_Parameter;
+
+/**
+ * Names a method.
+ *
+ * @param method  method code.
+ * @return the name as a packet contains it, such as "Details Enhancer": static text; null if the code names no method.
+ */
+TVMETA_API const char* tvmeta_method_name(int32_t method) TVMETA_NOEXCEPT;
+
+/**
+ * Describes one parameter of a method, in the order in which a packet lists them.
+ *
+ * @param method  method code.
+ * @param index  0 for the first parameter.
+ * @param out  receives the description. May be null: only the result is wanted.
+ * @retval >0  the number of parameters of the method; index is below it
+ * @retval 0  the code names no method, or it has no parameter of that index; out is unchanged
+ */
+TVMETA_API int32_t tvmeta_parameter(int32_t method, int32_t index, tvmeta_Parameter* out) TVMETA_NOEXCEPT;
+
 /** @}
  *  @defgroup bytes Metadata record and byte-order readers
  *  @{ */
@@ -284,6 +329,21 @@ TVMETA_API int32_t fgetm4(FILE* stream) TVMETA_NOEXCEPT;
 /** @}
  *  @defgroup reading Metadata reading
  *  @{ */
+
+/** Results of tvmeta_file_type() beside the file types. */
+enum { TVMETA_FILE_UNREADABLE = -1, TVMETA_FILE_UNKNOWN = -2 };
+
+/**
+ * Detects the type of a photograph by its first four bytes.
+ *
+ * @param path  file to read, zero-terminated. Null: TVMETA_FILE_UNREADABLE.
+ * @retval FILE_TYPE_JPEG  the file starts with FF D8
+ * @retval FILE_TYPE_PSD  the file starts with "8BPS"
+ * @retval FILE_TYPE_TIFF  the file starts with "II" 42 or "MM" 42; camera raw files are often TIFF files too
+ * @retval TVMETA_FILE_UNREADABLE  the file cannot be opened or read, or is a directory
+ * @retval TVMETA_FILE_UNKNOWN  the file starts with other bytes (BigTIFF included), or is shorter
+ */
+TVMETA_API int32_t tvmeta_file_type(const char* path) TVMETA_NOEXCEPT;
 
 /**
  * Reads the metadata of a source photograph into a record.

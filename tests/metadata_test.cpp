@@ -42,6 +42,31 @@ void expectFullRecord(const ExifInfo& info, std::int32_t base) {
               std::tuple(1, 35U, 30U, 0U));
 }
 
+TEST(FileType, FirstBytes) {
+    const struct {
+        const char* what;
+        Bytes bytes;
+        std::int32_t type;
+    } cases[] = {
+        {"JPEG", jpeg(""), FILE_TYPE_JPEG},
+        {"JPEG, cut after its marker", "\xFF\xD8", FILE_TYPE_JPEG},
+        {"PSD", psd(""), FILE_TYPE_PSD},
+        {"PSD, cut", "8BP", TVMETA_FILE_UNKNOWN},
+        {"TIFF, little-endian", fullTiff(true), FILE_TYPE_TIFF},
+        {"TIFF, big-endian", fullTiff(false), FILE_TYPE_TIFF},
+        {"TIFF with the magic of the other byte order", Bytes("II\0*", 4), TVMETA_FILE_UNKNOWN},
+        {"BigTIFF", Bytes("II+\0", 4), TVMETA_FILE_UNKNOWN},
+        {"empty", "", TVMETA_FILE_UNKNOWN},
+    };
+    const TempDir dir;
+    for (const auto& test : cases) {
+        EXPECT_EQ(tvmeta_file_type(dir.write("photo", test.bytes).c_str()), test.type) << test.what;
+    }
+    EXPECT_EQ(tvmeta_file_type(dir.path("missing").c_str()), TVMETA_FILE_UNREADABLE);
+    EXPECT_EQ(tvmeta_file_type(dir.path("").c_str()), TVMETA_FILE_UNREADABLE); // a directory
+    EXPECT_EQ(tvmeta_file_type(nullptr), TVMETA_FILE_UNREADABLE);
+}
+
 TEST(Containers, AllLeadToTheSameRecord) {
     for (const bool little : {true, false}) {
         const Bytes tiff = fullTiff(little);

@@ -6,6 +6,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -61,6 +62,36 @@ TEST(Detection, Methods) {
     for (const auto& test : cases) {
         EXPECT_EQ(detect(test.text), test.result) << test.what;
     }
+}
+
+// The description of a method's parameters names what a packet contains, in its order.
+TEST(Description, NamesAndOrderOfTheWrittenPacket) {
+    for (const std::int32_t method : {1, 2, 3, 10, 11, 15}) {
+        const Slots slots{};
+        char text[2048] = {};
+        embed_xmp(1, method + 200, slots.data(), 0, nullptr, text);
+        const char* at = std::strstr(text, "<tvtm:Method>");
+        ASSERT_NE(at, nullptr);
+        EXPECT_EQ(Bytes(at).find("<tvtm:Method>" + Bytes(tvmeta_method_name(method)) + "</tvtm:Method>\n"), 0U);
+        tvmeta_Parameter parameter;
+        std::int32_t index = 0;
+        for (; tvmeta_parameter(method, index, &parameter) > 0; ++index) {
+            at = std::strstr(at + 1, "<tvtm:");
+            ASSERT_NE(at, nullptr) << method << " " << index;
+            EXPECT_EQ(Bytes(at).find("<tvtm:" + Bytes(parameter.name) + ">"), 0U) << parameter.name;
+        }
+        EXPECT_EQ(std::strstr(at + 1, "<tvtm:"), nullptr) << method;
+        EXPECT_EQ(tvmeta_parameter(method, 0, nullptr), index);
+        EXPECT_EQ(tvmeta_parameter(method, -1, nullptr), 0);
+    }
+    tvmeta_Parameter smoothing{};
+    EXPECT_EQ(tvmeta_parameter(METHOD_DETAILS_ENHANCER, 6, &smoothing), 17);
+    EXPECT_EQ(smoothing.slot, DETAILS_ENHANCER_SMOOTHING_LEVEL);
+    EXPECT_EQ(smoothing.kind, TVMETA_SMOOTHING);
+    EXPECT_EQ(tvmeta_parameter(4, 0, &smoothing), 0);
+    EXPECT_EQ(smoothing.kind, TVMETA_SMOOTHING); // unchanged
+    EXPECT_EQ(tvmeta_method_name(METHOD_NONE), nullptr);
+    EXPECT_EQ(Bytes(tvmeta_version()).find("1."), 0U);
 }
 
 TEST(Detection, RequestsAndTerminators) {

@@ -97,6 +97,29 @@ constexpr bool formerNamesFit(std::span<const Parameter> parameters) noexcept {
 }
 static_assert(std::ranges::all_of(Methods, [](const Method& method) { return formerNamesFit(method.parameters); }));
 
+// Packets of today store the three kinds of plain numbers alike.
+constexpr std::int32_t publicKind(ValueKind kind) {
+    switch (kind) {
+    case Number:
+    case VersionedNumber:
+    case Microcontrast:
+        return TVMETA_NUMBER;
+    case Fraction:
+        return TVMETA_FRACTION;
+    case Gamma:
+        return TVMETA_GAMMA;
+    case Clip:
+        return TVMETA_CLIP;
+    case SmoothingMode:
+        return TVMETA_SMOOTHING_MODE;
+    case Smoothing:
+        return TVMETA_SMOOTHING;
+    case Panorama:
+        return TVMETA_YES_NO;
+    }
+    return TVMETA_NUMBER;
+}
+
 } // namespace
 
 std::span<const Method> methods() noexcept {
@@ -109,3 +132,22 @@ const Method* findMethod(std::int32_t code) noexcept {
 }
 
 } // namespace tvmeta
+
+// The names are literals, so a zero byte follows each of them.
+const char* tvmeta_method_name(std::int32_t method) noexcept {
+    const tvmeta::Method* const found = tvmeta::findMethod(method);
+    return found != nullptr ? found->name.data() : nullptr;
+}
+
+std::int32_t tvmeta_parameter(std::int32_t method, std::int32_t index, tvmeta_Parameter* out) noexcept {
+    const tvmeta::Method* const found = tvmeta::findMethod(method);
+    const auto count = static_cast<std::int32_t>(found != nullptr ? found->parameters.size() : 0);
+    if (index < 0 || index >= count) {
+        return 0;
+    }
+    if (out != nullptr) {
+        const tvmeta::Parameter& parameter = found->parameters[static_cast<std::size_t>(index)];
+        *out = {parameter.name.data(), parameter.slot, tvmeta::publicKind(parameter.kind)};
+    }
+    return count;
+}
