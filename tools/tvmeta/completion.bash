@@ -45,8 +45,8 @@ _tvmeta_settings() {
 
 # The last of the names with commas between them.
 _tvmeta_fields() {
-    local fields="file container model lens dateTimeOriginal exposureTime fNumber isoSpeed exposureSource focalLength
-        focalLength35mm focalPlaneXResolution focalPlaneResolutionUnit orientation gpsLatitude gpsLongitude gpsAltitude
+    local fields="file container model lens dateTimeOriginal exposureTime fNumber isoSpeed ev100 exposureSource
+        focalLength focalLength35mm focalPlaneXResolution focalPlaneResolutionUnit orientation gpsPosition gpsLatitude gpsLongitude gpsAltitude
         gpsDate gpsTime thumbnailWidth thumbnailHeight thumbnailRowBytes thumbnailLength thumbnailOffset iptcLength
         iptcOffset xmpLength xmpOffset secondsSinceFirst"
     local before=""

@@ -2,11 +2,12 @@
 
 #include "commands/commands.h"
 #include "output/failure.h"
+#include "output/json.h"
 #include "output/table.h"
 #include "output/terminal.h"
 #include "output/text.h"
 #include "photographs/fields.h"
-#include "photographs/photo_files.h"
+#include "photographs/read_photos.h"
 
 #include <algorithm>
 #include <functional>
@@ -21,8 +22,6 @@
 
 namespace {
 
-using nlohmann::ordered_json;
-
 const std::vector<std::string> TableKeys = {"file",     "dateTimeOriginal", "exposureTime", "fNumber",
                                             "isoSpeed", "focalLength",      "model"};
 
@@ -34,65 +33,46 @@ struct Options {
     bool list = false;
 };
 
-struct Reading {
+// The photographs by capture time.
+std::vector<Shot> shotsOf(std::vector<Photo> photos) {
+    sortByCaptureTime(photos);
+    const std::optional<CivilTime> first = photos.size() > 1 ? photos.front().taken : std::nullopt;
     std::vector<Shot> shots;
-    size_t failures = 0;
-    size_t files = 0;
-};
-
-Reading readShots(const Options& options) {
-    Progress progress;
-    const PhotoFiles found = findPhotoFiles(options.names, options.recursive, progress);
-    Reading reading = {{}, found.failures, found.paths.size() + found.failures};
-    size_t done = 0;
-    for (const std::string& path : found.paths) {
-        progress.done(done++, found.paths.size());
-        try {
-            const Photo photo = readRecord(path);
-            if (!photo.damage.empty()) {
-                complain(path + ": " + photo.damage);
-                ++reading.failures;
-            }
-            reading.shots.push_back({photo, captureTime(photo.info), std::nullopt});
-        } catch (const Failure& failure) {
-            complain(failure.what());
-            ++reading.failures;
-        }
+    for (Photo& photo : photos) {
+        shots.push_back({std::move(photo), first});
     }
-    return reading;
-}
-
-// By capture time, photographs without one last, and then by name.
-void sortShots(std::vector<Shot>& shots) {
-    const auto key = [](const Shot& shot) {
-        return std::make_tuple(!shot.taken, shot.taken.value_or(0), std::string_view(shot.photo.path));
-    };
-    std::ranges::stable_sort(shots, std::less<>(), key);
-    if (shots.size() > 1) {
-        const std::optional<std::time_t> first = shots.front().taken;
-        std::ranges::for_each(shots, [&](Shot& shot) { shot.first = first; });
-    }
+    return shots;
 }
 
 void printList(const Shot& shot, const FieldList& fields) {
     std::cout << printable(shot.photo.path) << "\n";
     for (const Field* field : fields) {
-        const ordered_json value = field->value(shot);
-        if (!value.is_null() && field->form != Form::Path) { // the path stands above
-            std::cout << "  " << std::left << std::setw(24) << field->label << listText(*field, value) << "\n";
+        const Value value = field->value(shot);
+        if (!isMissing(value) && field->kind != Field::Kind::Path) { // the path is the title
+            std::cout << "  " << std::left << std::setw(24) << field->label << readable(*field, value) << "\n";
         }
     }
 }
 
+// A damaged text must not widen the table: a date has 19 characters, a name rarely more than 40.
+std::string cellText(const Field& field, const Value& value) {
+    constexpr int DateWidth = 19;
+    constexpr int TextWidth = 40;
+    std::string cell = isMissing(value) ? "" : readable(field, value);
+    return field.kind == Field::Kind::Date   ? withoutEnd(cell, DateWidth)
+           : field.kind == Field::Kind::Text ? withoutEnd(cell, TextWidth)
+                                             : cell;
+}
+
 Column columnOf(const Field& field, const std::vector<Shot>& shots) {
     Column column = {.heading = field.heading};
-    column.cut = field.form == Form::Path   ? Column::Cut::Start
-                 : field.form == Form::Text ? Column::Cut::End
-                                            : Column::Cut::Nowhere;
+    column.cut = field.kind == Field::Kind::Path   ? Column::Cut::Start
+                 : field.kind == Field::Kind::Text ? Column::Cut::End
+                                                   : Column::Cut::Nowhere;
     for (const Shot& shot : shots) {
-        const ordered_json value = field.value(shot);
-        column.isNumeric = column.isNumeric || value.is_number();
-        column.cells.push_back(value.is_null() ? "" : cellText(field, value));
+        const Value value = field.value(shot);
+        column.isNumeric = column.isNumeric || isNumber(value);
+        column.cells.push_back(cellText(field, value));
     }
     return column;
 }
@@ -109,52 +89,38 @@ void printShotTable(const std::vector<Shot>& shots, const FieldList& fields) {
     }
 }
 
-// One line. Texts of photographs and file names come in any encoding, JSON is UTF-8: other bytes become U+FFFD. In
-// ASCII no reader and no terminal can take it for anything else.
 void printJson(const Shot& shot, const FieldList& fields) {
-    ordered_json object = ordered_json::object();
+    std::vector<NamedValue> members;
     for (const Field* field : fields) {
-        const ordered_json value = field->value(shot);
-        if (!value.is_null()) {
-            object[field->key] = value;
-        }
+        members.push_back({field->key, field->value(shot)});
     }
-    std::cout << object.dump(-1, ' ', true, ordered_json::error_handler_t::replace) << "\n";
+    std::cout << jsonObject(members) << "\n";
 }
 
 FieldList chosenFields(const Options& options, bool isTable) {
-    if (!options.fields.empty()) {
-        return fieldsNamed(options.fields);
-    }
-    if (isTable) {
-        return fieldsNamed(TableKeys);
-    }
     FieldList fields;
-    std::ranges::transform(allFields(), std::back_inserter(fields), [](const Field& field) { return &field; });
+    if (options.fields.empty() && !isTable) {
+        std::ranges::transform(allFields(), std::back_inserter(fields), [](const Field& field) { return &field; });
+    } else {
+        std::ranges::transform(options.fields.empty() ? TableKeys : options.fields, std::back_inserter(fields),
+                               fieldNamed);
+    }
     return fields;
 }
 
 void showInfo(const Options& options) {
     const bool isTable = !options.json && !options.list && (options.names.size() > 1 || options.recursive);
     const FieldList fields = chosenFields(options, isTable);
-    Reading reading = readShots(options);
-    sortShots(reading.shots);
-    if (isTable && !reading.shots.empty()) {
-        printShotTable(reading.shots, fields);
+    std::vector<Photo> photos;
+    const Reading reading =
+        readPhotos(options.names, options.recursive, [&](Photo&& photo) { photos.push_back(std::move(photo)); });
+    const std::vector<Shot> shots = shotsOf(std::move(photos));
+    if (isTable && !shots.empty()) {
+        printShotTable(shots, fields);
     } else {
-        std::ranges::for_each(reading.shots,
-                              [&](const Shot& shot) { (options.json ? printJson : printList)(shot, fields); });
+        std::ranges::for_each(shots, [&](const Shot& shot) { (options.json ? printJson : printList)(shot, fields); });
     }
-    if (reading.files == 0) {
-        complain("there is no JPEG, TIFF or PSD file");
-    }
-    if (reading.failures > 0 && reading.files > 1) {
-        throw Failure(std::to_string(reading.failures) + " of " + std::to_string(reading.files) +
-                      " files could not be read whole");
-    }
-    if (reading.failures > 0) {
-        throw Reported();
-    }
+    requireAllRead(reading);
 }
 
 std::string fieldHelp() {

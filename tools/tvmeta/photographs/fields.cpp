@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <iomanip>
 #include <sstream>
@@ -12,117 +13,143 @@
 
 namespace {
 
-using nlohmann::ordered_json;
-
 double quotient(const uint32_t* rational) {
     return rational[1] == 0 ? 0 : static_cast<double>(rational[0]) / rational[1];
 }
 
-// As in the library's record, 0 and the empty text stand for nothing.
-ordered_json unlessEmpty(const ordered_json& value) {
-    return value == 0 || value == "" ? ordered_json() : value;
+// In sixtieths and sixtieths of sixtieths: an angle in degrees, a time in hours.
+double sexagesimal(const uint32_t (&group)[6]) {
+    return quotient(group) + quotient(group + 2) / 60 + quotient(group + 4) / 3600;
 }
 
 // Decimal degrees of a coordinate, negative in the south and west.
-ordered_json degrees(const uint32_t (&angle)[6], char reference) {
-    if (reference == 0) {
-        return nullptr;
+Value degrees(const uint32_t (&angle)[6], char reference) {
+    if (reference == 0 || angle[1] == 0) {
+        return {};
     }
-    const double value = quotient(angle) + quotient(angle + 2) / 60 + quotient(angle + 4) / 3600;
-    return reference == 'S' || reference == 'W' ? -value : value;
+    return reference == 'S' || reference == 'W' ? -sexagesimal(angle) : sexagesimal(angle);
 }
 
-ordered_json altitude(const ExifInfo& info) {
-    const double metres = quotient(info.gpsAltitude);
-    return unlessEmpty(info.gpsAltitudeRef == 1 ? -metres : metres);
+Value latitude(const Shot& shot) {
+    return degrees(shot.photo.info.gpsLatitude, shot.photo.info.gpsLatitudeRef);
 }
 
-ordered_json gpsTime(const uint32_t (&time)[6]) {
-    if (time[1] == 0) {
-        return nullptr;
-    }
+Value longitude(const Shot& shot) {
+    return degrees(shot.photo.info.gpsLongitude, shot.photo.info.gpsLongitudeRef);
+}
+
+// Seven decimals of a degree are a centimetre.
+std::string coordinate(const Value& degrees) {
     std::ostringstream text;
-    text << std::setfill('0') << std::setw(2) << quotient(time) << ":" << std::setw(2) << quotient(time + 2) << ":"
-         << std::setw(2) << quotient(time + 4);
+    text << std::fixed << std::setprecision(7) << numberOf(degrees);
+    const std::string digits = text.str();
+    return digits.substr(0, std::max(digits.find_last_not_of('0') + 1, digits.find('.') + 2));
+}
+
+// The form that maps accept.
+Value position(const Shot& shot) {
+    if (isMissing(latitude(shot)) || isMissing(longitude(shot))) {
+        return {};
+    }
+    return coordinate(latitude(shot)) + ", " + coordinate(longitude(shot));
+}
+
+Value altitude(const Shot& shot) {
+    const ExifInfo& info = shot.photo.info;
+    if (info.gpsAltitude[1] == 0) {
+        return {};
+    }
+    return info.gpsAltitudeRef == 1 ? -quotient(info.gpsAltitude) : quotient(info.gpsAltitude);
+}
+
+Value gpsTime(const Shot& shot) {
+    const uint32_t(&time)[6] = shot.photo.info.gpsTimeStamp;
+    if (time[1] == 0) {
+        return {};
+    }
+    const int64_t milliseconds = std::llround(sexagesimal(time) * 3600'000);
+    std::ostringstream text;
+    text << std::setfill('0') << std::setw(2) << milliseconds / 3600'000 << ":" << std::setw(2)
+         << milliseconds / 60'000 % 60 << ":" << std::setw(2) << milliseconds / 1000 % 60;
+    if (milliseconds % 1000 != 0) {
+        text << "." << std::setw(3) << milliseconds % 1000;
+    }
     return text.str();
 }
 
-ordered_json secondsSinceFirst(const Shot& shot) {
-    if (!shot.first || !shot.taken) {
-        return nullptr;
+// The light that the exposure suits, as exposure value at ISO 100: log2(N^2 / t) less the stops of the sensitivity.
+Value exposureValue(const Shot& shot) {
+    const ExifInfo& info = shot.photo.info;
+    if (!(info.exposureTime > 0 && info.fNumber > 0 && info.isoSpeed > 0)) {
+        return {};
     }
-    return static_cast<double>(*shot.taken - *shot.first);
+    const double stop = decimal(info.fNumber);
+    return std::log2(stop * stop / decimal(info.exposureTime)) - std::log2(info.isoSpeed / 100.0);
+}
+
+Value secondsSinceFirst(const Shot& shot) {
+    if (!shot.first || !shot.photo.taken) {
+        return {};
+    }
+    return (*shot.photo.taken - *shot.first).count();
+}
+
+// As in the library's record, 0 and the empty text mean that the photograph lacks the field.
+template <auto Member>
+Value integer(const Shot& shot) {
+    const int64_t value = shot.photo.info.*Member;
+    return value == 0 ? Value() : value;
 }
 
 template <auto Member>
-ordered_json number(const Shot& shot) {
-    return unlessEmpty(shot.photo.info.*Member);
+Value number(const Shot& shot) {
+    const double value = decimal(shot.photo.info.*Member);
+    return value == 0 ? Value() : value;
 }
 
 template <auto Member>
-ordered_json decimalNumber(const Shot& shot) {
-    return unlessEmpty(decimal(shot.photo.info.*Member));
-}
-
-template <auto Member>
-ordered_json text(const Shot& shot) {
-    return unlessEmpty(fieldText(shot.photo.info.*Member));
+Value text(const Shot& shot) {
+    std::string value = fieldText(shot.photo.info.*Member);
+    return value.empty() ? Value() : value;
 }
 
 using I = ExifInfo;
+using Kind = Field::Kind;
 constexpr auto Fields = std::to_array<Field>({
-    {"file", "File", "File", [](const Shot& shot) -> ordered_json { return shot.photo.path; }, "", Form::Path},
-    {"container", "Container", "Type",
-     [](const Shot& shot) -> ordered_json { return containerName(shot.photo.fileType); }},
-    {"model", "Camera model", "Camera", text<&I::model>, "", Form::Text},
-    {"lens", "Lens", "Lens", text<&I::lens>, "", Form::Text},
-    {"dateTimeOriginal", "Taken", "Taken", text<&I::dateTimeOriginal>},
-    {"exposureTime", "Exposure time", "Exposure", decimalNumber<&I::exposureTime>, " s", Form::Exposure},
-    {"fNumber", "F-number", "Stop", decimalNumber<&I::fNumber>, "", Form::Aperture},
-    {"isoSpeed", "ISO speed", "ISO", number<&I::isoSpeed>},
-    {"exposureSource", "Exposure source", "Exposure source", number<&I::exposureSource>, " (image description)"},
-    {"focalLength", "Focal length", "Focal", decimalNumber<&I::focalLength>, " mm"},
-    {"focalLength35mm", "Focal length in 35 mm", "In 35 mm", number<&I::focalLength35mm>, " mm"},
-    {"focalPlaneXResolution", "Focal plane resolution", "Focal plane", decimalNumber<&I::focalPlaneXResolution>,
+    {"file", "File", "File", [](const Shot& shot) -> Value { return shot.photo.path; }, "", plainWords, Kind::Path},
+    {"container", "Container", "Type", [](const Shot& shot) -> Value { return containerName(shot.photo.fileType); }},
+    {"model", "Camera model", "Camera", text<&I::model>, "", plainWords, Kind::Text},
+    {"lens", "Lens", "Lens", text<&I::lens>, "", plainWords, Kind::Text},
+    {"dateTimeOriginal", "Taken", "Taken", text<&I::dateTimeOriginal>, "", plainWords, Kind::Date},
+    {"exposureTime", "Exposure time", "Exposure", number<&I::exposureTime>, " s", exposureWords},
+    {"fNumber", "F-number", "Stop", number<&I::fNumber>, "", apertureWords},
+    {"isoSpeed", "ISO speed", "ISO", integer<&I::isoSpeed>},
+    {"ev100", "EV at ISO 100", "EV", exposureValue, "", evWords},
+    {"exposureSource", "Exposure source", "Exposure source", integer<&I::exposureSource>, "", sourceWords},
+    {"focalLength", "Focal length", "Focal", number<&I::focalLength>, " mm"},
+    {"focalLength35mm", "Focal length in 35 mm", "In 35 mm", integer<&I::focalLength35mm>, " mm"},
+    {"focalPlaneXResolution", "Focal plane resolution", "Focal plane", number<&I::focalPlaneXResolution>,
      " pixels per unit"},
-    {"focalPlaneResolutionUnit", "Focal plane unit", "Focal plane unit", number<&I::focalPlaneResolutionUnit>,
-     " (2 inch, 3 cm)"},
-    {"orientation", "Orientation", "Orientation", number<&I::orientation>},
-    {"gpsLatitude", "Latitude", "Latitude",
-     [](const Shot& shot) { return degrees(shot.photo.info.gpsLatitude, shot.photo.info.gpsLatitudeRef); }, " degrees"},
-    {"gpsLongitude", "Longitude", "Longitude",
-     [](const Shot& shot) { return degrees(shot.photo.info.gpsLongitude, shot.photo.info.gpsLongitudeRef); },
-     " degrees"},
-    {"gpsAltitude", "Altitude", "Altitude", [](const Shot& shot) { return altitude(shot.photo.info); }, " m"},
-    {"gpsDate", "GPS date", "GPS date", text<&I::gpsDateStamp>},
-    {"gpsTime", "GPS time", "GPS time", [](const Shot& shot) { return gpsTime(shot.photo.info.gpsTimeStamp); }, " UTC"},
-    {"thumbnailWidth", "Thumbnail width", "Thumbnail width", number<&I::thumbnailWidth>, " pixels"},
-    {"thumbnailHeight", "Thumbnail height", "Thumbnail height", number<&I::thumbnailHeight>, " pixels"},
-    {"thumbnailRowBytes", "Thumbnail row", "Thumbnail row", number<&I::thumbnailRowBytes>, " bytes"},
-    {"thumbnailLength", "Thumbnail length", "Thumbnail length", number<&I::thumbnailLength>, " bytes"},
-    {"thumbnailOffset", "Thumbnail offset", "Thumbnail offset", number<&I::thumbnailOffset>},
-    {"iptcLength", "IPTC length", "IPTC length", number<&I::iptcLength>, " bytes"},
-    {"iptcOffset", "IPTC offset", "IPTC offset", number<&I::iptcOffset>},
-    {"xmpLength", "XMP length", "XMP length", number<&I::xmpLength>, " bytes"},
-    {"xmpOffset", "XMP offset", "XMP offset", number<&I::xmpOffset>},
+    {"focalPlaneResolutionUnit", "Focal plane unit", "Focal plane unit", integer<&I::focalPlaneResolutionUnit>, "",
+     unitWords},
+    {"orientation", "Orientation", "Orientation", integer<&I::orientation>, "", orientationWords},
+    {"gpsPosition", "Position", "Position", position},
+    {"gpsLatitude", "Latitude", "Latitude", latitude, " degrees"},
+    {"gpsLongitude", "Longitude", "Longitude", longitude, " degrees"},
+    {"gpsAltitude", "Altitude", "Altitude", altitude, " m"},
+    {"gpsDate", "GPS date", "GPS date", text<&I::gpsDateStamp>, "", plainWords, Kind::Date},
+    {"gpsTime", "GPS time", "GPS time", gpsTime, " UTC"},
+    {"thumbnailWidth", "Thumbnail width", "Thumbnail width", integer<&I::thumbnailWidth>, " pixels"},
+    {"thumbnailHeight", "Thumbnail height", "Thumbnail height", integer<&I::thumbnailHeight>, " pixels"},
+    {"thumbnailRowBytes", "Thumbnail row", "Thumbnail row", integer<&I::thumbnailRowBytes>, " bytes"},
+    {"thumbnailLength", "Thumbnail length", "Thumbnail length", integer<&I::thumbnailLength>, " bytes"},
+    {"thumbnailOffset", "Thumbnail offset", "Thumbnail offset", integer<&I::thumbnailOffset>},
+    {"iptcLength", "IPTC length", "IPTC length", integer<&I::iptcLength>, " bytes"},
+    {"iptcOffset", "IPTC offset", "IPTC offset", integer<&I::iptcOffset>},
+    {"xmpLength", "XMP length", "XMP length", integer<&I::xmpLength>, " bytes"},
+    {"xmpOffset", "XMP offset", "XMP offset", integer<&I::xmpOffset>},
     {"secondsSinceFirst", "Since the first", "Since first", secondsSinceFirst, " s"},
 });
-
-std::string plainText(const ordered_json& value) {
-    if (value.is_string()) {
-        return printable(value.get<std::string>());
-    }
-    std::ostringstream shown;
-    shown << std::setprecision(9) << value.get<double>();
-    return shown.str();
-}
-
-// A short exposure as cameras show it, such as 1/125; nothing for a long one.
-std::string fraction(double seconds) {
-    constexpr double LongestFraction = 0.26;
-    const bool isShort = seconds > 0 && seconds < LongestFraction;
-    return isShort ? "1/" + std::to_string(std::lround(1 / seconds)) : "";
-}
 
 } // namespace
 
@@ -130,48 +157,14 @@ std::span<const Field> allFields() {
     return Fields;
 }
 
-FieldList fieldsNamed(const std::vector<std::string>& keys) {
-    FieldList fields;
-    for (const std::string& key : keys) {
-        const auto found = std::ranges::find(Fields, std::string_view(key), &Field::key);
-        if (found == Fields.end()) {
-            std::string known;
-            for (const Field& field : Fields) {
-                known += (known.empty() ? "" : ", ") + std::string(field.key);
-            }
-            throw WrongCommandLine("there is no field '" + key + "'; there are: " + known);
+const Field* fieldNamed(const std::string& key) {
+    const auto found = std::ranges::find(Fields, std::string_view(key), &Field::key);
+    if (found == Fields.end()) {
+        std::string known;
+        for (const Field& field : Fields) {
+            known += (known.empty() ? "" : ", ") + std::string(field.key);
         }
-        fields.push_back(&*found);
+        throw WrongCommandLine("there is no field '" + key + "'; there are: " + known);
     }
-    return fields;
-}
-
-std::string listText(const Field& field, const ordered_json& value) {
-    std::string shown = plainText(value) + field.unit;
-    if (field.form == Form::Exposure && !fraction(value.get<double>()).empty()) {
-        shown += " (" + fraction(value.get<double>()) + ")";
-    }
-    return shown;
-}
-
-std::string cellText(const Field& field, const ordered_json& value) {
-    if (field.form == Form::Exposure && !fraction(value.get<double>()).empty()) {
-        return fraction(value.get<double>()) + field.unit;
-    }
-    return (field.form == Form::Aperture ? "f/" : "") + plainText(value) + field.unit;
-}
-
-// The library counts in single precision, which near the times of today is good to a minute only; a second question,
-// from close by, is answered exactly. A camera whose clock was never set writes the year 0.
-std::optional<std::time_t> captureTime(const ExifInfo& info) {
-    std::time_t time = 0;
-    for (int question = 0; question < 2; ++question) {
-        float seconds = 0;
-        if (fieldText(info.dateTimeOriginal).starts_with("0000") ||
-            time_from_datetime(info.dateTimeOriginal, time, &seconds) != 1) {
-            return std::nullopt;
-        }
-        time -= static_cast<std::time_t>(seconds);
-    }
-    return time;
+    return &*found;
 }

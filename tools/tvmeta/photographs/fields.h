@@ -1,11 +1,10 @@
-// What tvmeta info tells about a photograph, field by field.
+// The fields of a photograph that tvmeta info shows.
 #pragma once
 
+#include "output/value.h"
+#include "photographs/field_words.h"
 #include "photographs/photo.h"
 
-#include <nlohmann/json.hpp>
-
-#include <ctime>
 #include <optional>
 #include <span>
 #include <string>
@@ -14,32 +13,30 @@
 // A photograph among others.
 struct Shot {
     Photo photo;
-    std::optional<std::time_t> taken;
-    std::optional<std::time_t> first; // when the first of several was taken
+    std::optional<CivilTime> first = {}; // when the first of several was taken
 };
 
-// How a value is written for people, and what of it can be spared where the table is too wide.
-enum class Form { Plain, Exposure, Aperture, Text, Path };
-
 struct Field {
-    const char* key;                                   // for --fields and JSON
-    const char* label;                                 // in lists
-    const char* heading;                               // in tables
-    nlohmann::ordered_json (*value)(const Shot& shot); // null if the photograph lacks it
+    // How much of a value a table can shorten.
+    enum class Kind { Plain, Date, Text, Path };
+
+    const char* key;                  // in command lines, JSON and CSV
+    const char* label;                // in lists
+    const char* heading;              // in tables
+    Value (*value)(const Shot& shot); // missing if the photograph lacks it
     const char* unit = "";
-    Form form = Form::Plain;
+    std::string (*words)(const Value& value) = plainWords;
+    Kind kind = Kind::Plain;
 };
 
 std::span<const Field> allFields();
 
 using FieldList = std::vector<const Field*>;
 
-// The fields of these keys, in this order. Throws WrongCommandLine for an unknown one.
-FieldList fieldsNamed(const std::vector<std::string>& keys);
+// The field of this key. Throws WrongCommandLine if there is none.
+const Field* fieldNamed(const std::string& key);
 
-// A value that is not null as lists and as tables show it.
-std::string listText(const Field& field, const nlohmann::ordered_json& value);
-std::string cellText(const Field& field, const nlohmann::ordered_json& value);
-
-// When a photograph was taken, if it tells.
-std::optional<std::time_t> captureTime(const ExifInfo& info);
+// A value that is not missing, for people.
+inline std::string readable(const Field& field, const Value& value) {
+    return field.words(value) + field.unit;
+}

@@ -85,6 +85,7 @@ Photo readRecord(const std::string& path) {
         throw Failure(path, readingProblem(*fileType, result));
     }
     takeLensOfPacket(photo);
+    photo.taken = parseCaptureTime(fieldText(photo.info.dateTimeOriginal));
     return photo;
 }
 

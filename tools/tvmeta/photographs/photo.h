@@ -2,6 +2,7 @@
 #pragma once
 
 #include "output/files.h"
+#include "photographs/capture_time.h"
 
 #include <tvmeta.h>
 
@@ -13,7 +14,8 @@ struct Photo {
     std::string path;
     int32_t fileType = FILE_TYPE_TIFF;
     ExifInfo info = {};
-    std::string damage = {}; // why the record holds only a part: the file breaks off behind its EXIF data
+    std::optional<CivilTime> taken = {};
+    std::string damage = {}; // why only a part could be read: the file breaks off after its EXIF data
 };
 
 // The writers' form of a photograph's record.

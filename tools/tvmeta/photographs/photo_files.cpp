@@ -1,7 +1,7 @@
 #include "photographs/photo_files.h"
 
 #include "output/failure.h"
-#include "photographs/photo.h"
+#include "photographs/natural_order.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -18,7 +18,7 @@ class Search {
     void takeName(const std::string& name, bool recursive) {
         std::error_code error;
         if (!fs::is_directory(name, error)) {
-            found.paths.push_back(name); // reading it will show what it is
+            found.files.push_back({name, true}); // reading it will show what it is
         } else if (recursive) {
             descend(name);
         } else {
@@ -43,7 +43,8 @@ class Search {
         if (error) {
             fail(folder.string() + ": " + error.message());
         }
-        std::ranges::sort(entries);
+        std::ranges::sort(entries, naturalLess,
+                          [](const auto& entry) -> const std::string& { return entry.path().native(); });
         return entries;
     }
 
@@ -53,25 +54,17 @@ class Search {
         while (!folders.empty()) {
             const fs::path folder = folders.back();
             folders.pop_back();
+            const auto subfolders = static_cast<std::ptrdiff_t>(folders.size());
             for (const fs::directory_entry& entry : entriesOf(folder)) {
                 std::error_code error;
                 if (entry.is_regular_file(error)) {
-                    takeIfPhoto(entry.path().string());
+                    found.files.push_back({entry.path().string(), false});
+                    progress.found(found.files.size());
                 } else if (entry.is_directory(error) && !entry.is_symlink(error)) {
                     folders.push_back(entry.path());
                 }
             }
-        }
-    }
-
-    void takeIfPhoto(const std::string& path) {
-        try {
-            if (findFileType(path)) {
-                found.paths.push_back(path);
-                progress.found(found.paths.size());
-            }
-        } catch (const Failure& failure) {
-            fail(failure.what());
+            std::reverse(folders.begin() + subfolders, folders.end()); // the last is searched next
         }
     }
 

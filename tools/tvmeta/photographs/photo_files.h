@@ -7,12 +7,17 @@
 #include <string>
 #include <vector>
 
-struct PhotoFiles {
-    std::vector<std::string> paths;
-    size_t failures = 0; // files and folders that could not be looked into; each has got its message
+struct PhotoFile {
+    std::string path;
+    bool isNamed; // by the command line; a file in a folder need not be a photograph
 };
 
-// Named files are taken as they are. Folders are searched if `recursive`, and refused otherwise; in them only files
-// that begin like a photograph are taken. Links to folders are followed where they are named, not inside of folders,
-// so that loops of links end.
+struct PhotoFiles {
+    std::vector<PhotoFile> files;
+    size_t failures = 0; // folders that could not be searched; each has got its message
+};
+
+// The named files, and all files of the named folders in natural order. Folders are searched if `recursive`, and
+// refused otherwise. Links to folders are followed where they are named, not inside of folders, so that loops of links
+// end.
 PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, Progress& progress);

@@ -1,0 +1,24 @@
+// The value of a field, apart from how it is printed.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+
+// Nothing, an integer, a number or a text.
+using Value = std::variant<std::monostate, int64_t, double, std::string>;
+
+inline bool isMissing(const Value& value) {
+    return std::holds_alternative<std::monostate>(value);
+}
+
+inline bool isNumber(const Value& value) {
+    return std::holds_alternative<int64_t>(value) || std::holds_alternative<double>(value);
+}
+
+// The number of an integer or a number, else 0.
+inline double numberOf(const Value& value) {
+    const auto* integer = std::get_if<int64_t>(&value);
+    const auto* number = std::get_if<double>(&value);
+    return integer != nullptr ? static_cast<double>(*integer) : number != nullptr ? *number : 0;
+}

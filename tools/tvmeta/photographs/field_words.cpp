@@ -1,0 +1,77 @@
+#include "photographs/field_words.h"
+
+#include "output/text.h"
+
+#include <array>
+#include <cmath>
+#include <iomanip>
+#include <sstream>
+#include <string_view>
+
+namespace {
+
+// The word for a code, or the number where the standard gives it no meaning.
+template <size_t N>
+std::string wordOf(const Value& value, const std::array<std::string_view, N>& words) {
+    const double code = numberOf(value);
+    const bool isKnown = code >= 0 && code < N && !words[static_cast<size_t>(code)].empty();
+    return isKnown ? std::string(words[static_cast<size_t>(code)]) : plainWords(value);
+}
+
+} // namespace
+
+std::string plainWords(const Value& value) {
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        return printable(*text);
+    }
+    std::ostringstream shown;
+    shown << std::setprecision(9) << numberOf(value);
+    return shown.str();
+}
+
+// Cameras show exposures of a quarter of a second and less as fractions.
+std::string exposureWords(const Value& value) {
+    constexpr double MaxFraction = 0.26;
+    constexpr double MaxDenominator = 1e6;
+    const double seconds = numberOf(value);
+    const bool isFraction = seconds <= MaxFraction && seconds * MaxDenominator >= 1;
+    return isFraction ? "1/" + std::to_string(std::lround(1 / seconds)) : plainWords(value);
+}
+
+std::string apertureWords(const Value& value) {
+    return "f/" + plainWords(value);
+}
+
+std::string evWords(const Value& value) {
+    std::ostringstream shown;
+    shown << std::fixed << std::setprecision(1) << numberOf(value);
+    return shown.str();
+}
+
+// TIFF 6.0, Orientation: what a viewer must do to show the picture upright.
+std::string orientationWords(const Value& value) {
+    static constexpr std::array<std::string_view, 9> Words = {
+        "",
+        "upright",
+        "mirror horizontally",
+        "rotate 180 degrees",
+        "mirror vertically",
+        "mirror horizontally, rotate 270 degrees clockwise",
+        "rotate 90 degrees clockwise",
+        "mirror horizontally, rotate 90 degrees clockwise",
+        "rotate 270 degrees clockwise",
+    };
+    return wordOf(value, Words);
+}
+
+// EXIF 2.3, FocalPlaneResolutionUnit; 4 and 5 are in common use.
+std::string unitWords(const Value& value) {
+    static constexpr std::array<std::string_view, 6> Words = {"",           "none",       "inch",
+                                                              "centimetre", "millimetre", "micrometre"};
+    return wordOf(value, Words);
+}
+
+std::string sourceWords(const Value& value) {
+    static constexpr std::array<std::string_view, 3> Words = {"", "", "image description"};
+    return wordOf(value, Words);
+}
