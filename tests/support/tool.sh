@@ -29,3 +29,12 @@ complain() {
     [ "$status" -eq "$expected" ] || fail "$* exits with $status"
     [[ $output == *"$text"* ]] || fail "$* does not complain with '$text' but: $output"
 }
+# profile FILE NAME: a small ICC version 2 profile (ICC.1:2001-04) of that name, of at most 31 characters.
+profile() {
+    {
+        printf '\0\0\0\xDCtvtm\2\x40\0\0mntrRGB XYZ \7\xEA\0\1\0\1\0\0\0\0\0\0acsp'
+        head -c 88 /dev/zero
+        printf '\0\0\0\1desc\0\0\0\x90\0\0\0\x4Cdesc\0\0\0\0\0\0\0\x20%-31s\0' "$2"
+        head -c 64 /dev/zero
+    } >"$1"
+}
