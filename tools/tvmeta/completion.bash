@@ -75,9 +75,10 @@ _tvmeta() {
         [exif]="-o --output"
         [iptc]="-o --output --add-keyword"
         [icc]="--replace"
+        [brackets]="-r --recursive --gap --count --json --csv --files0 --into --copy --dry-run"
         [stats]="--json"
     )
-    local command=tvmeta words="info tiff settings exif iptc icc stats" word
+    local command=tvmeta words="info tiff settings exif iptc icc stats brackets" word
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         if [[ " $words " == *" $word "* ]]; then
             [[ $command == tvmeta ]] && command=$word || command+=" $word"
@@ -92,7 +93,7 @@ _tvmeta() {
     --method) _tvmeta_methods "$current" ;;
     --set) _tvmeta_settings "$current" ;;
     --depth) mapfile -t COMPREPLY < <(compgen -W "8 16 32 16f" -- "$current") ;;
-    --resolution | --orientation | --add-keyword) ;;
+    --resolution | --orientation | --add-keyword | --gap | --count) ;;
     *)
         [[ ${COMP_WORDS[at]} == = && $previous != -* ]] && return # the value of a setting
         if [[ $current == -* ]]; then

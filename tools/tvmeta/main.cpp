@@ -38,6 +38,7 @@ void addCommands(CLI::App& app) {
     addIptcCommand(app);
     addIccCommand(app);
     addStatsCommand(app);
+    addBracketsCommand(app);
 }
 
 int failed(const std::string& problem) {

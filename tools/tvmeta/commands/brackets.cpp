@@ -1,0 +1,267 @@
+// tvmeta brackets: the bracketed sets among photographs.
+
+#include "commands/brackets.h"
+#include "commands/commands.h"
+#include "output/csv.h"
+#include "output/failure.h"
+#include "output/set_folders.h"
+#include "output/table.h"
+#include "output/terminal.h"
+#include "output/text.h"
+#include "photographs/field_words.h"
+#include "photographs/photo_sets.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <iomanip>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using nlohmann::ordered_json;
+
+struct Options {
+    BracketOptions input;
+    bool json = false;
+    bool csv = false;
+    bool files0 = false;
+    std::string folder;
+    bool copy = false;
+    bool dryRun = false;
+};
+
+std::string counted(size_t count, const std::string& thing) {
+    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
+}
+
+std::string shotsText(const PhotoSet& set) {
+    const std::string shots = std::to_string(set.photos.size());
+    return set.photos.size() < set.expectedPhotos ? shots + " of " + std::to_string(set.expectedPhotos) : shots;
+}
+
+std::string focalLengthText(const Photo& photo) {
+    return photo.info.focalLength > 0 ? plainWords(decimal(photo.info.focalLength)) + " mm" : "";
+}
+
+void printSets(const std::vector<PhotoSet>& sets) {
+    std::vector<Column> columns = {{.heading = "Set", .isNumeric = true},
+                                   {.heading = "First file", .cut = Column::Cut::Start},
+                                   {.heading = "Shots"},
+                                   {.heading = "Offsets", .cut = Column::Cut::End},
+                                   {.heading = "Range", .isNumeric = true},
+                                   {.heading = "Taken"},
+                                   {.heading = "Camera", .cut = Column::Cut::End},
+                                   {.heading = "Focal", .isNumeric = true}};
+    for (const PhotoSet& set : sets) {
+        const Photo& first = *set.photos.front();
+        const std::string cells[] = {std::to_string(columns.front().cells.size() + 1),
+                                     printable(first.path),
+                                     shotsText(set),
+                                     offsetsText(set),
+                                     stopsText(set.range()) + " EV",
+                                     printable(fieldText(first.info.dateTimeOriginal)),
+                                     printable(fieldText(first.info.model)),
+                                     focalLengthText(first)};
+        for (size_t i = 0; i < columns.size(); ++i) {
+            columns[i].cells.push_back(cells[i]);
+        }
+    }
+    const std::optional<int> width = outputWidth();
+    if (const size_t left = printTable(columns, width); left > 0) {
+        complain(std::to_string(left) + " of " + std::to_string(columns.size()) + " columns found no room in " +
+                 std::to_string(*width) + "; --json and --csv show all");
+    }
+}
+
+void printSummary(const PhotoSets& found) {
+    size_t inSets = 0;
+    for (const PhotoSet& set : found.sets) {
+        inSets += set.photos.size();
+    }
+    std::cout << (found.sets.empty() ? "" : "\n") << counted(found.sets.size(), "set") << " of "
+              << counted(inSets, "photograph") << ", " << counted(found.singles.size(), "single photograph") << "\n";
+    if (!found.unknown.empty()) {
+        std::cout << counted(found.unknown.size(), "photograph") << " without a known time or exposure:\n";
+    }
+    for (const Photo* photo : found.unknown) {
+        std::cout << "  " << printable(photo->path) << "\n";
+    }
+}
+
+// Hundredths, and no negative zero.
+double rounded(double value) {
+    return std::round(value * 100) / 100 + 0.0;
+}
+
+// Focal lengths are mostly whole numbers, and printed so.
+ordered_json number(float value) {
+    const double exact = decimal(value);
+    const bool isWhole = exact == std::floor(exact) && exact < 1e9;
+    return isWhole ? ordered_json(static_cast<int64_t>(exact)) : ordered_json(exact);
+}
+
+void printJson(const PhotoSets& found) {
+    size_t count = 0;
+    for (const PhotoSet& set : found.sets) {
+        const ExifInfo& info = set.photos.front()->info;
+        ordered_json object = {{"set", ++count}, {"files", ordered_json::array()}};
+        std::ranges::for_each(set.photos, [&](const Photo* photo) { object["files"].push_back(photo->path); });
+        std::ranges::for_each(set.values, [&](double value) { object["ev"].push_back(rounded(value)); });
+        std::ranges::for_each(set.offsets, [&](double stops) { object["offsets"].push_back(rounded(stops)); });
+        object["range"] = rounded(set.range());
+        object["taken"] = fieldText(info.dateTimeOriginal);
+        if (info.model[0] != 0) {
+            object["camera"] = fieldText(info.model);
+        }
+        if (info.focalLength > 0) {
+            object["focalLength"] = number(info.focalLength);
+        }
+        std::cout << object.dump(-1, ' ', true, ordered_json::error_handler_t::replace) << "\n";
+    }
+}
+
+// Each name ends in NUL; an empty name is between two sets.
+void printFiles0(const PhotoSets& found) {
+    for (const PhotoSet& set : found.sets) {
+        if (&set != &found.sets.front()) {
+            std::cout << '\0';
+        }
+        std::ranges::for_each(set.photos, [](const Photo* photo) { std::cout << photo->path << '\0'; });
+    }
+}
+
+std::string hundredths(double value) {
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(2) << rounded(value);
+    return text.str();
+}
+
+std::string textUnlessZero(float value) {
+    return value > 0 ? plainWords(decimal(value)) : "";
+}
+
+// A record for each photograph, those of sets first. Who is in no set has no number, who has no exposure no EV.
+void printCsv(const PhotoSets& found) {
+    const auto print = [](const std::string& set, const Photo& photo, const std::string& ev,
+                          const std::string& offset) {
+        const ExifInfo& info = photo.info;
+        const std::string fields[] = {set,
+                                      photo.path,
+                                      ev,
+                                      offset,
+                                      fieldText(info.dateTimeOriginal),
+                                      textUnlessZero(info.exposureTime),
+                                      textUnlessZero(info.fNumber),
+                                      info.isoSpeed > 0 ? std::to_string(info.isoSpeed) : "",
+                                      fieldText(info.model),
+                                      textUnlessZero(info.focalLength)};
+        std::cout << csvRecord(fields);
+    };
+    std::cout << "set,file,ev,offset,taken,exposureTime,fNumber,isoSpeed,camera,focalLength\r\n";
+    size_t count = 0;
+    for (const PhotoSet& set : found.sets) {
+        const std::string number = std::to_string(++count);
+        for (size_t i = 0; i < set.photos.size(); ++i) {
+            print(number, *set.photos[i], hundredths(set.values[i]), hundredths(set.offsets[i]));
+        }
+    }
+    for (const Photo* photo : found.singles) {
+        print("", *photo, hundredths(exposureValue(bracketShot(*photo)).value()), "");
+    }
+    std::ranges::for_each(found.unknown, [&](const Photo* photo) { print("", *photo, "", ""); });
+}
+
+void placeSets(const Options& options, const PhotoSets& found) {
+    std::vector<std::vector<std::string>> files;
+    size_t placed = 0;
+    for (const PhotoSet& set : found.sets) {
+        std::vector<std::string>& paths = files.emplace_back();
+        std::ranges::transform(set.photos, std::back_inserter(paths), &Photo::path);
+        placed += paths.size();
+    }
+    const std::string verb = std::string(options.dryRun ? "would " : "") + (options.copy ? "cop" : "link") +
+                             (options.dryRun ? (options.copy ? "y" : "") : (options.copy ? "ied" : "ed"));
+    const auto report = [&](size_t i) {
+        std::cout << printable(setFolder(options.folder, i + 1)) << ": " << verb << " "
+                  << counted(files[i].size(), "photograph") << ", " << offsetsText(found.sets[i]) << "\n";
+    };
+    requireNewFolders(options.folder, files.size());
+    if (options.dryRun) {
+        for (size_t i = 0; i < files.size(); ++i) {
+            report(i);
+        }
+    } else if (!files.empty()) {
+        fillSetFolders(options.folder, files, options.copy ? Placement::Copy : Placement::Link, report);
+    }
+    std::cout << verb << " " << counted(placed, "photograph") << " into " << counted(files.size(), "folder")
+              << "; in no set: " << found.singles.size() + found.unknown.size() << "\n";
+}
+
+void showBrackets(const Options& options) {
+    const PhotoSets found = readPhotoSets(options.input.names, options.input.recursive, options.input.rules);
+    if (!options.folder.empty()) {
+        placeSets(options, found);
+    } else if (options.json) {
+        printJson(found);
+    } else if (options.csv) {
+        printCsv(found);
+    } else if (options.files0) {
+        printFiles0(found);
+    } else {
+        printSets(found.sets);
+        printSummary(found);
+    }
+    requireAllRead(found.reading);
+}
+
+} // namespace
+
+void addBracketOptions(CLI::App& command, BracketOptions& options) {
+    constexpr double MaxGap = 86400;
+    constexpr size_t MaxCount = 100;
+    command.add_option("PATH", options.names, "Photographs, and with -r folders of them")->required();
+    command.add_flag("-r,--recursive", options.recursive, "Read the photographs in folders and subfolders");
+    command.add_option("--gap", options.rules.gap, "Longest pause within a set in seconds, else 2")
+        ->check(CLI::Range(0.0, MaxGap))
+        ->option_text("SECONDS");
+    command.add_option("--count", options.rules.count, "Shots of every set, else as they repeat")
+        ->check(CLI::Range(size_t{2}, MaxCount))
+        ->option_text("N");
+}
+
+void addBracketsCommand(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("brackets", "Find the bracketed sets among photographs");
+    const auto options = std::make_shared<Options>();
+    addBracketOptions(*command, options->input);
+    CLI::Option* const forms[] = {
+        command->add_flag("--json", options->json, "Write one JSON object per line and set"),
+        command->add_flag("--csv", options->csv, "Write a line per photograph for spreadsheets"),
+        command->add_flag("--files0", options->files0, "Write file names with NUL after each, and one\nbetween sets"),
+        command->add_option("--into", options->folder, "Make a folder for each set in this one, with hard\nlinks"),
+    };
+    for (CLI::Option* form : forms) {
+        for (CLI::Option* other : forms) {
+            form == other ? form : form->excludes(other);
+        }
+        form->option_text(form == forms[3] ? "FOLDER" : " "); // else what it excludes
+    }
+    CLI::Option* into = forms[3];
+    command->add_flag("--copy", options->copy, "With --into: copies instead of links")->needs(into)->option_text(" ");
+    command->add_flag("--dry-run", options->dryRun, "With --into: only report what it would do")
+        ->needs(into)
+        ->option_text(" ");
+    command->footer("Photographs of one camera, folder and focal length that follow each other\n"
+                    "with different exposures are a set. Exposures that repeat begin a new one.\n\n"
+                    "Examples:\n"
+                    "  tvmeta brackets -r photos\n"
+                    "  tvmeta brackets -r photos --into sets\n"
+                    "  tvmeta brackets -r photos --json | jq -r 'select(.range > 4).files[]'");
+    command->callback([options] { showBrackets(*options); });
+}

@@ -1,0 +1,136 @@
+#include "output/set_folders.h"
+
+#include "output/failure.h"
+#include "output/output_file.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <initializer_list>
+#include <system_error>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A new folder, which is removed again with its files unless it is kept.
+class NewFolder {
+  public:
+    explicit NewFolder(const std::string& name) : path(name) {
+        std::error_code error;
+        if (!fs::create_directory(path, error)) {
+            throw Failure(path.string(), error ? error.message() : "it exists already");
+        }
+    }
+    ~NewFolder() {
+        std::error_code error;
+        std::ranges::for_each(files, [&](const fs::path& file) { fs::remove(file, error); });
+        if (!isKept) {
+            fs::remove(path, error);
+        }
+    }
+    NewFolder(const NewFolder&) = delete;
+    NewFolder& operator=(const NewFolder&) = delete;
+
+    void add(const std::string& file, Placement placement) {
+        const fs::path target = path / fs::path(file).filename();
+        placement == Placement::Link ? link(file, target) : copy(file, target);
+        files.push_back(target);
+    }
+
+    void keep() {
+        isKept = true;
+        files.clear();
+    }
+
+  private:
+    static bool isOneOf(std::error_code error, std::initializer_list<std::errc> reasons) {
+        return std::ranges::any_of(reasons, [&](std::errc reason) { return error == reason; });
+    }
+
+    // A symbolic link is followed: a link to it could lead nowhere from its new folder.
+    static void link(const std::string& file, const fs::path& target) {
+        std::error_code error;
+        const fs::path original = fs::canonical(file, error);
+        if (!error) {
+            fs::create_hard_link(original, target, error);
+        }
+        if (isOneOf(error, {std::errc::cross_device_link})) {
+            throw Failure(file, "it is on another file system than " + target.parent_path().string() +
+                                    ", so there can be no hard link; --copy makes copies");
+        }
+        if (isOneOf(error, {std::errc::operation_not_permitted, std::errc::operation_not_supported,
+                            std::errc::function_not_supported, std::errc::too_many_links})) {
+            throw Failure(file, "the system makes no hard link to it (" + error.message() + "); --copy makes copies");
+        }
+        if (error) {
+            throw Failure(target.string(), error.message());
+        }
+    }
+
+    // The copy keeps the time of the file.
+    static void copy(const std::string& file, const fs::path& target) {
+        writeOutput(target.string(), {file}, [&](OutputFile& output) {
+            const File input = openFile(file);
+            std::array<char, 65536> piece;
+            size_t got = 0;
+            while ((got = std::fread(piece.data(), 1, piece.size(), input.get())) > 0) {
+                output.write({piece.data(), got});
+            }
+            if (std::ferror(input.get()) != 0) {
+                failWithErrno(file);
+            }
+        });
+        std::error_code error;
+        const fs::file_time_type time = fs::last_write_time(file, error);
+        if (!error) {
+            fs::last_write_time(target, time, error);
+        }
+    }
+
+    fs::path path;
+    std::vector<fs::path> files;
+    bool isKept = false;
+};
+
+} // namespace
+
+std::string setFolder(const std::string& folder, size_t number) {
+    constexpr size_t Digits = 3;
+    const std::string digits = std::to_string(number);
+    const std::string zeros(Digits - std::min(Digits, digits.size()), '0');
+    return (fs::path(folder) / ("set-" + zeros + digits)).string();
+}
+
+void requireNewFolders(const std::string& folder, size_t sets) {
+    std::error_code error;
+    for (size_t i = 1; i <= sets; ++i) {
+        if (fs::exists(fs::symlink_status(setFolder(folder, i), error))) {
+            throw Failure(setFolder(folder, i), "it exists already; name another folder");
+        }
+    }
+}
+
+void fillSetFolders(const std::string& folder, const std::vector<std::vector<std::string>>& sets, Placement placement,
+                    const std::function<void(size_t set)>& report) {
+    std::error_code error;
+    const bool isNew = fs::create_directories(folder, error);
+    if (error) {
+        throw Failure(folder, error.message());
+    }
+    size_t done = 0;
+    try {
+        for (const std::vector<std::string>& files : sets) {
+            NewFolder set(setFolder(folder, done + 1));
+            std::ranges::for_each(files, [&](const std::string& file) { set.add(file, placement); });
+            set.keep();
+            report(done++);
+        }
+    } catch (const Failure& failure) {
+        if (isNew) {
+            fs::remove(folder, error); // if it is empty
+        }
+        const std::string fate = done == 0 ? "no set has a folder" : std::to_string(done) + " sets are complete";
+        throw Failure(std::string(failure.what()) + "; " + fate);
+    }
+}
