@@ -1,0 +1,61 @@
+"""Fixtures and witnesses of the tests."""
+
+import atexit
+import json
+import subprocess
+from functools import lru_cache
+from pathlib import Path
+
+import pytest
+
+EXAMPLES = Path(__file__).resolve().parents[2] / "examples"
+SCENE = EXAMPLES / "scene.jpg"
+
+
+@lru_cache(maxsize=None)
+def exiftool_process():
+    """Start exiftool once: that takes longer than most tests."""
+    pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL}
+    process = subprocess.Popen(["exiftool", "-stay_open", "True", "-@", "-"], **pipes)
+    atexit.register(process.communicate, b"-stay_open\nFalse\n")
+    return process
+
+
+def exiftool(*arguments):
+    """Return the output of exiftool, a program that shares no code with the library."""
+    process, end = exiftool_process(), b"{ready}\n"
+    process.stdin.write("".join(f"{argument}\n" for argument in (*arguments, "-execute")).encode())
+    process.stdin.flush()
+    output = b""
+    while not output.endswith(end):
+        read = process.stdout.read1()
+        assert read, "exiftool ended"
+        output += read
+    return output[: -len(end)]
+
+
+def tags_of(path):
+    """Return the tags of a file as numbers and texts."""
+    return json.loads(exiftool("-n", "-j", path))[0]
+
+
+def pixels_of(path, dtype, shape):
+    """Return the pixels of an uncompressed TIFF file of one strip."""
+    import numpy
+
+    tags = tags_of(path)
+    start, size = int(tags["StripOffsets"]), int(tags["StripByteCounts"])
+    data = Path(path).read_bytes()[start : start + size]
+    return numpy.frombuffer(data, dtype).reshape(shape)
+
+
+@pytest.fixture
+def make_photo(tmp_path):
+    """Return a function that writes a JPEG with the given tags, and no others."""
+
+    def make(*tags, name="photo.jpg"):
+        path = tmp_path / name
+        exiftool("-all=", *tags, "-o", path, SCENE)
+        return path
+
+    return make

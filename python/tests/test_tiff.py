@@ -1,0 +1,184 @@
+"""Saved pictures, read by exiftool and numpy."""
+
+import os
+import resource
+import subprocess
+import sys
+import warnings
+from pathlib import Path
+
+import numpy
+import pytest
+from conftest import SCENE, pixels_of, tags_of
+
+import tvmeta
+
+RANDOM = numpy.random.default_rng(5)
+BASE = RANDOM.integers(0, 255, (14, 18, 3))
+GREY = BASE[:, :, 0]
+
+
+def read_only(array):
+    array.flags.writeable = False
+    return array
+
+
+# Pixels, the array that exiftool and numpy must find, bits and channels.
+LAYOUTS = {
+    "rgb8": (BASE.astype("u1"), BASE, 8, 3),
+    "rgb16": (BASE.astype("u2") * 257, BASE * 257, 16, 3),
+    "half": (BASE.astype("f2") / 4, BASE / 4, 16, 3),
+    "float": (BASE.astype("f4") / 8, BASE / 8, 32, 3),
+    "grey": (GREY.astype("u2"), GREY, 16, 1),
+    "one channel": (GREY.astype("u1")[:, :, None], GREY, 8, 1),
+    "rows with gaps": (BASE.astype("u2")[:, 3:9], BASE[:, 3:9], 16, 3),
+    "every other row": (BASE.astype("f4")[1::2], BASE[1::2], 32, 3),
+    "bottom up": (BASE.astype("u1")[::-1], BASE[::-1], 8, 3),
+    "mirrored": (BASE.astype("u2")[:, ::-1], BASE[:, ::-1], 16, 3),
+    "transposed": (BASE.astype("f2").transpose(1, 0, 2), BASE.transpose(1, 0, 2), 16, 3),
+    "read-only": (read_only(BASE.astype("u1")), BASE, 8, 3),
+    "one row for all": (numpy.broadcast_to(BASE[0].astype("u1"), BASE.shape), BASE[[0] * 14], 8, 3),
+    "memoryview": (
+        memoryview(bytes(range(24))).cast("B", (2, 4, 3)),
+        numpy.arange(24).reshape(2, 4, 3),
+        8,
+        3,
+    ),
+    "alpha": (numpy.dstack([BASE, GREY]).astype("u1"), BASE, 8, 3),
+}
+
+
+@pytest.mark.parametrize("pixels, expected, bits, channels", LAYOUTS.values(), ids=LAYOUTS.keys())
+def test_pixels(tmp_path, pixels, expected, bits, channels):
+    path = tmp_path / "result.tif"
+    with warnings.catch_warnings(record=True) as said:
+        warnings.simplefilter("always")
+        tvmeta.save_tiff(path, pixels)
+    tags = tags_of(path)
+    kind = {"f": "f"}.get(memoryview(pixels).format, "f" if memoryview(pixels).format == "e" else "u")
+    found = pixels_of(path, f"<{kind}{bits // 8}", expected.shape)
+    assert numpy.array_equal(found, expected)
+    assert (tags["ImageWidth"], tags["ImageHeight"]) == (expected.shape[1], expected.shape[0])
+    assert tags["SamplesPerPixel"] == channels and str(tags["BitsPerSample"]).split()[0] == str(bits)
+    assert tags.get("SampleFormat", "1")[0] == ("3" if kind == "f" else "1")
+    assert len(said) == (pixels.shape[2:] == (4,)) and all(
+        "last of 4 channels" in str(w.message) for w in said
+    )
+
+
+def test_rows_are_not_copied(tmp_path, monkeypatch):
+    from tvmeta import tiff
+
+    seen = []
+    monkeypatch.setattr(
+        tiff, "rows_of", lambda view, f=tiff.rows_of: seen.append((view, f(view))) or seen[-1][1]
+    )
+    padded = numpy.zeros((8, 32, 3), "u1")[::-2, :20]
+    tvmeta.save_tiff(tmp_path / "a.tif", padded)
+    tvmeta.save_tiff(tmp_path / "b.tif", padded[:, ::2])
+    (first, (same, pitch)), (second, (copy, _)) = seen
+    assert same is first and pitch == -192 and copy is not second
+
+
+REFUSED = {
+    "big-endian": (numpy.zeros((2, 2), ">u2"), {}, TypeError, "byte order"),
+    "float64": (numpy.zeros((2, 2)), {}, TypeError, "format 'd'"),
+    "signed": (numpy.zeros((2, 2), "i2"), {}, TypeError, "format 'h'"),
+    "no buffer": ([[1]], {}, TypeError, "buffer protocol"),
+    "one axis": (numpy.zeros(4, "u1"), {}, ValueError, "shape"),
+    "five channels": (numpy.zeros((2, 2, 5), "u1"), {}, ValueError, "shape"),
+    "no rows": (numpy.zeros((0, 2), "u1"), {}, ValueError, "shape"),
+    "resolution": (GREY.astype("u1"), {"resolution": 4294968}, ValueError, "resolution"),
+    "orientation": (GREY.astype("u1"), {"orientation": 9}, ValueError, "orientation"),
+    "grey profile": (GREY.astype("u1"), {"icc": bytes(16) + b"GRAY" + bytes(200)}, ValueError, "icc"),
+    "2 GiB": (numpy.broadcast_to(numpy.uint8(0), (30000, 30000, 3)), {}, tvmeta.Error, "2 GiB; not written"),
+    "both": (GREY.astype("u1"), {"xmp": b"<x/>", "settings": tvmeta.Settings(11)}, ValueError, "insert"),
+}
+
+
+@pytest.mark.parametrize("pixels, options, kind, reason", REFUSED.values(), ids=REFUSED.keys())
+def test_refused_pictures_leave_the_old_file(tmp_path, pixels, options, kind, reason):
+    path = tmp_path / "old.tif"
+    path.write_bytes(b"old")
+    with pytest.raises(kind, match=reason):
+        tvmeta.save_tiff(path, pixels, **options)
+    assert path.read_bytes() == b"old" and os.listdir(tmp_path) == ["old.tif"]
+
+
+def test_targets(tmp_path):
+    pixels = GREY.astype("u1")
+    for path, kind in ((tmp_path / "none" / "a.tif", FileNotFoundError), (tmp_path, IsADirectoryError)):
+        with pytest.raises(kind):
+            tvmeta.save_tiff(path, pixels)
+    with pytest.raises(tvmeta.FileError, match="not a regular file"):
+        tvmeta.save_tiff("/dev/full", pixels)
+    (tmp_path / "target.tif").write_bytes(b"old")
+    (tmp_path / "link.tif").symlink_to("target.tif")
+    tvmeta.save_tiff(os.fsencode(tmp_path / "link.tif"), pixels)
+    assert (tmp_path / "link.tif").is_symlink()
+    assert numpy.array_equal(pixels_of(tmp_path / "target.tif", "u1", GREY.shape), GREY)
+    umask = os.umask(0o27)
+    tvmeta.save_tiff(tmp_path / "new.tif", pixels)
+    os.umask(umask)
+    assert (tmp_path / "new.tif").stat().st_mode & 0o777 == 0o640
+
+
+def test_a_full_disk_leaves_the_old_file(tmp_path):
+    path = tmp_path / "old.tif"
+    path.write_bytes(b"old")
+    program = "import numpy, sys, tvmeta; tvmeta.save_tiff(sys.argv[1], numpy.zeros((900, 900, 3), 'u1'))"
+    done = subprocess.run(
+        [sys.executable, "-c", program, path],
+        preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 20, 1 << 20)),
+        capture_output=True,
+        text=True,
+    )
+    assert f"{path}: the pixels cannot be written: File too large; not written" in done.stderr
+    assert path.read_bytes() == b"old" and os.listdir(tmp_path) == ["old.tif"]
+
+
+# Tags of a photograph that results keep to four digits.
+KEPT = [
+    ["-ExposureTime=0.4", "-FNumber=2.8", "-FocalLength=17.3", "-ISO=100"],
+    ["-ExposureTime=1/8000", "-FNumber=0.95", "-FocalLength=4.15"],
+    ["-ExposureTime=123.7", "-FNumber=11", "-FocalLength=1200"],
+    ["-GPSLatitude=0.0125", "-GPSLatitudeRef=S", "-GPSLongitude=0.5", "-GPSLongitudeRef=W"],
+    ["-GPSLatitude=0", "-GPSLatitudeRef=N", "-GPSLongitude=179.9999", "-GPSLongitudeRef=E"],
+    ["-GPSDateStamp=2024:02:29", "-GPSTimeStamp=00:00:31", "-GPSAltitude=0.25"],
+    ["-Model=Canon 5", "-DateTimeOriginal=2024:02:29 12:00:01"],
+]
+
+
+@pytest.mark.parametrize("tags", KEPT, ids=lambda tags: tags[0])
+def test_values_survive_ten_saves(tmp_path, make_photo, tags):
+    source = make_photo(*tags)
+    path = source
+    for number in range(10):
+        photo, path = tvmeta.read(path), tmp_path / f"{number % 2}.tif"
+        tvmeta.save_tiff(path, numpy.zeros((1, 1), "u1"), photo=photo)
+    expected, found = tags_of(source), tags_of(path)
+    for name in (tag[1:].split("=")[0] for tag in tags):
+        before, after = expected[name], found[name]
+        is_number = isinstance(before, (int, float))
+        assert after == (pytest.approx(before, rel=1e-5, abs=1e-9) if is_number else before), name
+
+
+def test_blocks_and_settings(tmp_path):
+    photo, path = tvmeta.read(SCENE), tmp_path / "result.tif"
+    settings = tvmeta.Settings("Fusion/Intensive", {"Strength": 5})
+    profile = Path("/usr/share/color/icc/ghostscript/srgb.icc")
+    icc = profile.read_bytes() if profile.exists() else bytes(16) + b"RGB " + bytes(108)
+    tvmeta.save_tiff(
+        *(path, GREY.astype("u1")),
+        photo=photo,
+        icc=icc,
+        iptc=photo.iptc(),
+        settings=settings,
+        resolution=240,
+        orientation=8,
+    )
+    tags = tags_of(path)
+    assert (tags["XResolution"], tags["Orientation"]) == (240, 8)
+    assert tags["Keywords"] == ["sun", "shadows"] and tags["Lens"] == "TV 16-50mm f/2.8-4"
+    assert (tags["Method"], tags["Strength"]) == ("Fusion/Intensive", 5)
+    assert tvmeta.Settings.load(path) == settings and tvmeta.read(path).lens == photo.lens

@@ -1,0 +1,49 @@
+"""Image metadata for HDR photo applications: Python interface of libtvmeta.
+
+>>> import tvmeta
+>>> photo = tvmeta.read("scene.jpg")
+>>> photo.model, photo.exposure_time, photo.latitude
+>>> tvmeta.save_tiff("result.tif", pixels, photo=photo, iptc=photo.iptc())
+
+The package uses the library that the environment variable TVMETA_LIBRARY names, else the one in
+its own folder, else the system's libtvmeta.so.1.
+"""
+
+from ._library import library as _library
+from .enums import ExposureSource, FileType, Method, Orientation, ResolutionUnit
+from .errors import (
+    AccessError,
+    Error,
+    FileError,
+    FolderError,
+    FormatError,
+    NotFoundError,
+    UnknownFormatError,
+)
+from .hdr import HdrStatistics, hdr_statistics
+from .photo import Photo, read
+from .settings import Settings
+from .tiff import save_tiff
+
+__version__: str = _library.tvmeta_version().decode()
+
+__all__ = [
+    "AccessError",
+    "Error",
+    "ExposureSource",
+    "FileError",
+    "FileType",
+    "FolderError",
+    "FormatError",
+    "HdrStatistics",
+    "Method",
+    "NotFoundError",
+    "Orientation",
+    "Photo",
+    "ResolutionUnit",
+    "Settings",
+    "UnknownFormatError",
+    "hdr_statistics",
+    "read",
+    "save_tiff",
+]

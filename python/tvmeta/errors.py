@@ -1,0 +1,65 @@
+"""Exceptions of the package.
+
+Each has `path` (None for data in memory), `reason`, and `code`: the result of the library's
+function, or 0 if the failure was found before or without a call. Failures of a file are also
+OSError, and FileNotFoundError, PermissionError or IsADirectoryError where that is the cause.
+"""
+
+from __future__ import annotations
+
+import os
+from typing import Any, Optional, Union
+
+AnyPath = Union[str, bytes]
+
+
+class Error(Exception):
+    """Base class of all failures that the package reports."""
+
+    def __init__(
+        self, path: Optional[AnyPath], reason: str, code: int = 0, errno: Optional[int] = None
+    ) -> None:
+        """Keep what failed, why, and the result of the library."""
+        super().__init__(errno, reason, path)
+        self.path = path
+        self.reason = reason
+        self.code = code
+
+    def __str__(self) -> str:
+        """Return `PATH: reason`."""
+        return self.reason if self.path is None else f"{os.fsdecode(self.path)}: {self.reason}"
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        """Let exceptions travel between processes."""
+        return type(self), (self.path, self.reason, self.code, self.args[0])
+
+
+class FileError(Error, OSError):
+    """A file cannot be read or written."""
+
+
+class FormatError(FileError):
+    """The content of a file is damaged, or is not a photograph."""
+
+
+class UnknownFormatError(FormatError):
+    """The file does not start like a JPEG, TIFF or PSD file."""
+
+
+class NotFoundError(FileError, FileNotFoundError):
+    """The file or its folder does not exist."""
+
+
+class AccessError(FileError, PermissionError):
+    """The file may not be read or written."""
+
+
+class FolderError(FileError, IsADirectoryError):
+    """The path is that of a folder."""
+
+
+def file_error(path: AnyPath, error: OSError, code: int = 0) -> FileError:
+    """Return the package's exception for one of the operating system."""
+    kinds = {FileNotFoundError: NotFoundError, PermissionError: AccessError, IsADirectoryError: FolderError}
+    kind = kinds.get(type(error), FileError)
+    return kind(path, error.strerror or str(error), code, error.errno)
