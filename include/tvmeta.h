@@ -766,7 +766,7 @@ TVMETA_API int32_t add_iptc_keyword(int32_t length, const unsigned char* block, 
  * @param results  3 floats: minimum (99999997952 if no value is positive), maximum (0 if none is), mean of
  *   the pixels whose e is not 0 (0 if there is none). Null: -4.
  * @retval height  done (0 when it is negative)
- * @retval -4  no memory; results is untouched
+ * @retval -4  a null pointer; results is untouched
  * @limits values beyond float become infinity. Values are summed in row order in double precision.
  * @standard luminance weights of ITU-R BT.709.
  */

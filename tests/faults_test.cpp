@@ -197,7 +197,6 @@ struct Bench {
             embed_xmp(1, 0, nullptr, 0, nullptr, buffer.data());
         };
         const auto insert = [this] { return insert_xmp(1, 11, settings, 128, 292, buffer.data()); };
-        const auto measureEmpty = [this] { return hdrMinMax(0, 5, nullptr, readSettings); };
         return {
             // What cannot be read counts as the end of the file, and the walk completes with what it has.
             {"JPEG", nothing, read(photo, FILE_TYPE_JPEG), {-1, -2, -3, -10}, any},
@@ -210,7 +209,6 @@ struct Bench {
             {"parse_photoshop_data", open, onStream(parse_photoshop_data), {-4}, is(1)},
             {"get_tif_tag", open, findTag, {-1, -2, -3}, [](std::int32_t result) { return result > 8; }},
             {"insert_xmp", wrap, insert, {-4}, is(292)},
-            {"hdrMinMax", nothing, measureEmpty, {-4}, is(5)},
         };
     }
 };

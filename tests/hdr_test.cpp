@@ -13,6 +13,7 @@
 
 namespace {
 
+using namespace tvmeta::hdr;
 using Buffer = std::vector<unsigned char>;
 
 // Pixel by pixel in row order, each value added to one double.
@@ -43,32 +44,48 @@ double measureInOrder(int width, int height, const Buffer& pixels, float results
     return sum;
 }
 
-// The sum on the way to the mean, whose single precision would hide mistakes.
-double sumOf(int width, int height, const Buffer& pixels, const tvmeta::hdr::BlockKernels& kernels) {
-    float scale[tvmeta::hdr::Exponents];
-    for (int i = 0; i < 256; ++i) {
-        scale[i] = static_cast<float>(std::ldexp(1.0, i - 128));
+struct NamedKernels {
+    const char* name;
+    const BlockKernels* kernels;
+};
+
+// All that this processor runs.
+std::vector<NamedKernels> runnableKernels() {
+    std::vector<NamedKernels> runnable = {{"portable", &PortableKernels}};
+#ifdef TVMETA_X86_64
+    if (__builtin_cpu_supports("avx2")) {
+        runnable.push_back({"AVX2", &Avx2Kernels});
     }
-    tvmeta::hdr::Statistics statistics(scale, kernels);
-    const auto columns = static_cast<std::size_t>(width);
-    for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y) {
-        statistics.addRow(pixels.data() + 4 * y * columns, columns, nullptr);
-    }
-    return statistics.sum();
+#endif
+    return runnable;
 }
 
 void expectExact(int width, int height, const Buffer& pixels, const char* what) {
     float expected[3];
     const double expectedSum = measureInOrder(width, height, pixels, expected);
-    for (const auto& kernels : {tvmeta::hdr::PortableKernels, tvmeta::hdr::blockKernels()}) {
-        EXPECT_EQ(sumOf(width, height, pixels, kernels), expectedSum) << what << ' ' << width;
+    const auto columns = static_cast<std::size_t>(width);
+    for (const auto& [name, kernels] : runnableKernels()) {
+        Statistics statistics(*kernels);
+        for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y) {
+            statistics.addRow(pixels.data() + 4 * y * columns, columns, nullptr);
+        }
+        float results[3] = {-1, -1, -1};
+        statistics.report(results);
+        EXPECT_EQ(std::memcmp(results, expected, sizeof results), 0)
+            << name << ", " << what << ' ' << width << 'x' << height << ": " << results[0] << ' ' << results[1] << ' '
+            << results[2] << ", expected " << expected[0] << ' ' << expected[1] << ' ' << expected[2];
+        EXPECT_EQ(statistics.sum(), expectedSum) << name << ", " << what; // the mean may hide a wrong bit
     }
     float results[3] = {-1, -1, -1};
     EXPECT_EQ(hdrMinMax(width, height, pixels.data(), results), height);
-    EXPECT_EQ(std::memcmp(results, expected, sizeof results), 0)
-        << what << ' ' << width << 'x' << height << ": " << results[0] << ' ' << results[1] << ' ' << results[2]
-        << ", expected " << expected[0] << ' ' << expected[1] << ' ' << expected[2];
+    EXPECT_EQ(std::memcmp(results, expected, sizeof results), 0) << what;
 }
+
+#ifdef TVMETA_X86_64
+TEST(Kernels, AreTheFastestOfTheProcessor) {
+    EXPECT_EQ(&fastestKernels(), runnableKernels().back().kernels);
+}
+#endif
 
 TEST(HdrMinMax, SinglePixels) {
     const struct {
@@ -97,11 +114,12 @@ TEST(HdrMinMax, EmptyImages) {
     }
 }
 
-// Pixels of random bytes whose exponents are drawn from a range, which moves up or down the rows if there is a drift.
+// Pixels of random bytes whose exponents are drawn from a range, which `drift` moves up or down from row to row.
 struct Distribution {
     const char* what;
     int lowest, highest, drift;
-    unsigned zeros; // one pixel in so many is none; 0: every pixel is one
+    unsigned zeros;      // one pixel in so many does not count; 0: all count
+    unsigned whites = 0; // so many of ten pixels are white, with the highest exponent
 };
 
 Buffer pixelsOf(const Distribution& distribution, int width, int height, std::mt19937& random) {
@@ -112,25 +130,65 @@ Buffer pixelsOf(const Distribution& distribution, int width, int height, std::mt
         for (int x = 0; x < width; ++x) {
             const bool none = distribution.zeros > 0 && random() % distribution.zeros == 0;
             const int exponent = none ? 0 : exponents(random) + distribution.drift * y;
-            pixels[static_cast<std::size_t>((4 * y + 3) * width + x)] = static_cast<unsigned char>(exponent);
+            const bool white = random() % 10 < distribution.whites;
+            for (int plane = 0; white && plane < 3; ++plane) {
+                pixels[static_cast<std::size_t>((4 * y + plane) * width + x)] = 255;
+            }
+            pixels[static_cast<std::size_t>((4 * y + 3) * width + x)] =
+                static_cast<unsigned char>(white ? distribution.highest : exponent);
         }
     }
     return pixels;
 }
 
 TEST(HdrMinMax, EveryDistributionToTheLastBit) {
-    const Distribution distributions[] = {
-        {"photograph", 110, 140, 0, 50}, {"narrow", 127, 128, 0, 0},  {"one exponent", 120, 120, 0, 0},
-        {"all", 0, 255, 0, 0},           {"wide", 60, 190, 0, 0},     {"subnormal", 1, 20, 0, 3},
-        {"infinite", 240, 255, 0, 0},    {"ties", 100, 154, 0, 0},    {"rising", 1, 9, 6, 0},
-        {"falling", 240, 246, -6, 0},    {"mostly none", 0, 1, 0, 2}, {"fading out", 40, 44, -1, 0},
-        {"fading away", 200, 201, -2, 0}};
+    const Distribution distributions[] = {{"photograph", 110, 140, 0, 50},
+                                          {"narrow", 127, 128, 0, 0},
+                                          {"one exponent", 120, 120, 0, 0},
+                                          {"all", 0, 255, 0, 0},
+                                          {"wide", 60, 190, 0, 0},
+                                          {"subnormal", 1, 20, 0, 3},
+                                          {"infinite", 240, 255, 0, 0},
+                                          {"ties", 100, 154, 0, 0},
+                                          {"rising", 1, 9, 6, 0},
+                                          {"falling", 240, 246, -6, 0},
+                                          {"mostly none", 0, 1, 0, 2},
+                                          {"fading out", 40, 44, -1, 0},
+                                          {"fading away", 200, 201, -2, 0},
+                                          {"largest finite", 247, 249, 0, 0},
+                                          {"widest block", 120, 131, 0, 0, 9},
+                                          {"too wide a block", 120, 132, 0, 0, 9}};
     std::mt19937 random(7);
     for (const Distribution& distribution : distributions) {
         for (const int width : {1, 7, 255, 511, 512, 513, 1700}) {
             for (const int height : {1, 12, 13, 14, 40}) { // rows that follow round mistakes away
                 expectExact(width, height, pixelsOf(distribution, width, height, random), distribution.what);
             }
+        }
+    }
+}
+
+// Black pixels count, but are neither the smallest nor the largest value, whatever their exponents.
+TEST(HdrMinMax, BlackPixelsAndOneThatIsHardlyBrighter) {
+    for (const int width : {96, 512, 5 * 512 + 40}) {
+        for (const int blackExponent : {100, 110, 120}) {
+            Buffer pixels(std::size_t{4} * static_cast<std::size_t>(width), 254);
+            std::fill(pixels.begin() + 3 * width, pixels.end(), static_cast<unsigned char>(110));
+            const auto set = [&](int x, int luminance, int exponent) {
+                for (int plane = 0; plane < 4; ++plane) {
+                    pixels[static_cast<std::size_t>(plane * width + x)] =
+                        static_cast<unsigned char>(plane < 3 ? luminance : exponent);
+                }
+            };
+            set(width - 40, 255, 110);
+            for (const int x : {0, 31, width / 2, width - 1}) {
+                set(x, 0, blackExponent);
+            }
+            float results[3];
+            EXPECT_EQ(hdrMinMax(width, 1, pixels.data(), results), 1);
+            EXPECT_EQ(results[0], std::ldexp(254.0F, -18)) << width << ' ' << blackExponent;
+            EXPECT_EQ(results[1], std::ldexp(255.0F, -18)) << width << ' ' << blackExponent;
+            expectExact(width, 1, pixels, "black pixels");
         }
     }
 }

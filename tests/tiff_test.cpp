@@ -213,6 +213,7 @@ TEST(Tiff, CarriesEverything) {
     EXPECT_EQ(valueOf(file, 274, 2), le16(1));
     EXPECT_EQ(valueOf(file, 305, 31), Bytes("Tonalvista 32-bit Float Output\0", 31));
     EXPECT_EQ(valueOf(file, 339, 6), le16(3) + le16(3) + le16(3));
+    EXPECT_NE(file.find(le16(339) + le16(3) + le32(3)), Bytes::npos) << "three shorts, also for one sample";
     EXPECT_EQ(valueOf(file, 33723, 8), "IPTC5" + zeros(3));
     EXPECT_EQ(valueOf(file, 34675, 30), job.icc);
     const auto exif = static_cast<std::uint32_t>(file.size() - exifDirectory(0).size() - gpsDirectory(0).size());
@@ -291,6 +292,7 @@ TEST(TiffPixels, EveryLayout) {
         {1, 8, 0, 0, {0, 1}}, {2, 8, 0, 0, {0, 2}}, {3, 8, 0, 5, {0, 1, 2, 3, 4, 5}}, {4, 8, 0, 0, {0, 1, 2, 4, 5, 6}},
         {2, 16, 0, 1, {0, 1, 4, 5}}, {4, 16, 0, 0, {0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13}}, {2, 3216, 0, 0, {0, 1, 4, 5}},
         {1, 32, 0, 0, {0, 1, 2, 3, 4, 5, 6, 7}}, {2, 32, 0, 0, {0, 1, 2, 3, 8, 9, 10, 11}},
+        {4, 32, 0, 0, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27}},
         {1, 8, 1, 0, {1, 3}}, {2, 8, 1, 3, {1, 5}}, {3, 8, 1, 0, {1, 3, 5, 7, 9, 11}}, {4, 8, 1, 1, {1, 3, 5, 9, 11, 13}},
     };
     // clang-format on

@@ -1,30 +1,24 @@
 #include "hdr/statistics.h"
-#include "support/zeroed_buffer.h"
 #include "tvmeta.h"
 
 #include <algorithm>
-#include <cmath>
 
 std::int32_t hdrMinMax(std::int32_t width, std::int32_t height, const unsigned char* pixels,
                        float results[3]) noexcept {
     using namespace tvmeta::hdr;
-    constexpr std::int32_t NoMemory = -4;
+    constexpr std::int32_t NullPointer = -4;
+    constexpr std::size_t MinPixelsToAsk = 1 << 18; // with fewer, the question takes longer than it saves
     const bool empty = width <= 0 || height <= 0;
-    tvmeta::ZeroedBuffer table(Exponents * sizeof(float));
-    if (!table || results == nullptr || (!empty && pixels == nullptr)) {
-        return NoMemory;
+    if (results == nullptr || (!empty && pixels == nullptr)) {
+        return NullPointer;
     }
-    auto* const scale = reinterpret_cast<float*>(table.data());
-    for (std::size_t i = 0; i < Exponents; ++i) {
-        scale[i] = static_cast<float>(std::ldexp(1.0, static_cast<int>(i) - ExponentBias));
-    }
-    Statistics statistics(scale);
     const std::size_t rows = empty ? 0 : static_cast<std::size_t>(height);
     const std::size_t columns = empty ? 0 : static_cast<std::size_t>(width);
+    Statistics statistics(rows * columns < MinPixelsToAsk ? PortableKernels : fastestKernels());
     for (std::size_t y = 0; y < rows; ++y) {
         const unsigned char* const row = pixels + y * Planes * columns;
         statistics.addRow(row, columns, y + 1 < rows ? row + Planes * columns : nullptr);
     }
-    statistics.store(results);
+    statistics.report(results);
     return std::max(height, 0);
 }

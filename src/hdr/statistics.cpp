@@ -1,62 +1,77 @@
-// Luminance statistics of an HDR buffer. By definition the values are added one by one in row order, in double
-// precision. Whole blocks are added at once where no rounding can happen in any order, or where each value is rounded
-// on its own, and passed over where every value would be rounded away: the bits are those of the definition.
+// `addPixels` is the definition: value after value in row order, added in double precision. `addBlock` gives the same
+// bits for up to 512 pixels at once.
 #include "hdr/statistics.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
+#include <cmath>
 #include <limits>
 
 namespace tvmeta::hdr {
 
 namespace {
 
-constexpr float LargestLuminance = 255.0F;
+constexpr int MaxLuminance = (1 << LuminanceBits) - 1;
+constexpr double MaxBlockSum = 1 << (LuminanceBits + BlockBits); // of luminances
 
-// Above this exponent a value may be too large for single precision, and counts as infinity.
-constexpr int HighestFinite = 248;
+// 2^(exponent - 128).
+constexpr std::array<float, 256> Scale = [] {
+    std::array<float, 256> scale{};
+    double power = 0x1p-128;
+    for (float& value : scale) {
+        value = static_cast<float>(power);
+        power *= 2.0;
+    }
+    return scale;
+}();
 
-// Fewer pixels at the end of a row are not worth a block.
-constexpr std::size_t SmallestBlock = 48;
-
-constexpr int MantissaBits = std::numeric_limits<double>::digits; // the leading one included
-constexpr int DoubleBias = 1023;
-
-constexpr double powerOfTwo(int power) noexcept {
-    return std::bit_cast<double>(static_cast<std::uint64_t>(power + DoubleBias) << (MantissaBits - 1));
+// The value of a pixel; infinite if too large for single precision.
+constexpr float valueOf(int luminance, int exponent) {
+    return static_cast<float>(luminance) * Scale[exponent];
 }
 
-constexpr int exponentOf(double number) noexcept {
-    return static_cast<int>(std::bit_cast<std::uint64_t>(number) >> (MantissaBits - 1)) - DoubleBias;
+// The value of the last bit that is set in a number above 0.
+constexpr double lastBit(double number) {
+    constexpr auto Fraction = (std::uint64_t{1} << (std::numeric_limits<double>::digits - 1)) - 1;
+    const auto bits = std::bit_cast<std::uint64_t>(number);
+    return (bits & Fraction) != 0 ? number - std::bit_cast<double>(bits & (bits - 1)) : number;
 }
 
-// The power of two of the last significant bit of a number that is above zero and not subnormal.
-constexpr int lastPlace(double number) noexcept {
-    constexpr std::uint64_t LeadingOne = std::uint64_t{1} << (MantissaBits - 1);
-    const std::uint64_t mantissa = (std::bit_cast<std::uint64_t>(number) & (LeadingOne - 1)) | LeadingOne;
-    return exponentOf(number) - (MantissaBits - 1) + std::countr_zero(mantissa);
+// The largest luminance * sign, modulo 256, among the pixels of one exponent; 0 without any. Two loops with a mask,
+// since compilers do not vectorize a reduction of choices.
+int largest(const Pixels& block, const unsigned char* luminance, int exponent, int sign) {
+    const auto wanted = static_cast<unsigned char>(exponent);
+    unsigned char keys[MaxBlock];
+    for (std::size_t i = 0; i < block.size; ++i) {
+        const auto mask = static_cast<unsigned char>(block.exponent[i] == wanted ? 0xFF : 0);
+        keys[i] = static_cast<unsigned char>(luminance[i] * sign) & mask;
+    }
+    unsigned char result = 0;
+    for (std::size_t i = 0; i < block.size; ++i) {
+        result = std::max(result, keys[i]);
+    }
+    return result;
 }
 
-// The processor guesses four streams that jump from row to row badly. Told a row ahead, it has each block at hand.
-void prefetch(const unsigned char* block, std::size_t width) noexcept {
+// The processor's own prefetching fails on four streams that jump from row to row.
+void prefetch(const unsigned char* pixels, std::size_t width, std::size_t size) {
     constexpr std::size_t CacheLine = 64;
     for (std::size_t plane = 0; plane < Planes; ++plane) {
-        for (std::size_t i = 0; i < BlockPixels; i += CacheLine) {
-            __builtin_prefetch(block + plane * width + i);
+        for (std::size_t i = 0; i < size; i += CacheLine) {
+            TVMETA_PREFETCH(pixels + plane * width + i);
         }
     }
 }
 
 } // namespace
 
-// The definition, for what does not fill a block.
-void Statistics::addPixels(const Block& rest, std::size_t pixels) noexcept {
-    for (std::size_t i = 0; i < pixels; ++i) {
-        if (rest.exponent[i] == 0) {
+void Statistics::addPixels(const Pixels& pixels) {
+    for (std::size_t i = 0; i < pixels.size; ++i) {
+        if (pixels.exponent[i] == 0) {
             continue;
         }
-        const float value =
-            static_cast<float>(luminance(rest.blue[i], rest.green[i], rest.red[i])) * scale_[rest.exponent[i]];
+        const float value = valueOf(luminance(pixels.blue[i], pixels.green[i], pixels.red[i]), pixels.exponent[i]);
         if (value > 0.0F && value < minimum_) {
             minimum_ = value;
         }
@@ -66,131 +81,75 @@ void Statistics::addPixels(const Block& rest, std::size_t pixels) noexcept {
     }
 }
 
-// Only exponents whose brightest pixel would be brighter than the maximum are looked at: few, once there is one.
-void Statistics::updateMaximum(const unsigned char* luminance, const unsigned char* exponents,
-                               const ExponentRange& range) noexcept {
-    for (int exponent = range.highest; exponent >= range.lowest && LargestLuminance * scale_[exponent] > maximum_;
-         --exponent) {
-        const int found = kernels_.highestLuminance(luminance, exponents, exponent);
-        maximum_ = std::max(maximum_, static_cast<float>(found) * scale_[exponent]);
-    }
-}
-
-void Statistics::updateMinimum(const unsigned char* luminance, const unsigned char* exponents,
-                               const ExponentRange& range) noexcept {
-    for (int exponent = range.lowest; exponent <= range.highest && scale_[exponent] < minimum_; ++exponent) {
-        const int found = kernels_.lowestLuminance(luminance, exponents, exponent);
-        if (found != NoLuminance) {
-            minimum_ = std::min(minimum_, static_cast<float>(found) * scale_[exponent]);
-        }
-    }
-}
-
-// Whether the sum so far and the block's values are multiples of a unit of which the result, and so everything on the
-// way to it, needs no more than the mantissa holds: then nothing is rounded, whatever the order, the block's exponents
-// span ExactSpan at most, and the sum is finite.
-bool Statistics::isExact(const ExponentRange& range, double largestSum) const noexcept {
-    if (range.highest > HighestFinite) {
-        return false;
-    }
-    const int blockUnit = range.lowest - ExponentBias;
-    const int unit = sum_ > 0.0 ? std::min(blockUnit, lastPlace(sum_)) : blockUnit;
-    return sum_ + largestSum <= powerOfTwo(MantissaBits + unit);
-}
-
-void Statistics::addSum(const unsigned char* luminance, const unsigned char* exponents,
-                        const ExponentRange& range) noexcept {
-    const double largest = LargestLuminance * powerOfTwo(range.highest - ExponentBias);
-    if (isExact(range, largest * BlockPixels)) {
-        sum_ +=
-            kernels_.sum(luminance, exponents, range.lowest, range.highest) * powerOfTwo(range.lowest - ExponentBias);
+void Statistics::addBlock(const Pixels& block) {
+    const ExponentRange range = kernels_.exponentRange(block);
+    if (range.highest == 0) {
         return;
     }
-    // Less than half a unit in the last place of the sum is rounded away, whatever the order.
-    const bool vanishes = sum_ > 0.0 && largest < powerOfTwo(exponentOf(sum_) - MantissaBits);
-    if (vanishes) {
+    unsigned char luminance[MaxBlock];
+    kernels_.luminances(block, luminance);
+    updateExtremes(block, luminance, range);
+    count_ += range.count;
+    if (isExact(range)) {
+        sum_ += static_cast<double>(kernels_.sum(block, luminance, range)) * Scale[range.lowest];
         return;
     }
-    const int unit = exponentOf(sum_) - (MantissaBits - 1) + ExponentBias;
-    if (keepsUnit(unit, range)) {
-        addRounded(luminance, exponents, unit, range.highest);
-    } else {
-        addInOrder(luminance, exponents);
-    }
-}
-
-// Whether the block, rounded up, leaves the sum's unit in the last place as it is. A sum of 0 has a unit far below all
-// exponents; one with a unit above them would take more pixels than memory can hold.
-bool Statistics::keepsUnit(int unit, const ExponentRange& range) const noexcept {
-    if (unit < LowestUnit || range.highest > HighestFinite) {
-        return false;
-    }
-    const double bound = powerOfTwo(range.highest - ExponentBias + LuminanceBits + BlockBits);
-    return sum_ + bound < powerOfTwo(unit - ExponentBias + MantissaBits);
-}
-
-// While the sum keeps its unit in the last place, an addition rounds the value added to a multiple of that unit: to the
-// nearest one, and from half-way to the one that makes the sum even (IEEE 754, roundTiesToEven).
-void Statistics::addRounded(const unsigned char* luminance, const unsigned char* exponents, int unit,
-                            int highest) noexcept {
-    const bool isOdd = (std::bit_cast<std::uint64_t>(sum_) & 1) != 0;
-    sum_ += kernels_.roundedSum(luminance, exponents, unit, highest, isOdd) * powerOfTwo(unit - ExponentBias);
-}
-
-void Statistics::addInOrder(const unsigned char* luminance, const unsigned char* exponents) noexcept {
     double sum = sum_;
-    for (std::size_t i = 0; i < BlockPixels; ++i) {
-        // 0 where there is no pixel, which changes nothing
-        sum += static_cast<double>(static_cast<float>(luminance[i]) * scale_[exponents[i]]);
+    for (std::size_t i = 0; i < block.size; ++i) {
+        sum += static_cast<double>(valueOf(luminance[i], block.exponent[i])); // + 0 if the pixel does not count
     }
     sum_ = sum;
 }
 
-void Statistics::addBlock(const Block& block) noexcept {
-    const ExponentRange range = kernels_.exponentRange(block.exponent);
-    if (range.highest == 0) {
-        return;
+// Whether the values of a block may be added in any order.
+//
+// Let the sum so far and all values of the block be multiples of a unit, a power of two. Then every partial sum is one,
+// too, and none is larger than the sum after the block. If that is at most 2^53 units, every partial sum fits the
+// mantissa of a double: no addition rounds, whatever the order.
+bool Statistics::isExact(const ExponentRange& range) const {
+    constexpr double MaxUnits = 0x1p53;
+    if (range.highest - range.lowest > MaxSpan || std::isinf(valueOf(MaxLuminance, range.highest))) {
+        return false;
     }
-    unsigned char luminance[BlockPixels];
-    kernels_.luminances(block, luminance);
-    count_ += range.complete ? BlockPixels : countPixels(block.exponent);
-    updateMaximum(luminance, block.exponent, range);
-    updateMinimum(luminance, block.exponent, range);
-    addSum(luminance, block.exponent, range);
+    const double blockUnit = Scale[range.lowest];
+    const double unit = sum_ > 0.0 ? std::min(blockUnit, lastBit(sum_)) : blockUnit;
+    return sum_ + MaxBlockSum * Scale[range.highest] <= MaxUnits * unit;
 }
 
-// The end of a row, filled up with exponents of 0: no pixels.
-void Statistics::addPaddedBlock(const Block& rest, std::size_t pixels) noexcept {
-    unsigned char planes[Planes][BlockPixels] = {};
-    std::copy_n(rest.blue, pixels, planes[0]);
-    std::copy_n(rest.green, pixels, planes[1]);
-    std::copy_n(rest.red, pixels, planes[2]);
-    std::copy_n(rest.exponent, pixels, planes[3]);
-    addBlock({planes[0], planes[1], planes[2], planes[3]});
+// Searches only the exponents that can give a new maximum or minimum: after the first blocks, there are few. The
+// smallest luminance above 0 is, modulo 256, the largest negative one.
+void Statistics::updateExtremes(const Pixels& block, const unsigned char* luminance, const ExponentRange& range) {
+    for (int e = range.highest; e >= range.lowest && valueOf(MaxLuminance, e) > maximum_; --e) {
+        maximum_ = std::max(maximum_, valueOf(largest(block, luminance, e, 1), e));
+    }
+    for (int e = range.lowest; e <= range.highest && valueOf(1, e) < minimum_; ++e) {
+        if (const int negative = largest(block, luminance, e, -1); negative != 0) {
+            minimum_ = std::min(minimum_, valueOf(MaxLuminance + 1 - negative, e));
+        }
+    }
 }
 
-void Statistics::addRow(const unsigned char* row, std::size_t width, const unsigned char* next) noexcept {
-    const auto blockAt = [row, width](std::size_t x) {
-        return Block{row + x, row + width + x, row + 2 * width + x, row + 3 * width + x};
+void Statistics::addRow(const unsigned char* row, std::size_t width, const unsigned char* next) {
+    const auto pixelsAt = [row, width](std::size_t x, std::size_t size) {
+        return Pixels{row + x, row + width + x, row + 2 * width + x, row + 3 * width + x, size};
     };
     std::size_t x = 0;
-    for (; width - x >= BlockPixels; x += BlockPixels) {
+    while (width - x >= BlockStep) {
+        const std::size_t left = width - x;
+        const std::size_t size = std::min(left - left % BlockStep, MaxBlock);
         if (next != nullptr) {
-            prefetch(next + x, width);
+            prefetch(next + x, width, size);
         }
-        addBlock(blockAt(x));
+        addBlock(pixelsAt(x, size));
+        x += size;
     }
-    if (width - x >= SmallestBlock) {
-        addPaddedBlock(blockAt(x), width - x);
-    } else {
-        addPixels(blockAt(x), width - x);
-    }
+    addPixels(pixelsAt(x, width - x));
 }
 
-void Statistics::store(float results[3]) const noexcept {
+void Statistics::report(float results[3]) const {
     results[0] = minimum_;
     results[1] = maximum_;
-    // The number of pixels goes through single precision on its way into the mean.
+    // By definition, the number of pixels is rounded to single precision first.
     results[2] = count_ > 0 ? static_cast<float>(sum_ / static_cast<double>(static_cast<float>(count_))) : 0.0F;
 }
 

@@ -10,11 +10,9 @@ static_assert(sizeof(void*) == 8, "sizes of images are computed in std::size_t, 
 static_assert(FLT_EVAL_METHOD == 0, "results are bit patterns, so float must not be computed in a wider type");
 
 #if defined(__GNUC__) || defined(__clang__)
-#define TVMETA_ALWAYS_INLINE [[gnu::always_inline]] inline
 #define TVMETA_TARGET(features) [[gnu::target(features)]]
 #define TVMETA_PREFETCH(address) __builtin_prefetch(address)
 #else // MSVC compiles vector intrinsics in every function
-#define TVMETA_ALWAYS_INLINE __forceinline
 #define TVMETA_TARGET(features)
 #define TVMETA_PREFETCH(address) static_cast<void>(address)
 #endif

@@ -1,17 +1,18 @@
 // Support: what the processor can do beyond the instruction set that the library is compiled for.
 #pragma once
 
-// Where wide vectors can be asked for: the C library tells what the processor has (glibc from 2.33 on), so nothing
-// needs to be remembered here. Elsewhere the portable code does everything.
-#if defined(__x86_64__) && __has_include(<sys/platform/x86.h>)
-#define TVMETA_WIDE_VECTORS 1
+#include "support/platform.h"
+
+#if defined(__x86_64__) // gcc and clang; elsewhere the portable code does everything
+#define TVMETA_X86_64 1
 #endif
 
 namespace tvmeta {
 
-#ifdef TVMETA_WIDE_VECTORS
-// Vectors of 32 bytes.
-bool hasAvx2() noexcept;
+#ifdef TVMETA_X86_64
+// Whether the processor has AVX2 and the system saves its registers. In a virtual machine the question can take tens of
+// microseconds, and the library keeps no static data to remember the answer: ask once per large task.
+bool hasAvx2();
 #endif
 
 } // namespace tvmeta
