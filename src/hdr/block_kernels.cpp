@@ -22,7 +22,7 @@ ExponentRange exponentRange(const Pixels& block) {
         lowest = std::min(lowest, static_cast<unsigned char>(block.exponent[i] - 1));
         highest = std::max(highest, block.exponent[i]);
     }
-    return {lowest + 1, highest, std::accumulate(counts, counts + BlockStep, 0U)};
+    return {lowest + 1U, highest, std::accumulate(counts, counts + BlockStep, 0U)};
 }
 
 void luminances(const Pixels& block, unsigned char* __restrict out) {

@@ -29,8 +29,8 @@ constexpr unsigned char luminance(unsigned char blue, unsigned char green, unsig
 
 // The exponents of the pixels that count. Without any, `highest` is 0.
 struct ExponentRange {
-    int lowest;
-    int highest;
+    unsigned lowest;
+    unsigned highest;
     unsigned count;
 };
 

@@ -20,9 +20,9 @@ TVMETA_AVX2 __m256i load(const unsigned char* bytes) {
 }
 
 // The smallest of 32 bytes, by way of the smallest of eight 16-bit numbers.
-TVMETA_AVX2 int smallest(__m256i bytes) {
+TVMETA_AVX2 unsigned smallest(__m256i bytes) {
     const __m128i half = _mm_min_epu8(_mm256_castsi256_si128(bytes), _mm256_extracti128_si256(bytes, 1));
-    return _mm_cvtsi128_si32(_mm_minpos_epu16(_mm_min_epu8(half, _mm_srli_epi16(half, 8)))) & 0xFF;
+    return static_cast<unsigned char>(_mm_cvtsi128_si32(_mm_minpos_epu16(_mm_min_epu8(half, _mm_srli_epi16(half, 8)))));
 }
 
 TVMETA_AVX2 std::uint32_t sumOfLanes(__m256i lanes) {

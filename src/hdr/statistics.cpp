@@ -27,7 +27,7 @@ constexpr std::array<float, 256> Scale = [] {
 }();
 
 // The value of a pixel; infinite if too large for single precision.
-constexpr float valueOf(int luminance, int exponent) {
+constexpr float valueOf(int luminance, unsigned exponent) {
     return static_cast<float>(luminance) * Scale[exponent];
 }
 
@@ -40,7 +40,7 @@ constexpr double lastBit(double number) {
 
 // The largest luminance * sign, modulo 256, among the pixels of one exponent; 0 without any. Two loops with a mask,
 // since compilers do not vectorize a reduction of choices.
-int largest(const Pixels& block, const unsigned char* luminance, int exponent, int sign) {
+int largest(const Pixels& block, const unsigned char* luminance, unsigned exponent, int sign) {
     const auto wanted = static_cast<unsigned char>(exponent);
     unsigned char keys[MaxBlock];
     for (std::size_t i = 0; i < block.size; ++i) {
@@ -119,10 +119,10 @@ bool Statistics::isExact(const ExponentRange& range) const {
 // Searches only the exponents that can give a new maximum or minimum: after the first blocks, there are few. The
 // smallest luminance above 0 is, modulo 256, the largest negative one.
 void Statistics::updateExtremes(const Pixels& block, const unsigned char* luminance, const ExponentRange& range) {
-    for (int e = range.highest; e >= range.lowest && valueOf(MaxLuminance, e) > maximum_; --e) {
+    for (unsigned e = range.highest; e >= range.lowest && valueOf(MaxLuminance, e) > maximum_; --e) {
         maximum_ = std::max(maximum_, valueOf(largest(block, luminance, e, 1), e));
     }
-    for (int e = range.lowest; e <= range.highest && valueOf(1, e) < minimum_; ++e) {
+    for (unsigned e = range.lowest; e <= range.highest && valueOf(1, e) < minimum_; ++e) {
         if (const int negative = largest(block, luminance, e, -1); negative != 0) {
             minimum_ = std::min(minimum_, valueOf(MaxLuminance + 1 - negative, e));
         }
