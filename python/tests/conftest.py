@@ -2,6 +2,7 @@
 
 import atexit
 import json
+import struct
 import subprocess
 from functools import lru_cache
 from pathlib import Path
@@ -59,3 +60,10 @@ def make_photo(tmp_path):
         return path
 
     return make
+
+
+def bracket_photo(second, denominator, model=b"TV-100", year=b"2024"):
+    """Return a photograph of the example's camera, taken at that second with 1/denominator s."""
+    data = SCENE.read_bytes().replace(b"TV-100\0", model + b"\0")
+    data = data.replace(b"2024:06:21 20:41:07", year + b":06:21 20:%02d:%02d" % divmod(second, 60))
+    return data.replace(struct.pack(">II", 1, 125), struct.pack(">II", 1, denominator))

@@ -10,6 +10,7 @@ its own folder, else the system's libtvmeta.so.1.
 """
 
 from ._library import library as _library
+from ._brackets import BracketSet, brackets
 from .enums import ExposureSource, FileType, Method, Orientation, ResolutionUnit
 from .errors import (
     AccessError,
@@ -29,6 +30,7 @@ __version__: str = _library.tvmeta_version().decode()
 
 __all__ = [
     "AccessError",
+    "BracketSet",
     "Error",
     "ExposureSource",
     "FileError",
@@ -43,6 +45,7 @@ __all__ = [
     "ResolutionUnit",
     "Settings",
     "UnknownFormatError",
+    "brackets",
     "hdr_statistics",
     "read",
     "save_tiff",

@@ -1,4 +1,4 @@
-"""Luminance of HDR pictures, and exposure brackets."""
+"""Luminance of HDR pictures."""
 
 from __future__ import annotations
 
