@@ -76,9 +76,10 @@ _tvmeta() {
         [iptc]="-o --output --add-keyword"
         [icc]="--replace"
         [brackets]="-r --recursive --gap --count --json --csv --files0 --into --copy --dry-run"
+        [report]="-r --recursive --gap --count -o --output"
         [stats]="--json"
     )
-    local command=tvmeta words="info tiff settings exif iptc icc stats brackets" word
+    local command=tvmeta words="info tiff settings exif iptc icc stats brackets report" word
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         if [[ " $words " == *" $word "* ]]; then
             [[ $command == tvmeta ]] && command=$word || command+=" $word"

@@ -39,6 +39,7 @@ void addCommands(CLI::App& app) {
     addIccCommand(app);
     addStatsCommand(app);
     addBracketsCommand(app);
+    addReportCommand(app);
 }
 
 int failed(const std::string& problem) {

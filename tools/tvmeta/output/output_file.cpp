@@ -15,7 +15,7 @@
 
 namespace {
 
-void requireNoInput(const std::string& path, std::initializer_list<std::string> inputs) {
+void requireNoInput(const std::string& path, const std::vector<std::string>& inputs) {
     std::error_code error;
     for (const std::string& input : inputs) {
         if (std::filesystem::equivalent(path, input, error)) {
@@ -97,7 +97,7 @@ const char* OutputFile::fate() const {
     return isBegun ? "incomplete" : target.exists ? "left unchanged" : "not written";
 }
 
-void writeOutput(const std::string& path, std::initializer_list<std::string> inputs,
+void writeOutput(const std::string& path, const std::vector<std::string>& inputs,
                  const std::function<void(OutputFile&)>& write) {
     std::error_code error;
     std::string fate = std::filesystem::is_regular_file(path, error) ? "left unchanged" : "not written";

@@ -5,11 +5,11 @@
 #include "output/temporary_file.h"
 
 #include <functional>
-#include <initializer_list>
 #include <iosfwd>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // A file that is written whole or not at all: its bytes go to a temporary file in the same folder, which replaces it at
 // the end. Devices, pipes and open descriptors such as /dev/stdout cannot be replaced and are written directly.
@@ -38,7 +38,7 @@ class OutputFile {
 
 // Calls `write` with the output, then commits it. The output must be none of the inputs. Throws Failure with the reason
 // and with what became of the output.
-void writeOutput(const std::string& path, std::initializer_list<std::string> inputs,
+void writeOutput(const std::string& path, const std::vector<std::string>& inputs,
                  const std::function<void(OutputFile&)>& write);
 
 // The system's reason why a library function failed that returns none. Set errno to 0 before the call.

@@ -85,6 +85,7 @@ Reading readPhotos(const std::vector<std::string>& names, bool recursive, const 
             if (!outcome.problem.empty()) {
                 complain(outcome.problem);
                 ++reading.failures;
+                reading.problems.push_back(std::move(outcome.problem));
             }
             if (outcome.photo) {
                 take(std::move(*outcome.photo));

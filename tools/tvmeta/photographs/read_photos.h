@@ -12,6 +12,7 @@
 struct Reading {
     size_t files = 0;
     size_t failures = 0;
+    std::vector<std::string> problems = {}; // the messages about files
 };
 
 // Hands each photograph over, in the order of the names and within folders in natural order. Named files must be

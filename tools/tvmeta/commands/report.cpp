@@ -1,0 +1,56 @@
+// tvmeta report: the bracketed sets among photographs as a page for a browser.
+
+#include "commands/brackets.h"
+#include "commands/commands.h"
+#include "output/failure.h"
+#include "output/output_file.h"
+#include "output/text.h"
+#include "photographs/photo_sets.h"
+#include "photographs/report_page.h"
+
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace {
+
+struct Options {
+    BracketOptions input;
+    std::string output;
+};
+
+// The photographs of folders are inputs, too, even those that cannot be read.
+void requireNoPhoto(const std::string& output) {
+    std::error_code error;
+    if (std::filesystem::is_regular_file(output, error) && findFileType(output)) {
+        throw Failure(output, "it is a photograph; left unchanged");
+    }
+}
+
+void makeReport(const Options& options) {
+    requireNoPhoto(options.output);
+    const PhotoSets found = readPhotoSets(options.input.names, options.input.recursive, options.input.rules);
+    writeOutput(options.output, options.input.names,
+                [&](OutputFile& file) { writeReport(found, [&](std::string_view text) { file.write(text); }); });
+    messagesFor(options.output) << "wrote " << printable(options.output) << ": " << found.sets.size() << " sets, "
+                                << found.singles.size() + found.unknown.size() << " other photographs\n";
+    requireAllRead(found.reading);
+}
+
+} // namespace
+
+void addReportCommand(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("report", "Show the bracketed sets as a page for a browser");
+    const auto options = std::make_shared<Options>();
+    addBracketOptions(*command, options->input);
+    command->add_option("-o,--output", options->output, "HTML file to write")->option_text("FILE")->required();
+    command->footer("The page has the thumbnails of each set, its exposures as diagram and table,\n"
+                    "single photographs, and files that cannot be read. It needs no other file,\n"
+                    "no network and no script.\n\n"
+                    "Example:\n"
+                    "  tvmeta report -r photos -o report.html");
+    command->callback([options] { makeReport(*options); });
+}
