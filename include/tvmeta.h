@@ -47,11 +47,14 @@
 #define TVMETA_API __attribute__((visibility("default")))
 #endif
 
-#ifdef __cplusplus
+#if defined(__cplusplus) && (__cplusplus >= 201103L || (defined(_MSVC_LANG) && _MSVC_LANG >= 201103L))
 #define TVMETA_NOEXCEPT noexcept
-extern "C" {
 #else
 #define TVMETA_NOEXCEPT
+#endif
+
+#ifdef __cplusplus
+extern "C" {
 #endif
 
 /**
@@ -442,7 +445,7 @@ TVMETA_API int32_t get_profile_name(int32_t size, const unsigned char* profile, 
  * @retval count  the block was copied and begins with the dataset marker 0x1C
  * @retval 0  count is 0 or less (whatever the pointers are), or the region does not end before the last
  *   byte of the file, or offset is negative; the buffer is untouched
- * @retval -1  the file cannot be opened or measured, is empty, or gave fewer bytes than it should
+ * @retval -1  the file cannot be opened or measured, is empty or a directory, or fewer bytes could be read
  * @retval -2  the first byte is not 0x1C; the bytes have been copied
  * @standard IPTC-IIM 4.1, section 1.5.
  */
@@ -455,7 +458,8 @@ TVMETA_API int32_t read_iptc(const char* path, int32_t count, int32_t offset, un
  * @param tag  tag to look for.
  * @param count,value  get the entry's count and value (or value offset). Null: -3.
  * @retval >0  file offset of the first entry with that tag
- * @retval -1  no directory holds it; or the chain of directories is a loop, or holds over 2^22 entries
+ * @retval -1  no directory has it; or the chain of directories is a loop, or has more than 2^16 directories
+ *   or 2^22 entries, and none of those searched has it
  * @retval -2  the file does not begin with "II" and 42, or a directory is empty
  * @retval -3  the offset of a directory is 2^31 or more
  * @failure count and value are untouched.
@@ -494,7 +498,8 @@ TVMETA_API int32_t time_from_datetime(const char* text, time_t reference, float*
  *   in other modes; null with a method code: -3.
  * @retval 1,2,3,10,11,15  METHOD_DETECT: the method found
  * @retval >=47  method code: offset of the method tag; the slots were read
- * @retval >=0  MODE_LENS: the offset where the search ended, whether it found a name or not
+ * @retval >=0  MODE_LENS: the offset of the end of the name; without a name, the offset where the search
+ *   stopped: 64 bytes after the start of the value, or earlier where no end can be before the terminator
  * @retval 0  METHOD_DETECT and method codes: no settings declaration; METHOD_DETECT: also an unknown
  *   method name
  * @retval -3  length is below 1, or the last byte is not zero
@@ -533,7 +538,7 @@ TVMETA_API int32_t read_xmp(const char* path, int32_t method, float* settings) T
  * @retval 1,2,3,10,11,15  the method
  * @retval 0  no settings declaration or an unknown method name; or the region does not end before the
  *   last byte of the file or starts before its first
- * @retval -1  the file cannot be opened or measured, or is empty
+ * @retval -1  the file cannot be opened or measured, is empty, or is a directory
  * @retval -3  count is negative, or the byte at offset count of buffer is not zero
  * @retval -5  no method tag behind a readable version
  * @failure the buffer is untouched on 0 for the region, on -1, and on -3 for a negative count.
@@ -561,8 +566,8 @@ TVMETA_API int32_t tvsettings_occurences_in_xmp(int32_t length, const char* buff
  *   if it is below 1).
  * @param method  method code, or method code + 200 for the settings description without the packet around
  *   it. 0 or less: no settings description. A code that names no method: a description without parameters.
- * @param settings  the slots of the method. May be null when no settings description is asked for; else
- *   null: 0.
+ * @param settings  the slots of the method. May be null if the method reads no slot (a code that names no
+ *   method); else null: 0.
  * @param lensLength  above 0 asks for a description with the lens name.
  * @param lens  its text, zero-terminated, written as it stands. May be null when lensLength is 0 or less;
  *   else null: 0.
@@ -584,8 +589,9 @@ TVMETA_API int32_t embed_xmp(int32_t pass, int32_t method, const float* settings
  * @retval 1  written
  * @retval -1  the file cannot be opened for writing
  * @retval -2  not a method code; no file is touched
- * @retval -3  the packet could not be written whole; what was written of it stays
- * @retval -4  no memory; the file has been created or emptied
+ * @retval -3  the packet cannot be written, or the file cannot be closed without an error; the file is
+ *   left incomplete
+ * @retval -4  no memory; no file is touched
  */
 TVMETA_API int32_t write_xmp(const char* path, int32_t method, const float* settings) TVMETA_NOEXCEPT;
 
@@ -594,7 +600,7 @@ TVMETA_API int32_t write_xmp(const char* path, int32_t method, const float* sett
  *
  * @param pass  0 measures the description; any other value inserts it and is passed on to embed_xmp().
  * @param method  method code.
- * @param settings  the slots of the method. Null: -1.
+ * @param settings  the slots of the method. May be null if the method reads no slot; else null: -1.
  * @param dataLength  bytes of the packet. Not used when measuring.
  * @param shift  bytes by which the text behind the insertion point moves: the result of the measuring
  *   pass (one more for each digit of pass beyond two). Not used when measuring.
@@ -605,7 +611,8 @@ TVMETA_API int32_t write_xmp(const char* path, int32_t method, const float* sett
  *   exceeds 2^31 - 201
  * @retval -4  no memory
  * @retval <=-34  an opening was not found: -dataLength, or -34 (too short for an xmpmeta opening), or
- *   minus the 65 bytes of an RDF opening and the offset behind the xmpmeta opening
+ *   minus the 65 bytes of an RDF opening and the offset after the xmpmeta opening; -2^31 where
+ *   that does not fit 32 bits
  * @failure the buffer is untouched.
  */
 TVMETA_API int32_t insert_xmp(int32_t pass, int32_t method, const float* settings, int32_t dataLength, int32_t shift,
@@ -666,9 +673,10 @@ TVMETA_API int32_t get_exif_count(const MetadataBuf* metadata, int32_t* exifCoun
  * @param metadata,gps  camera, exposure, date, lens and position to be written.
  * @param iptcLength,iptc  IPTC block, stored padded with zeros to a multiple of 4 bytes; 0 none.
  * @param method,settings  processing settings for the XMP packet; METHOD_NONE: none.
- * @param xmpLength,xmp  XMP packet of the caller; 0 or 1: none. Its last byte should be zero and is not
- *   stored. It is stored when it holds processing settings, or when method is 0 or less; otherwise a
- *   packet is made from settings and lens.
+ * @param xmpLength,xmp  XMP packet of the caller; 0: none. It is used if it contains processing settings,
+ *   or if method is 0 or less; otherwise a packet is made from settings and lens. Its last byte should
+ *   be zero. That byte is not stored, unless method is 0 and it is not zero. A packet that is used and
+ *   of which nothing is left to be stored gives a file without XMP.
  * @param path  file to create or overwrite, zero-terminated.
  * @retval >=0  rows in the last block written (the height when the image fits in one block of 1 MiB)
  * @retval -1  the file cannot be opened ("Could not open for writing file:", two blanks and the path go to
@@ -714,19 +722,24 @@ TVMETA_API int32_t write_exif_buf(int32_t exifCount, int32_t exifBytes, int32_t 
                                   unsigned char* buffer) TVMETA_NOEXCEPT;
 
 /**
- * Replaces the ICC profile of a little-endian TIFF file: appends the new one and repoints the entry.
+ * Replaces the ICC profile of a little-endian TIFF file in place: appends the new profile, then repoints
+ * the directory entry.
  *
- * @param length  bytes of the new profile.
- * @param profile  the new profile. Null: -2.
+ * @param length  bytes of the new profile; 0 gives an empty profile.
+ * @param profile  the new profile. May be null if length is 0; else null: -2.
  * @param path  file to change, zero-terminated. Null: -1.
- * @retval length  replaced
- * @retval 0  no ICC profile entry, or not a little-endian TIFF file; nothing is changed
- * @retval -1  the file cannot be opened ("Can not open input file for reading", "... for update" or
- *   "... for appending" goes to stderr), or its entry changed meanwhile
- * @retval -2  a negative length, or a file beyond 2^31 - 1 bytes (nothing is changed); a failed seek or write
- * @failure after a failed write the file stays as far as it was changed.
- * @limits the old profile's bytes stay in the file. An entry that the end of the file cuts short is
- *   completed; the profile then lies that much behind the place that the entry gives, in a file that was
+ * @retval length  the profile was replaced
+ * @retval 0  no ICC profile entry, or not a little-endian TIFF file; the file is unchanged
+ * @retval -1  the file cannot be opened for reading or for update ("Can not open input file for reading" or
+ *   "Can not open input file for update" goes to stderr), or it changed, or the path came to lead to another
+ *   file, after it was searched; the file is unchanged
+ * @retval -2  a negative length, or a file that would exceed 2^31 - 1 bytes; the file is unchanged. Or a seek,
+ *   a write or the close fails
+ * @failure the old profile stays in force if the new one cannot be written; the part that was written stays
+ *   at the end of the file. The entry is patched last, by one write of eight bytes: only if that write or
+ *   the close fails, the entry may be old, new or incomplete.
+ * @limits the bytes of the old profile stay in the file. The data is not forced to the disk. An entry that
+ *   the end of the file cuts short is completed over the first bytes of the new profile, in a file that was
  *   broken before.
  * @standard TIFF 6.0; ICC.1 annex B.4.
  */

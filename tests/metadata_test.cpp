@@ -98,6 +98,7 @@ TEST(Containers, Results) {
         {"no start of image", FILE_TYPE_JPEG, "\xFF\xD9", -1, ""},
         {"empty JPEG", FILE_TYPE_JPEG, "", -1, ""},
         {"no EXIF before the image", FILE_TYPE_JPEG, jpeg(segment(0xE0, "JFIF")), -2, ""},
+        {"end of image before any EXIF", FILE_TYPE_JPEG, "\xFF\xD8\xFF\xD9" + exif, -2, ""},
         {"XMP stands first", FILE_TYPE_JPEG, jpeg(xmpSegment("x") + exif), -2, ""},
         {"fill bytes", FILE_TYPE_JPEG, "\xFF\xD8" + fill, -1, "too many padding bytes\n"},
         {"ends at a marker", FILE_TYPE_JPEG, "\xFF\xD8" + segment(0xE0, "JFIF"), -1, "too many padding bytes\n"},
@@ -114,7 +115,8 @@ TEST(Containers, Results) {
         {"grey PSD", FILE_TYPE_PSD, psd(resource(1058, tiff), 1), -3, ""},
         {"CMYK PSD", FILE_TYPE_PSD, psd(resource(1058, tiff), 4, 4), -3, ""},
         {"PSD without EXIF", FILE_TYPE_PSD, psd(resource(1028, "x")), -1, ""},
-        {"PSD with a broken resource", FILE_TYPE_PSD, psd("8BIX" + resource(1058, tiff)), -1, ""},
+        {"PSD with another signature", FILE_TYPE_PSD, psd("8BIX" + resource(1058, tiff).substr(4)), -1, ""},
+        {"PSD with EXIF after its resources", FILE_TYPE_PSD, psd(resource(1028, "x")) + resource(1058, tiff), -1, ""},
         {"PSD that runs backwards", FILE_TYPE_PSD, psd("8BIM" + be16(1) + zeros(2) + be32(0xFFFFFFF4U)), -1, ""},
         {"no byte-order mark", FILE_TYPE_TIFF, "IM" + tiff.substr(2), -2, ""},
         {"another magic", FILE_TYPE_TIFF, "II" + le16(43) + le32(8), -3, ""},
@@ -188,11 +190,32 @@ TEST(ImageDirectories, ModelTexts) {
         {"a line feed ends it", 2, 12, Bytes("TV\n100\0\0\0\0\0\0", 12), "TV\n"},
         {"63 characters at most", 2, 100, Bytes(100, 'm'), Bytes(63, 'm')},
         {"two shorts are inline", 3, 2, "ABCD", "ABCD"},
+        {"three shorts are text of two characters", 3, 3, "ABCDEF", "AB"},
     };
     for (const auto& test : cases) {
         Tiff tiff;
         const Bytes file = tiff.finish(tiff.add({{272, test.type, test.count, test.value}}));
         EXPECT_EQ(readBytes(file, FILE_TYPE_TIFF).info.model, test.model) << test.what;
+    }
+}
+
+// A short name in the second directory replaces the first bytes of a long one.
+TEST(ImageDirectories, SecondModel) {
+    for (const auto& [count, value, model] :
+         {std::tuple{4U, Bytes("X10\0", 4), "X10 "}, {2U, Bytes("X\0", 2), "X"}, {1U, Bytes("ABCD"), "ABCD00 long"}}) {
+        Tiff tiff;
+        const std::uint32_t second = tiff.add({{272, 2, count, value}});
+        const Bytes file = tiff.finish(tiff.add({tiff.textEntry(272, "TV-100 long")}, second));
+        EXPECT_STREQ(readBytes(file, FILE_TYPE_TIFF).info.model, model);
+    }
+}
+
+TEST(ImageDirectories, IptcLengthByType) {
+    for (const auto& [type, length] : {std::pair{7U, 25}, {4U, 100}, {1U, 0}}) {
+        Tiff tiff;
+        const Bytes file = tiff.finish(tiff.add({{33723, type, 25, tiff.n32(4000)}}));
+        const ExifInfo info = readBytes(file, FILE_TYPE_TIFF).info;
+        EXPECT_EQ(std::tie(info.iptcLength, info.iptcOffset), std::tuple(length, 4000)) << type;
     }
 }
 

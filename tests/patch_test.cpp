@@ -25,6 +25,23 @@ TEST(Profile, IsAppendedAndItsEntryRepointed) {
     EXPECT_EQ(readFile(path), file + profile);
 }
 
+TEST(Profile, MayBeEmpty) {
+    const TempDir dir;
+    Tiff tiff;
+    const Bytes file = tiff.finish(tiff.add({{34675, 7, 6, "before"}}));
+    Bytes emptied = file;
+    emptied.replace(8 + 2 + 4, 8, le32(0) + le32(static_cast<std::uint32_t>(file.size())));
+    for (const unsigned char* profile : {raw(file), static_cast<const unsigned char*>(nullptr)}) {
+        const std::string path = dir.write("a.tif", file);
+        EXPECT_EQ(update_tif_profile(0, profile, path.c_str()), 0);
+        EXPECT_EQ(readFile(path), emptied);
+    }
+    const std::string path = dir.write("a.tif", file);
+    EXPECT_EQ(update_tif_profile(1, nullptr, path.c_str()), -2);
+    EXPECT_EQ(update_tif_profile(-1, raw(file), path.c_str()), -2);
+    EXPECT_EQ(readFile(path), file);
+}
+
 TEST(Profile, NothingChangesWithoutAnEntry) {
     const TempDir dir;
     Tiff tiff;

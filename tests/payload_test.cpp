@@ -143,7 +143,8 @@ TEST(ReadIptc, Regions) {
         EXPECT_EQ(std::memcmp(buffer, test.bytes.data(), test.bytes.size()), 0);
         EXPECT_EQ(buffer[test.bytes.size()], 0);
     }
-    unsigned char buffer[1];
+    unsigned char buffer[1] = {0x1C};
+    EXPECT_EQ(read_iptc(dir.path("").c_str(), 1, 0, buffer), -1); // a directory
     EXPECT_EQ(read_iptc(dir.path("none").c_str(), 1, 0, buffer), -1);
     EXPECT_EQ(read_iptc(dir.write("empty", "").c_str(), 1, 0, buffer), -1);
 }
@@ -184,12 +185,31 @@ TEST(TifTag, IsFoundInTheChainOfDirectories) {
     }
 }
 
+// Directories of one entry, one after another; the last is the only one with the tag.
+TEST(TifTag, ManyDirectories) {
+    constexpr std::uint32_t Size = 2 + 12 + 4;
+    for (const auto& [directories, isFound] : {std::pair{65'536U, true}, {65'537U, false}}) {
+        Bytes bytes = "II" + le16(42) + le32(8);
+        for (std::uint32_t i = 1; i <= directories; ++i) {
+            const bool isLast = i == directories;
+            bytes += le16(1) + le16(isLast ? 34675 : 256) + le16(4) + le32(1) + le32(7);
+            bytes += le32(isLast ? 0 : 8 + i * Size);
+        }
+        const Stream stream = streamOf(bytes);
+        std::int32_t count = 0;
+        std::int32_t value = 0;
+        const auto last = static_cast<std::int32_t>(8 + (directories - 1) * Size + 2);
+        EXPECT_EQ(get_tif_tag(stream.get(), 34675, &count, &value), isFound ? last : -1) << directories;
+        EXPECT_EQ(value, isFound ? 7 : 0);
+    }
+}
+
 TEST(TimeFromDatetime, CountsInTheProcessesTimeZone) {
     const struct {
         const char* zone;
         const char* text;
         std::time_t time;
-    } cases[] = {{"UTC0", "2013:05:01 12:00:00", 1367409600},
+    } cases[] = {{"UTC0", "2013:05:01 12:34:56", 1367411696},
                  {"CET-1CEST,M3.5.0,M10.5.0/3", "2013:05:01 12:00:00", 1367402400}, // summer time
                  {"CET-1CEST,M3.5.0,M10.5.0/3", "2013: 1:01\t12:00:0", 1357038000},
                  {"<+1245>-12:45", "2013:05:01 12:00:00", 1367363700},

@@ -5,9 +5,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
+#include <memory>
+#include <vector>
 
 using namespace test;
 
@@ -48,6 +51,10 @@ TEST(PacketWriter, Blocks) {
     EXPECT_EQ(embed(-1, 211, settings), description(Intensive));
     EXPECT_EQ(embed(123, 211, settings), description(Intensive, "123"));
     EXPECT_EQ(embed(1, 4, settings), Opening + description("") + Closing);
+    for (const std::int32_t method : {4, 9, 16, 200, 204}) { // codes that read no slot
+        EXPECT_EQ(embed(1, method, nullptr), embed(1, method, settings)) << method;
+    }
+    EXPECT_EQ(embed(1, 200, nullptr), Opening + description("") + Closing);
     EXPECT_EQ(embed(1, 0, nullptr, Bytes(5000, 'l').c_str()).size(), 247U + 5000U);
 }
 
@@ -129,19 +136,44 @@ TEST(PacketWriter, NumbersAreThoseOfPrintf) {
 
 TEST(SettingsFile, EveryMethodComesBack) {
     const TempDir dir;
-    for (const std::int32_t method : {1, 2, 3, 10, 11, 15}) {
-        // Values that every slot can hold: a panorama, light smoothing, clips and a gamma that print exactly.
-        SettingsValues settings;
-        std::fill_n(settings, SETTINGS_SLOTS, 1.0F);
-        settings[DETAILS_ENHANCER_GAMMA] = 0.0F;
+    constexpr float Untouched = -7.0F;
+    const struct {
+        std::int32_t method;
+        std::vector<int> numbers, panoramas; // slots
+    } cases[] = {{1, {0, 1, 2, 3, 4, 6, 7, 9, 10, 11, 12, 13, 14}, {15}},
+                 {2, {0, 1, 2, 3, 4, 12, 13}, {}},
+                 {3, {0, 1, 2, 8, 12, 13}, {15}},
+                 {10, {0, 1, 2, 3, 4, 5, 6, 8}, {7}},
+                 {11, {0, 1, 2}, {}},
+                 {15, {0, 1, 2, 3, 8}, {7}}};
+    for (const auto& test : cases) {
+        SettingsValues settings, expected;
+        std::fill_n(settings, SETTINGS_SLOTS, 99.0F);
+        std::fill_n(expected, SETTINGS_SLOTS, Untouched);
+        const auto set = [&](int slot, float value) { settings[slot] = expected[slot] = value; };
+        for (const int slot : test.numbers) {
+            set(slot, static_cast<float>(slot) - 2.5F);
+        }
+        for (const int slot : test.panoramas) {
+            set(slot, 1.0F);
+        }
+        if (test.method == 1) {
+            set(DETAILS_ENHANCER_SMOOTHING_MODE, 0.0F);
+            set(DETAILS_ENHANCER_SMOOTHING_LEVEL, 3.0F);
+            set(DETAILS_ENHANCER_GAMMA, 100.0F);
+        } else if (test.method == 3) {
+            set(CONTRAST_OPTIMIZER_WHITE_CLIP, 10.0F);
+            set(CONTRAST_OPTIMIZER_BLACK_CLIP, 0.0F);
+        }
         const std::string path = dir.path("settings.xmp");
-        EXPECT_EQ(write_xmp(path.c_str(), method, settings), 1);
-        EXPECT_EQ(read_xmp(path.c_str(), METHOD_DETECT, nullptr), method);
-        SettingsValues read = {};
-        EXPECT_EQ(read_xmp(path.c_str(), method == 1 ? 2 : 1, read), -5);
-        EXPECT_GT(read_xmp(path.c_str(), method, read), 46);
+        EXPECT_EQ(write_xmp(path.c_str(), test.method, settings), 1);
+        EXPECT_EQ(read_xmp(path.c_str(), METHOD_DETECT, nullptr), test.method);
+        SettingsValues read;
+        std::fill_n(read, SETTINGS_SLOTS, Untouched);
+        EXPECT_EQ(read_xmp(path.c_str(), test.method == 1 ? 2 : 1, read), -5);
+        EXPECT_GT(read_xmp(path.c_str(), test.method, read), 46);
         for (int i = 0; i < SETTINGS_SLOTS; ++i) {
-            EXPECT_TRUE(std::fabs(read[i] - settings[i]) < 0.002F || read[i] == 0.0F) << method << ' ' << i;
+            EXPECT_EQ(read[i], expected[i]) << test.method << ' ' << i;
         }
     }
 }
@@ -158,7 +190,10 @@ TEST(SettingsFile, Results) {
     EXPECT_EQ(write_xmp(dir.path("eleven").c_str(), 11, IntensiveSettings), 1);
     EXPECT_EQ(readFile(dir.path("eleven")), Opening + description(Intensive) + Closing);
     EXPECT_EQ(read_xmp(dir.path("none").c_str(), METHOD_DETECT, nullptr), -1);
-    EXPECT_EQ(read_xmp(dir.path(".").c_str(), METHOD_DETECT, nullptr), -1);
+    const std::string folder = dir.path("");
+    for (const char* directory : {folder.c_str(), "/proc/self"}) { // the latter says that it has no bytes
+        EXPECT_EQ(read_xmp(directory, METHOD_DETECT, nullptr), -1) << directory;
+    }
     EXPECT_EQ(read_xmp(dir.write("empty", "").c_str(), 1, settings), 0);
     EXPECT_EQ(read_xmp(dir.path("none").c_str(), MODE_LENS, nullptr), -5);
 }
@@ -174,9 +209,14 @@ TEST(ExtractXmp, Regions) {
     for (const auto& test : cases) {
         Bytes buffer = zeros(text.size() + 2);
         EXPECT_EQ(extract_xmp(path.c_str(), test.count, test.offset, buffer.data()), test.result) << test.count;
+        const bool isRead = test.offset == 2 && test.count > 0 && test.count <= count;
+        const Bytes region = isRead ? text.substr(0, static_cast<std::size_t>(test.count)) : "";
+        EXPECT_EQ(buffer, region + zeros(buffer.size() - region.size())) << test.count;
     }
     Bytes unterminated(text.size() + 2, 'x');
     EXPECT_EQ(extract_xmp(path.c_str(), count, 2, unterminated.data()), -3);
+    Bytes buffer = zeros(2);
+    EXPECT_EQ(extract_xmp(dir.path("").c_str(), 1, 0, buffer.data()), -1);
     EXPECT_EQ(extract_xmp(dir.path("none").c_str(), 1, 0, unterminated.data()), -1);
     EXPECT_EQ(extract_xmp(dir.write("empty", "").c_str(), 0, 0, unterminated.data()), -1);
 }
@@ -220,6 +260,17 @@ TEST(InsertXmp, PlacesTheDescription) {
         const Bytes expected = test.failure < 0 ? data + Bytes(added.size(), '!') : test.before + added + test.behind;
         EXPECT_EQ(buffer, expected + "!") << test.what;
     }
+}
+
+// An opening at the end of 2^31 - 1 bytes: minus the offset where the next search ends does not fit 32 bits.
+TEST(InsertXmp, LargestPacket) {
+    constexpr std::size_t Size = INT32_MAX;
+    const std::unique_ptr<char, decltype(&std::free)> packet(static_cast<char*>(std::calloc(Size, 1)), std::free);
+    if (!packet) {
+        GTEST_SKIP() << "no memory for 2 GiB";
+    }
+    std::memcpy(packet.get() + Size - 40, "<x:xmpmeta xmlns:x='adobe:ns:meta/'>", 36);
+    EXPECT_EQ(insert_xmp(1, 11, IntensiveSettings, INT32_MAX, 292, packet.get()), INT32_MIN);
 }
 
 } // namespace

@@ -27,6 +27,10 @@ std::int32_t detect(const Bytes& text) {
     return get_settings_from_xmp(METHOD_DETECT, size32(text) + 1, text.c_str(), nullptr, nullptr);
 }
 
+Bytes cutAfter(const Bytes& text, const Bytes& last) {
+    return text.substr(0, text.find(last) + last.size());
+}
+
 TEST(Detection, Methods) {
     const Bytes declaration = packet("");
     const struct {
@@ -51,6 +55,7 @@ TEST(Detection, Methods) {
         {"double quotes", packet(element("Version", "5.0") + element("Method", "Fusion/Adjust"), '"'), 10},
         {"attributes", packet(attribute("Version", "5.0") + attribute("Method", "Fusion/Adjust")), 10},
         {"no version", packet(element("Method", "Fusion/Adjust")), -5},
+        {"version with a word for its minor part", elementPacket("Fusion/Adjust", "", "5.x"), -5},
         {"version without a minor part", elementPacket("Fusion/Adjust", "", "5"), -5},
         {"second version",
          packet(element("Version", "x") + element("Version", " 2.4") + element("Method", "Fusion/Adjust")), 10},
@@ -155,7 +160,20 @@ TEST(Parameters, ValuesByFormAndVersion) {
         {"only the first tag", details, "Details Enhancer", "5.0",
          element("Strength", "a b") + element("Strength", "2"), 1, Untouched},
         {"prefix of a longer name", details, "Details Enhancer", "5.0", "tvtm:StrengthX9", 1, 9.0F},
-        {"tag ends the text", details, "Details Enhancer", "5.0", "", 1, Untouched},
+        {"integer beyond 64 bits", details, "Details Enhancer", "2.4", element("Strength", "99999999999999999999"), 1,
+         2147483648.0F},
+        {"unreadable integer", details, "Details Enhancer", "2.4", element("Strength", "x y"), 1, Untouched},
+        {"unreadable clip", optimizer, "Contrast Optimizer", "5.0", element("WhiteClip", "x y"), 3, Untouched},
+        {"a small fraction", optimizer, "Contrast Optimizer", "5.0", element("Strength", "0." + Bytes(60, '0') + "1"),
+         0, 0.0F},
+        {"a large exponent", optimizer, "Contrast Optimizer", "5.0", element("Strength", "1e9223372036854775807"), 0,
+         INFINITY},
+        {"a small exponent", optimizer, "Contrast Optimizer", "5.0", element("Strength", "1e-9223372036854775808"), 0,
+         0.0F},
+        {"word High", details, "Details Enhancer", "2.4", element("Microcontrast", "High"), 6, 0.0F},
+        {"word Medium High", details, "Details Enhancer", "2.4", element("Microcontrast", "Medium High"), 6, -2.0F},
+        {"word Low", details, "Details Enhancer", "2.4", element("Microcontrast", "Low"), 6, -9.0F},
+        {"word Very Low", details, "Details Enhancer", "2.4", element("Microcontrast", "Very Low"), 6, -10.0F},
         {"word in old packets", details, "Details Enhancer", "2.4", element("Microcontrast", "Medium Low"), 6, -6.0F},
         {"shorter word", details, "Details Enhancer", "2.0", element("Microcontrast", "Medium"), 6, -2.0F},
         {"number from 2.5 on", details, "Details Enhancer", "2.5", element("Microcontrast", "-3.9"), 6, -3.0F},
@@ -186,6 +204,13 @@ TEST(Parameters, ValuesByFormAndVersion) {
     }
 }
 
+TEST(Parameters, TagAtTheEndOfTheText) {
+    const Bytes text = cutAfter(elementPacket("Details Enhancer", element("Strength", "7")), "tvtm:Strength");
+    Slots slots;
+    EXPECT_GT(parse(METHOD_DETAILS_ENHANCER, text, slots), 46);
+    EXPECT_EQ(slots[DETAILS_ENHANCER_STRENGTH], Untouched);
+}
+
 TEST(Parameters, SmoothingFollowsItsMode) {
     const auto details = [](const Bytes& lines) { return elementPacket("Details Enhancer", lines); };
     const struct {
@@ -194,6 +219,9 @@ TEST(Parameters, SmoothingFollowsItsMode) {
         float mode, level, slider;
     } cases[] = {
         {"light", details(element("Smoothing", "Very Low") + element("SmoothingMode", "Light")), 0, 4, Untouched},
+        {"High", details(element("SmoothingMode", "Light") + element("Smoothing", "High    ")), 0, 1, Untouched},
+        {"Low", details(element("SmoothingMode", "Light") + element("Smoothing", "Low     ")), 0, 3, Untouched},
+        {"Very High", details(element("SmoothingMode", "Light") + element("Smoothing", "Very High")), 0, 0, Untouched},
         {"slider", details(element("SmoothingMode", "Slider") + element("Smoothing", "35.5")), 1, Untouched, 35.5F},
         {"the caller's mode", details(element("Smoothing", "Low     ")), Untouched, Untouched, Untouched},
         {"unknown mode", details(element("SmoothingMode", "None") + element("Smoothing", "3")), Untouched, Untouched,
@@ -239,7 +267,12 @@ TEST(Lens, FormsAndLengths) {
         {"longest", lensPacket("<aux:Lens>" + longest + "</aux:Lens>"), longest, 63},
         {"too long", lensPacket("<aux:Lens>" + tooLong + "</aux:Lens>"), "", 64},
         {"empty", lensPacket("<aux:Lens></aux:Lens>"), "", 0},
-        {"cut", lensPacket("<aux:Lens>TV").substr(0, lensPacket("<aux:Lens>TV").find("TV") + 2), "", 64},
+        // Without an end the result is where the scan stopped: where no end could be any more.
+        {"element, cut in its value", cutAfter(lensPacket("<aux:Lens>TV"), "TV"), "", 0},
+        {"element, cut in its closing tag", cutAfter(lensPacket("<aux:Lens>TV</aux:Lens"), "</aux:Len"), "", 2},
+        {"element, cut after its closing tag", cutAfter(lensPacket("<aux:Lens>TV</aux:Lens"), "</aux:Lens"), "TV", 2},
+        {"attribute, cut in its value", cutAfter(lensPacket("aux:Lens=\"TV"), "TV"), "", 3},
+        {"attribute, cut before its quote", cutAfter(lensPacket("aux:Lens="), "Lens="), "", 0},
         {"absent", lensPacket("<aux:LensID>7</aux:LensID>"), "", -1},
     };
     for (const auto& test : cases) {

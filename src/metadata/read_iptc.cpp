@@ -15,7 +15,7 @@ std::int32_t read_iptc(const char* path, std::int32_t count, std::int32_t offset
         return Unreadable;
     }
     const std::int64_t size = tvmeta::fileSize(file.get());
-    if (size <= 0) {
+    if (size <= 0 || tvmeta::isDirectory(file.get())) {
         return Unreadable;
     }
     // The region must end before the file's last byte.
@@ -23,6 +23,9 @@ std::int32_t read_iptc(const char* path, std::int32_t count, std::int32_t offset
         return Outside;
     }
     const std::size_t read = std::fread(buffer, 1, static_cast<std::size_t>(count), file.get());
+    if (read == 0) {
+        return Unreadable;
+    }
     if (buffer[0] != DatasetMarker) {
         return NotIptc;
     }

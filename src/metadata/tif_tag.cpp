@@ -12,9 +12,10 @@ constexpr std::int32_t NotFound = -1;
 constexpr std::int32_t NotTiff = -2;
 constexpr std::int32_t SeekFailed = -3;
 
-// Directories may overlap, so that a small file can hold a long chain of them; a real file has some dozens of entries,
-// a stack of thousands of images some hundred thousand.
-constexpr std::int32_t MostEntries = 1 << 22;
+// Directories may overlap, so a small file can contain a long chain of them, and each may require a seek. A photograph
+// has a few dozen entries; a stack of thousands of images has some hundred thousand.
+constexpr std::int32_t MaxEntries = 1 << 22;
+constexpr std::int32_t MaxDirectories = 1 << 16;
 
 // An entry is passed over by reading its tag, as far as the file goes, and skipping the rest, whether it is there or
 // not: that makes a difference to the place of tag 65535, which every entry behind the end of the file has.
@@ -46,8 +47,12 @@ class LoopDetector {
 
 std::int32_t findTag(const TiffStructure& tiff, std::int32_t tag, DirectoryEntry& entry) noexcept {
     LoopDetector loop;
-    std::int32_t entriesLeft = MostEntries;
+    std::int32_t entriesLeft = MaxEntries;
+    std::int32_t directoriesLeft = MaxDirectories;
     for (std::int32_t offset = tiff.read32(); offset != 0 && !loop.meets(offset); offset = tiff.read32()) {
+        if (directoriesLeft-- == 0) {
+            return NotFound;
+        }
         if (!tiff.reader.seek(offset)) {
             return SeekFailed;
         }

@@ -18,14 +18,15 @@ constexpr std::int32_t NothingFollows = -1;
 constexpr std::int32_t NoMemory = -4;
 constexpr std::size_t ShortestTail = 3;
 
-// Finds an opening at `start` or later; like every search here it leaves the last byte of the packet to others. Without
-// one, `failure` becomes minus the offset where the search ended.
+// Finds an opening at `start` or later that ends before the last byte of the packet. If there is none, `failure`
+// becomes minus the offset where the search ended, or the nearest that 32 bits can express.
 std::optional<std::size_t> findOpening(std::string_view packet, const QuotedText& opening, std::size_t start,
                                        std::int32_t& failure) noexcept {
     const std::string_view searched = packet.substr(0, packet.empty() ? 0 : packet.size() - 1);
     const std::size_t at = findQuoted(searched, opening, start);
     if (at == std::string_view::npos) {
-        failure = -static_cast<std::int32_t>(std::max(packet.size(), start + opening.size()));
+        const auto end = static_cast<std::int64_t>(std::max(packet.size(), start + opening.size()));
+        failure = static_cast<std::int32_t>(std::max<std::int64_t>(-end, INT32_MIN));
         return std::nullopt;
     }
     return at;

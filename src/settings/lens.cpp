@@ -12,10 +12,14 @@ namespace {
 constexpr SearchText LensTag{"aux:Lens", 1};
 constexpr std::string_view LensClosing = "</aux:Lens";
 
-// Where a search for a text of so many bytes stops when it finds none.
+// The first offset at which a text of `size` bytes cannot be, since it would reach the terminator.
+std::size_t searchLimit(std::string_view text, std::size_t size) noexcept {
+    return text.size() + 1 > size ? text.size() + 1 - size : 0;
+}
+
+// Where a search for a text of `size` bytes stops if it finds none.
 std::int32_t searchEnd(std::string_view text, std::size_t size, std::size_t start) noexcept {
-    const std::size_t last = text.size() + 1 > size ? text.size() + 1 - size : 0;
-    return static_cast<std::int32_t>(std::max(last, start));
+    return static_cast<std::int32_t>(std::max(searchLimit(text, size), start));
 }
 
 // The tag with "=" or ">" behind it, so that longer names which begin with it are passed over.
@@ -45,12 +49,14 @@ std::int32_t copyLens(std::string_view text, std::span<char> lens) noexcept {
     const bool attribute = text[tag + LensTag.text.size()] == '=';
     const std::size_t value = tag + LensTag.text.size() + (attribute ? 2 : 1);
     const std::string_view end = attribute ? "\"" : LensClosing;
-    // The end of a value stands within 64 positions; the last one stands for "none".
     const std::string_view rest = textFrom(text, value);
-    const std::size_t length = std::min(rest.substr(0, LensRoom - 1 + end.size()).find(end), LensRoom);
-    if (length > 0 && length < LensRoom) {
-        rest.copy(lens.data(), std::min(length, lens.size()));
+    const std::size_t length = rest.substr(0, LensRoom - 1 + end.size()).find(end);
+    if (length == std::string_view::npos) {
+        // A quote may be looked for up to the terminator, a closing tag while it ends before the terminator.
+        const std::size_t limit = attribute ? text.size() + 1 : searchLimit(text, LensClosing.size());
+        return static_cast<std::int32_t>(std::max(value, std::min(value + LensRoom, limit)));
     }
+    rest.copy(lens.data(), std::min(length, lens.size()));
     return static_cast<std::int32_t>(value + length);
 }
 

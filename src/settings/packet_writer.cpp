@@ -159,7 +159,7 @@ void putPacket(TextSink& sink, const PacketRequest& request) noexcept {
 } // namespace
 
 bool isComplete(const PacketRequest& request) noexcept {
-    return effectiveMethod(request) <= 0 || request.settings != nullptr;
+    return findMethod(effectiveMethod(request)) == nullptr || request.settings != nullptr;
 }
 
 std::size_t measurePacket(const PacketRequest& request) noexcept {

@@ -18,7 +18,7 @@ struct PacketRequest {
     std::int32_t namespaceNumber = 1;
 };
 
-// Whether what the request announces is there.
+// Whether the slots that the request reads are there. A code that names no method reads none.
 bool isComplete(const PacketRequest& request) noexcept;
 
 // The length of the packet's text.

@@ -26,7 +26,7 @@ std::int32_t read_xmp(const char* path, std::int32_t method, float* settings) no
         return Unreadable;
     }
     const std::int64_t size = fileSize(file.get());
-    if (size < 0 || size > LargestFile || !seekTo(file.get(), 0)) {
+    if (size < 0 || size > LargestFile || isDirectory(file.get()) || !seekTo(file.get(), 0)) {
         return Unreadable;
     }
     ZeroedBuffer buffer(static_cast<std::size_t>(size) + 1);
@@ -48,7 +48,7 @@ std::int32_t extract_xmp(const char* path, std::int32_t count, std::int32_t offs
     }
     const File file = openUnbuffered(path, "rb");
     const std::int64_t size = file ? fileSize(file.get()) : -1;
-    if (size <= 0) {
+    if (size <= 0 || isDirectory(file.get())) {
         return Unreadable;
     }
     // The region must end before the file's last byte.
@@ -86,16 +86,16 @@ std::int32_t write_xmp(const char* path, std::int32_t method, const float* setti
     if (!isMethodCode(method) || settings == nullptr) {
         return NoMethod;
     }
-    const File file = openUnbuffered(path, "wb");
-    if (!file) {
-        return CannotOpen;
-    }
     const PacketRequest request{method, settings};
     ZeroedBuffer packet(measurePacket(request));
     if (!packet) {
         return NoMemory;
     }
     writePacket(request, packet.text());
+    File file = openUnbuffered(path, "wb");
+    if (!file) {
+        return CannotOpen;
+    }
     const bool written = std::fwrite(packet.data(), packet.size(), 1, file.get()) == 1;
-    return written ? Written : WriteFailed;
+    return closeWritten(file) && written ? Written : WriteFailed;
 }

@@ -1,5 +1,6 @@
 #include "support/file.h"
 
+#include <cerrno>
 #include <cstddef>
 
 #ifdef _WIN32
@@ -95,6 +96,10 @@ std::int64_t positionOf(std::FILE* stream) noexcept {
 
 std::int64_t fileSize(std::FILE* stream) noexcept {
     return move(stream, 0, SEEK_END) ? positionOf(stream) : -1;
+}
+
+bool isDirectory(std::FILE* stream) noexcept {
+    return seekTo(stream, 0) && std::getc(stream) == EOF && std::ferror(stream) != 0 && errno == EISDIR;
 }
 
 } // namespace tvmeta

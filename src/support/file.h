@@ -32,4 +32,7 @@ std::int64_t positionOf(std::FILE* stream) noexcept;
 // The size of a file; -1 if it cannot be found. Leaves the stream at the end.
 std::int64_t fileSize(std::FILE* stream) noexcept;
 
+// True for a directory: POSIX opens one for reading, and fails every read. Moves the stream.
+bool isDirectory(std::FILE* stream) noexcept;
+
 } // namespace tvmeta

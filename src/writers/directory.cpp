@@ -4,14 +4,28 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 
 namespace tvmeta {
+
+namespace {
+
+// Ends the process instead of writing past an array. Only a mistake in the library gets here: no argument and no file
+// decides how many fields there are or how large a number is.
+void requireRoom(bool fits) {
+    if (!fits) {
+        std::abort();
+    }
+}
+
+} // namespace
 
 std::span<const unsigned char> Directory::Field::bytes() const noexcept {
     return borrowed.data() != nullptr ? borrowed : std::span(own).first(std::min(size, own.size()));
 }
 
 Directory::Field& Directory::add(std::uint16_t tag, std::uint16_t type, std::size_t count, std::size_t size) noexcept {
+    requireRoom(fieldCount_ < fields_.size());
     Field& field = fields_[fieldCount_++];
     field = {tag, type, static_cast<std::uint32_t>(count), size, {}, {}, nullptr};
     ++entries_;
@@ -19,19 +33,25 @@ Directory::Field& Directory::add(std::uint16_t tag, std::uint16_t type, std::siz
     return field;
 }
 
+Directory::Field& Directory::addNumbers(std::uint16_t tag, std::uint16_t type, std::size_t count,
+                                        std::size_t size) noexcept {
+    requireRoom(size <= OwnSize);
+    return add(tag, type, count, size);
+}
+
 void Directory::addShort(std::uint16_t tag, std::uint16_t value) noexcept {
     addShorts(tag, 1, value);
 }
 
 void Directory::addShorts(std::uint16_t tag, std::size_t count, std::uint16_t value) noexcept {
-    Field& field = add(tag, tiff_type::Short, count, 2 * count);
+    Field& field = addNumbers(tag, tiff_type::Short, count, 2 * count);
     for (std::size_t i = 0; i < count; ++i) {
         storeLe16(field.own.data() + 2 * i, value);
     }
 }
 
 void Directory::addLong(std::uint16_t tag, std::uint32_t value) noexcept {
-    storeLe32(add(tag, tiff_type::Long, 1, 4).own.data(), value);
+    storeLe32(addNumbers(tag, tiff_type::Long, 1, 4).own.data(), value);
 }
 
 void Directory::addShortOrLong(std::uint16_t tag, std::uint32_t value) noexcept {
@@ -43,7 +63,7 @@ void Directory::addShortOrLong(std::uint16_t tag, std::uint32_t value) noexcept 
 }
 
 void Directory::addRationals(std::uint16_t tag, std::span<const std::int32_t> words) noexcept {
-    Field& field = add(tag, tiff_type::Rational, words.size() / 2, 4 * words.size());
+    Field& field = addNumbers(tag, tiff_type::Rational, words.size() / 2, 4 * words.size());
     for (std::size_t i = 0; i < words.size(); ++i) {
         storeLe32(field.own.data() + 4 * i, static_cast<std::uint32_t>(words[i]));
     }
@@ -103,7 +123,7 @@ void Directory::writeEntries(std::span<const Placed> placed, std::span<unsigned 
 }
 
 void Directory::write(std::span<unsigned char> block, std::size_t position) const noexcept {
-    std::array<Placed, MostFields> places;
+    std::array<Placed, MaxFields> places;
     const std::span<Placed> placed = std::span(places).first(fieldCount_);
     std::size_t offset = headSize();
     for (std::size_t i = 0; i < fieldCount_; ++i) {

@@ -42,8 +42,8 @@ class Directory {
     void write(std::span<unsigned char> block, std::size_t position) const noexcept;
 
   private:
-    static constexpr std::size_t MostFields = 24; // the image directory with everything in it has 23
-    static constexpr std::size_t OwnSize = 24;    // three rationals
+    static constexpr std::size_t MaxFields = 24; // the image directory with everything in it has 23
+    static constexpr std::size_t OwnSize = 24;   // three rationals
 
     struct Field {
         std::uint16_t tag;
@@ -67,11 +67,12 @@ class Directory {
     static void writeValue(const Placed& placed, std::span<unsigned char> block, std::size_t position) noexcept;
 
     std::size_t headSize() const noexcept { return 2 + DirectoryEntrySize * entries_ + 4; }
+    Field& addNumbers(std::uint16_t tag, std::uint16_t type, std::size_t count, std::size_t size) noexcept;
     Field& add(std::uint16_t tag, std::uint16_t type, std::size_t count, std::size_t size) noexcept;
     void writeEntries(std::span<const Placed> placed, std::span<unsigned char> block,
                       std::size_t position) const noexcept;
 
-    std::array<Field, MostFields> fields_;
+    std::array<Field, MaxFields> fields_;
     std::size_t fieldCount_ = 0;
     std::size_t entries_ = 0;
     std::size_t valueBytes_ = 0;

@@ -1,4 +1,4 @@
-// Replaces the ICC profile of a TIFF file in place: the new one is appended, and its entry made to point there.
+// Replaces the ICC profile of a TIFF file in place: appends the new one, then repoints its directory entry.
 #include "metadata/byte_order.h"
 #include "support/bytes.h"
 #include "support/file.h"
@@ -6,8 +6,10 @@
 #include "support/tiff_vocabulary.h"
 #include "tvmeta.h"
 
+#include <array>
 #include <cstdint>
 #include <cstdio>
+#include <span>
 
 using namespace tvmeta;
 
@@ -15,14 +17,16 @@ namespace {
 
 constexpr std::int32_t NoProfile = 0;
 constexpr std::int32_t CannotOpen = -1;
+constexpr std::int32_t Changed = -1;
 constexpr std::int32_t Failed = -2;
 
+// Where the entry of the profile is, and the size of the file in which it was found.
 struct ProfileEntry {
-    std::int32_t position;   // of the directory entry; 0 or less: the file has none
-    std::int64_t appendedAt; // the size of the file; -1 when it cannot be found
+    std::int32_t position; // 0 or less: there is none
+    std::int64_t fileSize; // -1: unknown
 };
 
-File open(const char* path, const char* mode, const char* message) noexcept {
+File open(const char* path, const char* mode, const char* message) {
     File file = openUnbuffered(path, mode);
     if (!file) {
         printMessage(message);
@@ -30,63 +34,56 @@ File open(const char* path, const char* mode, const char* message) noexcept {
     return file;
 }
 
-std::int32_t patchEntry(const char* path, const ProfileEntry& entry, std::int32_t length) noexcept {
-    constexpr std::int64_t CountOffset = 4;
-    File file = open(path, "rb+", "Can not open input file for update");
-    if (!file) {
-        return CannotOpen;
-    }
-    if (!seekTo(file.get(), entry.position)) {
-        return Failed;
-    }
-    if (fgetmi2(file.get(), LittleEndianMark) != tiff_tag::IccProfile) {
-        return CannotOpen; // somebody else has changed the file
-    }
-    unsigned char countAndOffset[8] = {};
-    storeLe32(countAndOffset, static_cast<std::uint32_t>(length));
-    storeLe32(countAndOffset + 4, static_cast<std::uint32_t>(entry.appendedAt));
-    if (!seekTo(file.get(), entry.position + CountOffset) ||
-        std::fwrite(countAndOffset, sizeof countAndOffset, 1, file.get()) != 1 || !closeWritten(file)) {
-        return Failed;
-    }
-    return length;
+ProfileEntry findEntry(std::FILE* stream) {
+    std::int32_t count = 0;
+    std::int32_t value = 0;
+    const std::int32_t position = get_tif_tag(stream, tiff_tag::IccProfile, &count, &value);
+    return {position, fileSize(stream)};
 }
 
-std::int32_t appendProfile(const char* path, const unsigned char* profile, std::int32_t length) noexcept {
-    File file = open(path, "ab+", "Can not open input file for appending");
-    if (!file) {
-        return CannotOpen;
-    }
-    const auto size = static_cast<std::size_t>(length);
-    if (std::fwrite(profile, 1, size, file.get()) != size || !closeWritten(file)) {
-        return Failed;
-    }
-    return length;
+bool writeAt(std::FILE* stream, std::int64_t position, std::span<const unsigned char> bytes) {
+    return seekTo(stream, position) &&
+           (bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size());
+}
+
+// The old profile remains in force until the entry is patched, which is one write of eight bytes.
+bool replaceProfile(std::FILE* stream, const ProfileEntry& entry, std::span<const unsigned char> profile) {
+    constexpr std::int64_t CountOffset = 4;
+    std::array<unsigned char, 8> countAndOffset{};
+    storeLe32(countAndOffset.data(), static_cast<std::uint32_t>(profile.size()));
+    storeLe32(countAndOffset.data() + 4, static_cast<std::uint32_t>(entry.fileSize));
+    return writeAt(stream, entry.fileSize, profile) && writeAt(stream, entry.position + CountOffset, countAndOffset);
 }
 
 } // namespace
 
 std::int32_t update_tif_profile(std::int32_t length, const unsigned char* profile, const char* path) noexcept {
-    if (length < 0 || profile == nullptr) {
+    if (length < 0 || (profile == nullptr && length > 0)) {
         return Failed;
     }
-    ProfileEntry entry{};
-    {
-        const File file = open(path, "rb", "Can not open input file for reading");
-        if (!file) {
-            return CannotOpen;
-        }
-        std::int32_t count = 0;
-        std::int32_t value = 0;
-        entry.position = get_tif_tag(file.get(), tiff_tag::IccProfile, &count, &value);
-        if (entry.position <= 0) {
-            return NoProfile;
-        }
-        entry.appendedAt = fileSize(file.get());
+    File file = open(path, "rb", "Can not open input file for reading");
+    if (!file) {
+        return CannotOpen;
     }
-    if (entry.appendedAt < 0 || entry.appendedAt > INT32_MAX - std::int64_t{length}) {
+    const ProfileEntry entry = findEntry(file.get());
+    if (entry.position <= 0) {
+        return NoProfile;
+    }
+    if (entry.fileSize < 0 || entry.fileSize > INT32_MAX - std::int64_t{length}) {
         return Failed;
     }
-    const std::int32_t patched = patchEntry(path, entry, length);
-    return patched < 0 ? patched : appendProfile(path, profile, length);
+    file = open(path, "rb+", "Can not open input file for update");
+    if (!file) {
+        return CannotOpen;
+    }
+    // The path may lead to another file by now, or the file may have changed.
+    const std::int64_t size = fileSize(file.get());
+    if (size < 0 || !seekTo(file.get(), entry.position)) {
+        return Failed;
+    }
+    if (size != entry.fileSize || fgetmi2(file.get(), LittleEndianMark) != tiff_tag::IccProfile) {
+        return Changed;
+    }
+    const bool replaced = replaceProfile(file.get(), entry, std::span(profile, static_cast<std::size_t>(length)));
+    return closeWritten(file) && replaced ? length : Failed;
 }

@@ -18,14 +18,14 @@ std::size_t bytesPerSample(std::int32_t bitsCode) noexcept {
     }
 }
 
-} // namespace
-
-bool TiffImage::accepts(const TifImageInfo& info) noexcept {
+bool isAccepted(const TifImageInfo& info) noexcept {
     const bool dimensions = info.width >= 1 && info.height >= 0 && info.channels >= 1 && info.channels <= 4;
     const bool mode = info.pixelMode == pixel_mode::AsIs ||
                       (info.pixelMode == pixel_mode::HighBytes && info.bitsCode == bits_code::Integer8);
     return dimensions && mode && bytesPerSample(info.bitsCode) > 0 && info.iccLength >= 0;
 }
+
+} // namespace
 
 TiffImage::TiffImage(const TifImageInfo& info) noexcept
     : width(static_cast<std::size_t>(info.width)), height(static_cast<std::size_t>(info.height)),
@@ -33,5 +33,16 @@ TiffImage::TiffImage(const TifImageInfo& info) noexcept
       sampleBytes(bytesPerSample(info.bitsCode)),
       isFloat(info.bitsCode == bits_code::Float32 || info.bitsCode == bits_code::Float16),
       takesHighBytes(info.pixelMode == pixel_mode::HighBytes) {}
+
+std::optional<TiffImage> TiffImage::from(const TifImageInfo& info) noexcept {
+    if (!isAccepted(info)) {
+        return std::nullopt;
+    }
+    const TiffImage image(info);
+    if (image.height > MaxImageData / image.rowSize()) { // a row has less than 2^35 bytes
+        return std::nullopt;
+    }
+    return image;
+}
 
 } // namespace tvmeta

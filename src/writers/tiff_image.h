@@ -1,11 +1,13 @@
 // Writers: the image of a TIFF result, as it is given and as it is written (TIFF 6.0).
 #pragma once
 
+#include "support/tiff_vocabulary.h"
 #include "tvmeta.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 
 namespace tvmeta {
 
@@ -22,8 +24,13 @@ inline constexpr std::int32_t Float32 = 32;
 inline constexpr std::int32_t Float16 = 3216;
 } // namespace bits_code
 
+// Positions in a TIFF file are signed 32-bit numbers here.
+inline constexpr std::size_t MaxFileSize = INT32_MAX;
+inline constexpr std::size_t MaxImageData = MaxFileSize - TiffHeaderSize;
+
 // The sizes that follow from a TifImageInfo.
-struct TiffImage {
+class TiffImage {
+  public:
     std::size_t width;
     std::size_t height;
     std::size_t channels; // of a source pixel
@@ -32,12 +39,15 @@ struct TiffImage {
     bool isFloat;
     bool takesHighBytes; // source samples have 16 bits, written ones 8
 
-    // Whether the fields are ones that the writer knows.
-    static bool accepts(const TifImageInfo& info) noexcept;
-    explicit TiffImage(const TifImageInfo& info) noexcept;
+    // The only way to get one: empty for fields that the writer does not accept, and for more pixels than a file can
+    // have. Sizes computed from an image are therefore correct.
+    static std::optional<TiffImage> from(const TifImageInfo& info) noexcept;
 
     std::size_t rowSize() const noexcept { return width * samples * sampleBytes; }
     std::size_t dataSize() const noexcept { return height * rowSize(); }
+
+  private:
+    explicit TiffImage(const TifImageInfo& info) noexcept;
 };
 
 namespace write_result {

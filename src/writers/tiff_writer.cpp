@@ -1,5 +1,6 @@
 // Saves a result: an uncompressed little-endian TIFF file (TIFF 6.0) of header, one strip of pixels, and the directory
 // block with everything else. There is no alignment and nothing behind the directory block.
+#include "settings/methods.h"
 #include "support/file.h"
 #include "support/message.h"
 #include "support/zeroed_buffer.h"
@@ -151,8 +152,12 @@ std::int32_t buf2tif(const void* pixels, const TifImageInfo* info, std::int32_t 
                      const MetadataBuf* metadata, const GpsBuf* gps, std::int32_t iptcLength, const unsigned char* iptc,
                      std::int32_t method, const float* settings, std::int32_t xmpLength, const char* xmp,
                      const char* path) noexcept {
-    if (info == nullptr || metadata == nullptr || gps == nullptr || path == nullptr || !TiffImage::accepts(*info) ||
-        (info->height > 0 && pixels == nullptr) || (method > METHOD_NONE && settings == nullptr)) {
+    if (info == nullptr || metadata == nullptr || gps == nullptr || path == nullptr ||
+        (info->height > 0 && pixels == nullptr) || (isMethodCode(method) && settings == nullptr)) {
+        return write_result::BadArguments;
+    }
+    const std::optional<TiffImage> image = TiffImage::from(*info);
+    if (!image) {
         return write_result::BadArguments;
     }
     const auto profile = announced(icc, info->iccLength);
@@ -167,15 +172,13 @@ std::int32_t buf2tif(const void* pixels, const TifImageInfo* info, std::int32_t 
     if (!packet) {
         return write_result::NoMemory;
     }
-    const TiffImage image(*info);
     const Directory exif = exifDirectory(*metadata, counts.date);
     const Directory position = gpsDirectory(*gps, counts.gpsDate);
     const std::span<const unsigned char> written = isForRgb(*profile) ? *profile : std::span<const unsigned char>();
     const Directory directory =
-        imageDirectory(image, {*info, *metadata, counts, written, packet->bytes, *iptcBlock, exif, position});
-    constexpr std::size_t LargestFile = INT32_MAX;
-    if (image.dataSize() > LargestFile || TiffHeaderSize + image.dataSize() + directory.size() > LargestFile) {
+        imageDirectory(*image, {*info, *metadata, counts, written, packet->bytes, *iptcBlock, exif, position});
+    if (directory.size() > MaxImageData - image->dataSize()) {
         return write_result::BadArguments;
     }
-    return writeFile(path, pixels, rowPitch, image, directory);
+    return writeFile(path, pixels, rowPitch, *image, directory);
 }

@@ -37,7 +37,7 @@ CallersPacket examine(std::string_view packet, std::int32_t method) noexcept {
 
 std::optional<XmpPacket> chooseXmp(std::string_view callersPacket, std::int32_t method, const float* settings,
                                    const MetadataBuf& metadata, std::size_t lensCount) noexcept {
-    if (callersPacket.size() > 1) { // a single byte is at most a terminator
+    if (!callersPacket.empty()) {
         const CallersPacket examined = examine(callersPacket, method);
         if (examined.holdsSettings || method <= METHOD_NONE) {
             return XmpPacket{std::nullopt, bytesOf(examined.stored)};
