@@ -47,6 +47,22 @@ Shows the metadata of photographs, writes TIFF files with metadata and
 processing settings, and works on EXIF blocks, ICC profiles, IPTC keywords and
 settings packets.")
 
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-tvmeta)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9), python3:any")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-distributed, python3-numpy, python3-tqdm, tvmeta")
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION "image metadata for HDR photo applications - Python interface
+Reads photographs into Python values, writes TIFF files from numpy arrays,
+keeps settings as mappings, and indexes archives of photographs on a Dask
+cluster.")
+# The modules are compiled where they are installed.
+file(CONFIGURE OUTPUT ${control}/postinst CONTENT "#!/bin/sh\nset -e\npy3compile -p python3-tvmeta\n")
+file(CONFIGURE OUTPUT ${control}/prerm CONTENT "#!/bin/sh\nset -e\npy3clean -p python3-tvmeta\n")
+file(CHMOD ${control}/postinst ${control}/prerm
+    PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${control}/postinst ${control}/prerm)
+
 # Runs between the staging of the files and the making of the packages.
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/DebianFiles.cmake)
 
@@ -55,4 +71,7 @@ cpack_add_component(library)
 cpack_add_component(development DEPENDS library)
 if(TVMETA_BUILD_TOOL)
     cpack_add_component(tool DEPENDS library)
+endif()
+if(TVMETA_INSTALL_PYTHON)
+    cpack_add_component(python DEPENDS library)
 endif()
