@@ -2,29 +2,41 @@
  * @file
  * Image metadata for HDR photo applications.
  *
- * The library reads the metadata of source photographs (JPEG, TIFF, PSD) into one record, keeps an
- * application's processing settings as an XMP packet, writes result images as TIFF files with that
- * metadata, and measures HDR buffers.
+ * The library reads the metadata of photographs (JPEG, TIFF, PSD) into one record, writes result images as
+ * TIFF files with that metadata, stores an application's processing settings as an XMP packet, patches ICC
+ * profiles and IPTC keywords, and measures HDR images.
  *
- * Conventions that hold for every function:
+ * Save an image with the camera data of a photograph:
  *
- * - Threads. The library keeps no state between calls: no start-up, no globals, no locks. Every
- *   function may run on any number of threads at once, as long as the calls do not share a record,
- *   a buffer that is written, a stream or an output file.
- * - Ownership. Records, buffers and streams belong to the caller; no pointer is kept after a call.
- *   A function that takes a path opens and closes the file itself; one that takes a stream works
- *   from its current position and leaves it open. A stream must be seekable and opened in binary.
- * - Results. Negative values are failures, listed at each function. No exception leaves the library,
- *   errno is not part of any result, and nothing depends on the process locale. A line that goes to
- *   stderr is quoted without the line feed at its end.
- * - Null pointers. An argument may be null only where its description says so. Anywhere else a null
- *   pointer gives the result listed for it, and nothing is touched.
- * - Sizes. Offsets, lengths and counts are signed 32-bit numbers of bytes unless said otherwise, so
- *   files beyond 2 GiB are outside of what positions can describe.
- * - Floating point. The default environment is taken for granted: rounding to nearest, and subnormal
- *   numbers that are not flushed to zero.
- * - Texts are bytes (char), never examined for an encoding. Numbers in files that the library
- *   writes are little-endian.
+ *     ExifInfo photo;
+ *     MetadataBuf metadata = {0};
+ *     GpsBuf gps = {0};
+ *     TifImageInfo image = {1024, 768, 3, 8, 300, 0, 0, 1};
+ *     if (getExifData("photo.jpg", FILE_TYPE_JPEG, &photo) != GET_EXIF_OK) {
+ *         return 1;
+ *     }
+ *     metadataBufFromExifInfo(&photo, &metadata, &gps);
+ *     return buf2tif(pixels, &image, 1024 * 3, NULL, &metadata, &gps, 0, NULL, METHOD_NONE, NULL, 0, NULL,
+ *                    "result.tif") < 0;
+ *
+ * Conventions for every function:
+ *
+ * - Threads: the library has no state, no start-up and no locks. Functions may run on any number of threads
+ *   at once if the calls do not share a record, a buffer that is written, a stream or an output file.
+ * - Ownership: records, buffers and streams belong to the caller. No pointer is kept after a call. A function
+ *   with a path argument opens and closes the file itself. A function with a stream argument starts at the
+ *   stream's position and leaves the stream open; the stream must be seekable and opened in binary mode.
+ * - Results: each function lists all of its results. Negative results are failures. No exception leaves the
+ *   library, errno is not part of a result, and nothing depends on the locale of the process.
+ * - Messages: a few failures also print one line to stderr. The line is quoted at the result.
+ * - Null pointers: an argument may be null only where its description says so. Elsewhere a null pointer gives
+ *   the result listed for it, and nothing is changed.
+ * - Sizes: offsets, lengths and counts are signed 32-bit numbers of bytes unless stated otherwise. Positions
+ *   in files beyond 2 GiB cannot be expressed.
+ * - Paths: zero-terminated; UTF-8 on Windows, bytes for the system elsewhere.
+ * - Streams: a FILE pointer requires that caller and library use the same C runtime.
+ * - Floating point: the default environment is assumed (round to nearest, subnormal numbers not flushed).
+ * - Texts: bytes; their encoding is not examined. Numbers in written files are little-endian.
  */
 #ifndef TVMETA_H
 #define TVMETA_H
@@ -58,7 +70,7 @@ extern "C" {
 #endif
 
 /**
- * Gives the version of the library at run time, which may differ from that of the header.
+ * Returns the version of the library at run time, which may differ from that of the header.
  *
  * @return the version, such as "1.1.0": static text, never null.
  */
@@ -67,15 +79,13 @@ TVMETA_API const char* tvmeta_version(void) TVMETA_NOEXCEPT;
 /** @defgroup records Records
  *  @{ */
 
-/** Kind of source file, as getExifData() and get_exif_data() take it. Any other value means a TIFF file
- * whose ImageDescription and Photoshop resources are not looked into (a camera's raw file). */
+/** File types of photographs. Functions treat any other value as a TIFF file whose ImageDescription and
+ * Photoshop resources are not read (a camera raw file). */
 enum { FILE_TYPE_TIFF = 0, FILE_TYPE_JPEG = 1, FILE_TYPE_PSD = 2 };
 
-/**
- * The metadata of one source photograph. A field for which the source holds nothing is zero (an empty
- * text). Offsets and lengths describe places in the source file. Rationals are numerator, denominator
- * pairs as they stand in the file. 516 bytes, no pointers: it may be copied as it is.
- */
+/** The metadata of one photograph. A field that the photograph lacks is zero (an empty text). Offsets and
+ * lengths refer to the photograph's file. Rationals are pairs of numerator and denominator, as in the file.
+ * 516 bytes, no pointers: it may be copied. */
 typedef struct ExifInfo {
     int32_t exposureSource;           /**< 2: exposure came from the image description; else 0 */
     float exposureTime;               /**< seconds */
@@ -91,10 +101,10 @@ typedef struct ExifInfo {
     int32_t thumbnailHeight;          /**< pixels; Photoshop thumbnail only */
     int32_t thumbnailRowBytes;        /**< bytes per row; Photoshop thumbnail only */
     int32_t thumbnailLength;          /**< bytes of the embedded JPEG thumbnail */
-    int32_t thumbnailOffset;          /**< its absolute file offset */
+    int32_t thumbnailOffset;          /**< absolute file offset of the thumbnail */
     int32_t orientation;              /**< TIFF orientation code, 1 to 8 in valid files */
     int32_t iptcLength;               /**< bytes of the IPTC block */
-    int32_t iptcOffset;               /**< its offset, as the directory or the resource gives it */
+    int32_t iptcOffset;               /**< offset, as in the directory or the resource */
     char gpsLatitudeRef;              /**< 'N' or 'S' */
     uint32_t gpsLatitude[6];          /**< degrees, minutes, seconds */
     char gpsLongitudeRef;             /**< 'E' or 'W' */
@@ -109,11 +119,9 @@ typedef struct ExifInfo {
     char lens[256];                   /**< lens name from the XMP packet of a JPEG */
 } ExifInfo;
 
-/**
- * Metadata as the writers take it: rationals as numerator, denominator pairs. A rational counts as
- * present when both of its numbers are above zero, an integer when it is above zero, a text when its
- * first byte is not zero. Texts need no terminator when they fill their field. 224 bytes.
- */
+/** Metadata for the writers: rationals as pairs of numerator and denominator. A rational is present if both
+ * numbers are above zero, an integer if it is above zero, a text if its first byte is not zero. A text that
+ * fills its field needs no terminator. 224 bytes. */
 typedef struct MetadataBuf {
     int32_t exposureTime[2];          /**< seconds */
     int32_t fNumber[2];               /**< f-number */
@@ -123,11 +131,11 @@ typedef struct MetadataBuf {
     int32_t focalLength35mm;          /**< millimetres in 35 mm film terms */
     int32_t focalPlaneXResolution[2]; /**< pixels per focalPlaneResolutionUnit */
     int32_t focalPlaneResolutionUnit; /**< EXIF code: 2 inch, 3 centimetre */
-    int32_t thumbnailOffset;          /**< offsets and lengths: places in the source file, as in ExifInfo */
+    int32_t thumbnailOffset;          /**< offsets and lengths refer to the photograph, as in ExifInfo */
     int32_t thumbnailLength;          /**< bytes */
     int32_t iptcOffset;               /**< as in ExifInfo */
     int32_t iptcLength;               /**< bytes */
-    int32_t orientation;              /**< of the source; the writers take an orientation of their own */
+    int32_t orientation;              /**< of the photograph; writers have an argument of their own */
     int32_t xmpOffset;                /**< as in ExifInfo */
     int32_t xmpLength;                /**< as in ExifInfo */
     char model[64];                   /**< camera model */
@@ -135,7 +143,7 @@ typedef struct MetadataBuf {
     char lens[64];                    /**< lens name */
 } MetadataBuf;
 
-/** GPS position as the writers take it: the words of the source, tested as signed numbers. 96 bytes. */
+/** GPS position for the writers: the words of the photograph as signed numbers. 96 bytes. */
 typedef struct GpsBuf {
     int32_t latitude[6];  /**< degrees, minutes, seconds */
     int32_t longitude[6]; /**< degrees, minutes, seconds */
@@ -147,7 +155,7 @@ typedef struct GpsBuf {
     char dateStamp[11];   /**< "YYYY:MM:DD" */
 } GpsBuf;
 
-/** The image handed to buf2tif(). 32 bytes. */
+/** The image that buf2tif() writes. 32 bytes. */
 typedef struct TifImageInfo {
     int32_t width;       /**< pixels per row, at least 1 */
     int32_t height;      /**< rows, 0 or more */
@@ -155,25 +163,279 @@ typedef struct TifImageInfo {
     int32_t bitsCode;    /**< 8, 16: unsigned integers; 32: IEEE float; 3216: 16-bit IEEE float */
     int32_t resolution;  /**< dots per inch */
     int32_t iccLength;   /**< bytes of the ICC profile; 0 none */
-    int32_t pixelMode;   /**< 0: samples are written as they are; 1: 16-bit samples become 8-bit ones */
-    int32_t orientation; /**< TIFF orientation code; anything but 1 to 8 is written as 1 */
+    int32_t pixelMode;   /**< 0: samples are written unchanged; 1: 16-bit samples are written as 8-bit */
+    int32_t orientation; /**< TIFF orientation code; other values than 1 to 8 are written as 1 */
 } TifImageInfo;
-
-/** @}
- *  @defgroup settings Settings
- *  @{ */
 
 /** Slots of a SettingsValues. */
 #define SETTINGS_SLOTS 18
 
-/** The processing settings of one run: slots whose meaning depends on the method (constants below).
- * Functions take a pointer to slot 0 and touch only the slots of the method they are given. */
+/** The processing settings of one run. What a slot contains depends on the method (constants at the settings
+ * functions). Functions receive a pointer to slot 0 and access only the slots of the method. */
 typedef float SettingsValues[SETTINGS_SLOTS];
 
-/** Method codes of a settings packet, and the parser's special requests. */
+/** @}
+ *  @defgroup reading Read a photograph
+ *  @{ */
+
+/** Results of tvmeta_file_type() besides the file types. */
+enum { TVMETA_FILE_UNREADABLE = -1, TVMETA_FILE_UNKNOWN = -2 };
+
+/**
+ * Detects the type of a photograph by its first four bytes.
+ *
+ * @param path  file to read. Null: -1.
+ * @retval 0  FILE_TYPE_TIFF: starts with "II" 42 or "MM" 42, which includes most camera raw files
+ * @retval 1  FILE_TYPE_JPEG: starts with FF D8
+ * @retval 2  FILE_TYPE_PSD: starts with "8BPS"
+ * @retval -1  TVMETA_FILE_UNREADABLE: the file cannot be opened or read, or is a directory
+ * @retval -2  TVMETA_FILE_UNKNOWN: starts with other bytes (such as BigTIFF), or is shorter
+ */
+TVMETA_API int32_t tvmeta_file_type(const char* path) TVMETA_NOEXCEPT;
+
+/** Results of getExifData(). */
+enum {
+    GET_EXIF_OK = 1,
+    GET_EXIF_UNREADABLE = -1,
+    GET_EXIF_WRONG_SIGNATURE = -2,
+    GET_EXIF_UNSUPPORTED = -3,
+    GET_EXIF_BROKEN_CHAIN = -10
+};
+
+/**
+ * Reads the metadata of a photograph into a record.
+ *
+ * @param path  file to read. Null: -1.
+ * @param fileType  FILE_TYPE_TIFF, FILE_TYPE_JPEG or FILE_TYPE_PSD. You must pass the file type;
+ *   tvmeta_file_type() detects it. Any other value reads a TIFF file without its ImageDescription and
+ *   Photoshop resources.
+ * @param info  receives the metadata; cleared first, whatever the result. Null: -1.
+ * @retval 1  GET_EXIF_OK: the record contains what was found, which may be nothing
+ * @retval -1  GET_EXIF_UNREADABLE: the file cannot be opened. JPEG: no start-of-image marker; a segment length
+ *   below 2 ("invalid marker"); five fill bytes in a row, or the end of the file, where a marker is expected
+ *   ("too many padding bytes"). PSD: shorter than 4 bytes; the image resources end, break or point backwards
+ *   before the EXIF resource
+ * @retval -2  GET_EXIF_WRONG_SIGNATURE: a JPEG without an APP1 segment before its image data; a PSD without
+ *   "8BPS"; no TIFF byte-order mark at the start of the TIFF structure
+ * @retval -3  GET_EXIF_UNSUPPORTED: a PSD with fewer than 3 channels or not in RGB; a TIFF magic number other
+ *   than 42
+ * @retval -10  GET_EXIF_BROKEN_CHAIN: the chain of JPEG segments breaks after the EXIF segment
+ * @failure the record is cleared, with two exceptions. A JPEG whose EXIF segment contains no TIFF structure
+ *   keeps the lens name and the XMP fields. If only the search for the Photoshop segment of a JPEG fails (-10,
+ *   or -1 for an invalid marker after the EXIF segment), the record is complete apart from that segment.
+ * @limits three image directories; 2^20 entries of EXIF and GPS directories; 64 MiB of ImageDescription and
+ *   Photoshop payloads. Anything beyond is skipped. In a JPEG only the first APP1 segment can contain EXIF
+ *   data, and only the next APP1 within ten markers the XMP packet; its position is recorded only if it
+ *   contains processing settings. TIFF and PSD files: the position of the packet is always recorded.
+ * @standard TIFF 6.0; EXIF 2.3; JPEG (ITU-T T.81); XMP storage in files; Photoshop file format.
+ */
+TVMETA_API int32_t getExifData(const char* path, int32_t fileType, ExifInfo* info) TVMETA_NOEXCEPT;
+
+/**
+ * Reads a photograph and converts its record for the writers: getExifData(), then metadataBufFromExifInfo().
+ *
+ * @param path,fileType  as for getExifData().
+ * @param metadata,gps  as for metadataBufFromExifInfo(). Null: 0.
+ * @return as metadataBufFromExifInfo(). A file that cannot be read is converted as an empty record.
+ */
+TVMETA_API int32_t get_exif_data(const char* path, int32_t fileType, MetadataBuf* metadata,
+                                 GpsBuf* gps) TVMETA_NOEXCEPT;
+
+/** Results of read_iptc() besides the count. */
+enum { READ_IPTC_OUTSIDE = 0, READ_IPTC_UNREADABLE = -1, READ_IPTC_NOT_IPTC = -2 };
+
+/**
+ * Copies the IPTC block of a photograph, as ExifInfo locates it.
+ *
+ * @param path  file to read. Null: -1.
+ * @param count,offset  size of the region and its start in the file.
+ * @param buffer  receives count bytes. Null: -1.
+ * @retval count  the block was copied, and starts with the dataset marker 0x1C
+ * @retval 0  READ_IPTC_OUTSIDE: count is 0 or less (whatever the pointers are), offset is negative, or the
+ *   region does not end before the last byte of the file
+ * @retval -1  READ_IPTC_UNREADABLE: the file cannot be opened or measured, is empty or a directory, or fewer
+ *   bytes could be read
+ * @retval -2  READ_IPTC_NOT_IPTC: the first byte is not 0x1C
+ * @failure the buffer is unchanged on 0; on -2 it contains the bytes; on -1 those that could be read.
+ * @standard IPTC-IIM 4.1, section 1.5.
+ */
+TVMETA_API int32_t read_iptc(const char* path, int32_t count, int32_t offset, unsigned char* buffer) TVMETA_NOEXCEPT;
+
+/** Results of extract_xmp() besides those of get_settings_from_xmp(). */
+enum { EXTRACT_XMP_OUTSIDE = 0, EXTRACT_XMP_UNREADABLE = -1 };
+
+/**
+ * Reads a region of a file, and detects the method of the settings packet in it.
+ *
+ * @param path  file to read. Null: -1.
+ * @param count,offset  size of the region and its start in the file.
+ * @param buffer  receives count bytes; count + 1 bytes, cleared by the caller. Null: -3.
+ * @retval 1,2,3,10,11,15  the method
+ * @retval 0  EXTRACT_XMP_OUTSIDE: offset is negative, or the region does not end before the last byte of the
+ *   file. XMP_NO_SETTINGS: no settings declaration, or an unknown method name
+ * @retval -1  EXTRACT_XMP_UNREADABLE: the file cannot be opened or measured, is empty, or is a directory
+ * @retval -3  XMP_NOT_TERMINATED: count is negative, or the byte of buffer at offset count is not zero
+ * @retval -5  XMP_OTHER_METHOD: no method tag after a readable version
+ * @failure the buffer is unchanged if the region is outside of the file, on -1, and on -3 for a negative count.
+ */
+TVMETA_API int32_t extract_xmp(const char* path, int32_t count, int32_t offset, char* buffer) TVMETA_NOEXCEPT;
+
+/** Results of get_profile_name() besides the length of the name. */
+enum { PROFILE_NAME_NOT_FOUND = -1 };
+
+/**
+ * Names the colour space of an ICC version 2 profile by its 'desc' element.
+ *
+ * @param size  bytes of the profile.
+ * @param profile  the profile. Null: -1.
+ * @param name  receives the name; 32 bytes, cleared first. Null: -1.
+ * @retval 4,9,12  length of the name: the description contains "sRGB", "Adobe RGB" or "ProPhoto RGB"
+ * @retval 32  any other description: its first 32 bytes, without a terminator of their own
+ * @retval -1  PROFILE_NAME_NOT_FOUND: fewer than 49 bytes, or no description
+ * @failure name is all zero.
+ * @standard ICC.1:2001-04, textDescriptionType.
+ */
+TVMETA_API int32_t get_profile_name(int32_t size, const unsigned char* profile, char name[32]) TVMETA_NOEXCEPT;
+
+/** Results of time_from_datetime(). */
+enum { DATETIME_OK = 1, DATETIME_INVALID = -1 };
+
+/**
+ * Computes the seconds from a date and time, as EXIF writes them, to a reference time.
+ *
+ * @param text  "YYYY:MM:DD HH:MM:SS", zero-terminated, as local time of the process. Numbers out of range
+ *   carry over as in mktime. Null: -1.
+ * @param reference  calendar time to count to.
+ * @param seconds  receives reference minus the time of the text. Null: -1.
+ * @retval 1  DATETIME_OK
+ * @retval -1  DATETIME_INVALID: the text does not contain six numbers in that form, or one does not fit its
+ *   field of struct tm
+ * @failure seconds is unchanged.
+ * @limits single precision: about a minute for today's dates with reference 0. A time that mktime cannot
+ *   represent counts as one second before 1970 (UTC).
+ * @standard EXIF 2.3, DateTimeOriginal.
+ */
+TVMETA_API int32_t time_from_datetime(const char* text, time_t reference, float* seconds) TVMETA_NOEXCEPT;
+
+/** @}
+ *  @defgroup writing Save a result
+ *  @{ */
+
+/**
+ * Converts the record of a photograph into the records of the writers.
+ *
+ * @param info  record to convert. Null: 0.
+ * @param metadata,gps  receive the values. Clear both before the first conversion: a value that is not above
+ *   zero leaves its rational unchanged. Null: 0.
+ * @return the numerator of metadata->exposureTime after the conversion.
+ * @limits v of 1 or more becomes trunc(100 v) / 100, a smaller one 100 / trunc(100 / v); numbers above
+ *   2147483647 saturate. The lens name is cut to 64 bytes.
+ */
+TVMETA_API int32_t metadataBufFromExifInfo(const ExifInfo* info, MetadataBuf* metadata, GpsBuf* gps) TVMETA_NOEXCEPT;
+
+/** Results of buf2tif() besides the number of rows. */
+enum {
+    BUF2TIF_CANNOT_OPEN = -1,
+    BUF2TIF_NO_MEMORY = -1,
+    BUF2TIF_HEADER_FAILED = -2,
+    BUF2TIF_PIXELS_FAILED = -3,
+    BUF2TIF_NO_PIXEL_MEMORY = -4,
+    BUF2TIF_BAD_ARGUMENTS = -6,
+    BUF2TIF_DIRECTORY_FAILED = -12
+};
+
+/**
+ * Saves an image with its metadata as an uncompressed little-endian TIFF file of one strip.
+ *
+ * @param pixels  rows of interleaved samples in machine byte order. May be null if the height is 0; else
+ *   null: -6.
+ * @param info  the image. Null: -6.
+ * @param rowPitch  distance between the starts of two source rows, in bytes (pixelMode 0) or 16-bit samples
+ *   (pixelMode 1); negative for bottom-up buffers, with pixels at the first row to be written.
+ * @param icc  ICC profile of info->iccLength bytes. Left out if its header names a colour space other than
+ *   RGB. May be null if iccLength is 0; else null: -6.
+ * @param metadata,gps  camera, exposure, date, lens and position. Null: -6.
+ * @param iptcLength,iptc  IPTC block; length 0: none. Stored with zeros up to a multiple of 4 bytes. The
+ *   pointer may be null if the length is 0; else null: -6.
+ * @param method,settings  processing settings for the XMP packet; METHOD_NONE: none. settings may be null if
+ *   the method reads no slot; else null: -6.
+ * @param xmpLength,xmp  XMP packet of the caller; length 0: none. It is used if it contains processing
+ *   settings, or if method is 0 or less; otherwise a packet is made from settings and lens. Its last byte
+ *   should be zero. That byte is not stored, unless method is 0 and the byte is not zero. A used packet of
+ *   which no byte is left gives a file without XMP. The pointer may be null if the length is 0; else null: -6.
+ * @param path  file to create or overwrite. Null: -6.
+ * @retval >=0  rows in the last block written (the height if the image fits in one block of 1 MiB)
+ * @retval -1  BUF2TIF_CANNOT_OPEN: the file cannot be opened ("Could not open for writing file:", two spaces
+ *   and the path). BUF2TIF_NO_MEMORY: no memory for the XMP packet (the file is unchanged) or the directory
+ * @retval -2  BUF2TIF_HEADER_FAILED: the header cannot be written
+ * @retval -3  BUF2TIF_PIXELS_FAILED: pixels cannot be written
+ * @retval -4  BUF2TIF_NO_PIXEL_MEMORY: no memory for pixels
+ * @retval -6  BUF2TIF_BAD_ARGUMENTS: a field of info outside of what TifImageInfo lists, pixelMode 1 with a
+ *   bitsCode other than 8, a negative length, or a file that would exceed 2^31 - 1 bytes. The file is unchanged
+ * @retval -12  BUF2TIF_DIRECTORY_FAILED: the directory cannot be written, or the close reports an error
+ * @failure a file that was opened is left incomplete.
+ * @limits memory for one block of about 1 MiB (or one row, if larger) and for the metadata. Values may start
+ *   at odd offsets. The product of resolution and 1000 wraps modulo 2^32.
+ * @standard TIFF 6.0; EXIF 2.3; XMP storage in files; IPTC-IIM in tag 33723.
+ */
+TVMETA_API int32_t buf2tif(const void* pixels, const TifImageInfo* info, int32_t rowPitch, const unsigned char* icc,
+                           const MetadataBuf* metadata, const GpsBuf* gps, int32_t iptcLength,
+                           const unsigned char* iptc, int32_t method, const float* settings, int32_t xmpLength,
+                           const char* xmp, const char* path) TVMETA_NOEXCEPT;
+
+/**
+ * Computes the sizes of the EXIF and GPS directories of a result, and derives the camera make from the model.
+ *
+ * @param metadata,gps  values to be written. Null: 0.
+ * @param exifCount,exifBytes  receive the entries of the EXIF directory (0 to 5) and the bytes of its values.
+ *   Null: 0.
+ * @param gpsCount,gpsBytes  receive the same for the GPS directory (0 to 9 entries). Null: 0.
+ * @param modelCount,makeCount,dateCount,gpsDateCount  receive the TIFF ASCII counts of the texts, terminator
+ *   included; 0 for an empty text. Null: 0.
+ * @param lensCount  receives the bytes of the lens name for the settings packet. Null: 0.
+ * @param make  receives the camera make; 64 bytes, cleared first. Null: 0.
+ * @return exifCount + gpsCount. 0 also for a null argument; nothing is changed then.
+ */
+TVMETA_API int32_t get_exif_count(const MetadataBuf* metadata, int32_t* exifCount, int32_t* exifBytes,
+                                  const GpsBuf* gps, int32_t* gpsCount, int32_t* gpsBytes, int32_t* modelCount,
+                                  int32_t* makeCount, int32_t* dateCount, int32_t* gpsDateCount, int32_t* lensCount,
+                                  char* make) TVMETA_NOEXCEPT;
+
+/** Results of write_exif_buf() besides the size. */
+enum { WRITE_EXIF_NOTHING = -1 };
+
+/**
+ * Writes make, model, orientation, EXIF and GPS data as a TIFF structure in memory: the data after the EXIF
+ * identifier of a JPEG APP1 segment.
+ *
+ * @param exifCount,exifBytes,gpsCount,gpsBytes,modelCount,makeCount,dateCount,gpsDateCount  results of
+ *   get_exif_count() for the same records; they determine the layout.
+ * @param orientation  TIFF orientation code; other values than 1 to 8 are written as 1.
+ * @param metadata,gps  values to be written. Null: -1.
+ * @param make  text of get_exif_count(), 64 bytes. Null: -1.
+ * @param buffer  receives the block; zero-filled, of the size of the block: 14 + 12 N, plus the counts of make
+ *   and model above 4, plus 2 + 12 n + 4 + value bytes for each directory of n > 0 entries. N counts
+ *   orientation, make, model and directories. Null: -1.
+ * @retval size  bytes of the block
+ * @retval -1  WRITE_EXIF_NOTHING: make, model, EXIF and GPS counts are all 0 or less, or the block would exceed
+ *   2^31 - 1 bytes
+ * @failure the buffer is unchanged.
+ * @limits reads only within the fields of the records and writes only within the block, whatever the counts.
+ * @standard TIFF 6.0; EXIF 2.3.
+ */
+TVMETA_API int32_t write_exif_buf(int32_t exifCount, int32_t exifBytes, int32_t gpsCount, int32_t gpsBytes,
+                                  int32_t modelCount, int32_t makeCount, int32_t dateCount, int32_t gpsDateCount,
+                                  int32_t orientation, const MetadataBuf* metadata, const GpsBuf* gps, const char* make,
+                                  unsigned char* buffer) TVMETA_NOEXCEPT;
+
+/** @}
+ *  @defgroup settings Processing settings
+ *  @{ */
+
+/** Method codes of a settings packet, and special requests of the parser. */
 typedef enum SettingsMethod {
-    METHOD_DETECT = -1, /**< request: which method does the packet hold? */
-    METHOD_NONE = 0,    /**< a packet whose method name is unknown; in the writers: no settings */
+    METHOD_DETECT = -1, /**< request: the method of the packet */
+    METHOD_NONE = 0,    /**< a packet with an unknown method name; for writers: no settings */
     METHOD_DETAILS_ENHANCER = 1,
     METHOD_TONE_COMPRESSOR = 2,
     METHOD_CONTRAST_OPTIMIZER = 3,
@@ -275,7 +537,7 @@ typedef struct tvmeta_Parameter {
 } tvmeta_Parameter;
 
 /**
- * Names a method.
+ * Returns the name of a method.
  *
  * @param method  method code.
  * @return the name as a packet contains it, such as "Details Enhancer": static text; null if the code names no method.
@@ -293,8 +555,221 @@ TVMETA_API const char* tvmeta_method_name(int32_t method) TVMETA_NOEXCEPT;
  */
 TVMETA_API int32_t tvmeta_parameter(int32_t method, int32_t index, tvmeta_Parameter* out) TVMETA_NOEXCEPT;
 
+/** Results of get_settings_from_xmp(), and of functions that use it. */
+enum { XMP_NO_SETTINGS = 0, XMP_NOT_TERMINATED = -3, XMP_OTHER_METHOD = -5 };
+
+/**
+ * Reads the processing settings, their method, or the lens name from an XMP text.
+ *
+ * @param method  METHOD_DETECT, MODE_LENS, or the method whose slots are wanted.
+ * @param length  bytes of buffer, including its terminating zero.
+ * @param buffer  the text. Null: -3.
+ * @param lens  MODE_LENS only: receives the name, at most 63 bytes, without a terminator; at least 64 bytes,
+ *   cleared by the caller. May be null in other modes; null with MODE_LENS: -3.
+ * @param settings  method codes only: receives the slots whose tags are found; the others are unchanged. May
+ *   be null in other modes; null with a method code: -3.
+ * @retval 1,2,3,10,11,15  METHOD_DETECT: the method
+ * @retval >=47  method code: offset of the method tag; the slots were read
+ * @retval >=0  MODE_LENS: offset of the end of the name. Without a name, the offset where the search stopped:
+ *   64 bytes after the start of the value, or earlier where no end can be before the terminator
+ * @retval 0  XMP_NO_SETTINGS: no settings declaration; METHOD_DETECT: also an unknown method name
+ * @retval -3  XMP_NOT_TERMINATED: length is below 1, or the last byte is not zero
+ * @retval -5  XMP_OTHER_METHOD: no method tag after a readable version, a method other than the requested one,
+ *   or an unknown request
+ * @failure lens and settings are unchanged.
+ * @limits the text is searched byte by byte, not parsed as XML. Values are not checked for their range.
+ * @standard ISO 16684-1, serialisation in RDF; XMP additional properties, EXIF auxiliary.
+ */
+TVMETA_API int32_t get_settings_from_xmp(int32_t method, int32_t length, const char* buffer, char* lens,
+                                         float* settings) TVMETA_NOEXCEPT;
+
+/**
+ * Counts the settings declarations in an XMP text.
+ *
+ * @param length  bytes of buffer, including its terminating zero.
+ * @param buffer  the text. Null: -3.
+ * @retval >=0  the number of declarations
+ * @retval -3  XMP_NOT_TERMINATED: length is below 1, or the last byte is not zero
+ */
+TVMETA_API int32_t tvsettings_occurences_in_xmp(int32_t length, const char* buffer) TVMETA_NOEXCEPT;
+
+/** Results of read_xmp() besides those of get_settings_from_xmp(). */
+enum { READ_XMP_UNREADABLE = -1, READ_XMP_SHORT_READ = -2, READ_XMP_NO_MEMORY = -4 };
+
+/**
+ * Reads a settings file, as write_xmp() writes it.
+ *
+ * @param path  file to read. Null: -1.
+ * @param method  METHOD_DETECT or a method code.
+ * @param settings  as for get_settings_from_xmp(). May be null with METHOD_DETECT; else null: -3.
+ * @retval 1,2,3,10,11,15  METHOD_DETECT: the method
+ * @retval >=47  method code: offset of the method tag; the slots were read
+ * @retval 0  XMP_NO_SETTINGS: an empty file, or no settings declaration; METHOD_DETECT: also an unknown method
+ *   name
+ * @retval -1  READ_XMP_UNREADABLE: the file cannot be opened or measured, is a directory, or is larger than
+ *   2^31 - 2 bytes
+ * @retval -2  READ_XMP_SHORT_READ: fewer bytes than the size of the file could be read
+ * @retval -4  READ_XMP_NO_MEMORY
+ * @retval -5  XMP_OTHER_METHOD: as get_settings_from_xmp(); also for MODE_LENS, and then the file is not opened
+ * @failure settings is unchanged.
+ */
+TVMETA_API int32_t read_xmp(const char* path, int32_t method, float* settings) TVMETA_NOEXCEPT;
+
+/** Results of write_xmp(). */
+enum {
+    WRITE_XMP_OK = 1,
+    WRITE_XMP_CANNOT_OPEN = -1,
+    WRITE_XMP_NO_METHOD = -2,
+    WRITE_XMP_FAILED = -3,
+    WRITE_XMP_NO_MEMORY = -4
+};
+
+/**
+ * Writes a settings file: one packet and nothing else.
+ *
+ * @param path  file to create or overwrite. Null: -1.
+ * @param method  method code.
+ * @param settings  slots of the method. Null: -2.
+ * @retval 1  WRITE_XMP_OK
+ * @retval -1  WRITE_XMP_CANNOT_OPEN: the file cannot be opened for writing
+ * @retval -2  WRITE_XMP_NO_METHOD: not a method code
+ * @retval -3  WRITE_XMP_FAILED: the packet cannot be written, or the close reports an error
+ * @retval -4  WRITE_XMP_NO_MEMORY
+ * @failure the file is incomplete on -3, and unchanged otherwise.
+ */
+TVMETA_API int32_t write_xmp(const char* path, int32_t method, const float* settings) TVMETA_NOEXCEPT;
+
+/** Result of embed_xmp() without a packet. */
+enum { EMBED_XMP_NOTHING = 0 };
+
+/**
+ * Writes a settings packet to memory. Call it twice: first to measure the packet, then to write it.
+ *
+ * @param pass  0 measures. Any other value writes, and is the number at the end of the namespace URI (1 if it
+ *   is below 1).
+ * @param method  method code, or method code + 200 for the settings description without the packet around it.
+ *   0 or less: no settings description. A code that names no method: a description without parameters.
+ * @param settings  slots of the method. May be null if the method reads no slot; else null: 0.
+ * @param lensLength  above 0: adds a description with the lens name.
+ * @param lens  lens name, zero-terminated, written unchanged. May be null if lensLength is 0 or less; else
+ *   null: 0.
+ * @param out  receives the packet, without a terminating zero; as many bytes as the measuring pass returned
+ *   for the same arguments (one more for each digit of pass beyond two). May be null when measuring; else
+ *   null: 0.
+ * @retval >0  bytes of the packet
+ * @retval 0  EMBED_XMP_NOTHING: the lens name is longer than 2^31 - 65537 bytes
+ * @failure nothing is written.
+ * @standard ISO 16684-1, serialisation in RDF.
+ */
+TVMETA_API int32_t embed_xmp(int32_t pass, int32_t method, const float* settings, int32_t lensLength, const char* lens,
+                             char* out) TVMETA_NOEXCEPT;
+
+/** Results of insert_xmp() besides lengths. */
+enum { INSERT_XMP_BAD_ARGUMENTS = -1, INSERT_XMP_NOTHING_FOLLOWS = -1, INSERT_XMP_NO_MEMORY = -4 };
+
+/**
+ * Inserts a settings description into an XMP packet in memory. Call it twice, as embed_xmp().
+ *
+ * @param pass  0 measures the description. Any other value inserts it, and is passed on to embed_xmp().
+ * @param method  method code.
+ * @param settings  slots of the method. May be null if the method reads no slot; else null: -1.
+ * @param dataLength  bytes of the packet. Not used when measuring.
+ * @param shift  distance by which the text after the insertion point moves: the result of the measuring pass
+ *   (one more for each digit of pass beyond two). Not used when measuring.
+ * @param buffer  the packet, changed in place; dataLength + shift bytes. May be null when measuring; else
+ *   null: -1.
+ * @retval >0  bytes of the description
+ * @retval -1  INSERT_XMP_BAD_ARGUMENTS: dataLength or shift is negative, or method exceeds 2^31 - 201.
+ *   INSERT_XMP_NOTHING_FOLLOWS: fewer than 3 bytes follow the insertion point
+ * @retval -4  INSERT_XMP_NO_MEMORY
+ * @retval <=-34  an opening was not found: -dataLength; or -34 if the data is too short for an xmpmeta opening;
+ *   or minus the sum of the offset after the xmpmeta opening and the 65 bytes of an RDF opening; -2^31 if that
+ *   does not fit 32 bits
+ * @failure the buffer is unchanged.
+ */
+TVMETA_API int32_t insert_xmp(int32_t pass, int32_t method, const float* settings, int32_t dataLength, int32_t shift,
+                              char* buffer) TVMETA_NOEXCEPT;
+
 /** @}
- *  @defgroup bytes Metadata record and byte-order readers
+ *  @defgroup patching Patch a file
+ *  @{ */
+
+/** Results of update_tif_profile() besides the length. */
+enum { UPDATE_PROFILE_NO_ENTRY = 0, UPDATE_PROFILE_CANNOT_OPEN = -1, UPDATE_PROFILE_FAILED = -2 };
+
+/**
+ * Replaces the ICC profile of a little-endian TIFF file in place: appends the new profile, then repoints the
+ * directory entry.
+ *
+ * @param length  bytes of the new profile; 0 gives an empty profile.
+ * @param profile  the new profile. May be null if length is 0; else null: -2.
+ * @param path  file to change. Null: -1.
+ * @retval length  the profile was replaced
+ * @retval 0  UPDATE_PROFILE_NO_ENTRY: no ICC profile entry, or not a little-endian TIFF file
+ * @retval -1  UPDATE_PROFILE_CANNOT_OPEN: the file cannot be opened ("Can not open input file for reading", or
+ *   "Can not open input file for update"), or the file or the target of the path changed during the call
+ * @retval -2  UPDATE_PROFILE_FAILED: a negative length, a file that would exceed 2^31 - 1 bytes, or a seek, a
+ *   write or the close fails
+ * @failure the file is unchanged on 0 and -1, and on -2 for arguments and sizes. If the new profile cannot be
+ *   written, the old one stays in force, and the part that was written stays at the end of the file. The entry
+ *   is patched last, by one write of eight bytes: if that write or the close fails, the entry is old, new or
+ *   incomplete.
+ * @limits the bytes of the old profile stay in the file. The data is not forced to the disk. If the entry
+ *   itself is cut short by the end of the file, completing it overwrites the first bytes of the new profile.
+ * @standard TIFF 6.0; ICC.1 annex B.4.
+ */
+TVMETA_API int32_t update_tif_profile(int32_t length, const unsigned char* profile, const char* path) TVMETA_NOEXCEPT;
+
+/** Results of add_iptc_keyword() besides the offset. */
+enum { ADD_KEYWORD_REJECTED = -1 };
+
+/**
+ * Adds a keyword to an IPTC block: after its last keyword; without keywords, after its last dataset of record
+ * 2; in an empty block, after a new record version.
+ *
+ * @param length  bytes of the block.
+ * @param block  the block. May be null if length is 0; else null: -1.
+ * @param keywordLength  bytes of the keyword.
+ * @param keyword  the keyword. May be null if keywordLength is 0; else null: -1.
+ * @param out  receives the new block of length + 5 + keywordLength bytes (7 more if length is 0); must not
+ *   overlap block. Null: -1.
+ * @retval >0  offset of the new dataset in out
+ * @retval -1  ADD_KEYWORD_REJECTED: the preceding dataset ends after the block, a length is negative, the block
+ *   has 1 to 4 bytes, or the keyword has more than 32767 bytes
+ * @failure out is unchanged.
+ * @limits datasets of record 2 are found by their first bytes; the block is not walked.
+ * @standard IPTC-IIM 4.1, datasets 2:00 and 2:25.
+ */
+TVMETA_API int32_t add_iptc_keyword(int32_t length, const unsigned char* block, int32_t keywordLength,
+                                    const char* keyword, unsigned char* out) TVMETA_NOEXCEPT;
+
+/** @}
+ *  @defgroup hdr HDR statistics
+ *  @{ */
+
+/** Result of hdrMinMax() for null pointers. */
+enum { HDR_BAD_ARGUMENTS = -4 };
+
+/**
+ * Measures the luminance of an HDR image: smallest positive value, largest value, mean.
+ *
+ * @param width,height  pixels per row and rows; 0 or less: no pixels.
+ * @param pixels  for each row, four planes of width bytes: the mantissas of blue, green and red, then the
+ *   exponents. The luminance of a pixel with exponent e is ((19 b + 183 g + 54 r) >> 8) * 2^(e - 128); e = 0
+ *   means no light. May be null if there are no pixels; else null: -4.
+ * @param results  receives 3 floats: the minimum (99999997952 if no value is positive), the maximum (0 if none
+ *   is), and the mean of the pixels whose exponent is not 0 (0 if there are none). Null: -4.
+ * @retval height  success (0 if the height is negative)
+ * @retval -4  HDR_BAD_ARGUMENTS: a null pointer
+ * @failure results is unchanged.
+ * @limits values beyond float become infinity. Values are summed in row order in double precision.
+ * @standard luminance weights of ITU-R BT.709.
+ */
+TVMETA_API int32_t hdrMinMax(int32_t width, int32_t height, const unsigned char* pixels,
+                             float results[3]) TVMETA_NOEXCEPT;
+
+/** @}
+ *  @defgroup lowlevel Low-level readers
  *  @{ */
 
 /**
@@ -307,10 +782,11 @@ TVMETA_API void init_exifInfo(ExifInfo* info) TVMETA_NOEXCEPT;
 /**
  * Reads a 16-bit number from a stream in the byte order of a TIFF structure.
  *
- * @param stream  advances by the bytes of the number, less only at its end. Null: as at its end.
- * @param byteOrder  0x4949 in its low 16 bits ("II" read big-endian): little-endian; else big-endian.
- * @return the number; there is no failure. At the end of the file a byte missing from a 16-bit number
- *   counts as 0xFF, one missing from a 32-bit number as -1 times its weight (0xFEFEFEFF for all four).
+ * @param stream  advances by the bytes of the number, fewer only at the end of the file. Null: as at the end.
+ * @param byteOrder  0x4949 in its low 16 bits ("II" as a big-endian number): little-endian. Other values:
+ *   big-endian.
+ * @return the number; there is no failure. At the end of the file, a missing byte counts as 0xFF in a 16-bit
+ *   number, and as -1 times its weight in a 32-bit number (0xFEFEFEFF for all four).
  * @standard TIFF 6.0, section 2.
  */
 TVMETA_API uint16_t fgetmi2(FILE* stream, int32_t byteOrder) TVMETA_NOEXCEPT;
@@ -319,73 +795,27 @@ TVMETA_API uint16_t fgetmi2(FILE* stream, int32_t byteOrder) TVMETA_NOEXCEPT;
 TVMETA_API int32_t fgetmi4(FILE* stream, int32_t byteOrder) TVMETA_NOEXCEPT;
 
 /**
- * Reads a big-endian 16-bit number from a stream, as JPEG and Photoshop files hold it.
+ * Reads a big-endian 16-bit number from a stream, as in JPEG and Photoshop files.
  *
  * @param stream  as for fgetmi2().
  * @return as for fgetmi2().
  */
 TVMETA_API uint16_t fgetm2(FILE* stream) TVMETA_NOEXCEPT;
 
-/** Reads a big-endian 32-bit number from a stream, as JPEG and Photoshop files hold it. @copydetails fgetm2 */
+/** Reads a big-endian 32-bit number from a stream, as in JPEG and Photoshop files. @copydetails fgetm2 */
 TVMETA_API int32_t fgetm4(FILE* stream) TVMETA_NOEXCEPT;
-
-/** @}
- *  @defgroup reading Metadata reading
- *  @{ */
-
-/** Results of tvmeta_file_type() beside the file types. */
-enum { TVMETA_FILE_UNREADABLE = -1, TVMETA_FILE_UNKNOWN = -2 };
-
-/**
- * Detects the type of a photograph by its first four bytes.
- *
- * @param path  file to read, zero-terminated. Null: TVMETA_FILE_UNREADABLE.
- * @retval FILE_TYPE_JPEG  the file starts with FF D8
- * @retval FILE_TYPE_PSD  the file starts with "8BPS"
- * @retval FILE_TYPE_TIFF  the file starts with "II" 42 or "MM" 42; camera raw files are often TIFF files too
- * @retval TVMETA_FILE_UNREADABLE  the file cannot be opened or read, or is a directory
- * @retval TVMETA_FILE_UNKNOWN  the file starts with other bytes (BigTIFF included), or is shorter
- */
-TVMETA_API int32_t tvmeta_file_type(const char* path) TVMETA_NOEXCEPT;
-
-/**
- * Reads the metadata of a source photograph into a record.
- *
- * @param path  file to read, zero-terminated. Null: -1.
- * @param fileType  FILE_TYPE_TIFF, FILE_TYPE_JPEG or FILE_TYPE_PSD; any other value reads a TIFF file
- *   without its ImageDescription and Photoshop resources.
- * @param info  cleared first, whatever the result, then filled. Null: -1.
- * @retval 1  the walk completed; the record holds what was found, which may be nothing
- * @retval -1  the file cannot be opened; a JPEG without its start-of-image marker, with a segment length
- *   below 2 ("invalid marker" goes to stderr) or with five fill bytes in a row or its end where a marker
- *   must stand ("too many padding bytes" goes to stderr); a PSD of less than 4 bytes or whose image
- *   resources end, break or run backwards before the EXIF resource
- * @retval -2  a JPEG without an APP1 segment before its image data; a PSD without "8BPS"; no TIFF
- *   byte-order mark where the TIFF structure must begin
- * @retval -3  a PSD of 2 channels or fewer or not in RGB; a TIFF magic number other than 42
- * @retval -10  a JPEG whose chain of segments breaks after the EXIF segment; the record is filled
- * @failure the record is cleared, but for what was found before: the lens name and the XMP fields of a
- *   JPEG whose EXIF data turn out to be none, and the whole record when it is the last pass over a JPEG's
- *   segments that fails (-10, and -1 from a broken segment behind the EXIF data).
- * @limits the first three image directories are read; at most 2^20 entries of EXIF and GPS directories
- *   and 64 MiB of description and Photoshop payloads, further ones are passed over. In a JPEG only the
- *   first APP1 segment can be the EXIF data, and only the next one, within ten markers, the XMP packet,
- *   whose place is kept only if it holds processing settings. Elsewhere its place is kept in any case.
- * @standard TIFF 6.0, EXIF 2.3, JPEG (ITU-T T.81), XMP storage in files, Photoshop file format.
- */
-TVMETA_API int32_t getExifData(const char* path, int32_t fileType, ExifInfo* info) TVMETA_NOEXCEPT;
 
 /**
  * Reads an EXIF directory into a record.
  *
- * @param stream  stands at the directory's entry count; afterwards at the end of its last entry. Null: 1.
+ * @param stream  at the entry count of the directory; afterwards at the end of the last entry. Null: 1.
  * @param ignored  not used; pass 0.
  * @param byteOrder  as for fgetmi2().
- * @param tiffBase  file offset of the TIFF header, to which the directory's offsets are added modulo 2^32.
- * @param info  gets the values found; other fields stay as they are. Null: 1.
+ * @param tiffBase  file offset of the TIFF header, added to the offsets of the directory modulo 2^32.
+ * @param info  receives the values found; other fields are unchanged. Null: 1.
  * @retval 1  always
- * @limits a directory entry that lies beyond the end of the file yields the end-of-file values of
- *   fgetmi2() and fgetmi4(); offsets before the start of the file leave the stream where it is.
+ * @limits an entry beyond the end of the file has the end-of-file values of fgetmi2() and fgetmi4(). An offset
+ *   before the start of the file leaves the stream where it is. 2^20 entries.
  * @standard EXIF 2.3, section 4.6.
  */
 TVMETA_API int32_t parse_exif_data(FILE* stream, int32_t ignored, int32_t byteOrder, int32_t tiffBase,
@@ -395,396 +825,61 @@ TVMETA_API int32_t parse_exif_data(FILE* stream, int32_t ignored, int32_t byteOr
 TVMETA_API int32_t parse_gps_data(FILE* stream, int32_t ignored, int32_t byteOrder, int32_t tiffBase,
                                   ExifInfo* info) TVMETA_NOEXCEPT;
 
+/** Result of parse_image_description() without a text. */
+enum { PARSE_DESCRIPTION_UNREADABLE = -1 };
+
 /**
- * Reads exposure time and ISO speed from an ImageDescription text of comma-separated fields, where
- * field 8 is the exposure ("1/250s") and fields 9 to 11 hold colour values ("R30", "G30", "B30").
+ * Reads exposure time and ISO speed from an ImageDescription text of comma-separated fields: field 8 is the
+ * exposure ("1/250s"), fields 9 to 11 are colour values ("R30", "G30", "B30").
  *
- * @param stream  stands at the text; its position afterwards is undefined. Null: -1.
- * @param size  bytes of text; a zero byte ends it earlier.
- * @param info  gets exposureTime, isoSpeed and exposureSource if the text has that layout. Null: -1.
- * @retval >=0  the last colour value read (0: none; it can also be negative, since characters other
- *   than digits count by their distance from '0')
- * @retval -1  size is below 1 or more than the file holds, or memory is short; nothing is changed
+ * @param stream  at the text; its position afterwards is undefined. Null: -1.
+ * @param size  bytes of the text; a zero byte ends it earlier.
+ * @param info  receives exposureTime, isoSpeed and exposureSource if the text has that layout. Null: -1.
+ * @retval >=0  the last colour value (0: none). It can be negative too: characters other than digits count by
+ *   their distance from '0'
+ * @retval -1  PARSE_DESCRIPTION_UNREADABLE: size is below 1 or more than the file contains, or there is no
+ *   memory
+ * @failure info is unchanged.
  * @limits tokens of up to 6 characters; an ISO speed beyond 32 bits saturates.
  */
 TVMETA_API int32_t parse_image_description(FILE* stream, int32_t size, ExifInfo* info) TVMETA_NOEXCEPT;
 
+/** Results of parse_photoshop_data() besides the size of a thumbnail. */
+enum { PARSE_PHOTOSHOP_NO_THUMBNAIL = 1, PARSE_PHOTOSHOP_NO_MEMORY = -4 };
+
 /**
  * Finds the JPEG thumbnail (resource 0x040C) and the IPTC block (0x0404) in Photoshop image resources.
  *
- * @param stream  stands at the resources; its position afterwards is undefined. Null: -4.
- * @param size  bytes of resources; what the file does not hold counts as zeros.
- * @param info  gets the thumbnail and IPTC fields of the last match of each. Null: -4.
- * @retval length  compressed size of the last thumbnail found, as the file states it, unchecked
- * @retval 1  there is none
- * @retval -4  no memory; nothing is changed
+ * @param stream  at the resources; its position afterwards is undefined. Null: -4.
+ * @param size  bytes of the resources; bytes that the file lacks count as zeros.
+ * @param info  receives the thumbnail and IPTC fields of the last match of each. Null: -4.
+ * @retval length  compressed size of the last thumbnail as stated in the file, unchecked
+ * @retval 1  PARSE_PHOTOSHOP_NO_THUMBNAIL
+ * @retval -4  PARSE_PHOTOSHOP_NO_MEMORY
+ * @failure info is unchanged.
  * @limits resources with a name are not recognised as IPTC.
  * @standard Photoshop file format, image resources.
  */
 TVMETA_API int32_t parse_photoshop_data(FILE* stream, int32_t size, ExifInfo* info) TVMETA_NOEXCEPT;
 
-/**
- * Names the colour space of an ICC version 2 profile from its 'desc' element.
- *
- * @param size  bytes of the profile.
- * @param profile  the profile. Null: -1.
- * @param name  32 bytes, cleared first. Null: -1.
- * @retval 4,9,12  bytes of the name, when the description names "sRGB", "Adobe RGB" or "ProPhoto RGB"
- * @retval 32  any other description: its first 32 bytes, without a terminator of their own
- * @retval -1  fewer than 49 bytes, or no description found; name is all zero
- * @standard ICC.1:2001-04, textDescriptionType.
- */
-TVMETA_API int32_t get_profile_name(int32_t size, const unsigned char* profile, char name[32]) TVMETA_NOEXCEPT;
-
-/**
- * Copies the IPTC block of a source file, as ExifInfo locates it.
- *
- * @param path  file to read, zero-terminated. Null: -1.
- * @param count,offset  bytes to copy and where they start in the file.
- * @param buffer  count bytes. Null: -1.
- * @retval count  the block was copied and begins with the dataset marker 0x1C
- * @retval 0  count is 0 or less (whatever the pointers are), or the region does not end before the last
- *   byte of the file, or offset is negative; the buffer is untouched
- * @retval -1  the file cannot be opened or measured, is empty or a directory, or fewer bytes could be read
- * @retval -2  the first byte is not 0x1C; the bytes have been copied
- * @standard IPTC-IIM 4.1, section 1.5.
- */
-TVMETA_API int32_t read_iptc(const char* path, int32_t count, int32_t offset, unsigned char* buffer) TVMETA_NOEXCEPT;
+/** Results of get_tif_tag() besides the offset. */
+enum { TIF_TAG_NOT_FOUND = -1, TIF_TAG_NOT_TIFF = -2, TIF_TAG_SEEK_FAILED = -3 };
 
 /**
  * Finds a tag in the directories of a little-endian TIFF file, so that its entry can be patched.
  *
- * @param stream  stands at the start of the file; its position afterwards is undefined. Null: -3.
- * @param tag  tag to look for.
- * @param count,value  get the entry's count and value (or value offset). Null: -3.
+ * @param stream  at the start of the file; its position afterwards is undefined. Null: -3.
+ * @param tag  tag to find.
+ * @param count,value  receive the count of the entry and its value or value offset. Null: -3.
  * @retval >0  file offset of the first entry with that tag
- * @retval -1  no directory has it; or the chain of directories is a loop, or has more than 2^16 directories
- *   or 2^22 entries, and none of those searched has it
- * @retval -2  the file does not begin with "II" and 42, or a directory is empty
- * @retval -3  the offset of a directory is 2^31 or more
- * @failure count and value are untouched.
+ * @retval -1  TIF_TAG_NOT_FOUND: no directory has it; or the chain of directories is a loop, or has more than
+ *   2^16 directories or 2^22 entries, and none of those searched has it
+ * @retval -2  TIF_TAG_NOT_TIFF: the file does not start with "II" and 42, or a directory is empty
+ * @retval -3  TIF_TAG_SEEK_FAILED: the offset of a directory is 2^31 or more
+ * @failure count and value are unchanged.
  * @standard TIFF 6.0, section 2.
  */
 TVMETA_API int32_t get_tif_tag(FILE* stream, int32_t tag, int32_t* count, int32_t* value) TVMETA_NOEXCEPT;
-
-/**
- * Gives the seconds from a date and time, as EXIF writes it, to a reference time.
- *
- * @param text  "YYYY:MM:DD HH:MM:SS", zero-terminated, taken as local time of the process; numbers out of
- *   their range carry over as in mktime. Null: -1.
- * @param reference  calendar time to count to.
- * @param seconds  gets reference minus the text's time. Null: -1.
- * @retval 1  done
- * @retval -1  the text does not hold six numbers in that form, or one that does not fit its field of
- *   struct tm; seconds is untouched
- * @limits a time that mktime cannot represent counts as one second before 1970 (UTC).
- * @standard EXIF 2.3, DateTimeOriginal.
- */
-TVMETA_API int32_t time_from_datetime(const char* text, time_t reference, float* seconds) TVMETA_NOEXCEPT;
-
-/** @}
- *  @defgroup settings_reading Settings reading
- *  @{ */
-
-/**
- * Reads the processing settings, their method or the lens name out of an XMP text.
- *
- * @param method  METHOD_DETECT, MODE_LENS, or the method whose slots are wanted.
- * @param length  bytes of buffer, counting its terminating zero.
- * @param buffer  the text. Null: -3.
- * @param lens  MODE_LENS only: at least 64 bytes, cleared by the caller; gets the name, at most 63 bytes,
- *   without a terminator. May be null in other modes; null with MODE_LENS: -3.
- * @param settings  method codes only: gets the slots whose tags are found, the others stay. May be null
- *   in other modes; null with a method code: -3.
- * @retval 1,2,3,10,11,15  METHOD_DETECT: the method found
- * @retval >=47  method code: offset of the method tag; the slots were read
- * @retval >=0  MODE_LENS: the offset of the end of the name; without a name, the offset where the search
- *   stopped: 64 bytes after the start of the value, or earlier where no end can be before the terminator
- * @retval 0  METHOD_DETECT and method codes: no settings declaration; METHOD_DETECT: also an unknown
- *   method name
- * @retval -3  length is below 1, or the last byte is not zero
- * @retval -5  no method tag behind a readable version, a method other than the one asked for, or a
- *   request that is none of the above
- * @failure lens and settings are untouched.
- * @limits the text is searched byte by byte, not parsed as XML; values are not checked for range.
- * @standard ISO 16684-1, serialisation in RDF; XMP additional properties, EXIF auxiliary.
- */
-TVMETA_API int32_t get_settings_from_xmp(int32_t method, int32_t length, const char* buffer, char* lens,
-                                         float* settings) TVMETA_NOEXCEPT;
-
-/**
- * Reads a settings file, such as write_xmp() makes.
- *
- * @param path  file to read, zero-terminated. Null: -1.
- * @param method  METHOD_DETECT or a method code.
- * @param settings  as for get_settings_from_xmp(). May be null with METHOD_DETECT; else null: -3.
- * @retval 1,2,3,10,11,15  METHOD_DETECT: the method found
- * @retval >=47  method code: offset of the method tag; the slots were read
- * @retval 0  an empty file, no settings declaration; METHOD_DETECT: also an unknown method name
- * @retval -1  the file cannot be opened or measured, is a directory, or is larger than 2^31 - 2 bytes
- * @retval -2  fewer bytes than its size could be read
- * @retval -4  no memory
- * @retval -5  as get_settings_from_xmp(); also: method is MODE_LENS, and the file is not opened
- * @failure settings is untouched.
- */
-TVMETA_API int32_t read_xmp(const char* path, int32_t method, float* settings) TVMETA_NOEXCEPT;
-
-/**
- * Reads a region of a file and tells which method the settings packet in it holds.
- *
- * @param path  file to read, zero-terminated. Null: -1.
- * @param count,offset  bytes to read and where they start.
- * @param buffer  count + 1 bytes, cleared by the caller; gets the bytes. Null: -3.
- * @retval 1,2,3,10,11,15  the method
- * @retval 0  no settings declaration or an unknown method name; or the region does not end before the
- *   last byte of the file or starts before its first
- * @retval -1  the file cannot be opened or measured, is empty, or is a directory
- * @retval -3  count is negative, or the byte at offset count of buffer is not zero
- * @retval -5  no method tag behind a readable version
- * @failure the buffer is untouched on 0 for the region, on -1, and on -3 for a negative count.
- */
-TVMETA_API int32_t extract_xmp(const char* path, int32_t count, int32_t offset, char* buffer) TVMETA_NOEXCEPT;
-
-/**
- * Counts the settings declarations in an XMP text.
- *
- * @param length  bytes of buffer, counting its terminating zero.
- * @param buffer  the text. Null: -3.
- * @retval >=0  the number of declarations
- * @retval -3  length is below 1 or the last byte is not zero
- */
-TVMETA_API int32_t tvsettings_occurences_in_xmp(int32_t length, const char* buffer) TVMETA_NOEXCEPT;
-
-/** @}
- *  @defgroup settings_writing Settings writing
- *  @{ */
-
-/**
- * Writes a settings packet to memory, in two passes: one that measures it, one that writes it.
- *
- * @param pass  0 measures; any other value writes, and is the number at the end of the namespace URI (1
- *   if it is below 1).
- * @param method  method code, or method code + 200 for the settings description without the packet around
- *   it. 0 or less: no settings description. A code that names no method: a description without parameters.
- * @param settings  the slots of the method. May be null if the method reads no slot (a code that names no
- *   method); else null: 0.
- * @param lensLength  above 0 asks for a description with the lens name.
- * @param lens  its text, zero-terminated, written as it stands. May be null when lensLength is 0 or less;
- *   else null: 0.
- * @param out  as many bytes as the measuring pass gave for the same other arguments (one more for each
- *   digit of pass beyond two). May be null when measuring; else null: 0. No terminating zero is written.
- * @retval >0  the length of the packet
- * @retval 0  the lens name is longer than 2^31 - 65537 bytes; nothing is written
- * @standard ISO 16684-1, serialisation in RDF.
- */
-TVMETA_API int32_t embed_xmp(int32_t pass, int32_t method, const float* settings, int32_t lensLength, const char* lens,
-                             char* out) TVMETA_NOEXCEPT;
-
-/**
- * Writes a settings file: one packet, nothing else.
- *
- * @param path  file to create or overwrite, zero-terminated. Null: -1.
- * @param method  method code.
- * @param settings  the slots of the method. Null: -2.
- * @retval 1  written
- * @retval -1  the file cannot be opened for writing
- * @retval -2  not a method code; no file is touched
- * @retval -3  the packet cannot be written, or the file cannot be closed without an error; the file is
- *   left incomplete
- * @retval -4  no memory; no file is touched
- */
-TVMETA_API int32_t write_xmp(const char* path, int32_t method, const float* settings) TVMETA_NOEXCEPT;
-
-/**
- * Inserts a settings description into an XMP packet in memory, in two passes as embed_xmp().
- *
- * @param pass  0 measures the description; any other value inserts it and is passed on to embed_xmp().
- * @param method  method code.
- * @param settings  the slots of the method. May be null if the method reads no slot; else null: -1.
- * @param dataLength  bytes of the packet. Not used when measuring.
- * @param shift  bytes by which the text behind the insertion point moves: the result of the measuring
- *   pass (one more for each digit of pass beyond two). Not used when measuring.
- * @param buffer  the packet, with room for dataLength + shift bytes; changed in place. May be null when
- *   measuring; else null: -1.
- * @retval >0  bytes of the description
- * @retval -1  fewer than 3 bytes follow the insertion point, dataLength or shift is negative, or method
- *   exceeds 2^31 - 201
- * @retval -4  no memory
- * @retval <=-34  an opening was not found: -dataLength, or -34 (too short for an xmpmeta opening), or
- *   minus the 65 bytes of an RDF opening and the offset after the xmpmeta opening; -2^31 where
- *   that does not fit 32 bits
- * @failure the buffer is untouched.
- */
-TVMETA_API int32_t insert_xmp(int32_t pass, int32_t method, const float* settings, int32_t dataLength, int32_t shift,
-                              char* buffer) TVMETA_NOEXCEPT;
-
-/** @}
- *  @defgroup writing Metadata and image writing
- *  @{ */
-
-/**
- * Converts a metadata record into the writers' records.
- *
- * @param info  record to convert. Null: 0.
- * @param metadata,gps  get the values. Clear both before the first conversion: a rational whose float is
- *   not above zero leaves its field as it was. Null: 0.
- * @return the numerator in metadata->exposureTime afterwards.
- * @limits v of 1 or more becomes trunc(100 v) / 100, less becomes 100 / trunc(100 / v); numbers beyond
- *   2147483647 saturate. The lens name is cut to 64 bytes.
- */
-TVMETA_API int32_t metadataBufFromExifInfo(const ExifInfo* info, MetadataBuf* metadata, GpsBuf* gps) TVMETA_NOEXCEPT;
-
-/**
- * Reads a photograph and converts its record in one step: getExifData(), then metadataBufFromExifInfo().
- *
- * @param path,fileType  as for getExifData().
- * @param metadata,gps  as for metadataBufFromExifInfo(). Null: 0.
- * @return as metadataBufFromExifInfo(); a file that cannot be read is converted as an empty record.
- */
-TVMETA_API int32_t get_exif_data(const char* path, int32_t fileType, MetadataBuf* metadata,
-                                 GpsBuf* gps) TVMETA_NOEXCEPT;
-
-/**
- * Sizes the EXIF and GPS directories of a result and derives the camera make from the model.
- *
- * @param metadata,gps  what is to be written.
- * @param exifCount,exifBytes  get the entries of the EXIF directory (0 to 5) and the bytes of its values.
- * @param gpsCount,gpsBytes  get the same for the GPS directory (0 to 9 entries).
- * @param modelCount,makeCount,dateCount,gpsDateCount  get the TIFF ASCII counts of the texts, terminator
- *   included; 0 for an empty text.
- * @param lensCount  gets the bytes of lens text for the settings packet.
- * @param make  64 bytes, cleared first; gets the camera make.
- * @retval >=0  exifCount + gpsCount
- * @retval 0  also: an argument is null, and nothing is touched
- */
-TVMETA_API int32_t get_exif_count(const MetadataBuf* metadata, int32_t* exifCount, int32_t* exifBytes,
-                                  const GpsBuf* gps, int32_t* gpsCount, int32_t* gpsBytes, int32_t* modelCount,
-                                  int32_t* makeCount, int32_t* dateCount, int32_t* gpsDateCount, int32_t* lensCount,
-                                  char* make) TVMETA_NOEXCEPT;
-
-/**
- * Saves an image as an uncompressed little-endian TIFF file of one strip, with its metadata.
- *
- * @param pixels  rows of interleaved samples in machine byte order. May be null when the height is 0.
- * @param info  the image.
- * @param rowPitch  distance between the starts of two source rows, in bytes (pixelMode 0) or 16-bit
- *   samples (pixelMode 1); negative for bottom-up buffers, with pixels at the first row to be written.
- * @param icc  info->iccLength bytes of ICC profile; left out when its header says that it is not for RGB.
- * @param metadata,gps  camera, exposure, date, lens and position to be written.
- * @param iptcLength,iptc  IPTC block, stored padded with zeros to a multiple of 4 bytes; 0 none.
- * @param method,settings  processing settings for the XMP packet; METHOD_NONE: none.
- * @param xmpLength,xmp  XMP packet of the caller; 0: none. It is used if it contains processing settings,
- *   or if method is 0 or less; otherwise a packet is made from settings and lens. Its last byte should
- *   be zero. That byte is not stored, unless method is 0 and it is not zero. A packet that is used and
- *   of which nothing is left to be stored gives a file without XMP.
- * @param path  file to create or overwrite, zero-terminated.
- * @retval >=0  rows in the last block written (the height when the image fits in one block of 1 MiB)
- * @retval -1  the file cannot be opened ("Could not open for writing file:", two blanks and the path go to
- *   stderr), or no memory for the directory or, before the file is touched, for the XMP packet
- * @retval -2  the header cannot be written
- * @retval -3  pixels cannot be written
- * @retval -4  no memory for pixels
- * @retval -6  bad arguments, before the file is touched: a field of info outside of what TifImageInfo
- *   lists, pixelMode 1 with a bitsCode other than 8, a negative length, a null pointer (icc, iptc, xmp and
- *   settings may be null when nothing is announced for them), or a file that would exceed 2^31 - 1 bytes
- * @retval -12  the directory cannot be written, or the file cannot be closed without an error
- * @failure the file, once it was opened, is left incomplete.
- * @limits memory for one block of about 1 MiB (one row if it is larger) and for the metadata. Values may
- *   start at odd offsets. The product of resolution and 1000 wraps modulo 2^32.
- * @standard TIFF 6.0; EXIF 2.3; XMP storage in files; IPTC-IIM in tag 33723.
- */
-TVMETA_API int32_t buf2tif(const void* pixels, const TifImageInfo* info, int32_t rowPitch, const unsigned char* icc,
-                           const MetadataBuf* metadata, const GpsBuf* gps, int32_t iptcLength,
-                           const unsigned char* iptc, int32_t method, const float* settings, int32_t xmpLength,
-                           const char* xmp, const char* path) TVMETA_NOEXCEPT;
-
-/**
- * Writes make, model, orientation, EXIF and GPS data as a TIFF structure in memory: what follows the
- * EXIF identifier in a JPEG APP1 segment.
- *
- * @param exifCount,exifBytes,gpsCount,gpsBytes,modelCount,makeCount,dateCount,gpsDateCount  as
- *   get_exif_count() gives them for the same records; they fix the layout.
- * @param orientation  TIFF orientation code; anything but 1 to 8 is written as 1.
- * @param metadata,gps  what is to be written. Null: -1.
- * @param make  64 bytes, the text of get_exif_count(). Null: -1.
- * @param buffer  zero-filled, of the block's size: 14 + 12 N, plus the counts of make and model above 4,
- *   plus 2 + 12 n + 4 + value bytes for each directory of n > 0 entries; N counts orientation, make, model
- *   and directories. Null: -1.
- * @retval size  the block's size
- * @retval -1  nothing to describe (make, model, EXIF and GPS counts all 0), or a block beyond 2^31 - 1
- *   bytes; the buffer is untouched
- * @limits nothing is read beyond a record's field or written beyond the block, whatever the counts.
- * @standard TIFF 6.0; EXIF 2.3.
- */
-TVMETA_API int32_t write_exif_buf(int32_t exifCount, int32_t exifBytes, int32_t gpsCount, int32_t gpsBytes,
-                                  int32_t modelCount, int32_t makeCount, int32_t dateCount, int32_t gpsDateCount,
-                                  int32_t orientation, const MetadataBuf* metadata, const GpsBuf* gps, const char* make,
-                                  unsigned char* buffer) TVMETA_NOEXCEPT;
-
-/**
- * Replaces the ICC profile of a little-endian TIFF file in place: appends the new profile, then repoints
- * the directory entry.
- *
- * @param length  bytes of the new profile; 0 gives an empty profile.
- * @param profile  the new profile. May be null if length is 0; else null: -2.
- * @param path  file to change, zero-terminated. Null: -1.
- * @retval length  the profile was replaced
- * @retval 0  no ICC profile entry, or not a little-endian TIFF file; the file is unchanged
- * @retval -1  the file cannot be opened for reading or for update ("Can not open input file for reading" or
- *   "Can not open input file for update" goes to stderr), or it changed, or the path came to lead to another
- *   file, after it was searched; the file is unchanged
- * @retval -2  a negative length, or a file that would exceed 2^31 - 1 bytes; the file is unchanged. Or a seek,
- *   a write or the close fails
- * @failure the old profile stays in force if the new one cannot be written; the part that was written stays
- *   at the end of the file. The entry is patched last, by one write of eight bytes: only if that write or
- *   the close fails, the entry may be old, new or incomplete.
- * @limits the bytes of the old profile stay in the file. The data is not forced to the disk. An entry that
- *   the end of the file cuts short is completed over the first bytes of the new profile, in a file that was
- *   broken before.
- * @standard TIFF 6.0; ICC.1 annex B.4.
- */
-TVMETA_API int32_t update_tif_profile(int32_t length, const unsigned char* profile, const char* path) TVMETA_NOEXCEPT;
-
-/**
- * Adds a keyword to an IPTC block: behind its last keyword, else behind its last record-2 dataset, else
- * (an empty block) behind a new record version.
- *
- * @param length  bytes of the existing block.
- * @param block  the existing block. May be null when length is 0; else null: -1.
- * @param keywordLength  bytes of the keyword.
- * @param keyword  the keyword. May be null when keywordLength is 0; else null: -1.
- * @param out  length + 5 + keywordLength bytes (7 more when length is 0), not overlapping block: the new
- *   block. Null: -1.
- * @retval >0  offset of the new dataset in out
- * @retval -1  the dataset to follow runs past the end of the block; a negative length; a block of 1 to 4
- *   bytes; a keyword longer than 32767 bytes
- * @failure out is untouched.
- * @limits record-2 datasets are found by their first bytes, not by walking the block.
- * @standard IPTC-IIM 4.1, datasets 2:00 and 2:25.
- */
-TVMETA_API int32_t add_iptc_keyword(int32_t length, const unsigned char* block, int32_t keywordLength,
-                                    const char* keyword, unsigned char* out) TVMETA_NOEXCEPT;
-
-/** @}
- *  @defgroup hdr HDR statistics
- *  @{ */
-
-/**
- * Measures the luminance of an HDR image: smallest positive, largest and mean value.
- *
- * @param width,height  pixels per row and rows; 0 or less: no pixels.
- * @param pixels  per row four planes of width bytes: blue, green and red mantissas, then the exponent e; a
- *   pixel's luminance is ((19 b + 183 g + 54 r) >> 8) * 2^(e - 128), and e = 0 means no pixel. May be
- *   null when there are no pixels; else null: -4.
- * @param results  3 floats: minimum (99999997952 if no value is positive), maximum (0 if none is), mean of
- *   the pixels whose e is not 0 (0 if there is none). Null: -4.
- * @retval height  done (0 when it is negative)
- * @retval -4  a null pointer; results is untouched
- * @limits values beyond float become infinity. Values are summed in row order in double precision.
- * @standard luminance weights of ITU-R BT.709.
- */
-TVMETA_API int32_t hdrMinMax(int32_t width, int32_t height, const unsigned char* pixels,
-                             float results[3]) TVMETA_NOEXCEPT;
 
 /** @} */
 
