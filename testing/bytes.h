@@ -1,4 +1,4 @@
-// Builders of small files, so that a test shows the bytes that matter.
+// Builders of small files. They keep a test short enough to show the bytes that matter.
 #pragma once
 
 #include <cstdint>
@@ -47,14 +47,14 @@ inline unsigned char* raw(Bytes& bytes) {
 
 inline constexpr std::string_view Host = "tonalvista.test";
 
-// A TIFF structure under construction: directories are appended, and a directory's offset is where it was put.
+// Builds a TIFF structure: appends directories and returns their offsets.
 class Tiff {
   public:
     struct Entry {
         unsigned tag;
         unsigned type;
         std::uint32_t count;
-        Bytes value; // up to four bytes are in the entry, more follow the directory
+        Bytes value; // up to four bytes go into the entry, longer values after the directory
     };
 
     explicit Tiff(bool little = true) : little_(little), bytes_(little ? "II" : "MM") { bytes_ += n16(42) + n32(0); }
@@ -74,7 +74,7 @@ class Tiff {
         return {tag, 5, 1, rational(numerator, denominator)};
     }
 
-    // Appends a directory and its values, with the offset of the next one, and returns its own offset.
+    // Appends a directory, its values and the offset of the next one. Returns the offset of the directory.
     std::uint32_t add(const std::vector<Entry>& entries, std::uint32_t next = 0) {
         const auto offset = static_cast<std::uint32_t>(bytes_.size());
         Bytes values;
@@ -93,7 +93,7 @@ class Tiff {
         return offset;
     }
 
-    // The structure, its header pointing at the directory.
+    // The finished structure, with a header that points at the directory.
     Bytes finish(std::uint32_t firstDirectory) {
         bytes_.replace(4, 4, n32(firstDirectory));
         return bytes_;
@@ -117,7 +117,7 @@ inline Bytes jpeg(const Bytes& segments) {
     return "\xFF\xD8" + segments + "\xFF\xDA" + zeros(64) + "\xFF\xD9";
 }
 
-// One Photoshop image resource with a name field of its own.
+// A Photoshop image resource. `name` is the whole name field.
 inline Bytes resource(unsigned id, const Bytes& data, const Bytes& name = zeros(2)) {
     return "8BIM" + be16(id) + name + be32(static_cast<std::uint32_t>(data.size())) + data + zeros(data.size() % 2);
 }
@@ -126,7 +126,7 @@ inline Bytes psd(const Bytes& resources, unsigned channels = 3, unsigned mode = 
            be32(static_cast<std::uint32_t>(resources.size())) + resources;
 }
 
-// A settings packet in element form from the lines after its declaration.
+// A settings packet with these lines after the declaration.
 inline Bytes packet(const Bytes& lines, char quote = '\'') {
     return Bytes("<rdf:Description xmlns:tvtm=") + quote + "http://" + Bytes(Host) + "/tonalvista_settings01" + quote +
            ">" + lines + "</rdf:Description>\n";

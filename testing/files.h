@@ -1,4 +1,4 @@
-// Files for tests, fuzzers and benchmarks, removed when the object ends.
+// Temporary files for tests, fuzzers and benchmarks, deleted by the destructor.
 #pragma once
 
 #include "testing/bytes.h"
@@ -16,7 +16,7 @@ inline Bytes readFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary | std::ios::ate);
     Bytes bytes(file ? static_cast<std::size_t>(file.tellg()) : 0, '\0');
     if (!file.seekg(0).read(bytes.data(), static_cast<std::streamsize>(bytes.size()))) {
-        throw std::runtime_error(path + " cannot be read");
+        throw std::runtime_error(path + ": cannot read the file");
     }
     return bytes;
 }
@@ -24,7 +24,7 @@ inline Bytes readFile(const std::string& path) {
 inline void writeFile(const std::string& path, const Bytes& bytes) {
     std::ofstream file(path, std::ios::binary);
     if (!file.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush()) {
-        throw std::runtime_error(path + " cannot be written");
+        throw std::runtime_error(path + ": cannot write the file");
     }
 }
 
@@ -34,7 +34,7 @@ class TempDir {
         std::random_device random;
         do {
             path_ = parent / ("tvmeta-" + std::to_string(random()));
-        } while (!std::filesystem::create_directory(path_)); // throws unless the name is taken
+        } while (!std::filesystem::create_directory(path_)); // false if the name exists; throws on other errors
     }
     ~TempDir() {
         std::error_code ignored;
@@ -59,9 +59,9 @@ struct CloseStream {
 };
 using Stream = std::unique_ptr<std::FILE, CloseStream>;
 
-// A stream over the bytes, which must outlive it.
+// A stream that reads the bytes; they must outlive it.
 inline Stream streamOf(Bytes& bytes) {
-#ifdef _WIN32 // no fmemopen: a file that its last close deletes
+#ifdef _WIN32 // no fmemopen: a file that is deleted on close
     static const TempDir dir;
     static int count = 0;
     Stream stream(std::fopen(dir.path("stream" + std::to_string(count++)).c_str(), "w+bD"));

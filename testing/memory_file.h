@@ -1,4 +1,4 @@
-// A file with a path that costs no disk access, for loops that rewrite it thousands of times.
+// A file in memory that has a path, for loops that rewrite it thousands of times.
 #pragma once
 
 #include "testing/files.h"
@@ -18,7 +18,7 @@ class MemoryFile {
 #ifdef __linux__
     MemoryFile() : descriptor_(memfd_create("tvmeta", 0)), path_("/proc/self/fd/" + std::to_string(descriptor_)) {
         if (descriptor_ < 0) {
-            throw std::runtime_error("no memory file");
+            throw std::runtime_error("cannot create a memory file");
         }
     }
     ~MemoryFile() {
@@ -38,12 +38,12 @@ class MemoryFile {
         return Stream(std::fopen(path(), "rb"));
     }
 
-    // Replaces the content.
+    // Replaces the contents.
     const MemoryFile& write(std::span<const std::uint8_t> bytes) const {
 #ifdef __linux__
         if (ftruncate(descriptor_, 0) != 0 ||
             pwrite(descriptor_, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-            throw std::runtime_error("the memory file cannot be written");
+            throw std::runtime_error("cannot write the memory file");
         }
 #else
         writeFile(path_, Bytes(bytes.begin(), bytes.end()));

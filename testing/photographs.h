@@ -1,11 +1,11 @@
-// Photographs with everything in them.
+// Photographs with every kind of metadata.
 #pragma once
 
 #include "testing/bytes.h"
 
 namespace test {
 
-// A photograph with every tag that directories are read for. The EXIF directory has its entries in ascending order.
+// A TIFF file with every tag that the library reads. The entries of the EXIF directory are in ascending order.
 inline Bytes fullTiff(bool little) {
     Tiff tiff(little);
     const std::uint32_t exif =

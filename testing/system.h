@@ -1,4 +1,4 @@
-// What a test asks of the system, in a form that every platform has. A test that needs more skips and says why.
+// System functions for tests, portable. A test that the platform does not support is skipped with a reason.
 #pragma once
 
 #include <cstdint>
@@ -20,13 +20,13 @@ inline void setEnvironment(const char* name, const char* value) {
 #endif
 }
 
-// A device that is always full; only Linux has it.
+// A device that is always full (Linux only).
 inline constexpr const char* FullDevice = "/dev/full";
 inline bool hasFullDevice() {
     return std::filesystem::exists(FullDevice);
 }
 
-// Fails writes past a file position while it lives, as a full disk does.
+// While it exists, writes past a file position fail as on a full disk.
 class FileSizeLimit {
   public:
 #ifdef _WIN32

@@ -11,8 +11,8 @@
 
 namespace {
 
-// Photographs of one camera out of words: stops from 1/64 s at f/8 and ISO 100, with the pause to the one before in
-// front of it ("9s", else 0). The clock shows whole seconds.
+// Photographs of one camera from a text: stops relative to 1/64 s at f/8 and ISO 100, each optionally preceded by the
+// pause after the previous shot ("9s"; default 0). The clock has whole seconds.
 std::vector<BracketShot> shotsOf(const std::string& words) {
     std::vector<BracketShot> shots;
     double clock = 1e9;
@@ -30,7 +30,8 @@ std::vector<BracketShot> shotsOf(const std::string& words) {
     return shots;
 }
 
-// Every photograph as a letter: "abc de/3; f ? g" for a set, an incomplete one of three, a single, an unknown one.
+// The result with a letter per photograph: "abc de/3; f ? g" is a set, two shots of an incomplete set of three, a
+// single, and an unknown exposure.
 std::string lettersOf(const std::vector<BracketShot>& shots, const BracketRules& rules = {}) {
     const Brackets found = findBrackets(shots, rules);
     std::string text;
@@ -58,7 +59,7 @@ struct Case {
     BracketRules rules = {};
 };
 
-TEST(Brackets, FollowTheRule) {
+TEST(Brackets, GroupsByExposurePattern) {
     const Case cases[] = {
         {"three, order 0 - +", "0 -2 2", "abc"},
         {"three, order - 0 +", "-2 0 2 9s -2 0 2", "abc def"},
@@ -101,8 +102,8 @@ TEST(Brackets, FollowTheRule) {
     }
 }
 
-// What one change to each photograph of the second set, or to every second photograph, makes of two sets.
-TEST(Brackets, KeepScenesApart) {
+// How two sets are grouped after a change to some of their photographs.
+TEST(Brackets, SeparatesScenes) {
     const char* const Two = "0 -2 2 0 -2 2";
     struct Change {
         const char* label;
@@ -136,7 +137,7 @@ TEST(Brackets, KeepScenesApart) {
     }
 }
 
-TEST(Brackets, MeasureExposuresAndOffsets) {
+TEST(Brackets, ExposuresAndOffsets) {
     EXPECT_NEAR(*exposureValue({"", "", 1, 0, 1.0 / 125, 8, 200, 16}), 11.966, 0.001); // the example of the manual
     EXPECT_NEAR(*exposureValue({"", "", 1, 0, 1, 1, 100, 16}), 0, 1e-12);
     const struct {
@@ -150,8 +151,8 @@ TEST(Brackets, MeasureExposuresAndOffsets) {
     }
 }
 
-// Runs that compare with themselves as often as possible.
-TEST(Brackets, ManyPhotographsAreSoonGrouped) {
+// The worst input for the pattern search: a run that is similar to itself at every offset.
+TEST(Brackets, GroupsTwentyThousandPhotographsQuickly) {
     std::string uniform, parts;
     for (int i = 0; i < 20000; ++i) {
         uniform += "0 ";

@@ -1,4 +1,4 @@
-// The search for a pair of bytes, against std::string::find.
+// Compares the search for a pair of bytes with std::string::find.
 #include "support/byte_pair.h"
 
 #include <gtest/gtest.h>
@@ -7,14 +7,15 @@
 
 namespace {
 
-TEST(BytePair, FoundAtEveryPlaceOfEveryLength) {
+TEST(BytePair, FoundAtEveryOffsetOfEveryLength) {
     const tvmeta::BytePair pair{'t', 'v'};
     for (const std::size_t length : {2U, 3U, 32U, 33U, 34U, 160U, 161U, 600U}) {
         for (std::size_t place = 0; place < length; ++place) {
             for (const std::size_t from : {std::size_t{0}, place / 2, place, place + 1}) {
-                std::string text(length, 't'); // half a pair everywhere
+                std::string text(length, 't'); // the first half of the pair everywhere
                 text[place] = 'v';
-                const std::vector<char> exact(text.begin(), text.end()); // a sanitizer sees a byte too many
+                const std::vector<char> exact(
+                    text.begin(), text.end()); // an exact allocation, so that a sanitizer detects reads past the end
                 const std::size_t expected = text.find("tv", from);
                 EXPECT_EQ(tvmeta::findPair({exact.data(), length}, pair, from), expected) << length << ' ' << place;
             }

@@ -1,4 +1,4 @@
-// The builder of directories refuses what it has no room for, in every build.
+// The directory builder stops the process instead of overflowing, in release builds too.
 #include "writers/directory.h"
 
 #include <gtest/gtest.h>
@@ -6,7 +6,7 @@
 namespace {
 
 #if GTEST_HAS_DEATH_TEST
-TEST(DirectoryDeathTest, HasRoomForSoMuchAndNoMore) {
+TEST(DirectoryDeathTest, RefusesFieldsBeyondItsCapacity) {
     tvmeta::Directory directory;
     for (std::uint16_t tag = 1; tag <= 24; ++tag) {
         directory.addShort(tag, tag);

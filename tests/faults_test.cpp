@@ -1,6 +1,6 @@
-// What the system can do to a call: every allocation, open, read, seek, tell, write and close fails in turn; the disk
-// is full at every byte; and the work that hostile files ask for is counted. The library's own calls are wrapped by the
-// linker; they are counted, and fail, only while a test has armed them.
+// Fault injection: every allocation, open, read, seek, tell, write and close fails in turn, and the disk is full at
+// every byte. Also counts the work that hostile files cause. The linker wraps the library's calls; they are counted,
+// and can fail, only while a test has armed the monitor.
 #include "testing/files.h"
 #include "testing/photographs.h"
 #include "testing/system.h"
@@ -16,7 +16,7 @@ namespace {
 
 enum Kind { Allocation, Open, Read, Seek, Tell, Write, Close, Kinds };
 
-// What the library has asked for since it was armed, and which call of which kind is to fail.
+// Counts the library's calls while it is armed, and selects the call that fails.
 struct Monitor {
     bool armed = false;
     Kind failing = Kinds;
@@ -25,8 +25,8 @@ struct Monitor {
     long calls[Kinds] = {};
     bool hit = false;
     std::int64_t bytesRead = 0;
-    std::int64_t liveBytes = 0, mostBytes = 0;
-    long blocks = 0, streams = 0; // live ones
+    std::int64_t liveBytes = 0, peakBytes = 0;
+    long blocks = 0, streams = 0; // allocated, open
     std::function<void(long call)> beforeOpen = [](long) {};
 
     bool fails(Kind kind) {
@@ -59,7 +59,7 @@ void* __wrap_calloc(std::size_t count, std::size_t size) {
     }
     monitor.blocks += monitor.armed ? 1 : 0;
     monitor.liveBytes += monitor.armed ? static_cast<std::int64_t>(count * size) : 0;
-    monitor.mostBytes = std::max(monitor.mostBytes, monitor.liveBytes);
+    monitor.peakBytes = std::max(monitor.peakBytes, monitor.liveBytes);
     return __real_calloc(count, size);
 }
 void __wrap_free(void* block) {
@@ -101,18 +101,18 @@ namespace {
 
 constexpr std::int32_t Success = INT32_MIN; // in the list of an operation's results
 
-// A call that a fault may hit: made ready before the monitor is armed, judged after it.
+// One call to test: prepared before the monitor is armed, checked afterwards.
 struct Operation {
     const char* name;
     std::function<void()> prepare;
     std::function<std::int32_t()> call;
-    std::function<bool(std::int32_t result)> whole; // whether a success is one
-    // The result when the first, second, ... call of a kind fails, and when all from there on do. The last one of a
-    // kind holds for all further calls; without any, the kind is not called.
+    std::function<bool(std::int32_t result)> whole; // is this success complete?
+    // Per kind of call: the result when the first, second, ... call fails. The last result also applies to all later
+    // calls. Empty: the function makes no such call.
     std::vector<std::int32_t> results[Kinds];
-    std::function<bool()> intact = [] { return true; }; // whether a failure spared what it must
+    std::function<bool()> intact = [] { return true; }; // did a failure leave the file as documented?
 
-    // Whether the result is the one for a fault at a call of a kind. Faults that go on may change a success.
+    // Is this the documented result? With persistent faults, a later call may fail in place of a success.
     bool expects(std::int32_t result, Kind kind, long number, bool onward) const {
         const std::vector<std::int32_t>& known = results[kind];
         if (known.empty()) {
@@ -140,7 +140,7 @@ std::int32_t run(const Operation& operation, Kind kind, long failAt, bool onward
     return result;
 }
 
-// The writers' calls, and where their files lie.
+// The calls under test and their files.
 struct Bench {
     TempDir dir;
     std::string out = dir.path("out");
@@ -171,7 +171,7 @@ struct Bench {
         return update_tif_profile(7, reinterpret_cast<const unsigned char*>("profile"), out.c_str());
     }
 
-    // A file of this writer whose last entry with a value outside is the profile of four bytes in the entry itself.
+    // The expected file: the four-byte profile in the entry is replaced by the offset of a longer one at the end.
     static Bytes profileReplaced(Bytes file) {
         const std::size_t entry = file.find(le16(34675) + le16(7) + le32(4) + "icc!");
         file.replace(entry + 4, 8, le32(7) + le32(static_cast<std::uint32_t>(file.size())));
@@ -191,7 +191,7 @@ struct Bench {
         const auto isReplaced = [this, replaced](std::int32_t result) {
             return result == 7 && readFile(out) == replaced;
         };
-        // The old profile is in force, or the new one is complete.
+        // Either the old profile is still used or the new one is complete.
         const auto hasProfile = [this, saved, replaced] {
             const Bytes file = readFile(out);
             return file.starts_with(saved) || file == replaced;
@@ -249,7 +249,7 @@ struct Bench {
         };
         const auto insert = [this] { return insert_xmp(1, 11, settings, 128, 292, buffer.data()); };
         return {
-            // What cannot be read counts as the end of the file, and the walk completes with what it has.
+            // A read error counts as the end of the file: the walk completes with the values read so far.
             {"JPEG", nothing, read(photo, FILE_TYPE_JPEG), isFull, {{Success}, {-1}, {-1}, {}, {}, {}, {Success}}},
             {"TIFF", nothing, read(tiff, FILE_TYPE_TIFF), isFull, {{}, {-1}, {-2}, {}, {}, {}, {Success}}},
             {"PSD", nothing, read(psdFile, FILE_TYPE_PSD), isFull, {{}, {-1}, {-1}, {}, {}, {}, {Success}}},
@@ -302,8 +302,8 @@ TEST(Faults, EveryCallFailsInTurn) {
     EXPECT_GT(injected, 100);
 }
 
-// Between the search and the writes the path comes to lead to another file.
-TEST(Faults, ProfileIsNotWrittenIntoAnotherFile) {
+// The path is replaced by another file between the search and the writes.
+TEST(Faults, RefusesToPatchAReplacedFile) {
     Bench bench;
     const Operation replace = bench.writers().back();
     Tiff tiff;
@@ -348,11 +348,11 @@ TEST(Faults, DiskIsFullAtEveryByte) {
     }
 }
 
-// Work within bounds: bytes read, calls made, memory held.
-TEST(Bounds, HostileFilesAreCheap) {
+// Bytes read, calls and memory stay within the documented bounds.
+TEST(Bounds, HostileFiles) {
     const TempDir dir;
     const auto header = [](std::uint32_t first) { return "II" + le16(42) + le32(first); };
-    // Their values lie in more places than there are windows, if there is a distance between them.
+    // With a distance, the values are at more places than the reader has windows.
     const auto entries = [](unsigned count, unsigned tag, unsigned type, std::uint32_t items, std::uint32_t value,
                             std::uint32_t distance = 0) {
         Bytes bytes = le16(count);
@@ -373,20 +373,20 @@ TEST(Bounds, HostileFilesAreCheap) {
         const char* what;
         std::int32_t fileType;
         Bytes file;
-        std::int64_t kibibytes; // an entry may cost one, a payload is read whole
+        std::int64_t kibibytes; // upper limit: 1 per entry, plus the payloads
     } cases[] = {
         {"a directory that is its own EXIF directory", 0, header(8) + entries(65535, 34665, 4, 1, 8) + le32(8), 16'000},
-        {"EXIF directories behind the end", 0, header(8) + entries(65535, 34665, 4, 1, 1 << 30), 2'000},
+        {"EXIF directories past the end", 0, header(8) + entries(65535, 34665, 4, 1, 1 << 30), 2'000},
         {"GPS values at both ends", 0, header(8) + entries(1, 34853, 4, 1, 26) + le32(0) + entries(60000, 2, 5, 3, 0),
          1'000},
         {"values in eleven places", 0, header(8) + entries(60000, 272, 2, 9, 0, 65000) + le32(0), 65'000},
-        {"one scattered EXIF directory after another", 0,
+        {"scattered EXIF directories", 0,
          header(8) + entries(174, 34665, 4, 1, 2102) + le32(0) + entries(6000, 33434, 5, 1, 0, 6700), 1'080'000},
         {"huge description", 0, header(8) + entries(500, 270, 2, INT32_MAX, 8), 40},
         {"huge resources", 0, header(8) + entries(500, 34377, 7, INT32_MAX, 8), 40},
-        {"descriptions over and over", 0, header(8) + entries(65535, 270, 2, 600'000, 8), 66'000},
-        {"resources over and over", 0, header(8) + entries(65535, 34377, 7, 600'000, 8), 66'000},
-        {"versions over and over", 1, jpeg(exifSegment(header(0)) + xmpSegment(versions)), 200},
+        {"repeated descriptions", 0, header(8) + entries(65535, 270, 2, 600'000, 8), 66'000},
+        {"repeated resources", 0, header(8) + entries(65535, 34377, 7, 600'000, 8), 66'000},
+        {"repeated version tags", 1, jpeg(exifSegment(header(0)) + xmpSegment(versions)), 200},
         {"overlapping chain", 77, chain, 2'100},
     };
     for (const auto& test : cases) {
@@ -403,7 +403,7 @@ TEST(Bounds, HostileFilesAreCheap) {
         __real_fclose(stream);
         EXPECT_LE(monitor.bytesRead, test.kibibytes * 1024) << test.what;
         EXPECT_LE(monitor.calls[Read] + monitor.calls[Seek], 1000 + 2 * test.kibibytes) << test.what;
-        EXPECT_LE(monitor.mostBytes, size + (1 << 20)) << test.what;
+        EXPECT_LE(monitor.peakBytes, size + (1 << 20)) << test.what;
     }
 }
 

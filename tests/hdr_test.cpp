@@ -1,4 +1,4 @@
-// Luminance statistics of HDR buffers, against the definition taken word for word.
+// Compares the luminance statistics of HDR buffers with the definition.
 #include "hdr/statistics.h"
 #include "tvmeta.h"
 
@@ -16,7 +16,7 @@ namespace {
 using namespace tvmeta::hdr;
 using Buffer = std::vector<unsigned char>;
 
-// Pixel by pixel in row order, each value added to one double.
+// The definition: pixel by pixel in row order, each value added to one double.
 double measureInOrder(int width, int height, const Buffer& pixels, float results[3]) {
     float minimum = 99999997952.0F;
     float maximum = 0.0F;
@@ -49,7 +49,7 @@ struct NamedKernels {
     const BlockKernels* kernels;
 };
 
-// All that this processor runs.
+// All kernels that this processor can run.
 std::vector<NamedKernels> runnableKernels() {
     std::vector<NamedKernels> runnable = {{"portable", &PortableKernels}};
 #ifdef TVMETA_X86_64
@@ -74,7 +74,7 @@ void expectExact(int width, int height, const Buffer& pixels, const char* what) 
         EXPECT_EQ(std::memcmp(results, expected, sizeof results), 0)
             << name << ", " << what << ' ' << width << 'x' << height << ": " << results[0] << ' ' << results[1] << ' '
             << results[2] << ", expected " << expected[0] << ' ' << expected[1] << ' ' << expected[2];
-        EXPECT_EQ(statistics.sum(), expectedSum) << name << ", " << what; // the mean may hide a wrong bit
+        EXPECT_EQ(statistics.sum(), expectedSum) << name << ", " << what; // rounding the mean could hide a wrong bit
     }
     float results[3] = {-1, -1, -1};
     EXPECT_EQ(hdrMinMax(width, height, pixels.data(), results), height);
@@ -94,7 +94,7 @@ TEST(HdrMinMax, SinglePixels) {
     } cases[] = {
         {{255, 255, 255, 128}, 255.0F, 255.0F, 255.0F},
         {{100, 50, 200, 130}, 340.0F, 340.0F, 340.0F},
-        {{0, 0, 1, 129}, 99999997952.0F, 0.0F, 0.0F}, // darker than the smallest step, yet counted
+        {{0, 0, 1, 129}, 99999997952.0F, 0.0F, 0.0F}, // below the smallest luminance, but counted in the mean
         {{255, 255, 255, 0}, 99999997952.0F, 0.0F, 0.0F},
         {{255, 255, 255, 255}, 99999997952.0F, INFINITY, INFINITY},
         {{0, 1, 2, 1}, std::ldexp(1.0F, -127), std::ldexp(1.0F, -127), std::ldexp(1.0F, -127)}, // subnormal
@@ -114,12 +114,12 @@ TEST(HdrMinMax, EmptyImages) {
     }
 }
 
-// Pixels of random bytes whose exponents are drawn from a range, which `drift` moves up or down from row to row.
+// Random pixels with exponents from a range, which shifts by `drift` from row to row.
 struct Distribution {
     const char* what;
     int lowest, highest, drift;
-    unsigned zeros;      // one pixel in so many does not count; 0: all count
-    unsigned whites = 0; // so many of ten pixels are white, with the highest exponent
+    unsigned zeros;      // one pixel in `zeros` has no value; 0: all have one
+    unsigned whites = 0; // of ten pixels: white, with the highest exponent
 };
 
 Buffer pixelsOf(const Distribution& distribution, int width, int height, std::mt19937& random) {
@@ -141,7 +141,7 @@ Buffer pixelsOf(const Distribution& distribution, int width, int height, std::mt
     return pixels;
 }
 
-TEST(HdrMinMax, EveryDistributionToTheLastBit) {
+TEST(HdrMinMax, DistributionsAreBitExact) {
     const Distribution distributions[] = {{"photograph", 110, 140, 0, 50},
                                           {"narrow", 127, 128, 0, 0},
                                           {"one exponent", 120, 120, 0, 0},
@@ -161,15 +161,15 @@ TEST(HdrMinMax, EveryDistributionToTheLastBit) {
     std::mt19937 random(7);
     for (const Distribution& distribution : distributions) {
         for (const int width : {1, 7, 255, 511, 512, 513, 1700}) {
-            for (const int height : {1, 12, 13, 14, 40}) { // rows that follow round mistakes away
+            for (const int height : {1, 12, 13, 14, 40}) { // few rows, because later rows can round an error away
                 expectExact(width, height, pixelsOf(distribution, width, height, random), distribution.what);
             }
         }
     }
 }
 
-// Black pixels count, but are neither the smallest nor the largest value, whatever their exponents.
-TEST(HdrMinMax, BlackPixelsAndOneThatIsHardlyBrighter) {
+// Black pixels count in the mean but are never the minimum or maximum, whatever their exponent.
+TEST(HdrMinMax, BlackPixelsAndOneNearlyBlack) {
     for (const int width : {96, 512, 5 * 512 + 40}) {
         for (const int blackExponent : {100, 110, 120}) {
             Buffer pixels(std::size_t{4} * static_cast<std::size_t>(width), 254);

@@ -1,5 +1,5 @@
-// Files and arguments that nobody would make by accident: every prefix and every changed byte of a seed of each kind,
-// and arguments outside of what the header allows. Sanitizers and the results tell.
+// Hostile input: every prefix and every changed byte of a seed of each kind, and arguments that the header does not
+// allow. Sanitizers and the results show faults.
 #include "testing/memory_file.h"
 #include "testing/photographs.h"
 #include "tvmeta.h"
@@ -11,7 +11,7 @@ using namespace test;
 
 namespace {
 
-// A block of exactly these bytes, so that a read behind its end is seen.
+// An allocation of exactly these bytes, so that a sanitizer detects reads past the end.
 class Exact {
   public:
     explicit Exact(const Bytes& bytes) : size_(size32(bytes)), block_(new char[bytes.size()]) {
@@ -110,7 +110,7 @@ TEST(Hostile, EveryPrefixAndEveryChangedByte) {
         {"resources", resource(0x040C, zeros(28)) + resource(0x0404, "IPTC"), readBlocks},
     };
     const MemoryFile file;
-    testing::internal::CaptureStderr(); // broken markers are reported thousands of times
+    testing::internal::CaptureStderr(); // the library reports broken markers thousands of times
     for (const auto& [what, seed, read] : seeds) {
         SCOPED_TRACE(what);
         for (std::size_t size = 0; size <= seed.size(); ++size) {
@@ -132,7 +132,7 @@ TEST(Hostile, EveryPrefixAndEveryChangedByte) {
     testing::internal::GetCapturedStderr();
 }
 
-// Null pointers and impossible lengths: the documented result, and nothing touched.
+// Null pointers and invalid lengths give the documented result and change nothing.
 TEST(Hostile, Arguments) {
     ExifInfo info = {};
     MetadataBuf metadata = {};
@@ -207,7 +207,7 @@ TEST(Hostile, Arguments) {
     }
     init_exifInfo(nullptr);
     EXPECT_FALSE(std::filesystem::exists(outPath));
-    // Without rows there are no pixels to be missed.
+    // Without rows, null pixels are valid.
     EXPECT_EQ(buf2tif(nullptr, &empty, 0, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, 0, nullptr, out), 0);
 }
 

@@ -1,4 +1,4 @@
-// Reading a photograph: containers, directories, and the byte-order readers below them.
+// Reading photographs: file types, containers, directories, byte-order readers.
 #include "testing/files.h"
 #include "testing/photographs.h"
 #include "tvmeta.h"
@@ -37,7 +37,7 @@ void expectFullRecord(const ExifInfo& info, std::int32_t base) {
               std::tuple(500, 3000, 100, 4000));
     EXPECT_EQ(std::tie(info.gpsLatitudeRef, info.gpsLatitude[4], info.gpsLongitudeRef, info.gpsLongitude[5]),
               std::tuple('N', 2996U, 'E', 100U));
-    // The time stamp's entry counts two of the three rationals.
+    // The count of the time stamp's entry covers two of its three rationals.
     EXPECT_EQ(std::tie(info.gpsAltitudeRef, info.gpsAltitude[0], info.gpsTimeStamp[2], info.gpsTimeStamp[4]),
               std::tuple(1, 35U, 30U, 0U));
 }
@@ -67,7 +67,7 @@ TEST(FileType, FirstBytes) {
     EXPECT_EQ(tvmeta_file_type(nullptr), TVMETA_FILE_UNREADABLE);
 }
 
-TEST(Containers, AllLeadToTheSameRecord) {
+TEST(Containers, GiveTheSameRecord) {
     for (const bool little : {true, false}) {
         const Bytes tiff = fullTiff(little);
         const Reading plain = readBytes(tiff, FILE_TYPE_TIFF);
@@ -76,7 +76,7 @@ TEST(Containers, AllLeadToTheSameRecord) {
         const Reading inJpeg = readBytes(jpeg(segment(0xE0, "JFIF") + exifSegment(tiff)), FILE_TYPE_JPEG);
         EXPECT_EQ(inJpeg.result, 1);
         expectFullRecord(inJpeg.info, 2 + 8 + 4 + 6);
-        // A three-character name takes four bytes, seven bytes of data eight.
+        // Padded: a name of three characters occupies four bytes, seven bytes of data eight.
         const Bytes first = resource(1036, Bytes(7, 'x'), "\3abc");
         const Reading inPsd = readBytes(psd(first + resource(1058, tiff)), FILE_TYPE_PSD);
         EXPECT_EQ(inPsd.result, 1);
@@ -99,7 +99,7 @@ TEST(Containers, Results) {
         {"empty JPEG", FILE_TYPE_JPEG, "", -1, ""},
         {"no EXIF before the image", FILE_TYPE_JPEG, jpeg(segment(0xE0, "JFIF")), -2, ""},
         {"end of image before any EXIF", FILE_TYPE_JPEG, "\xFF\xD8\xFF\xD9" + exif, -2, ""},
-        {"XMP stands first", FILE_TYPE_JPEG, jpeg(xmpSegment("x") + exif), -2, ""},
+        {"XMP before EXIF", FILE_TYPE_JPEG, jpeg(xmpSegment("x") + exif), -2, ""},
         {"fill bytes", FILE_TYPE_JPEG, "\xFF\xD8" + fill, -1, "too many padding bytes\n"},
         {"ends at a marker", FILE_TYPE_JPEG, "\xFF\xD8" + segment(0xE0, "JFIF"), -1, "too many padding bytes\n"},
         {"four fill bytes", FILE_TYPE_JPEG, "\xFF\xD8\xFF\xFF\xFF" + exif + "\xFF\xD9", -10, ""},
@@ -107,23 +107,23 @@ TEST(Containers, Results) {
         {"short EXIF segment", FILE_TYPE_JPEG, "\xFF\xD8\xFF\xE1" + be16(1), -1, "invalid marker\n"},
         {"short segment before XMP", FILE_TYPE_JPEG, "\xFF\xD8" + exif + "\xFF\xE0" + be16(0), -1, "invalid marker\n"},
         {"fill bytes before XMP", FILE_TYPE_JPEG, "\xFF\xD8" + exif + fill, -10, ""},
-        {"stray byte behind EXIF", FILE_TYPE_JPEG, "\xFF\xD8" + exif + "x\xDA", -10, ""},
+        {"stray byte after EXIF", FILE_TYPE_JPEG, "\xFF\xD8" + exif + "x\xDA", -10, ""},
         {"not EXIF", FILE_TYPE_JPEG, jpeg(segment(0xE1, "Exif\1\1" + Bytes("no TIFF"))), -2, ""},
         {"short APP13", FILE_TYPE_JPEG, "\xFF\xD8" + exif + "\xFF\xED" + be16(1), -1, "invalid marker\n"},
         {"short PSD", FILE_TYPE_PSD, "8BP", -1, ""},
-        {"no PSD", FILE_TYPE_PSD, tiff, -2, ""},
+        {"wrong PSD signature", FILE_TYPE_PSD, tiff, -2, ""},
         {"grey PSD", FILE_TYPE_PSD, psd(resource(1058, tiff), 1), -3, ""},
         {"CMYK PSD", FILE_TYPE_PSD, psd(resource(1058, tiff), 4, 4), -3, ""},
         {"PSD without EXIF", FILE_TYPE_PSD, psd(resource(1028, "x")), -1, ""},
         {"PSD with another signature", FILE_TYPE_PSD, psd("8BIX" + resource(1058, tiff).substr(4)), -1, ""},
         {"PSD with EXIF after its resources", FILE_TYPE_PSD, psd(resource(1028, "x")) + resource(1058, tiff), -1, ""},
-        {"PSD that runs backwards", FILE_TYPE_PSD, psd("8BIM" + be16(1) + zeros(2) + be32(0xFFFFFFF4U)), -1, ""},
+        {"PSD with a negative size", FILE_TYPE_PSD, psd("8BIM" + be16(1) + zeros(2) + be32(0xFFFFFFF4U)), -1, ""},
         {"no byte-order mark", FILE_TYPE_TIFF, "IM" + tiff.substr(2), -2, ""},
-        {"another magic", FILE_TYPE_TIFF, "II" + le16(43) + le32(8), -3, ""},
+        {"wrong magic number", FILE_TYPE_TIFF, "II" + le16(43) + le32(8), -3, ""},
         {"no directory", FILE_TYPE_TIFF, "II" + le16(42) + le32(0), 1, ""},
-        {"directory behind the end", FILE_TYPE_TIFF, "II" + le16(42) + le32(1000), 1, ""},
+        {"directory past the end", FILE_TYPE_TIFF, "II" + le16(42) + le32(1000), 1, ""},
         {"negative directory", FILE_TYPE_TIFF, "II" + le16(42) + le32(0x80000000U), 1, ""},
-        {"other kinds are TIFF", 77, "II" + le16(42) + le32(0), 1, ""},
+        {"unknown types are read as TIFF", 77, "II" + le16(42) + le32(0), 1, ""},
     };
     for (const auto& test : cases) {
         testing::internal::CaptureStderr();
@@ -132,15 +132,15 @@ TEST(Containers, Results) {
     }
 }
 
-TEST(Containers, RecordIsClearedEvenWhenNothingOpens) {
+TEST(Containers, RecordIsClearedOnFailure) {
     ExifInfo info;
     std::memset(&info, 0xA5, sizeof info);
     EXPECT_EQ(getExifData("/nonexistent/file", FILE_TYPE_TIFF, &info), -1);
     EXPECT_EQ(Bytes(reinterpret_cast<const char*>(&info), sizeof info), zeros(sizeof info));
-    EXPECT_EQ(getExifData("/", FILE_TYPE_TIFF, &info), -2); // a directory opens, and has no bytes
+    EXPECT_EQ(getExifData("/", FILE_TYPE_TIFF, &info), -2); // a directory can be opened but not read
 }
 
-TEST(JpegXmp, IsLookedForAmongTenMarkers) {
+TEST(JpegXmp, IsSearchedInTenMarkers) {
     const Bytes exif = exifSegment(Tiff().finish(0));
     const Bytes lens = lensPacket("<aux:Lens>TV 35mm f/1.8</aux:Lens>");
     const Bytes settings = elementPacket("Fusion/Intensive", "");
@@ -158,7 +158,7 @@ TEST(JpegXmp, IsLookedForAmongTenMarkers) {
         {"lens alone", exif + xmpSegment(lens), "TV 35mm f/1.8", false},
         {"tenth marker", exif + others + xmpSegment(settings), "", true},
         {"eleventh marker", exif + others + segment(0xE2, "ICC") + xmpSegment(settings + lens), "", false},
-        {"behind another APP1", exif + segment(0xE1, "other") + xmpSegment(settings + lens), "", false},
+        {"after another APP1", exif + segment(0xE1, "other") + xmpSegment(settings + lens), "", false},
         {"unknown method", exif + xmpSegment(elementPacket("Fusion/None", "")), "", false},
     };
     for (const auto& test : cases) {
@@ -170,7 +170,7 @@ TEST(JpegXmp, IsLookedForAmongTenMarkers) {
     }
     const ExifInfo info = readBytes(jpeg(exif + xmpSegment(settings)), FILE_TYPE_JPEG).info;
     EXPECT_EQ(std::tie(info.xmpLength, info.xmpOffset), std::tuple(size32(settings) + 31, 2 + size32(exif) + 4 + 29));
-    // The length field covers 31 bytes more than the packet: a file that ends earlier has no packet.
+    // The length field counts 31 bytes more than the packet. In a file that ends earlier, the packet is ignored.
     const Bytes cut = "\xFF\xD8" + exif + xmpSegment(settings) + zeros(30);
     EXPECT_EQ(readBytes(cut, FILE_TYPE_JPEG).info.xmpLength, 0);
 }
@@ -181,7 +181,7 @@ TEST(ImageDirectories, ModelTexts) {
         unsigned type;
         std::uint32_t count;
         Bytes value;
-        Bytes model; // all bytes up to the terminator
+        Bytes model; // up to the terminator
     } cases[] = {
         {"two letters and a terminator", 2, 3, Bytes("X1\0", 3), "X1  "},
         {"three letters and a terminator", 2, 4, Bytes("X10\0", 4), "X10 "},
@@ -199,7 +199,7 @@ TEST(ImageDirectories, ModelTexts) {
     }
 }
 
-// A short name in the second directory replaces the first bytes of a long one.
+// A short name in the second directory overwrites the first bytes of a long one.
 TEST(ImageDirectories, SecondModel) {
     for (const auto& [count, value, model] :
          {std::tuple{4U, Bytes("X10\0", 4), "X10 "}, {2U, Bytes("X\0", 2), "X"}, {1U, Bytes("ABCD"), "ABCD00 long"}}) {
@@ -219,7 +219,7 @@ TEST(ImageDirectories, IptcLengthByType) {
     }
 }
 
-TEST(ImageDirectories, ThreeAreReadAndNoneBehindOneOf255Entries) {
+TEST(ImageDirectories, AtMostThreeAndNoneAfterOneOf255Entries) {
     Tiff tiff;
     const std::uint32_t fourth = tiff.add({tiff.shortEntry(274, 4)});
     const std::uint32_t third = tiff.add({tiff.shortEntry(274, 3)}, fourth);
@@ -242,7 +242,7 @@ TEST(ExifDirectory, Fallbacks) {
         {"exposure time wins", {tiff.rationalEntry(37377, 6, 1), tiff.rationalEntry(33434, 1, 60)}, 1.0F / 60.0F, 0, 0},
         {"shutter speed 0", {tiff.rationalEntry(37377, 0, 1)}, 0, 0, 0},
         {"shutter speed over 0", {tiff.rationalEntry(37377, 3, 0)}, 0.125F, 0, 0},
-        {"aperture as it stands", {tiff.rationalEntry(37378, 5, 1)}, 0, 5.0F, 0},
+        {"aperture is not converted", {tiff.rationalEntry(37378, 5, 1)}, 0, 5.0F, 0},
         {"f-number wins", {tiff.rationalEntry(33437, 4, 1), tiff.rationalEntry(37381, 5, 1)}, 0, 4.0F, 0},
         {"exposure index", {tiff.rationalEntry(41493, 400, 3)}, 0, 0, 133},
         {"exposure index over 0", {tiff.rationalEntry(41493, 400, 0)}, 0, 0, 400},
@@ -263,8 +263,8 @@ TEST(ExifDirectory, Fallbacks) {
     }
 }
 
-// Offsets before the start of the file are refused, and what follows the entry is read; what the file lacks counts as
-// the readers' end-of-file values.
+// If an offset is before the start of the file, the bytes after the entry are read. Past the end of the file, the
+// readers return their end-of-file values.
 TEST(ExifDirectory, OffsetsOutsideTheFile) {
     Tiff tiff;
     tiff.add({{33434, 5, 1, tiff.n32(0x80000000U)}, {36867, 2, 20, tiff.n32(5000)}, {34855, 3, 1, tiff.n16(100)}});
@@ -282,7 +282,7 @@ TEST(ExifDirectory, OffsetsOutsideTheFile) {
 TEST(ByteReaders, OrdersAndEndOfFile) {
     Bytes bytes("\x2A\x00\x00\x00\x04\x22\x80\x01\x02", 9);
     const Stream stream = streamOf(bytes);
-    EXPECT_EQ(fgetmi2(stream.get(), 0x12344949), 42); // the low 16 bits count
+    EXPECT_EQ(fgetmi2(stream.get(), 0x12344949), 42); // only the low 16 bits are used
     EXPECT_EQ(fgetm4(stream.get()), 1058);
     EXPECT_EQ(fgetmi4(stream.get(), 0x4949), 0x80 + 0x100 + 0x20000 - 0x1000000); // one byte short
     EXPECT_EQ(fgetmi4(stream.get(), 0x4949), static_cast<std::int32_t>(0xFEFEFEFFU));

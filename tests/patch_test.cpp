@@ -1,4 +1,4 @@
-// Changes to what exists: the profile of a TIFF file, the keywords of an IPTC block.
+// Patching: the profile of a TIFF file, the keywords of an IPTC block.
 #include "testing/files.h"
 #include "tvmeta.h"
 
@@ -14,7 +14,7 @@ std::int32_t replaceProfile(const std::string& path, const Bytes& profile) {
     return update_tif_profile(size32(profile), raw(profile), path.c_str());
 }
 
-TEST(Profile, IsAppendedAndItsEntryRepointed) {
+TEST(Profile, IsAppendedAndItsEntryPatched) {
     const TempDir dir;
     Tiff tiff;
     Bytes file = tiff.finish(tiff.add({tiff.shortEntry(256, 1), {34675, 7, 6, "before"}}));
@@ -42,7 +42,7 @@ TEST(Profile, MayBeEmpty) {
     EXPECT_EQ(readFile(path), file);
 }
 
-TEST(Profile, NothingChangesWithoutAnEntry) {
+TEST(Profile, FileWithoutEntryIsUnchanged) {
     const TempDir dir;
     Tiff tiff;
     Tiff bigEndian(false);
@@ -57,8 +57,8 @@ TEST(Profile, NothingChangesWithoutAnEntry) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can not open input file for reading\n");
 }
 
-// The size modulo 2^32 is small: positions with 32 bits would find room for the profile, and overwrite the header.
-TEST(Profile, LargeFilesStayAsTheyAre) {
+// The size modulo 2^32 is small: 32-bit positions would wrap and overwrite the header.
+TEST(Profile, LargeFileIsUnchanged) {
     const TempDir dir;
     Tiff tiff;
     const Bytes file = tiff.finish(tiff.add({{34675, 7, 6, "before"}}));
@@ -73,7 +73,7 @@ TEST(Profile, LargeFilesStayAsTheyAre) {
     }
 }
 
-TEST(Keyword, IsPlacedBehindItsAnchor) {
+TEST(Keyword, FollowsItsAnchor) {
     const auto dataset = [](char record, char number, const Bytes& data) {
         return Bytes{'\x1C', record, number} + be16(static_cast<unsigned>(data.size())) + data;
     };
@@ -84,19 +84,19 @@ TEST(Keyword, IsPlacedBehindItsAnchor) {
     const Bytes added = dataset(2, 25, "added");
     const struct {
         const char* what;
-        Bytes before, behind;
+        Bytes before, after;
     } cases[] = {
-        {"behind the last keyword", caption + first + second, city},
-        {"behind the last dataset", caption + city, ""},
-        {"a keyword in front does not count", first + city, ""},
-        {"behind a keyword at its end", caption + first, ""},
+        {"after the last keyword", caption + first + second, city},
+        {"after the last dataset", caption + city, ""},
+        {"a keyword followed by another dataset does not count", first + city, ""},
+        {"after a keyword at the end", caption + first, ""},
     };
     for (const auto& test : cases) {
-        const Bytes block = test.before + test.behind;
+        const Bytes block = test.before + test.after;
         Bytes out(block.size() + 5 + 5 + 4, '!');
         const std::int32_t result = add_iptc_keyword(size32(block), raw(block), 5, "added", raw(out));
         EXPECT_EQ(result, size32(test.before)) << test.what;
-        EXPECT_EQ(out, test.before + added + test.behind + "!!!!") << test.what;
+        EXPECT_EQ(out, test.before + added + test.after + "!!!!") << test.what;
     }
     Bytes out(18, '!');
     EXPECT_EQ(add_iptc_keyword(0, nullptr, 5, "added", raw(out)), 7);

@@ -1,4 +1,4 @@
-// Payloads and side readers: descriptions, Photoshop resources, profile names, IPTC blocks, tags and dates.
+// Payloads and single values: descriptions, Photoshop resources, profile names, IPTC blocks, tags, dates.
 #include "testing/files.h"
 #include "testing/system.h"
 #include "tvmeta.h"
@@ -23,14 +23,14 @@ TEST(ImageDescription, Fields) {
         std::int32_t isoSpeed;
         std::int32_t exposureSource;
     } cases[] = {
-        {"as it should be", lead + "1/250s, R30, G30, B30", 30, 0.004F, 400, 2},
+        {"well-formed", lead + "1/250s, R30, G30, B30", 30, 0.004F, 400, 2},
         {"colours in one field", lead + "1/250s, R30 G60 B0, ", 0, 0.004F, 400, 0},
         {"last colour 0", lead + "1/250s, R30, G30, B0", 0, 0.004F, 200, 0},
         {"no fraction", lead + "2s, R30, G30, B30", 30, 0, 400, 0},
         {"six separators", "a, b, c, d, e, f, g", 0, 0, 0, 0},
-        {"tokens reach over separators", lead + "1/60, R30, G30, B30", 30, 1.0F / 596.0F, 400, 2},
-        {"behind the last point", lead + "1.5/250s, R30, G30, B30", 30, 5.0F / 250.0F, 400, 2},
-        {"numerators of 0 try again", lead + "0/5s, R30, G30, B30", 30, 1.0F / 2.0F, 400, 2},
+        {"a token can cross separators", lead + "1/60, R30, G30, B30", 30, 1.0F / 596.0F, 400, 2},
+        {"starts after the last point", lead + "1.5/250s, R30, G30, B30", 30, 5.0F / 250.0F, 400, 2},
+        {"after a numerator of 0 the next one is read", lead + "0/5s, R30, G30, B30", 30, 1.0F / 2.0F, 400, 2},
         {"token of seven", lead + "1/250s, R1234567, G30, B30", 0, 0, 0, 0},
         {"zero byte ends it", lead + "1/250s, R30, G30, B3" + zeros(1) + "0", 3, 0.004F, 200, 2},
         {"ISO saturates", lead + "1/250s, R999, G999, B999", 999, 0.004F, INT32_MAX, 2},
@@ -65,8 +65,8 @@ TEST(Photoshop, LastThumbnailAndUnnamedIptcCount) {
     EXPECT_EQ(parse_photoshop_data(stream.get(), 0, &info), 1);
 }
 
-// Two zero bytes behind the end of the file complete a header.
-TEST(Photoshop, WhatTheFileLacksCountsAsZeros) {
+// Two zero bytes past the end of the file complete a header.
+TEST(Photoshop, BytesPastTheEndAreZero) {
     for (const std::int32_t announced : {7, 8, INT32_MAX}) {
         Bytes block = "8BIM\x04\x04";
         const Stream stream = streamOf(block);
@@ -76,7 +76,7 @@ TEST(Photoshop, WhatTheFileLacksCountsAsZeros) {
     }
 }
 
-TEST(Photoshop, IsReadFromSegmentsAndTags) {
+TEST(Photoshop, ResourcesInSegmentsAndTags) {
     const TempDir dir;
     const Bytes iptc = resource(0x0404, "IPTC");
     ExifInfo info;
@@ -87,7 +87,7 @@ TEST(Photoshop, IsReadFromSegmentsAndTags) {
     EXPECT_EQ(photo.substr(static_cast<std::size_t>(info.iptcOffset), 4), "IPTC");
     const Bytes other = jpeg(exif + segment(0xED, "Other") + segment(0xED, Bytes("Photoshop 3.0\0", 14) + iptc));
     EXPECT_EQ(getExifData(dir.write("b.jpg", other).c_str(), FILE_TYPE_JPEG, &info), 1);
-    EXPECT_EQ(info.iptcLength, 0); // only the first such segment is looked at
+    EXPECT_EQ(info.iptcLength, 0); // only the first APP13 segment is read
     Tiff tiff;
     const Bytes file = tiff.finish(tiff.add({tiff.textEntry(270, "a, b, c, d, e, f, g, 1/250s, R30, G30, B30"),
                                              {34377, 1, static_cast<std::uint32_t>(iptc.size()), iptc}}));
@@ -113,7 +113,7 @@ TEST(ProfileName, FromDescription) {
         {profile("A colour space of no renown at all, really"), 32, "A colour space of no renown at a"},
         {zeros(48), -1, ""},
         {zeros(200), -1, ""},
-        {zeros(30) + "desc" + zeros(40), -1, ""},                   // begins too early
+        {zeros(30) + "desc" + zeros(40), -1, ""},                   // starts too early
         {zeros(32) + "desc" + zeros(7) + "\x05short", 32, "short"}, // ends with the profile
         {zeros(32) + "desc" + zeros(6) + "\1" + zeros(40), -1, ""}, // 256 characters and more
     };
@@ -149,7 +149,7 @@ TEST(ReadIptc, Regions) {
     EXPECT_EQ(read_iptc(dir.write("empty", "").c_str(), 1, 0, buffer), -1);
 }
 
-TEST(TifTag, IsFoundInTheChainOfDirectories) {
+TEST(TifTag, SearchesTheChainOfDirectories) {
     Tiff tiff;
     const std::uint32_t second = tiff.add({tiff.shortEntry(256, 7), {34675, 7, 99, tiff.n32(555)}});
     const std::uint32_t first = tiff.add({tiff.shortEntry(257, 9)}, second);
@@ -168,11 +168,11 @@ TEST(TifTag, IsFoundInTheChainOfDirectories) {
         {"out of range", file, -1, -1, 0, 0},
         {"a loop", looping.finish(forth), 258, -1, 0, 0},
         {"big-endian", Tiff(false).finish(8), 256, -2, 0, 0},
-        {"another magic", "II" + le16(43) + le32(8), 256, -2, 0, 0},
+        {"wrong magic number", "II" + le16(43) + le32(8), 256, -2, 0, 0},
         {"empty directory", "II" + le16(42) + le32(8) + le16(0), 256, -2, 0, 0},
         {"no directory", "II" + le16(42) + le32(0), 256, -1, 0, 0},
         {"negative offset", "II" + le16(42) + le32(0x80000000U), 256, -3, 0, 0},
-        {"behind the end", "II" + le16(42) + le32(4000), 256, -3, 0, 0},
+        {"past the end", "II" + le16(42) + le32(4000), 256, -3, 0, 0},
     };
     for (const auto& test : cases) {
         Bytes bytes = test.file;
@@ -185,7 +185,7 @@ TEST(TifTag, IsFoundInTheChainOfDirectories) {
     }
 }
 
-// Directories of one entry, one after another; the last is the only one with the tag.
+// A chain of one-entry directories. Only the last one has the tag.
 TEST(TifTag, ManyDirectories) {
     constexpr std::uint32_t Size = 2 + 12 + 4;
     for (const auto& [directories, isFound] : {std::pair{65'536U, true}, {65'537U, false}}) {
@@ -204,7 +204,7 @@ TEST(TifTag, ManyDirectories) {
     }
 }
 
-TEST(TimeFromDatetime, CountsInTheProcessesTimeZone) {
+TEST(TimeFromDatetime, UsesTheTimeZoneOfTheProcess) {
     const struct {
         const char* zone;
         const char* text;

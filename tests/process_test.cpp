@@ -17,7 +17,7 @@ Bytes bytesOf(const Value& value) {
     return {reinterpret_cast<const char*>(&value), sizeof value};
 }
 
-// One round through every function, on files of its own; everything that came out of it.
+// Calls every function once on separate files and returns all results.
 Bytes roundTrip(const TempDir& dir, const std::string& name) {
     const std::string photo = dir.write(name + ".jpg", fullJpeg());
     const std::string tiff = dir.path(name + ".tif");
@@ -55,7 +55,7 @@ Bytes roundTrip(const TempDir& dir, const std::string& name) {
     return out + bytesOf(results) + bytesOf(seconds) + info.lens;
 }
 
-TEST(Process, ThreadsDoNotDisturbEachOther) {
+TEST(Process, ThreadsAreIndependent) {
     const TempDir dir;
     const Bytes expected = roundTrip(dir, "first");
     std::vector<std::thread> threads;
@@ -73,7 +73,7 @@ TEST(Process, ThreadsDoNotDisturbEachOther) {
     EXPECT_EQ(different, std::vector<int>(8));
 }
 
-TEST(Process, CommaLocalesChangeNothing) {
+TEST(Process, IgnoresTheLocale) {
     const TempDir dir;
     const Bytes expected = roundTrip(dir, "c");
     const char* const comma = std::setlocale(LC_ALL, "de_DE.UTF-8");

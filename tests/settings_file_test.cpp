@@ -1,4 +1,4 @@
-// Settings on their way out and back: packets, settings files, packets inside packets.
+// Writing settings and reading them back: packets, settings files, insertion into packets.
 #include "testing/files.h"
 #include "testing/system.h"
 #include "tvmeta.h"
@@ -29,7 +29,7 @@ const Bytes Intensive = element("Method", "Fusion/Intensive") + element("Strengt
                         element("Saturation", "3.0") + element("Radius", "70.0");
 constexpr SettingsValues IntensiveSettings = {5, 3, 70};
 
-// Both passes, which must agree.
+// The result of both passes, which must agree.
 Bytes embed(std::int32_t pass, std::int32_t method, const float* settings, const char* lens = nullptr) {
     const std::int32_t lensLength = lens != nullptr ? 1 : 0;
     const std::int32_t size = embed_xmp(0, method, settings, lensLength, lens, nullptr);
@@ -58,7 +58,7 @@ TEST(PacketWriter, Blocks) {
     EXPECT_EQ(embed(1, 0, nullptr, Bytes(5000, 'l').c_str()).size(), 247U + 5000U);
 }
 
-// The text of one line of a packet: its value.
+// The value of a parameter in a packet.
 Bytes valueOf(const Bytes& name, std::int32_t method, int slot, float value, SettingsValues settings) {
     settings[slot] = value;
     const Bytes text = embed(1, method, settings);
@@ -75,7 +75,7 @@ TEST(PacketWriter, Values) {
         float value;
         const char* text;
     } cases[] = {
-        {"Strength", 1, 1, 0.25F, "0.2"}, // ties go to the even digit, as they are exact
+        {"Strength", 1, 1, 0.25F, "0.2"}, // exact ties round to even
         {"Strength", 1, 1, 0.35F, "0.3"}, // just below a tie
         {"Strength", 1, 1, -0.04F, "-0.0"},
         {"Strength", 1, 1, 1e15F, "999999986991104.0"},
@@ -90,7 +90,7 @@ TEST(PacketWriter, Values) {
         {"Gamma", 1, 8, 100, "0.50"},
         {"WhiteClip", 3, 3, 5, "7.975"},
         {"BlackClip", 3, 4, 0, "0.000"},
-        {"WhiteClip", 3, 3, -5, "-nan"}, // no value: the same text on every platform
+        {"WhiteClip", 3, 3, -5, "-nan"}, // not defined; the same text on every platform
         {"WhiteClip", 3, 3, Nan, "nan"},
         {"Gamma", 1, 8, -INFINITY, "inf"},
         {"Gamma", 1, 8, -Nan, "-nan"},
@@ -118,7 +118,7 @@ TEST(PacketWriter, Values) {
 }
 
 // Every float prints as the C library prints it, in the "C" locale of this test.
-TEST(PacketWriter, NumbersAreThoseOfPrintf) {
+TEST(PacketWriter, FormatsNumbersLikePrintf) {
     std::uint32_t bits = 1;
     for (int i = 0; i < 30'000; ++i) {
         bits = bits * 1664525 + 1013904223;
@@ -134,7 +134,7 @@ TEST(PacketWriter, NumbersAreThoseOfPrintf) {
     }
 }
 
-TEST(SettingsFile, EveryMethodComesBack) {
+TEST(SettingsFile, RoundTripOfEveryMethod) {
     const TempDir dir;
     constexpr float Untouched = -7.0F;
     const struct {
@@ -191,7 +191,7 @@ TEST(SettingsFile, Results) {
     EXPECT_EQ(readFile(dir.path("eleven")), Opening + description(Intensive) + Closing);
     EXPECT_EQ(read_xmp(dir.path("none").c_str(), METHOD_DETECT, nullptr), -1);
     const std::string folder = dir.path("");
-    for (const char* directory : {folder.c_str(), "/proc/self"}) { // the latter says that it has no bytes
+    for (const char* directory : {folder.c_str(), "/proc/self"}) { // the second reports a size of 0
         EXPECT_EQ(read_xmp(directory, METHOD_DETECT, nullptr), -1) << directory;
     }
     EXPECT_EQ(read_xmp(dir.write("empty", "").c_str(), 1, settings), 0);
@@ -239,15 +239,15 @@ TEST(InsertXmp, PlacesTheDescription) {
         {"this library's own", Opening.substr(0, Opening.size() - 1), "\n" + description("a") + Closing, 0},
         {"indented line", meta + rdf, "\n  <rdf:Description/>", 0},
         {"blank line with a carriage return", meta + rdf + "\r", "\nxx", 0},
-        {"two line feeds behind", meta + rdf + "x\n", "\nxx", 0},
+        {"second and third byte are line feeds", meta + rdf + "x\n", "\nxx", 0},
         {"double quotes", doubled(meta + rdf), "\n  ", 0},
-        {"behind other text", "<?xpacket?>" + meta + " " + rdf, "\n  ", 0},
+        {"after other text", "<?xpacket?>" + meta + " " + rdf, "\n  ", 0},
         {"mixed quotes", mixed, "", size(mixed)},
         {"no room for an opening", "<x:xmpmeta", "", -34},
         {"opening ends the data", meta.substr(0, 34), "", -34},
         {"no RDF opening", meta + zeros(99), "", -size32(meta) - 99},
         {"no room for it", meta, "", -34 - 65},
-        {"RDF stands first", rdf + meta + zeros(70), "", size(rdf + meta + zeros(70))},
+        {"RDF before xmpmeta", rdf + meta + zeros(70), "", size(rdf + meta + zeros(70))},
         {"two bytes follow", meta + rdf, "xx", -1},
     };
     const std::int32_t shift = insert_xmp(0, 11, IntensiveSettings, 0, 0, nullptr);
@@ -262,7 +262,7 @@ TEST(InsertXmp, PlacesTheDescription) {
     }
 }
 
-// An opening at the end of 2^31 - 1 bytes: minus the offset where the next search ends does not fit 32 bits.
+// An opening at the end of 2^31 - 1 bytes: the negated end offset of the next search does not fit in 32 bits.
 TEST(InsertXmp, LargestPacket) {
     constexpr std::size_t Size = INT32_MAX;
     const std::unique_ptr<char, decltype(&std::free)> packet(static_cast<char*>(std::calloc(Size, 1)), std::free);

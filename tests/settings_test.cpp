@@ -1,4 +1,4 @@
-// The settings packet parser: detection, parameters in all their forms, lens names.
+// The parser of settings packets: methods, parameters in all forms, lens names.
 #include "testing/bytes.h"
 #include "tvmeta.h"
 
@@ -16,7 +16,7 @@ namespace {
 
 using Slots = std::array<float, SETTINGS_SLOTS>;
 
-constexpr float Untouched = 0.5F; // also a smoothing mode that means nothing
+constexpr float Untouched = 0.5F; // also an invalid smoothing mode
 
 std::int32_t parse(std::int32_t method, const Bytes& text, Slots& slots) {
     slots.fill(Untouched);
@@ -55,7 +55,7 @@ TEST(Detection, Methods) {
         {"double quotes", packet(element("Version", "5.0") + element("Method", "Fusion/Adjust"), '"'), 10},
         {"attributes", packet(attribute("Version", "5.0") + attribute("Method", "Fusion/Adjust")), 10},
         {"no version", packet(element("Method", "Fusion/Adjust")), -5},
-        {"version with a word for its minor part", elementPacket("Fusion/Adjust", "", "5.x"), -5},
+        {"version with a letter as minor part", elementPacket("Fusion/Adjust", "", "5.x"), -5},
         {"version without a minor part", elementPacket("Fusion/Adjust", "", "5"), -5},
         {"second version",
          packet(element("Version", "x") + element("Version", " 2.4") + element("Method", "Fusion/Adjust")), 10},
@@ -69,8 +69,8 @@ TEST(Detection, Methods) {
     }
 }
 
-// The description of a method's parameters names what a packet contains, in its order.
-TEST(Description, NamesAndOrderOfTheWrittenPacket) {
+// tvmeta_parameter lists the parameters of a packet in packet order.
+TEST(Description, MatchesTheWrittenPacket) {
     for (const std::int32_t method : {1, 2, 3, 10, 11, 15}) {
         const Slots slots{};
         char text[2048] = {};
@@ -143,7 +143,7 @@ TEST(Parameters, ValuesByFormAndVersion) {
          16777219.1F},
         {"a long fraction", optimizer, "Contrast Optimizer", "5.0", element("Strength", "0.0000005"), 0, 5e-7F},
         {"a second point", optimizer, "Contrast Optimizer", "5.0", element("Strength", "1.2.3"), 0, 1.2F},
-        {"a blank for an exponent", optimizer, "Contrast Optimizer", "5.0",
+        {"a blank instead of an exponent", optimizer, "Contrast Optimizer", "5.0",
          element("Strength", "1" + Bytes(45, '0') + "e -60"), 0, INFINITY},
         {"infinity", details, "Details Enhancer", "5.0", element("Strength", "-inf"), 1, -INFINITY},
         {"infinity in full, any case", details, "Details Enhancer", "5.0", element("Strength", " +InFiNiTyX"), 1,
@@ -197,7 +197,7 @@ TEST(Parameters, ValuesByFormAndVersion) {
     for (const auto& test : cases) {
         Slots slots;
         EXPECT_GT(parse(test.method, elementPacket(test.name, test.lines, test.version), slots), 46) << test.what;
-        // by their bits, for the sign of NaN
+        // compared as bytes, for the sign of NaN
         EXPECT_EQ(std::bit_cast<std::uint32_t>(slots[static_cast<std::size_t>(test.slot)]),
                   std::bit_cast<std::uint32_t>(test.value))
             << test.what << ' ' << slots[static_cast<std::size_t>(test.slot)];
@@ -240,8 +240,8 @@ TEST(Parameters, SmoothingFollowsItsMode) {
     }
 }
 
-// Whatever block of the search a tag falls into, and however much surrounds it.
-TEST(Parameters, AreFoundAtEveryDistance) {
+// At every offset within a search block, with surrounding text of every length.
+TEST(Parameters, AreFoundAtEveryOffset) {
     for (std::size_t distance = 0; distance < 600; ++distance) {
         const Bytes filler = Bytes(distance, 't');
         const Bytes text = filler + elementPacket("Fusion/Intensive", filler + element("Radius", "70.0")) + filler;
@@ -258,7 +258,7 @@ TEST(Lens, FormsAndLengths) {
         const char* what;
         Bytes text;
         Bytes lens;
-        std::int32_t fromValue; // result, counted from the value; -1: where a search for the tag ends
+        std::int32_t fromValue; // result relative to the value; -1: the end of the search for the tag
     } cases[] = {
         {"element", lensPacket("<aux:Lens>TV 35mm f/1.8 wide lens</aux:Lens>"), "TV 35mm f/1.8 wide lens", 23},
         {"attribute", lensPacket("aux:Lens=\"TV\""), "TV", 2},
@@ -267,7 +267,7 @@ TEST(Lens, FormsAndLengths) {
         {"longest", lensPacket("<aux:Lens>" + longest + "</aux:Lens>"), longest, 63},
         {"too long", lensPacket("<aux:Lens>" + tooLong + "</aux:Lens>"), "", 64},
         {"empty", lensPacket("<aux:Lens></aux:Lens>"), "", 0},
-        // Without an end the result is where the scan stopped: where no end could be any more.
+        // Without a closing tag or quote, the result is the offset where the scan stopped.
         {"element, cut in its value", cutAfter(lensPacket("<aux:Lens>TV"), "TV"), "", 0},
         {"element, cut in its closing tag", cutAfter(lensPacket("<aux:Lens>TV</aux:Lens"), "</aux:Len"), "", 2},
         {"element, cut after its closing tag", cutAfter(lensPacket("<aux:Lens>TV</aux:Lens"), "</aux:Lens"), "TV", 2},

@@ -1,4 +1,4 @@
-// Results: the writers' records, the sizing of directories, TIFF files and EXIF blocks byte for byte.
+// Writing: the writers' records, directory sizes, TIFF files and EXIF blocks byte for byte.
 #include "testing/files.h"
 #include "testing/system.h"
 #include "tvmeta.h"
@@ -42,7 +42,7 @@ Counts count(const MetadataBuf& metadata, const GpsBuf& gps) {
     return c;
 }
 
-// Everything that buf2tif takes, with nothing announced.
+// All arguments of buf2tif, with empty profile, IPTC block and packet.
 struct Job {
     TifImageInfo info = {1, 1, 3, 8, 300, 0, 0, 1};
     Bytes pixels = zeros(64);
@@ -70,7 +70,7 @@ Bytes entry(unsigned tag, unsigned type, std::uint32_t count, const Bytes& value
     return le16(tag) + le16(type) + le32(count) + value + zeros(4 - value.size());
 }
 
-// The value of a tag in the first directory, from the entry or from where it points.
+// The value of a tag in the first directory, in the entry or at its offset.
 Bytes valueOf(const Bytes& file, unsigned tag, std::size_t size) {
     Bytes copy = file;
     const Stream stream = streamOf(copy);
@@ -204,7 +204,7 @@ TEST(ExifCount, TextsAndMakes) {
               std::tuple(5, 3 * 8 + 21, 2, 0, 7));
 }
 
-// The EXIF and GPS directories at a position of what their offsets count from.
+// The EXIF and GPS directories at offset `at`.
 Bytes exifDirectory(std::uint32_t at) {
     const std::uint32_t values = at + 2 + 5 * 12 + 4;
     return le16(5) + entry(33434, 5, 1, le32(values)) + entry(33437, 5, 1, le32(values + 8)) +
@@ -212,7 +212,7 @@ Bytes exifDirectory(std::uint32_t at) {
            entry(37386, 5, 1, le32(values + 36)) + le32(0) + le32(100) + le32(6000) + le32(280) + le32(100) +
            Bytes("2013:05:01 12:00:00\0", 20) + le32(5000) + le32(100);
 }
-Bytes gpsDirectory(std::uint32_t at) { // the time stamp lies in the hour after midnight and counts as absent
+Bytes gpsDirectory(std::uint32_t at) { // a time stamp within the hour after midnight counts as absent
     const std::uint32_t values = at + 2 + 8 * 12 + 4;
     Bytes words;
     for (const std::uint32_t word : std::vector<std::uint32_t>{48, 1, 51, 1, 2996, 100, 2, 1, 21, 1, 7, 1, 35, 1}) {
@@ -243,7 +243,7 @@ TEST(ExifBlock, IsATiffStructure) {
     EXPECT_EQ(write(6, block), size32(expected));
     EXPECT_EQ(block, expected + "!");
     EXPECT_EQ(write_exif_buf(0, 9, 0, 9, 0, 0, 9, 9, 1, &metadata, &gps, c.makeText, nullptr), -1);
-    // Counts that promise less than the records hold: nothing is written beyond what they lay out.
+    // Counts smaller than the records: nothing is written past the size that they define.
     Bytes small = zeros(14 + 3 * 12 + 2 + 12 + 4 + 4) + "!!";
     EXPECT_EQ(write_exif_buf(0, 0, 1, 4, 4, 0, 0, 0, 9, &metadata, &gps, c.makeText, raw(small)), size32(small) - 2);
     EXPECT_EQ(small.substr(small.size() - 2), "!!");
@@ -263,7 +263,7 @@ TEST(Tiff, MinimalFile) {
                               le16(8) + resolution + resolution);
 }
 
-TEST(Tiff, CarriesEverything) {
+TEST(Tiff, FileWithAllMetadata) {
     Job job;
     job.info = {70000, 1, 1, 3216, 72, 0, 0, 9};
     job.pixels = zeros(140000);
@@ -304,24 +304,24 @@ TEST(Tiff, XmpDecision) {
         Bytes xmp;
         std::int32_t method;
         const char* lens;
-        Bytes stored; // "made": one with the method's settings; "lens": one with the lens alone
+        Bytes stored; // "made": a packet with settings; "lens": a packet with only the lens
     } cases[] = {
         {"none", "", 0, "", "absent"},
         {"a lens", "", 0, "L", "lens"},
         {"settings", "", 11, "L", "made"},
         {"a plain packet", plain + end, 0, "L", plain},
-        {"gives way to settings", plain + end, 11, "", "made"},
-        {"stays for a negative method", plain, -5, "", plain.substr(0, plain.size() - 1)},
-        {"with settings of its own", settings + end, 11, "L", settings},
-        {"unterminated, it is not recognised", settings, 11, "", "made"},
+        {"is replaced by settings", plain + end, 11, "", "made"},
+        {"is stored for a negative method", plain, -5, "", plain.substr(0, plain.size() - 1)},
+        {"already contains settings", settings + end, 11, "L", settings},
+        {"unterminated settings are not recognised", settings, 11, "", "made"},
         {"unterminated, no method", settings, 0, "", settings},
         {"one byte", "x", 0, "L", "x"},
         {"one byte, a terminator", end, 0, "L", "absent"},
         {"one byte for a negative method", "x", -5, "L", "absent"},
-        {"one byte gives way to settings", "x", 11, "L", "made"},
+        {"one byte is replaced by settings", "x", 11, "L", "made"},
         {"two bytes", "ab", 0, "", "ab"},
         {"two bytes, the last a terminator", "a" + end, 0, "", "a"},
-        {"three bytes are in the entry", "abc" + end, 0, "", "abc"},
+        {"three bytes fit in the entry", "abc" + end, 0, "", "abc"},
     };
     for (const auto& test : cases) {
         Job job;
@@ -330,7 +330,7 @@ TEST(Tiff, XmpDecision) {
         std::strcpy(job.metadata.lens, test.lens);
         const Bytes file = job.file();
         Bytes expected = test.stored;
-        if (test.stored == "made" || test.stored == "lens") { // a blank follows a packet that was made
+        if (test.stored == "made" || test.stored == "lens") { // the library adds a blank after its own packets
             const std::int32_t lensLength = test.lens[0] != '\0' ? 1 : 0;
             expected = Bytes(1000, ' ');
             expected.resize(static_cast<std::size_t>(
@@ -341,7 +341,7 @@ TEST(Tiff, XmpDecision) {
     }
 }
 
-TEST(Tiff, ProfilesForOtherColourSpacesAreLeftOut) {
+TEST(Tiff, OmitsProfilesOfOtherColourSpaces) {
     for (const auto& [icc, kept] : {std::pair{Bytes(16, 'i') + "GRAY" + Bytes(8, 'i'), false},
                                     {Bytes(16, 'i') + "GRAY", true},
                                     {Bytes(16, 'i') + "RGBx" + "i", true},
@@ -357,10 +357,10 @@ TEST(TiffPixels, EveryLayout) {
     for (int i = 0; i < 256; ++i) {
         pixels += static_cast<char>(i);
     }
-    // Two rows of two pixels; `bytes` lists the source bytes of a row that are written.
+    // Two rows of two pixels; `bytes` lists the written source bytes of a row.
     const struct {
         std::int32_t channels, bitsCode, pixelMode;
-        std::int32_t pitch; // beyond the row
+        std::int32_t pitch; // padding after the row
         std::vector<int> bytes;
         // clang-format off
     } cases[] = {
@@ -411,20 +411,19 @@ TEST(TiffPixels, BlocksAndTheirRows) {
 TEST(Tiff, Failures) {
     const TempDir dir;
     const std::string path = dir.write("kept.tif", "kept");
-    const TifImageInfo rejected[] = {
-        {1, 1, 0, 8, 1, 0, 0, 1},
-        {1, 1, 5, 8, 1, 0, 0, 1},
-        {1, 1, 3, 12, 1, 0, 0, 1},
-        {0, 1, 3, 8, 1, 0, 0, 1},
-        {1, -1, 3, 8, 1, 0, 0, 1},
-        {1, 1, 3, 8, 1, 0, 2, 1},
-        {1, 1, 3, 16, 1, 0, 1, 1},
-        {20000, 40000, 3, 8, 1, 0, 0, 1},
-        {INT32_MAX, INT32_MAX, 4, 32, 1, 0, 0, 1},
-        // Pixels modulo 2^64: 8 bytes, none, and one byte more than there is room for beside the directory.
-        {1073793636, 1431586686, 3, 32, 1, 0, 0, 1},
-        {1 << 30, 1 << 30, 4, 32, 1, 0, 0, 1},
-        {INT32_MAX - 8 - 177, 1, 1, 8, 1, 0, 0, 1}};
+    const TifImageInfo rejected[] = {{1, 1, 0, 8, 1, 0, 0, 1},
+                                     {1, 1, 5, 8, 1, 0, 0, 1},
+                                     {1, 1, 3, 12, 1, 0, 0, 1},
+                                     {0, 1, 3, 8, 1, 0, 0, 1},
+                                     {1, -1, 3, 8, 1, 0, 0, 1},
+                                     {1, 1, 3, 8, 1, 0, 2, 1},
+                                     {1, 1, 3, 16, 1, 0, 1, 1},
+                                     {20000, 40000, 3, 8, 1, 0, 0, 1},
+                                     {INT32_MAX, INT32_MAX, 4, 32, 1, 0, 0, 1},
+                                     // Sizes that are 8 and 0 modulo 2^64, and one byte too many next to the directory.
+                                     {1073793636, 1431586686, 3, 32, 1, 0, 0, 1},
+                                     {1 << 30, 1 << 30, 4, 32, 1, 0, 0, 1},
+                                     {INT32_MAX - 8 - 177, 1, 1, 8, 1, 0, 0, 1}};
     for (const TifImageInfo& info : rejected) {
         Job job;
         job.info = info;
