@@ -58,3 +58,13 @@ tvmeta_enable_warnings(packet_tables)
 tvmeta_test_page(packet docs/packet-format.md "```xml" $<TARGET_FILE:packet_tables>)
 tvmeta_test_page(methods docs/packet-format.md "## Methods" $<TARGET_FILE:packet_tables> methods
     ${PROJECT_SOURCE_DIR}/include/tvmeta.h)
+
+# What the tool prints; its paths begin in the folder of the pages, too.
+function(tvmeta_test_page_session name page command)
+    separate_arguments(arguments UNIX_COMMAND "${command}")
+    tvmeta_test_page(${name} ${page} "$ tvmeta ${command}" $<TARGET_FILE:tvmeta_tool> ${arguments})
+endfunction()
+if(TVMETA_BUILD_TOOL)
+    tvmeta_test_page_session(brackets docs/sort-brackets.md "brackets -r examples/brackets")
+    tvmeta_test_page_session(report docs/sort-brackets.md "report -r examples/brackets -o report.html")
+endif()

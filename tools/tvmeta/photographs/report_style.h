@@ -56,7 +56,7 @@ caption { text-align: left; color: var(--soft); }
 th, td { padding: .2rem .6rem .2rem 0; border-bottom: 1px solid var(--line); text-align: left; vertical-align: top; }
 th[scope=row] { min-width: 7rem; font-weight: normal; overflow-wrap: anywhere; }
 td.n, th.n { text-align: right; white-space: nowrap; }
-@media (max-width: 40rem) {
+@media print, (max-width: 40rem) {
   .strip figure, .frame, .frame img { width: 7rem; }
   .frame, .frame img { height: 7rem; }
 }
