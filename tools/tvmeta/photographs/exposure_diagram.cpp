@@ -26,9 +26,7 @@ struct Axis {
     double low;
     double high;
 
-    double at(double stops) const {
-        return std::round(Margin + (stops - low) / (high - low) * (Width - 2 * Margin));
-    }
+    double at(double stops) const { return std::round(Margin + (stops - low) / (high - low) * (Width - 2 * Margin)); }
 };
 
 void drawAxis(std::ostream& svg, const Axis& axis, double y) {

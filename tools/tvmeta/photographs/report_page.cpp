@@ -123,8 +123,7 @@ class Filter {
     Filter(std::string words, std::string prefix, std::vector<std::string> properties)
         : legend(std::move(words)), id(std::move(prefix)), ofSets(std::move(properties)), choices(ofSets) {
         std::ranges::sort(choices, naturalLess);
-        const auto rest = std::ranges::unique(choices);
-        choices.erase(rest.begin(), rest.end());
+        choices.erase(std::unique(choices.begin(), choices.end()), choices.end());
     }
 
     // The class of a set.
