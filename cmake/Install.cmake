@@ -24,7 +24,12 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tvmeta-config-version.cmake DESTINATIO
 # A static library brings the C++ runtime along, which a C program must link by itself.
 if(NOT BUILD_SHARED_LIBS)
     set(TVMETA_PC_CFLAGS "-DTVMETA_STATIC")
-    set(TVMETA_PC_LIBS "-lstdc++ -lm")
+    set(TVMETA_PC_LIBS "")
+    foreach(library IN ITEMS stdc++ c++ m)
+        if(library IN_LIST CMAKE_CXX_IMPLICIT_LINK_LIBRARIES)
+            string(APPEND TVMETA_PC_LIBS " -l${library}")
+        endif()
+    endforeach()
 endif()
 # Relative to where the file lies, so that an installation can be moved or made with another prefix.
 file(RELATIVE_PATH TVMETA_PC_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 
 #ifndef _WIN32
@@ -15,10 +16,20 @@ namespace test {
 inline void setEnvironment(const char* name, const char* value) {
 #ifdef _WIN32
     _putenv_s(name, value);
+    _tzset(); // once changed, the time zone is asked for
 #else
     setenv(name, value, 1);
 #endif
 }
+
+// What Windows does differently.
+#ifdef _WIN32
+inline constexpr bool OpensDirectories = false;
+inline constexpr bool HasTimeZoneRules = false; // TZ names an offset alone
+#else
+inline constexpr bool OpensDirectories = true;
+inline constexpr bool HasTimeZoneRules = true;
+#endif
 
 // A device that is always full (Linux only).
 inline constexpr const char* FullDevice = "/dev/full";

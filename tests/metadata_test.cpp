@@ -1,6 +1,7 @@
 // Reading photographs: file types, containers, directories, byte-order readers.
 #include "testing/files.h"
 #include "testing/photographs.h"
+#include "testing/system.h"
 #include "tvmeta.h"
 
 #include <cstring>
@@ -137,7 +138,8 @@ TEST(Containers, RecordIsClearedOnFailure) {
     std::memset(&info, 0xA5, sizeof info);
     EXPECT_EQ(getExifData("/nonexistent/file", FILE_TYPE_TIFF, &info), -1);
     EXPECT_EQ(Bytes(reinterpret_cast<const char*>(&info), sizeof info), zeros(sizeof info));
-    EXPECT_EQ(getExifData("/", FILE_TYPE_TIFF, &info), -2); // a directory can be opened but not read
+    EXPECT_EQ(getExifData("/", FILE_TYPE_TIFF, &info),
+              OpensDirectories ? -2 : -1); // a directory has no bytes
 }
 
 TEST(JpegXmp, IsSearchedInTenMarkers) {

@@ -210,11 +210,15 @@ TEST(TimeFromDatetime, UsesTheTimeZoneOfTheProcess) {
         const char* text;
         std::time_t time;
     } cases[] = {{"UTC0", "2013:05:01 12:34:56", 1367411696},
+                 {"EST5", "2013:05:01 12:00:00", 1367427600},
                  {"CET-1CEST,M3.5.0,M10.5.0/3", "2013:05:01 12:00:00", 1367402400}, // summer time
                  {"CET-1CEST,M3.5.0,M10.5.0/3", "2013: 1:01\t12:00:0", 1357038000},
                  {"<+1245>-12:45", "2013:05:01 12:00:00", 1367363700},
                  {"UTC0", "1970:01:01 00:00:90", 90}}; // carries over
     for (const auto& test : cases) {
+        if (!HasTimeZoneRules && std::strlen(test.zone) > 4) {
+            continue;
+        }
         setEnvironment("TZ", test.zone);
         float seconds = -1.0F;
         EXPECT_EQ(time_from_datetime(test.text, test.time + 3600, &seconds), 1) << test.text;

@@ -117,7 +117,7 @@ TEST(PacketWriter, Values) {
     }
 }
 
-// Every float prints as the C library prints it, in the "C" locale of this test.
+// Every finite float prints as the C library prints it, in the "C" locale of this test.
 TEST(PacketWriter, FormatsNumbersLikePrintf) {
     std::uint32_t bits = 1;
     for (int i = 0; i < 30'000; ++i) {
@@ -125,6 +125,9 @@ TEST(PacketWriter, FormatsNumbersLikePrintf) {
         SettingsValues settings = {};
         std::memcpy(&settings[0], &bits, sizeof bits);
         std::memcpy(&settings[4], &bits, sizeof bits);
+        if (!std::isfinite(settings[0])) {
+            continue; // platforms print it differently, the library does not
+        }
         char expected[2][64];
         std::snprintf(expected[0], sizeof expected[0], "<tvtm:Accentuation>%1.1f<", static_cast<double>(settings[0]));
         std::snprintf(expected[1], sizeof expected[1], "<tvtm:WhiteClip>%f<", static_cast<double>(settings[4]));
