@@ -9,7 +9,7 @@
 #include <bit>
 #include <memory>
 
-// The floor is to be limited by the memory, whatever instruction set the rest is compiled for.
+// Memory bandwidth must limit the floor, so it uses AVX2 even if the rest is compiled without.
 #if defined(__x86_64__) && defined(__linux__)
 #define BENCH_WIDEST_VECTORS __attribute__((target_clones("avx2", "default")))
 #else
@@ -38,7 +38,7 @@ HdrBuffer bufferWith() {
     return hdrBuffer(Fill);
 }
 
-// The exponents of photographs lie between 110 and 140; the others show what becomes of the unusual.
+// Photographs have exponents from 110 to 140; the other buffers measure unusual data.
 constexpr Distribution Distributions[] = {
     {"HDR 24 MP, exponents 110 to 140", bufferWith<fillRange<110, 140>>},
     {"HDR 24 MP, exponents 110 to 140, smooth", bufferWith<fillSmoothly>},
@@ -49,7 +49,7 @@ constexpr Distribution Distributions[] = {
     {"HDR 24 MP, no pixel", zeroBuffer},
 };
 
-// To the last bit, and comparable whatever the values are.
+// Bit for bit, so that NaN compares too.
 using Bits = std::array<std::uint32_t, 3>;
 
 Bits measureByTvmeta(const HdrBuffer& buffer) {
@@ -62,9 +62,9 @@ Bits measureByPeer(const HdrBuffer& buffer) {
     return std::bit_cast<Bits>(measureAsWritten(HdrWidth, HdrHeight, buffer.data()));
 }
 
-// The least: every byte once.
+// The floor: reads every byte once.
 BENCH_WIDEST_VECTORS std::uint64_t sumWords(const unsigned char* bytes, std::size_t size) {
-    constexpr std::size_t Lanes = 32; // enough to keep several loads under way
+    constexpr std::size_t Lanes = 32; // enough for several loads in flight
     std::uint64_t sums[Lanes] = {};
     for (std::size_t i = 0; i < size; i += sizeof sums) {
         std::uint64_t words[Lanes];

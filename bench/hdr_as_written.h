@@ -1,4 +1,4 @@
-// The statistics of an HDR buffer in the plainest form: pixel by pixel, in the order of the rows.
+// The definition of the HDR statistics: pixel by pixel, in row order.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// Measures the library beside its peers and its floors. `report` runs this and makes a table of what it says.
+// Measures the library, its peers and the floors. `report` runs this program and prints a table.
 //
 //   tvmeta-bench [--list | --job=NAME] [options of Google Benchmark]
 #include "support/jobs.h"
@@ -61,7 +61,7 @@ void run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv); // takes its own options out
+    benchmark::Initialize(&argc, argv); // removes its own options
     int result = EXIT_SUCCESS;
     try {
         run(argc, argv);
@@ -69,6 +69,6 @@ int main(int argc, char** argv) {
         std::cerr << "tvmeta-bench: " << failure.what() << '\n';
         result = EXIT_FAILURE;
     }
-    benchmark::ClearRegisteredBenchmarks(); // and with them the inputs and their files
+    benchmark::ClearRegisteredBenchmarks(); // deletes the inputs and their files too
     return result;
 }

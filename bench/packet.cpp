@@ -114,7 +114,7 @@ std::string_view writeByTvmeta(const Settings& settings, PacketBuffer& buffer) {
     return {buffer.data(), static_cast<std::size_t>(size)};
 }
 
-// What every writer must give: the texts that the settings were read from.
+// Every writer must produce the texts from which the settings were read.
 Bytes expectedPacket() {
     return Bytes(WrittenOpening) + Bytes(Namespace) + Bytes(WrittenHead) + Bytes(SettingsMethodName) +
            "</tvtm:Method>\n" + propertyLines() + Bytes(WrittenClosing);
@@ -125,7 +125,7 @@ void addWriters(Contenders& contenders) {
     const auto buffer = std::make_shared<PacketBuffer>();
     const auto isRight = [&](std::string_view packet) {
         const bool right = packet == expectedPacket();
-        buffer->fill('\0'); // or the next one could pass with this one's text
+        buffer->fill('\0'); // so that the next writer cannot pass with this text
         return right;
     };
     contenders.add(

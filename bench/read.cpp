@@ -1,4 +1,4 @@
-// The metadata of one photograph, out of a file in the page cache.
+// Reads the metadata of one photograph from a file in the page cache.
 #include "support/jobs.h"
 #include "support/photographs.h"
 #include "testing/files.h"
@@ -21,7 +21,7 @@ namespace bench {
 
 namespace {
 
-// What every peer is asked for: the least that an application wants to know.
+// The values that every peer must read.
 struct Summary {
     std::string model;
     std::string date;
@@ -41,7 +41,7 @@ Summary summaryOf(const ExifInfo& record) {
         record.exposureTime, record.fNumber,          record.focalLength, static_cast<float>(record.gpsLatitude[0])};
 }
 
-// A photograph in a file of its own.
+// A photograph in a temporary file.
 struct Source {
     explicit Source(Photograph photo)
         : photograph(std::move(photo)), directory(std::filesystem::temp_directory_path()),
@@ -168,8 +168,8 @@ Summary readByLibtiff(const std::string& path) {
 }
 #endif
 
-// What any reader must see, in as few reads as it takes: bytes in between are read along where they are no more than a
-// page, which costs about as much as another call.
+// The bytes that any reader needs, in as few reads as possible. Gaps of up to a page are read too: a page costs about
+// as much as another system call.
 std::vector<Region> fewestReads(const std::vector<Region>& needed) {
     constexpr std::size_t Page = 4096;
     std::vector<Region> reads;
@@ -202,7 +202,7 @@ void addFloor(Contenders& contenders, const SharedSource& source) {
         [](bool complete) { return complete; });
 }
 
-// A message costs more than the reading.
+// Printing a message would take longer than reading.
 void silencePeers() {
 #ifdef HAVE_LIBTIFF
     TIFFSetWarningHandler(nullptr);

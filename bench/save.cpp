@@ -1,4 +1,4 @@
-// Images of 24 megapixels, saved with their metadata to memory (/dev/shm), so that no disk has a part in the figures.
+// Saves images of 24 megapixels with metadata to /dev/shm, so that no disk affects the times.
 #include "support/jobs.h"
 #include "support/packets.h"
 #include "support/photographs.h"
@@ -24,14 +24,14 @@ constexpr std::size_t BlockSize = 1 << 20;
 constexpr std::size_t WrittenSamples = 3;
 constexpr int Resolution = 300;
 
-// An image as it lies in memory and as it is to be written.
+// Sample layout of an image in memory and in the file.
 struct Format {
     const char* job;
     std::size_t channels;
     std::size_t sourceBytes;  // of a sample
     std::size_t writtenBytes; // of a sample
     bool isFloat;
-    void (*convert)(const unsigned char* from, unsigned char* to, std::size_t pixels); // null when nothing changes
+    void (*convert)(const unsigned char* from, unsigned char* to, std::size_t pixels); // null: no conversion
 
     std::size_t sourceRow() const { return Width * channels * sourceBytes; }
     std::size_t writtenRow() const { return Width * WrittenSamples * writtenBytes; }
@@ -59,7 +59,7 @@ constexpr Format Formats[] = {
     {"save 24 MP RGB16 as RGB8", 3, 2, 1, false, convertPixels<std::uint16_t, std::uint8_t, 3>},
 };
 
-// What is saved, and where. All contenders write the same file, so that each pays for the truncation of the same bytes.
+// Input and output of a job. All contenders overwrite the same file, so that truncating it costs each the same.
 struct Task {
     explicit Task(const Format& imageFormat)
         : format(imageFormat), directory("/dev/shm"), path(directory.path("result.tif")), icc(iccProfile()),
@@ -128,19 +128,19 @@ void setFields(TIFF* tiff, const Task& task, std::size_t stripRows) {
 }
 
 bool writeStrip(TIFF* tiff, std::size_t strip, const unsigned char* bytes, std::size_t size) {
-    // Not changed: the bytes are not compressed, and in the order of the machine.
+    // LibTIFF does not change the buffer: no compression, machine byte order.
     auto* const data = const_cast<unsigned char*>(bytes);
     return TIFFWriteEncodedStrip(tiff, static_cast<std::uint32_t>(strip), data, static_cast<tmsize_t>(size)) >= 0;
 }
 
-// One strip of all rows, from where they lie.
+// One strip with all rows, directly from the caller's buffer.
 bool saveByLibtiff(const Task& task) {
     const Tiff tiff(TIFFOpen(task.path.c_str(), "w"));
     setFields(tiff.get(), task, Height);
     return writeStrip(tiff.get(), 0, task.pixels.data(), task.pixels.size());
 }
 
-// Strips of a mebibyte, each converted before it is written.
+// Strips of 1 MiB, each converted before it is written.
 bool convertByLibtiff(const Task& task) {
     const Format& format = task.format;
     const std::size_t stripRows = BlockSize / format.writtenRow();
@@ -158,7 +158,7 @@ bool convertByLibtiff(const Task& task) {
 }
 #endif
 
-// The least: the same bytes, ready-made.
+// The floor: writes the same bytes, already converted.
 bool writeBlocks(const std::string& path, const Bytes& bytes) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     bool written = file >= 0;

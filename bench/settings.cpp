@@ -1,4 +1,4 @@
-// Settings read out of XMP packets.
+// Reads settings from XMP packets.
 #include "support/jobs.h"
 #include "support/packets.h"
 
@@ -22,7 +22,7 @@ constexpr std::size_t LargePacket = 60 * 1024;
 
 using Packet = std::shared_ptr<const Bytes>;
 
-// What a packet tells beside its slots.
+// Values of a packet other than its slots.
 struct Summary {
     int method = METHOD_NONE;
     std::array<char, 64> lens = {};
@@ -57,7 +57,7 @@ Summary summaryByTvmeta(const Bytes& packet) {
 #if defined(HAVE_PUGIXML) || defined(HAVE_EXPAT)
 constexpr std::string_view Prefix = "tvtm:";
 
-// The property of a qualified name; null when it is none of those.
+// The property with a qualified name; null if there is none.
 const Property* findProperty(std::string_view name) {
     if (!name.starts_with(Prefix)) {
         return nullptr;
@@ -106,7 +106,7 @@ Summary summaryByPugixml(const Bytes& packet) {
 #endif
 
 #ifdef HAVE_EXPAT
-// Where the parser is in the packet.
+// The state of the parser.
 struct ExpatState {
     Settings settings = {};
     const Property* property = nullptr;
@@ -149,7 +149,7 @@ Settings slotsByExpat(const Bytes& packet) {
 }
 #endif
 
-// The least: one look at every byte, for one that does not occur.
+// The floor: searches for a byte that does not occur.
 const void* passByMemchr(const Bytes& packet) {
     return std::memchr(packet.data(), '\x01', packet.size());
 }

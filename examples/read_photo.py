@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Reads a photograph with libtvmeta from Python, by ctypes alone: read_photo.py [--library PATH] PHOTO
+"""Reads a photograph with libtvmeta, from Python with only ctypes: read_photo.py [--library PATH] PHOTO
 
 The library is the one named by --library, else by the environment variable TVMETA_LIBRARY, else an installed one."""
 
@@ -62,7 +62,7 @@ def load_library(path):
 
 
 def record_size(library):
-    """The size of the library's own record: so many bytes it clears."""
+    """The size of the record in the library: the number of bytes that it clears."""
     room = (c_uint8 * 4096)(*[0xFF] * 4096)
     library.init_exifInfo(room)
     return bytes(room).rindex(0) + 1

@@ -1,9 +1,9 @@
-// Fuzzing: what the targets share.
+// Helpers shared by the fuzz targets.
 //
-// Each target is one file, named after the source file whose functions it drives. It makes arguments of the fuzzer's
-// bytes, calls, and checks what the manual promises about the result. Numbers are taken from the end of the input and
-// payloads from its start, so that a seed is a payload with some bytes behind it. Blocks that the library reads or
-// writes have exactly the promised size: the address sanitizer guards what lies around them.
+// Each target is one file, named after the source file that it tests. It builds arguments from the fuzzer's bytes,
+// calls the library, and checks the result against the documentation. Numbers come from the end of the input and
+// payloads from its start, so a seed is a payload followed by some bytes. Buffers have exactly the documented size, so
+// that the address sanitizer detects any access outside of them.
 #pragma once
 
 #include "testing/memory_file.h"
@@ -27,7 +27,7 @@ namespace fuzz {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Ends the run when something does not hold that the library promises.
+// Stops the run if the library does not do what its documentation says.
 inline void require(bool holds, const char* promise) {
     if (!holds) {
         std::fprintf(stderr, "Broken promise: %s\n", promise);
@@ -35,7 +35,7 @@ inline void require(bool holds, const char* promise) {
     }
 }
 
-// The same bytes: for records, texts and blocks that must agree or must not have been touched.
+// Checks that two records, texts or blocks have the same bytes.
 template <typename Record>
 bool sameBytes(const Record& a, const Record& b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
@@ -48,7 +48,7 @@ bool allZero(const Record& record) {
 }
 
 inline std::uint32_t loadLe(const Bytes& bytes, std::size_t offset, std::size_t size) {
-    require(offset <= bytes.size() && size <= bytes.size() - offset, "what is pointed to lies within the file");
+    require(offset <= bytes.size() && size <= bytes.size() - offset, "offsets are within the file");
     std::uint32_t value = 0;
     for (std::size_t i = size; i > 0; --i) {
         value = value << 8 | bytes[offset + i - 1];
@@ -59,7 +59,7 @@ inline std::uint32_t loadLe(const Bytes& bytes, std::size_t offset, std::size_t 
 using test::MemoryFile;
 using test::Stream;
 
-// The target's own file.
+// The file of this process.
 inline const MemoryFile& memoryFile() {
     static const MemoryFile file;
     return file;
@@ -70,7 +70,7 @@ inline Bytes contentOf(const MemoryFile& file) {
     return {content.begin(), content.end()};
 }
 
-// The codes that have a method, and how their settings are taken: as positions of sliders, or as any 32 bits.
+// All method codes, and settings from the input: slider positions or arbitrary floats.
 inline constexpr std::array<std::int32_t, 6> MethodCodes = {METHOD_DETAILS_ENHANCER,   METHOD_TONE_COMPRESSOR,
                                                             METHOD_CONTRAST_OPTIMIZER, METHOD_FUSION_ADJUST,
                                                             METHOD_FUSION_INTENSIVE,   METHOD_FUSION_REAL_ESTATE};
@@ -94,7 +94,7 @@ inline Settings takeFloats(FuzzedDataProvider& input) {
     return settings;
 }
 
-// A text as the settings readers take it: with its terminating zero.
+// A text with the terminating zero that the settings readers require.
 inline std::vector<char> terminated(std::string_view text) {
     std::vector<char> block(text.size() + 1);
     text.copy(block.data(), text.size());
@@ -109,7 +109,7 @@ inline std::int32_t lengthOf(std::size_t size) {
     return static_cast<std::int32_t>(size);
 }
 
-// What METHOD_DETECT finds in a text without a terminator.
+// The result of METHOD_DETECT for a text without a terminator.
 inline std::int32_t detectedMethod(std::string_view text) {
     const std::vector<char> block = terminated(text);
     return get_settings_from_xmp(METHOD_DETECT, lengthOf(block.size()), block.data(), nullptr, nullptr);

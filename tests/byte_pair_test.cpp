@@ -14,8 +14,7 @@ TEST(BytePair, FoundAtEveryOffsetOfEveryLength) {
             for (const std::size_t from : {std::size_t{0}, place / 2, place, place + 1}) {
                 std::string text(length, 't'); // the first half of the pair everywhere
                 text[place] = 'v';
-                const std::vector<char> exact(
-                    text.begin(), text.end()); // an exact allocation, so that a sanitizer detects reads past the end
+                const std::vector<char> exact(text.begin(), text.end()); // so that sanitizers detect reads past the end
                 const std::size_t expected = text.find("tv", from);
                 EXPECT_EQ(tvmeta::findPair({exact.data(), length}, pair, from), expected) << length << ' ' << place;
             }

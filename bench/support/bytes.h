@@ -1,4 +1,4 @@
-// Pieces of files, and bytes to fill them with.
+// Parts of files, and bytes to fill them.
 #pragma once
 
 #include "testing/bytes.h"
@@ -10,7 +10,7 @@ namespace bench {
 
 using namespace test;
 
-using Random = std::mt19937_64; // unseeded: every run has the same inputs
+using Random = std::mt19937_64; // default seed: every run has the same inputs
 
 inline std::uint32_t sizeOf(const Bytes& bytes) {
     return static_cast<std::uint32_t>(bytes.size());

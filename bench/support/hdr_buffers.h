@@ -1,4 +1,4 @@
-// HDR buffers of 24 megapixels, with exponents of many kinds.
+// HDR buffers of 24 megapixels with several distributions of exponents.
 #pragma once
 
 #include "support/bytes.h"
@@ -14,10 +14,10 @@ inline constexpr std::size_t HdrHeight = 4000;
 using HdrBuffer = std::vector<unsigned char>;
 using Row = std::span<unsigned char>;
 
-// The exponents of row y, where random bytes stand so far.
+// Replaces the random bytes of row y by exponents.
 using FillExponents = void (*)(Row exponents, std::size_t y);
 
-// Spreads random bytes over a range.
+// Maps random bytes to a range.
 template <int First, int Last>
 void fillRange(Row exponents, std::size_t /*y*/) {
     for (unsigned char& exponent : exponents) {
@@ -25,7 +25,7 @@ void fillRange(Row exponents, std::size_t /*y*/) {
     }
 }
 
-// As in a photograph: light and shade, with little difference between neighbours.
+// As in a photograph: light and shade, with small differences between adjacent pixels.
 inline void fillSmoothly(Row exponents, std::size_t y) {
     constexpr double Middle = 125.0;
     constexpr double Contrast = 13.5;

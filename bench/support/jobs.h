@@ -1,4 +1,4 @@
-// Jobs, and who does them: the library, its peers, and the floor, the least that the machine must do for the job.
+// A job and its contenders: the library, its peers, and the floor (the least work that the machine must do).
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -11,17 +11,17 @@
 
 namespace bench {
 
-// Ends the bench: a figure is worth nothing beside a wrong result.
+// Stops the program: the time of a wrong result is meaningless.
 class Failure : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Those who do one job. Each is a benchmark named JOB/CONTENDER; the library is "tvmeta" and the floor "floor".
+// The contenders of one job. Each is a benchmark named JOB/CONTENDER; the library is "tvmeta", the floor "floor".
 class Contenders {
   public:
     explicit Contenders(std::string job) : job_(std::move(job)) {}
 
-    // Does the work once and has its result checked; only then may it be timed.
+    // Runs the work once and checks the result before it is timed.
     template <typename Work, typename Check>
     void add(const std::string& contender, Work work, Check check) {
         const std::string name = job_ + '/' + contender;
@@ -34,7 +34,7 @@ class Contenders {
                 benchmark::DoNotOptimize(result);
             }
         };
-        // Most of the work is done by the system: what counts is the time that passes.
+        // The system does most of the work, so wall-clock time counts.
         benchmark::RegisterBenchmark(name.c_str(), repeat)->UseRealTime();
     }
 
@@ -44,7 +44,7 @@ class Contenders {
 
 struct Job {
     std::string name;
-    std::function<void(Contenders&)> prepare; // makes the inputs, which live as long as the contenders
+    std::function<void(Contenders&)> prepare; // makes the inputs; they live as long as the contenders
 };
 using Jobs = std::vector<Job>;
 

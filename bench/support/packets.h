@@ -1,4 +1,4 @@
-// XMP packets with processing settings, and the settings that they hold.
+// XMP packets with processing settings, and the settings in them.
 #pragma once
 
 #include "support/bytes.h"
@@ -15,7 +15,7 @@ namespace bench {
 
 using Settings = std::array<float, SETTINGS_SLOTS>;
 
-// How a value stands in a packet.
+// The form of a value in a packet.
 enum class Form { Number, Fraction, Gamma, Mode, YesNo };
 
 // A property of a packet of METHOD_DETAILS_ENHANCER.
@@ -26,10 +26,10 @@ struct Property {
     std::string_view text;
 };
 
-// Those of the packets below, in the order in which they are written.
+// The properties of the packets below, in file order.
 std::span<const Property> properties();
 
-// The same as the lines of a packet.
+// The same properties as lines of a packet.
 Bytes propertyLines();
 
 inline constexpr std::string_view Namespace = "http://tonalvista.test/tonalvista_settings";
@@ -39,7 +39,7 @@ inline constexpr std::string_view SettingsMethodName = "Details Enhancer";
 
 inline constexpr double Ln2 = 0.6931471805599453;
 
-// Reads one value as a program does that has found it with an XML parser.
+// Reads one value, as a program with an XML parser does.
 inline void readValue(const Property& property, std::string_view text, Settings& settings) {
     float& slot = settings[static_cast<std::size_t>(property.slot)];
     switch (property.form) {
@@ -60,11 +60,11 @@ inline void readValue(const Property& property, std::string_view text, Settings&
     }
 }
 
-// The slots that the properties stand for.
+// The slots for the properties.
 Settings packetSettings();
 
-// A packet of so many bytes (3072 or more): an image's properties and history, then its lens, then the settings, so
-// that whoever looks for these has to look through everything.
+// A packet of `size` bytes (3072 or more): properties and history of an image, then the lens, then the settings, so
+// that a reader must search the whole packet.
 Bytes settingsPacket(std::size_t size);
 
 } // namespace bench

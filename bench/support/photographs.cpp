@@ -31,7 +31,7 @@ constexpr std::uint32_t GpsIfd = 34853;
 constexpr std::uint32_t InteroperabilityIfd = 0xA005;
 } // namespace tag
 
-// Bytes that look like nothing: no JPEG marker, no directory.
+// Bytes without JPEG markers or directories.
 Bytes noise(std::size_t size) {
     Random random;
     Bytes bytes(size, '\0');
@@ -124,13 +124,13 @@ std::vector<Field> gpsFields() {
 void addSubdirectories(TiffBuilder& tiff, std::uint32_t main, const Bytes& makerNote) {
     const std::uint32_t exif = tiff.addDirectory(exifFields(makerNote));
     tiff.link(main, tag::ExifIfd, exif);
-    // Of no interest to a reader of the metadata, as small as it is.
+    // A directory that readers of metadata do not need.
     tiff.link(exif, tag::InteroperabilityIfd,
               tiff.append(le16(1) + le16(1) + le16(2) + le32(4) + "R98" + Bytes(5, '\0')));
     tiff.link(main, tag::GpsIfd, tiff.addDirectory(gpsFields()));
 }
 
-// What both photographs hold.
+// The metadata of both photographs.
 ExifInfo commonRecord() {
     ExifInfo record;
     init_exifInfo(&record);
@@ -190,12 +190,12 @@ TiffBuilder cameraExif() {
     return tiff;
 }
 
-// A file that grows by pieces of which a reader must see some.
+// A file built from pieces, some of which a reader needs.
 struct Growing {
     Bytes file;
     std::vector<Region> needed;
 
-    // Appends a piece and gives its offset.
+    // Appends a piece and returns its offset.
     std::size_t append(const Bytes& piece, Need need) {
         const std::size_t offset = file.size();
         file += piece;
@@ -229,7 +229,7 @@ Bytes thumbnailHead() {
     return be32(1) + be32(160) + be32(107) + be32(480) + be32(51'360) + be32(ThumbnailSize) + be16(24) + be16(1);
 }
 
-// In the order of an image editor.
+// In the order that an image editor writes.
 std::vector<Resource> photoshopResources() {
     return {
         {resource::Iptc, iptcBlock()},
@@ -252,7 +252,7 @@ std::vector<Resource> photoshopResources() {
     };
 }
 
-// A reader must see the head of every resource and of a thumbnail, but no data.
+// A reader needs the head of every resource and of a thumbnail, but not their data.
 void addResource(Growing& segment, const Resource& added, ExifInfo& record) {
     const auto& [id, data] = added;
     segment.append("8BIM" + be16(id) + be16(0) + be32(sizeOf(data)), Need::Always);

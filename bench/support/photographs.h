@@ -1,4 +1,4 @@
-// Photographs such as a camera and an image editor leave them, with everything that the library reads.
+// Photographs as written by a camera and by an image editor, with everything that the library reads.
 #pragma once
 
 #include "support/tiff_builder.h"
@@ -9,17 +9,17 @@ namespace bench {
 
 struct Photograph {
     Bytes file;
-    std::vector<Region> needed; // what any reader of the metadata must see, in the order of the file
+    std::vector<Region> needed; // bytes that any reader of the metadata needs, in file order
     ExifInfo record;            // what the library must find
 };
 
-// Segments: EXIF data with a maker note and a thumbnail, Photoshop resources with another one, an XMP packet.
+// EXIF data with a maker note and a thumbnail, Photoshop resources with another thumbnail, an XMP packet.
 Photograph jpegPhotograph();
 
-// Pixels first, the directories behind them.
+// Pixels first, then the directories.
 Photograph tiffPhotograph();
 
-// Of the size of the usual sRGB profile, and for RGB images by its header.
+// As large as the usual sRGB profile; the header is that of an RGB profile.
 Bytes iccProfile();
 
 } // namespace bench

@@ -1,4 +1,4 @@
-// A little-endian TIFF structure under construction, which notes what a reader of its metadata cannot do without.
+// Builds a little-endian TIFF structure and records which bytes a reader of its metadata needs.
 #pragma once
 
 #include "support/bytes.h"
@@ -13,7 +13,7 @@ struct Region {
     std::size_t size;
 };
 
-// Whether any reader must see a value that does not stand in its entry.
+// Does every reader need this value if it is outside of its entry?
 enum class Need { Always, Never };
 
 struct Field {
@@ -30,7 +30,7 @@ inline Field shortField(std::uint32_t tag, std::uint32_t value) {
 inline Field longField(std::uint32_t tag, std::uint32_t value) {
     return {tag, 4, 1, le32(value)};
 }
-inline Field linkField(std::uint32_t tag) { // to a directory that is added later
+inline Field linkField(std::uint32_t tag) { // points to a directory that is added later
     return longField(tag, 0);
 }
 inline Field textField(std::uint32_t tag, const Bytes& text, Need need = Need::Never) {
@@ -54,7 +54,7 @@ class TiffBuilder {
     const Bytes& bytes() const { return bytes_; }
     const std::vector<Region>& needed() const { return needed_; }
 
-    // Appends bytes at an even offset, and gives it.
+    // Appends bytes at an even offset and returns the offset.
     std::uint32_t append(const Bytes& bytes) {
         bytes_.resize(bytes_.size() + bytes_.size() % 2);
         const std::uint32_t offset = sizeOf(bytes_);
@@ -62,7 +62,7 @@ class TiffBuilder {
         return offset;
     }
 
-    // Appends a directory with its values behind it, and gives its offset.
+    // Appends a directory and its values and returns its offset.
     std::uint32_t addDirectory(const std::vector<Field>& fields) {
         Bytes block = le16(static_cast<std::uint32_t>(fields.size()));
         for (const Field& field : fields) {
@@ -88,7 +88,7 @@ class TiffBuilder {
         store(entryValue(directory, tag), offset);
     }
 
-    // Where a value stands that is too long for its entry.
+    // The offset of a value that is too long for its entry.
     std::uint32_t valueOffset(std::uint32_t directory, std::uint32_t tag) const {
         return loadLe32(bytes_, entryValue(directory, tag));
     }

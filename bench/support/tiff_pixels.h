@@ -1,4 +1,4 @@
-// The pixels of a little-endian TIFF file, read back from its strips.
+// Reads the pixels of a little-endian TIFF file from its strips.
 #pragma once
 
 #include "support/bytes.h"
@@ -11,7 +11,7 @@ class TiffPixels {
   public:
     explicit TiffPixels(const Bytes& file) : file_(file), directory_(loadLe32(file, 4)) {}
 
-    // Whether the strips hold these bytes, one behind the other.
+    // Do the strips contain these bytes, in order?
     bool are(std::span<const unsigned char> pixels) const {
         const std::vector<std::uint32_t> offsets = numbers(StripOffsets);
         const std::vector<std::uint32_t> sizes = numbers(StripByteCounts);
@@ -32,7 +32,7 @@ class TiffPixels {
     static constexpr std::uint32_t StripByteCounts = 279;
     static constexpr std::size_t EntrySize = 12;
 
-    // The numbers of an entry; none when it is missing.
+    // The numbers of an entry; empty if it is missing.
     std::vector<std::uint32_t> numbers(std::uint32_t tag) const {
         std::vector<std::uint32_t> values;
         const std::uint32_t entries = loadLe16(file_, directory_);

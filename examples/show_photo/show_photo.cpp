@@ -1,4 +1,4 @@
-// Shows what a photograph was taken with.
+// Prints the camera, lens and exposure of a photograph.
 #include <tvmeta.h>
 
 #include <iostream>

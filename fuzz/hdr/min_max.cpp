@@ -1,4 +1,4 @@
-// Luminance statistics, against a plain sum over the pixels in their order.
+// Compares the luminance statistics with a plain sum over the pixels in order.
 #include "support.h"
 
 #include <cmath>
@@ -15,23 +15,23 @@ struct Picture {
     Bytes pixels;
 };
 
-// The exponents of so many pixels: from the first on, as many as the span says.
-constexpr std::size_t StretchPixels = 128;
-struct Stretch {
+// A run of pixels with exponents in [first, first + span).
+constexpr std::size_t RunPixels = 128;
+struct Run {
     int first;
     int span;
 };
 
-// Rows of some blocks of pixels, whose exponents lie close together or far apart, as each stretch of them wants it. The
-// rest of the input is repeated until it fills the planes.
+// Rows of several blocks of pixels. Each run chooses how far apart its exponents are. The rest of the input is repeated
+// to fill the planes.
 Picture takePicture(FuzzedDataProvider& input) {
     Picture picture;
     picture.width = input.ConsumeIntegralInRange<std::size_t>(1, 800);
     picture.height = input.ConsumeIntegralInRange<std::size_t>(0, 4);
-    std::vector<Stretch> stretches(picture.height * picture.width / StretchPixels + 1);
-    for (Stretch& stretch : stretches) {
-        stretch.first = input.ConsumeIntegral<std::uint8_t>();
-        stretch.span = input.ConsumeIntegral<std::uint8_t>() % 64 + 1;
+    std::vector<Run> runs(picture.height * picture.width / RunPixels + 1);
+    for (Run& run : runs) {
+        run.first = input.ConsumeIntegral<std::uint8_t>();
+        run.span = input.ConsumeIntegral<std::uint8_t>() % 64 + 1;
     }
     Bytes pattern = input.ConsumeRemainingBytes<std::uint8_t>();
     pattern.push_back(1);
@@ -41,14 +41,13 @@ Picture takePicture(FuzzedDataProvider& input) {
         const std::size_t row = i / (4 * picture.width);
         const std::size_t column = i % (4 * picture.width);
         const bool isExponent = column >= 3 * picture.width;
-        const Stretch& stretch = stretches[(row * picture.width + column % picture.width) / StretchPixels];
-        picture.pixels[i] =
-            isExponent ? static_cast<std::uint8_t>(std::min(stretch.first + byte % stretch.span, 255)) : byte;
+        const Run& run = runs[(row * picture.width + column % picture.width) / RunPixels];
+        picture.pixels[i] = isExponent ? static_cast<std::uint8_t>(std::min(run.first + byte % run.span, 255)) : byte;
     }
     return picture;
 }
 
-// What an exponent stands for.
+// The scale of an exponent.
 std::array<double, 256> powersOfTwo() {
     std::array<double, 256> powers = {};
     for (std::size_t i = 0; i < powers.size(); ++i) {
@@ -88,7 +87,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Picture picture = takePicture(input);
     std::int32_t width = lengthOf(picture.width);
     std::int32_t height = lengthOf(picture.height);
-    if (empty) { // a size that means no pixels
+    if (empty) { // a size without pixels
         (picture.height % 2 == 0 ? width : height) *= -1;
         picture = {};
     }

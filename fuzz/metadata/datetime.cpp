@@ -8,6 +8,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::vector<char> text = terminated(textOf(data, size));
     float seconds = Untouched;
     const std::int32_t result = time_from_datetime(text.data(), 0, &seconds);
-    require(result == 1 || (result == -1 && seconds == Untouched), "seconds come with a date only");
+    require(result == 1 || (result == -1 && seconds == Untouched), "seconds require a date");
     return 0;
 }

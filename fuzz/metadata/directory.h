@@ -1,4 +1,4 @@
-// What the targets of the two directory parsers share: a directory somewhere in a stream.
+// Shared by the targets of the two directory parsers: a directory somewhere in a stream.
 #pragma once
 
 #include "support.h"
@@ -7,7 +7,7 @@ namespace fuzz {
 
 using DirectoryParser = decltype(parse_exif_data);
 
-// A record read from a stream that stands at the place. Fields that the directory lacks keep the filling.
+// The record read from a position of a stream. Fields without an entry keep the fill byte.
 inline ExifInfo parsedRecord(DirectoryParser& parse, std::FILE* stream, std::int32_t place, std::int32_t byteOrder,
                              std::int32_t tiffBase) {
     ExifInfo info;
@@ -32,12 +32,12 @@ inline void parseDirectory(DirectoryParser& parse, const std::uint8_t* data, std
                 info.gpsDateStamp[sizeof info.gpsDateStamp - 1] == '\0',
             "texts are terminated");
 
-    // A stream in memory refuses what one of a file takes: positions behind the end. The record is to be the same.
+    // Unlike a file, a memory stream refuses positions past the end. The record must be the same.
     std::string copy(bytes.begin(), bytes.end());
     const Stream other = test::streamOf(copy);
     if (other && static_cast<std::size_t>(place) <= bytes.size()) {
         require(sameBytes(info, parsedRecord(parse, other.get(), place, byteOrder, tiffBase)),
-                "streams of every kind read alike");
+                "file and memory streams give the same record");
     }
 }
 

@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ExifInfo info = {};
     const std::int32_t result = parse_image_description(stream.get(), announced, &info);
     const bool readable = announced > 0 && announced <= lengthOf(text.size());
-    require(readable || (result == -1 && allZero(info)), "a text that the file does not hold changes nothing");
+    require(readable || (result == -1 && allZero(info)), "a missing text changes nothing");
     require(info.exposureSource == 0 || (info.exposureSource == 2 && result > 0),
             "the source of the exposure is 0 or 2");
 
@@ -21,6 +21,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     others.exposureTime = 0.0F;
     others.isoSpeed = 0;
     others.exposureSource = 0;
-    require(allZero(others), "the other fields stay as they are");
+    require(allZero(others), "the other fields are unchanged");
     return 0;
 }

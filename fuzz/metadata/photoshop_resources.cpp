@@ -19,6 +19,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     others.thumbnailWidth = others.thumbnailHeight = others.thumbnailRowBytes = 0;
     others.thumbnailLength = others.thumbnailOffset = 0;
     others.iptcLength = others.iptcOffset = 0;
-    require(allZero(others), "the other fields stay as they are");
+    require(allZero(others), "the other fields are unchanged");
     return 0;
 }

@@ -12,17 +12,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (result == lengthOf(name.size())) {
         const std::string_view text = textOf(data, size);
         const std::string_view described(name.data(), name.size());
-        // What the profile does not hold comes out as zeros.
+        // Bytes past the end of the profile are zeros.
         require(text.find(described.substr(0, described.find_last_not_of('\0') + 1)) != std::string_view::npos,
-                "another description comes out as it stands");
+                "another description is unchanged");
         return 0;
     }
     const auto* const found =
         std::find_if(names.begin(), names.end(), [&](const auto& n) { return n.first == result; });
-    require(found != names.end(), "the result is a documented one");
+    require(found != names.end(), "the result is documented");
     std::array<char, 32> expected = {};
     found->second.copy(expected.data(), expected.size());
-    require(std::equal(expected.begin(), expected.end(), name.begin()),
-            "the name is the one that the result stands for");
+    require(std::equal(expected.begin(), expected.end(), name.begin()), "the name matches the result");
     return 0;
 }

@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     Bytes block(static_cast<std::size_t>(std::max(count, 0)), Untouched);
     const std::int32_t result = read_iptc(memoryFile().write(file).path(), count, offset, block.data());
-    require(result == expectedResult(file, count, offset), "the result follows from the region");
+    require(result == expectedResult(file, count, offset), "the result depends on the region only");
     const bool copied = result > 0 || result == -2;
     const Bytes expected =
         copied ? Bytes(file.begin() + offset, file.begin() + offset + count) : Bytes(block.size(), Untouched);

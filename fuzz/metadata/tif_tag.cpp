@@ -16,12 +16,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::int32_t value = Untouched;
     const std::int32_t result = get_tif_tag(stream.get(), tag, &count, &value);
     if (result < 0) {
-        require(result >= -3, "the result is a documented one");
-        require(count == Untouched && value == Untouched, "a failure touches nothing");
+        require(result >= -3, "the result is documented");
+        require(count == Untouched && value == Untouched, "a failure changes nothing");
         return 0;
     }
     const auto entry = static_cast<std::size_t>(result);
-    if (entry + EntrySize <= file.size()) { // else its missing bytes are made up
+    if (entry + EntrySize <= file.size()) { // otherwise its missing bytes have end-of-file values
         const bool isShort = loadLe(file, entry + 2, 2) == Short && count <= 2;
         require(loadLe(file, entry, 2) == static_cast<std::uint32_t>(tag) &&
                     loadLe(file, entry + 4, 4) == static_cast<std::uint32_t>(count) &&

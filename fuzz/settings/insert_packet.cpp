@@ -13,26 +13,26 @@ bool isInsertion(std::string_view grown, std::string_view packet, std::string_vi
 
 // Where the description was inserted.
 std::size_t insertionPoint(std::string_view grown, std::string_view packet, std::string_view description) {
-    require(grown.size() == packet.size() + description.size(), "the packet has grown by the description");
+    require(grown.size() == packet.size() + description.size(), "the packet grows by the description");
     std::size_t point = grown.find(description);
     while (point != std::string_view::npos && !isInsertion(grown, packet, description, point)) {
         point = grown.find(description, point + 1);
     }
-    require(point != std::string_view::npos, "the packet is as it was around the description");
+    require(point != std::string_view::npos, "the packet around the description is unchanged");
     return point;
 }
 
 void checkGrown(std::string_view grown, std::string_view packet, std::string_view description, std::int32_t method) {
     const std::size_t point = insertionPoint(grown, packet, description);
-    require(countedDeclarations(grown) == countedDeclarations(packet) + 1, "there is one declaration more");
+    require(countedDeclarations(grown) == countedDeclarations(packet) + 1, "there is one more declaration");
     require(detectedMethod(grown.substr(point)) == method, "the description is found");
     require(countedDeclarations(packet.substr(0, point)) > 0 || detectedMethod(grown) == method,
-            "the description is the first to be found");
+            "the new description is found first");
 }
 
 void checkFailure(std::int32_t result, const std::vector<char>& buffer, std::string_view packet) {
-    require(result == -1 || result == -34 || result <= -lengthOf(packet.size()), "the failure is a documented one");
-    require(std::equal(packet.begin(), packet.end(), buffer.begin()), "a failure leaves the packet as it was");
+    require(result == -1 || result == -34 || result <= -lengthOf(packet.size()), "the failure is documented");
+    require(std::equal(packet.begin(), packet.end(), buffer.begin()), "a failure leaves the packet unchanged");
 }
 
 } // namespace
@@ -48,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::int32_t shift = measured + (pass >= 100 ? 1 : 0) + (pass >= 1000 ? 1 : 0);
     std::vector<char> description(static_cast<std::size_t>(shift));
     require(embed_xmp(pass, method + 200, settings.data(), 0, nullptr, description.data()) == shift,
-            "the description is as long as it was measured");
+            "the description has the measured size");
 
     std::vector<char> buffer(packet.size() + description.size());
     packet.copy(buffer.data(), packet.size());

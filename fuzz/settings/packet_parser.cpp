@@ -1,4 +1,4 @@
-// Settings, their method, the lens name and the number of declarations in an XMP text.
+// Method, settings, lens name and number of declarations of an XMP text.
 #include "support.h"
 
 #include <initializer_list>
@@ -25,7 +25,7 @@ constexpr std::array<std::uint32_t, MethodCodes.size()> MethodSlots = {(1U << SE
                                                                        slots({0, 1, 2}),
                                                                        slots({0, 1, 2, 3, 7, 8})};
 
-// The number of declarations, counted another way than the library does.
+// Counts the declarations with an independent method.
 std::int32_t declarationsIn(std::string_view text) {
     constexpr std::string_view Name = "xmlns:tvtm=";
     constexpr std::string_view Host = "http://tonalvista.test/";
@@ -50,11 +50,11 @@ void checkMethod(std::string_view text, const std::vector<char>& block, std::siz
         require(result >= 47 && text.substr(static_cast<std::size_t>(result)).starts_with("tvtm:Method"),
                 "the result is the offset of the method tag");
     } else {
-        require(result == (declarationsIn(text) == 0 ? 0 : -5), "no settings of a method that is not there");
+        require(result == (declarationsIn(text) == 0 ? 0 : -5), "the settings of another method are not read");
     }
     for (std::size_t slot = 0; slot < settings.size(); ++slot) {
         const bool mayChange = found && (MethodSlots[index] >> slot & 1) != 0;
-        require(mayChange || settings[slot] == Untouched, "slots of other methods are not touched");
+        require(mayChange || settings[slot] == Untouched, "slots of other methods are unchanged");
     }
 }
 
@@ -62,7 +62,7 @@ void checkLens(std::string_view text, const std::vector<char>& block) {
     std::vector<char> lens(64);
     const std::int32_t result =
         get_settings_from_xmp(MODE_LENS, lengthOf(block.size()), block.data(), lens.data(), nullptr);
-    require(result >= 0, "the result is where the search ended");
+    require(result >= 0, "the result is the end of the search");
     require(lens.back() == '\0' && text.find(lens.data()) != std::string_view::npos,
             "the lens name is a part of the text, of at most 63 bytes");
 }
@@ -74,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::vector<char> block = terminated(text);
     const std::int32_t detected = detectedMethod(text);
     const bool known = std::find(MethodCodes.begin(), MethodCodes.end(), detected) != MethodCodes.end();
-    require(known || detected == 0 || detected == -5, "the method found is a documented one");
+    require(known || detected == 0 || detected == -5, "the method is documented");
     for (std::size_t i = 0; i < MethodCodes.size(); ++i) {
         checkMethod(text, block, i, detected);
     }

@@ -23,10 +23,10 @@ std::string packetOf(const Request& request) {
     const std::int32_t measured = write(0, nullptr);
     require(measured >= 0, "a length is not negative");
     const std::size_t digits = std::to_string(std::max(request.pass, 1)).size();
-    const bool numbered = request.method > 0; // by the pass, in at least two digits
+    const bool numbered = request.method > 0; // the namespace ends with the pass, in at least two digits
     const std::size_t more = numbered && digits > 2 ? digits - 2 : 0;
     std::vector<char> packet(static_cast<std::size_t>(measured) + more);
-    require(write(request.pass, packet.data()) == lengthOf(packet.size()), "as much is written as was measured");
+    require(write(request.pass, packet.data()) == lengthOf(packet.size()), "the written size is the measured size");
     return {packet.begin(), packet.end()};
 }
 
@@ -49,7 +49,7 @@ Settings settingsIn(std::string_view packet, std::int32_t method) {
     return settings;
 }
 
-// Numbers are printed and scanned as the C library does it.
+// Numbers are printed and read as by the C library.
 void checkNumber(const Request& request, const std::string& packet, const Settings& read, const std::string& tag,
                  std::size_t slot, int decimals) {
     const float value = request.settings[slot];
@@ -83,7 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     request.lens = input.ConsumeRemainingBytesAsString();
 
     const std::string packet = packetOf(request);
-    // A name that holds settings of its own is written as it stands, and found first.
+    // A lens name that contains settings is written unchanged, and its settings are found first.
     const bool plainLens = request.lens.find("tvtm") == std::string::npos;
     if (!knownMethod || !plainLens) {
         return 0;
@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     checkNumbers(request, packet, settings);
     if (sliders) {
         require(packetOf({request.pass, request.method, settings, request.lens}) == packet,
-                "what is read back gives the same packet");
+                "the settings read back give the same packet");
     }
     return 0;
 }

@@ -1,4 +1,4 @@
-// Settings in files: read whole, read from a region, written.
+// Settings files: whole files, regions of files, writing.
 #include "support.h"
 
 using namespace fuzz;
@@ -28,7 +28,7 @@ void checkRegion(const char* path, std::string_view text, std::int32_t count, st
     } else if (text.empty()) {
         require(result == -1, "an empty file is refused");
     } else if (offset < 0 || std::int64_t{offset} + count >= lengthOf(text.size())) {
-        require(result == 0, "a region that ends behind the file is refused");
+        require(result == 0, "a region past the end of the file is refused");
     } else {
         const std::string_view region = text.substr(static_cast<std::size_t>(offset), static_cast<std::size_t>(count));
         region.copy(expected.data(), region.size());

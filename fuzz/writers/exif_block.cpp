@@ -1,4 +1,4 @@
-// The EXIF block: with the counts that belong to the records, and with any others.
+// The EXIF block, with the counts of the records and with arbitrary counts.
 #include "writers/written_tiff.h"
 
 using namespace fuzz;
@@ -27,7 +27,7 @@ Counts countsOf(const Records& records, Make& make) {
     require(entries == counts.exif + counts.gps, "the result counts all entries");
     require(counts.exif >= 0 && counts.exif <= 5 && counts.gps >= 0 && counts.gps <= 9,
             "there are not too many entries");
-    require(lens >= 0 && lens <= 64, "the lens name lies in its field");
+    require(lens >= 0 && lens <= 64, "the lens name fits in its field");
     return counts;
 }
 
@@ -41,7 +41,7 @@ Counts takeCounts(FuzzedDataProvider& input) {
     return counts;
 }
 
-// The block's size as the manual gives it.
+// The documented size of the block.
 std::int64_t expectedSize(const Counts& counts) {
     std::int64_t size = 14 + 12;
     for (const std::int64_t text : {counts.model, counts.make}) {
@@ -73,17 +73,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Counts fitting = countsOf(records, make);
     const Counts counts = anyCounts ? takeCounts(input) : fitting;
 
-    constexpr std::int64_t MostMemory = 1 << 20;
+    constexpr std::int64_t MaxMemory = 1 << 20;
     const std::int64_t expected = expectedSize(counts);
     const bool nothing = counts.exif <= 0 && counts.gps <= 0 && counts.model <= 0 && counts.make <= 0;
     const bool refused = nothing || expected > INT32_MAX;
-    if (!refused && expected > MostMemory) {
-        return 0; // it would work, but slowly
+    if (!refused && expected > MaxMemory) {
+        return 0; // valid, but slow
     }
     Bytes block(refused ? 1 : static_cast<std::size_t>(expected));
     const std::int32_t written = writeBlock(counts, orientation, records, make, block);
     require(written == (refused ? -1 : expected), "the block has the computed size");
-    require(!refused || block[0] == 0, "a refused block is not touched");
+    require(!refused || block[0] == 0, "a refused block is unchanged");
     if (!refused && !anyCounts) {
         require(8 + directorySize(block, 8) == block.size(), "the block is filled by its directories");
         requireReadBack(memoryFile().write(block), records, orientation);

@@ -17,16 +17,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::int32_t result =
         add_iptc_keyword(lengthOf(block.size()), block.data(), lengthOf(keyword.size()), keyword.data(), out.data());
     if (result < 0) {
-        require(result == -1 && (tooLong || !block.empty()), "the failure is a documented one");
-        require(out == Bytes(out.size(), Untouched), "a failure touches nothing");
+        require(result == -1 && (tooLong || !block.empty()), "the failure is documented");
+        require(out == Bytes(out.size(), Untouched), "a failure changes nothing");
         return 0;
     }
-    require(!tooLong && result <= lengthOf(before.size()), "the dataset lies in the new block");
+    require(!tooLong && result <= lengthOf(before.size()), "the dataset is in the new block");
     Bytes dataset = {0x1C, 2, 25, static_cast<std::uint8_t>(keyword.size() >> 8),
                      static_cast<std::uint8_t>(keyword.size())};
     dataset.insert(dataset.end(), keyword.begin(), keyword.end());
     Bytes expected = before;
     expected.insert(expected.begin() + result, dataset.begin(), dataset.end());
-    require(out == expected, "the new block is the old one and the dataset");
+    require(out == expected, "the new block is the old one plus the dataset");
     return 0;
 }

@@ -23,8 +23,8 @@ Entry profileEntry() {
     return entry;
 }
 
-// What the file is to hold: the same but for the entry's count and offset, and the profile behind it. An entry that the
-// file cuts short is completed.
+// The expected file: the same bytes with a new count and offset in the entry, followed by the profile. An entry cut
+// short by the end of the file is completed.
 Bytes replaced(Bytes file, const Entry& entry, const Bytes& profile) {
     const std::array<std::size_t, 2> numbers = {profile.size(), file.size()};
     file.resize(std::max(file.size(), static_cast<std::size_t>(entry.place) + EntrySize));
@@ -36,8 +36,8 @@ Bytes replaced(Bytes file, const Entry& entry, const Bytes& profile) {
     return file;
 }
 
-// Whether the entry is one of the first directory and does not reach into the header: then no change of it can hide it.
-// (One of an overlapping directory may lie across entries of the first.)
+// Is the entry in the first directory and outside the header? Then patching it cannot make the search miss it. (An
+// entry of an overlapping directory can overlap entries of the first.)
 bool isEntryInOrder(const Bytes& file, const Entry& entry) {
     const std::size_t directory = loadLe(file, 4, 4);
     const auto place = static_cast<std::size_t>(entry.place);
@@ -57,12 +57,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Entry entry = profileEntry();
     const std::int32_t result = update_tif_profile(lengthOf(profile.size()), profile.data(), target.path());
     if (result <= 0) {
-        require(entry.place <= 0, "only a file without a profile is left alone");
+        require(entry.place <= 0, "only a file without a profile is unchanged");
         require(contentOf(target) == file, "nothing is changed");
         return 0;
     }
     require(result == lengthOf(profile.size()) && entry.place > 0, "the result is the profile's length");
-    require(contentOf(target) == replaced(file, entry, profile), "the entry points to the profile behind the file");
+    require(contentOf(target) == replaced(file, entry, profile), "the entry points to the appended profile");
     if (isEntryInOrder(file, entry)) {
         const Entry now = profileEntry();
         require(now.place == entry.place && now.count == result && now.value == lengthOf(file.size()),

@@ -1,4 +1,4 @@
-// A result image: written, measured, read back, and its profile replaced.
+// Saves an image, checks its size, reads it back and replaces its profile.
 #include "writers/written_tiff.h"
 
 using namespace fuzz;
@@ -8,7 +8,7 @@ namespace {
 constexpr std::size_t HeaderSize = 8;
 constexpr std::int32_t BadArguments = -6;
 constexpr std::int32_t Float16 = 3216;
-constexpr std::size_t BlockSize = 1 << 20; // in which pixels are written
+constexpr std::size_t BlockSize = 1 << 20; // size of the blocks in which pixels are written
 
 struct Image {
     TifImageInfo info = {};
@@ -39,7 +39,7 @@ std::size_t bytesPerSample(const TifImageInfo& info) {
 
 TifImageInfo takeInfo(FuzzedDataProvider& input) {
     TifImageInfo info = {};
-    const bool wide = input.ConsumeIntegralInRange<int>(0, 99) == 99; // more than a block, or 16 bits, can hold
+    const bool wide = input.ConsumeIntegralInRange<int>(0, 99) == 99; // wider than a block or 16 bits
     info.width = input.ConsumeIntegralInRange<std::int32_t>(1, 100) * (wide ? 700 : 1);
     info.height = input.ConsumeIntegralInRange<std::int32_t>(0, 20);
     info.channels = input.ConsumeIntegralInRange<std::int32_t>(1, 4);
@@ -47,13 +47,13 @@ TifImageInfo takeInfo(FuzzedDataProvider& input) {
     info.pixelMode = info.bitsCode == 8 && input.ConsumeBool() ? 1 : 0;
     info.resolution = input.ConsumeIntegral<std::int32_t>();
     info.orientation = input.ConsumeIntegralInRange<std::int32_t>(-1, 10);
-    // A row behind the first block is enough.
+    // One row after the first block is enough.
     const std::int32_t rowSize = info.width * info.channels * lengthOf(bytesPerSample(info));
     info.height = std::min(info.height, lengthOf(BlockSize) / rowSize + 2);
     return info;
 }
 
-// A buffer that ends with the last row, filled with the pattern.
+// A buffer that ends with the last row, filled with a pattern.
 void fillPixels(Image& image, std::size_t rowSize, std::size_t pitch, const Bytes& pattern) {
     image.pixels.resize(image.height() > 0 ? (image.height() - 1) * pitch + rowSize : 0);
     for (std::size_t i = 0; i < image.pixels.size(); ++i) {
@@ -66,7 +66,7 @@ Image takeImage(FuzzedDataProvider& input) {
     image.info = takeInfo(input);
     image.sampleBytes = bytesPerSample(image.info);
     image.sourceSample = image.info.pixelMode == 1 ? 2 : image.sampleBytes;
-    const std::size_t unit = image.info.pixelMode == 1 ? 2 : 1; // of the pitch
+    const std::size_t unit = image.info.pixelMode == 1 ? 2 : 1; // unit of the pitch
     const std::size_t rowSize = image.width() * image.channels() * image.sourceSample;
     const std::size_t pitch = rowSize + unit * input.ConsumeIntegralInRange<std::size_t>(0, 7);
     const bool bottomUp = image.height() > 0 && input.ConsumeBool();
@@ -118,20 +118,20 @@ void checkPixels(const Image& image, const Bytes& file) {
     }
 }
 
-// The packet in the file is the caller's or one that was made.
+// The packet in the file is the caller's or a new one.
 void checkXmp(const ExifInfo& info, const Bytes& file, const Records& records, const Attachments& attachments) {
     if (info.xmpLength <= 4) {
-        return; // it stands in the entry
+        return; // it is in the entry
     }
     require(info.xmpOffset > 0 && static_cast<std::size_t>(info.xmpOffset + info.xmpLength) <= file.size(),
-            "the packet lies in the file");
+            "the packet is in the file");
     const std::string_view packet = textOf(file.data() + info.xmpOffset, static_cast<std::size_t>(info.xmpLength));
     const bool callers = std::string_view(attachments.xmp.data(), attachments.xmp.size()).starts_with(packet);
-    require(callers || attachments.method > 0 || records.metadata.lens[0] != '\0', "a packet is not made of nothing");
+    require(callers || attachments.method > 0 || records.metadata.lens[0] != '\0', "a packet needs settings or a lens");
     const bool plainLens = fieldText(records.metadata.lens).find("tvtm") == std::string::npos;
     require(attachments.method == METHOD_NONE || !plainLens ||
                 (callers ? detectedMethod(packet) > 0 : detectedMethod(packet) == attachments.method),
-            "the packet holds settings");
+            "the packet contains settings");
 }
 
 void checkIptc(const ExifInfo& info, const Bytes& file, const Bytes& iptc) {
@@ -143,13 +143,13 @@ void checkIptc(const ExifInfo& info, const Bytes& file, const Bytes& iptc) {
     }
 }
 
-// A well-formed file: the replaced profile must be found, and nothing else may change.
+// The file is well-formed: the replaced profile must be found and everything else must be unchanged.
 void checkProfile(const Bytes& file, const Bytes& icc, std::int32_t length) {
     constexpr std::int32_t IccProfile = 34675;
     const bool written = !icc.empty() && (icc.size() <= 20 || textOf(icc.data() + 16, 3) == "RGB");
     const Bytes profile(static_cast<std::size_t>(length), 0x5A);
     require(update_tif_profile(length, profile.data(), memoryFile().path()) == (written ? length : 0),
-            "a profile for RGB is there to be replaced");
+            "a profile for RGB can be replaced");
     std::int32_t count = 0;
     std::int32_t offset = 0;
     const std::int32_t entry = get_tif_tag(memoryFile().open().get(), IccProfile, &count, &offset);
@@ -161,10 +161,10 @@ void checkProfile(const Bytes& file, const Bytes& icc, std::int32_t length) {
         expected.insert(expected.end(), profile.begin(), profile.end());
         std::copy_n(file.begin() + entry + 4, 8, now.begin() + entry + 4);
     }
-    require(now == expected, "the profile is added and its entry changed, and nothing else");
+    require(now == expected, "only the entry and the end of the file change");
 }
 
-// Fields that the manual does not list are refused before anything is touched: there are no pixels to be read.
+// Undocumented field values are refused before anything is touched, so the pixels may be null.
 void writeAnything(FuzzedDataProvider& input) {
     TifImageInfo info = {};
     for (std::int32_t* const field : {&info.width, &info.height, &info.channels, &info.bitsCode, &info.resolution,
@@ -177,7 +177,7 @@ void writeAnything(FuzzedDataProvider& input) {
         buf2tif(nullptr, &info, input.ConsumeIntegral<std::int32_t>(), nullptr, &records.metadata, &records.gps, 0,
                 nullptr, METHOD_NONE, nullptr, 0, nullptr, memoryFile().write(untouched).path());
     require(result == BadArguments || (result == 0 && info.height == 0 && info.iccLength == 0),
-            "an image without pixels is written only if it has none");
+            "null pixels are accepted only for an image without rows");
     require(result == 0 || contentOf(memoryFile()) == untouched, "refused arguments touch no file");
 }
 
@@ -191,7 +191,8 @@ void writeKnown(FuzzedDataProvider& input) {
     require(writeImage(image, records, attachments) == expectedRows(image), "the result is the rows of the last block");
     const Bytes file = contentOf(memoryFile());
     const std::size_t directory = HeaderSize + image.dataSize();
-    require(loadLe(file, 0, 4) == 0x002A4949 && loadLe(file, 4, 4) == directory, "the header points behind the pixels");
+    require(loadLe(file, 0, 4) == 0x002A4949 && loadLe(file, 4, 4) == directory,
+            "the header points to the directory after the pixels");
     require(file.size() == directory + directorySize(file, directory), "the file ends with its directory");
     checkPixels(image, file);
     const ExifInfo info = requireReadBack(memoryFile(), records, image.info.orientation);
