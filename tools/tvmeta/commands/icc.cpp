@@ -11,8 +11,11 @@
 
 #include <tvmeta.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <optional>
 
@@ -51,19 +54,34 @@ void nameProfile(const std::string& path) {
     std::cout << printable(fieldText(name)) << "\n";
 }
 
+// Refuses what the library cannot change, before a copy of it is made.
+void requireReplaceable(const std::string& path, const Bytes& profile) {
+    constexpr uint64_t MaxSize = std::numeric_limits<int32_t>::max();
+    const Bytes start = readStart(path, 4);
+    if (findFileType(path) != FILE_TYPE_TIFF) {
+        throw Failure(path, "it is not a TIFF file: " + beginning(start));
+    }
+    if (start.front() != 'I') {
+        throw Failure(path, "it is a big-endian TIFF file; only little-endian ones are supported");
+    }
+    if (std::filesystem::file_size(path) > MaxSize - std::min<uint64_t>(profile.size(), MaxSize)) {
+        throw Failure(path, "it would grow beyond 2 GiB");
+    }
+}
+
 // The library changes the file in place. It changes a copy here, so that the file survives a failure.
 void replaceProfile(const std::string& profilePath, const std::string& path) {
     const Bytes profile = readRgbProfile(profilePath);
     writeOutput(path, {}, [&](OutputFile& output) {
+        requireReplaceable(path, profile);
         const std::string copy = output.libraryPath();
         copyFile(path, copy);
         errno = 0;
         const int32_t result = update_tif_profile(librarySize(profile), profile.data(), copy.c_str());
         if (result <= 0) {
-            throw Failure(path,
-                          explain(result, {{0, "it has no ICC profile to replace, or is not a little-endian TIFF file"},
-                                           {-1, systemReason()},
-                                           {-2, errno == 0 ? "it would grow beyond 2 GiB" : systemReason()}}));
+            throw Failure(path, explain(result, {{0, "it has no ICC profile to replace"},
+                                                 {-1, systemReason()},
+                                                 {-2, errno == 0 ? "it would grow beyond 2 GiB" : systemReason()}}));
         }
     });
     std::cout << "replaced the profile of " << printable(path) << "\n";

@@ -11,31 +11,24 @@
 #include <iomanip>
 #include <iostream>
 #include <memory>
+#include <new>
 #include <string>
 
 namespace {
 
-// Reads settings from the packet of a photograph or result, or from a settings file.
-SettingsReader readerFor(const std::string& path) {
-    if (findFileType(path)) {
-        return [packet = readPacket(readPhoto(path))](int32_t method, float* values) {
-            return get_settings_from_xmp(method, librarySize(packet) + 1, packet.c_str(), nullptr, values);
-        };
-    }
-    return [path](int32_t method, float* values) { return read_xmp(path.c_str(), method, values); };
+// The packet of a photograph or result, or the text of a settings file.
+std::string packetIn(const std::string& path) {
+    return findFileType(path) ? readPacket(readPhoto(path)) : std::string(asText(readFile(path)));
 }
 
 void showSettings(const std::string& path) {
-    const SettingsReader read = readerFor(path);
-    const int32_t method = read(METHOD_DETECT, nullptr);
+    const std::string packet = packetIn(path);
+    const int32_t method = get_settings_from_xmp(METHOD_DETECT, textSize(packet), packet.c_str(), nullptr, nullptr);
     if (method <= 0) {
-        throw Failure(path, explain(method, {{0, "it holds no settings, or those of an unknown method"},
-                                             {-1, "it cannot be opened, or is larger than 2 GiB"},
-                                             {-2, "it could not be read whole"},
-                                             {-4, "there is not enough memory"},
+        throw Failure(path, explain(method, {{0, "it contains no settings, or those of an unknown method"},
                                              {-5, "its settings lack a version or a method"}}));
     }
-    for (const Setting& setting : heldSettings(method, read)) {
+    for (const Setting& setting : settingsInPacket(method, packet)) {
         std::cout << std::left << std::setw(22) << setting.name << printable(setting.value) << "\n";
     }
 }
@@ -55,23 +48,24 @@ void writeSettings(const std::string& path, const Settings& settings) {
 
 std::string inserted(const std::string& path, const Settings& settings) {
     if (findFileType(path)) {
-        throw Failure(path, "expected an XMP packet in a file of its own, found a photograph: what stands behind the "
-                            "packet would move, and the photograph would be spoilt");
+        throw Failure(path, "expected an XMP packet in a file of its own, found a photograph, in which a packet cannot "
+                            "grow");
     }
     std::string packet(asText(readFile(path)));
     const int32_t length = librarySize(packet);
     const float* values = settings.values.data();
     const int32_t shift = insert_xmp(0, settings.method, values, length, 0, nullptr);
     packet.resize(packet.size() + static_cast<size_t>(shift));
+    textSize(packet); // refuses what the library cannot count
     const int32_t result = insert_xmp(1, settings.method, values, length, shift, packet.data());
     if (result == -1) {
-        throw Failure(path, explain(result, {{-1, "it ends right behind its RDF opening"}}));
+        throw Failure(path, "it ends right after its RDF opening");
     }
     if (result == -4) {
-        throw Failure(path, explain(result, {{-4, "there is not enough memory"}}));
+        throw std::bad_alloc();
     }
     if (result < 0) {
-        throw Failure(path, "expected an XMP packet with openings of x:xmpmeta and rdf:RDF in the usual form: " +
+        throw Failure(path, "expected an XMP packet that opens x:xmpmeta and rdf:RDF in the usual form; " +
                                 beginning(readStart(path, 4)));
     }
     return packet;
@@ -85,8 +79,8 @@ void insertSettings(const std::string& path, const Settings& settings, const std
     });
     std::ostream& messages = messagesFor(outputPath);
     messages << "wrote " << printable(outputPath) << "\n";
-    if (tvsettings_occurences_in_xmp(librarySize(packet) + 1, packet.c_str()) > 1) {
-        messages << "it held settings before; the new ones stand first and count\n";
+    if (tvsettings_occurences_in_xmp(textSize(packet), packet.c_str()) > 1) {
+        messages << "the packet contained settings; the new ones come first and take effect\n";
     }
 }
 
@@ -101,7 +95,7 @@ struct Options {
 void addSettingsCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("settings", "Show, write or insert processing settings");
     command->callback([command] { requireSubcommand(*command); });
-    command->footer("Each of them has a help of its own, such as tvmeta settings show --help.");
+    command->footer("Each has its own help, such as tvmeta settings show --help.");
     const auto options = std::make_shared<Options>();
 
     CLI::App* show = command->add_subcommand("show", "Show the settings in a photograph or settings file");

@@ -1,139 +1,99 @@
 #include "commands/settings_options.h"
 
 #include "output/failure.h"
+#include "output/files.h"
+#include "output/suggestion.h"
 #include "output/text.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
-#include <sstream>
+#include <iterator>
+#include <limits>
 #include <string_view>
 #include <utility>
 
 namespace {
 
-constexpr std::array<int32_t, 6> Methods = {METHOD_DETAILS_ENHANCER,   METHOD_TONE_COMPRESSOR,
-                                            METHOD_CONTRAST_OPTIMIZER, METHOD_FUSION_ADJUST,
-                                            METHOD_FUSION_INTENSIVE,   METHOD_FUSION_REAL_ESTATE};
-
-// embed_xmp writes a description without the packet around it when this is added to the method.
-constexpr int32_t DescriptionOnly = 200;
-
-constexpr std::string_view Prefix = "tvtm:";
-
-std::string description(const Settings& settings) {
-    const int32_t request = settings.method + DescriptionOnly;
-    const int32_t length = embed_xmp(0, request, settings.values.data(), 0, nullptr, nullptr);
-    std::string text(static_cast<size_t>(length), ' ');
-    embed_xmp(1, request, settings.values.data(), 0, nullptr, text.data());
-    return text;
-}
-
-std::string_view trimmed(std::string_view text) {
-    return text.substr(0, text.find_last_not_of(' ') + 1);
-}
-
-// The elements <tvtm:Name>Value</tvtm:Name> of a description from the method on, which stands first.
-std::vector<Setting> settingsIn(std::string_view text) {
-    std::vector<Setting> settings;
-    const std::string opening = "<" + std::string(Prefix);
-    text.remove_prefix(text.find(opening + "Method>"));
-    for (size_t start = text.find(opening); start != std::string_view::npos; start = text.find(opening, start)) {
-        start += opening.size();
-        const size_t nameEnd = text.find('>', start);
-        const size_t valueEnd = text.find('<', nameEnd);
-        settings.push_back({std::string(text.substr(start, nameEnd - start)),
-                            std::string(trimmed(text.substr(nameEnd + 1, valueEnd - nameEnd - 1)))});
+std::vector<int32_t> methods() {
+    std::vector<int32_t> codes;
+    for (int32_t code = METHOD_NONE + 1; code < MODE_LENS; ++code) {
+        if (tvmeta_method_name(code) != nullptr) {
+            codes.push_back(code);
+        }
     }
-    return settings;
+    return codes;
 }
 
-void append(std::string& list, const std::string& name) {
-    list += list.empty() ? "" : ", ";
-    list += name;
+std::vector<tvmeta_Parameter> parametersOf(int32_t method) {
+    std::vector<tvmeta_Parameter> parameters;
+    tvmeta_Parameter parameter = {};
+    for (int32_t i = 0; tvmeta_parameter(method, i, &parameter) > 0; ++i) {
+        parameters.push_back(parameter);
+    }
+    return parameters;
 }
 
-std::string nameOf(int32_t method) {
-    return settingsIn(description({method})).front().value;
-}
-
-std::vector<std::string> methodNames() {
+std::vector<std::string> namesOf(const std::vector<tvmeta_Parameter>& parameters) {
     std::vector<std::string> names;
-    std::ranges::transform(Methods, std::back_inserter(names), nameOf);
+    std::ranges::transform(parameters, std::back_inserter(names), &tvmeta_Parameter::name);
     return names;
 }
 
 int32_t methodNamed(const std::string& name) {
-    const auto found = std::ranges::find(Methods, name, nameOf);
-    if (found == Methods.end()) {
-        std::string known;
-        std::ranges::for_each(methodNames(), [&](const std::string& other) { append(known, other); });
-        throw WrongCommandLine("there is no method '" + name + "'; there are: " + known);
+    for (const int32_t code : methods()) {
+        if (equalsIgnoringCase(name, tvmeta_method_name(code))) {
+            return code;
+        }
     }
-    return *found;
+    throw WrongCommandLine("unknown method '" + name + "'" + nearestOrAll(name, methodNames()));
 }
 
-std::vector<Setting> parseAssignments(const std::vector<std::string>& assignments) {
+// The assignments NAME=VALUE, with each name as the method has it.
+std::vector<Setting> parseAssignments(const SettingsOptions& options, int32_t method) {
+    const std::vector<std::string> names = namesOf(parametersOf(method));
     std::vector<Setting> settings;
-    for (const std::string& assignment : assignments) {
+    for (const std::string& assignment : options.assignments) {
         const size_t equals = assignment.find('=');
         if (equals == std::string::npos) {
-            throw WrongCommandLine("expected --set NAME=VALUE, found --set " + assignment);
+            throw WrongCommandLine("invalid --set '" + assignment + "': use NAME=VALUE");
         }
-        Setting setting = {assignment.substr(0, equals), assignment.substr(equals + 1)};
-        if (std::ranges::find(settings, setting.name, &Setting::name) != settings.end()) {
-            throw WrongCommandLine("--set " + assignment + ": " + setting.name + " is set twice");
+        const std::string given = assignment.substr(0, equals);
+        const auto name = std::ranges::find_if(names, [&](const auto& n) { return equalsIgnoringCase(n, given); });
+        if (name == names.end()) {
+            throw WrongCommandLine("unknown setting '" + given + "' of method '" + tvmeta_method_name(method) + "'" +
+                                   nearestOrAll(given, names));
         }
-        settings.push_back(std::move(setting));
+        if (std::ranges::find(settings, *name, &Setting::name) != settings.end()) {
+            throw WrongCommandLine("--set " + assignment + ": " + *name + " is set twice");
+        }
+        settings.push_back({*name, assignment.substr(equals + 1)});
     }
     return settings;
 }
 
-// A description of the method with no other settings than the given ones.
-std::string descriptionOf(int32_t method, const std::vector<Setting>& given) {
-    constexpr std::string_view MethodEnd = "</tvtm:Method>\n";
-    const std::string head = description({method});
-    std::ostringstream text;
-    text << head.substr(0, head.find(MethodEnd) + MethodEnd.size());
-    for (const auto& [name, value] : given) {
-        text << "<" << Prefix << name << ">" << value << "</" << Prefix << name << ">\n";
-    }
-    text << "</rdf:Description>\n";
-    return text.str();
+// A value that no packet contains.
+constexpr float Unset = std::numeric_limits<float>::lowest();
+
+// What the library reads of a packet: the slots that the packet lacks stay unset.
+struct PacketSlots {
+    SlotValues values;
+    int32_t methodTag; // its offset
+};
+
+// The smoothing mode is given, since it decides how the smoothing is read.
+PacketSlots readSlots(int32_t method, const std::string& packet, float smoothingMode) {
+    PacketSlots slots = {};
+    slots.values.fill(Unset);
+    slots.values[DETAILS_ENHANCER_SMOOTHING_MODE] = smoothingMode;
+    slots.methodTag = get_settings_from_xmp(method, textSize(packet), packet.c_str(), nullptr, slots.values.data());
+    return slots;
 }
 
-bool isNumber(const std::string& text) {
-    double number = 0;
-    const char* end = text.data() + text.size();
-    const auto [parsed, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && parsed == end && std::isfinite(number);
-}
-
-// Why a setting does not take a value. A gamma or clip below 0 has no logarithm, and so becomes no number.
-std::string objection(const std::string& given, const std::string& found) {
-    if (!isNumber(given) || isNumber(found)) {
-        return "it would hold '" + found + "'";
+bool isContained(const tvmeta_Parameter& parameter, const PacketSlots& slots, const std::string& packet) {
+    if (parameter.kind == TVMETA_GAMMA) { // without one, the library sets the slot to the neutral gamma
+        return slots.methodTag > 0 &&
+               packet.find("tvtm:Gamma", static_cast<size_t>(slots.methodTag)) != std::string::npos;
     }
-    return found.ends_with("nan") ? "it must not be below 0" : "it cannot hold a number of that size";
-}
-
-// The parser passes over what it does not know. So a setting that was given must be found again in what the library
-// writes: a number as a number, whatever its decimals, and a word as it is.
-void requireTaken(const Setting& given, const std::vector<Setting>& written) {
-    const std::string method = "method '" + written.front().value + "'";
-    const auto found = std::ranges::find(written.begin() + 1, written.end(), given.name, &Setting::name);
-    if (found == written.end()) {
-        std::string known;
-        for (auto setting = written.begin() + 1; setting != written.end(); ++setting) {
-            append(known, setting->name);
-        }
-        throw WrongCommandLine(method + " has no setting '" + given.name + "'; it has: " + known);
-    }
-    const bool isTaken = isNumber(given.value) ? isNumber(found->value) : given.value == found->value;
-    if (!isTaken) {
-        throw WrongCommandLine("setting '" + given.name + "' of " + method + " does not take '" + given.value + "'; " +
-                               objection(given.value, found->value));
-    }
+    return slots.values[static_cast<size_t>(slotOf(slots.values, parameter))] != Unset;
 }
 
 } // namespace
@@ -153,42 +113,46 @@ std::string methodHelp() {
     return helpList("Methods", methodNames());
 }
 
+std::vector<std::string> methodNames() {
+    std::vector<std::string> names;
+    std::ranges::transform(methods(), std::back_inserter(names), tvmeta_method_name);
+    return names;
+}
+
+std::vector<std::string> settingNames(const std::string& method) {
+    return namesOf(parametersOf(methodNamed(method)));
+}
+
 Settings settingsFrom(const SettingsOptions& options) {
     Settings settings;
     if (options.method.empty()) {
         return settings;
     }
     settings.method = methodNamed(options.method);
-    const std::vector<Setting> given = parseAssignments(options.assignments);
-    const std::string text = descriptionOf(settings.method, given);
-    const int32_t size = static_cast<int32_t>(text.size() + 1);
-    const int32_t result = get_settings_from_xmp(settings.method, size, text.c_str(), nullptr, settings.values.data());
-    if (result <= 0) {
-        throw Failure(
-            explain(result, {{0, "the settings were not found again"}, {-5, "the method was not understood"}}));
-    }
-    const std::vector<Setting> written = settingsIn(description(settings));
-    for (const Setting& setting : given) {
-        requireTaken(setting, written);
+    const std::vector<Setting> given = parseAssignments(options, settings.method);
+    for (const tvmeta_Parameter& parameter : parametersOf(settings.method)) {
+        const auto found = std::ranges::find(given, std::string_view(parameter.name), &Setting::name);
+        if (found != given.end()) {
+            setValue(settings.values, parameter, found->value);
+        } else {
+            settings.values[static_cast<size_t>(parameter.slot)] = defaultValue(parameter);
+        }
     }
     return settings;
 }
 
-std::vector<Setting> heldSettings(int32_t method, const SettingsReader& read) {
-    // What the packet lacks stays as it was before: it differs between two readings that begin differently. The
-    // smoothing mode begins alike, since it decides how another setting is read.
-    Settings settings = {method};
-    Settings check = {method};
-    check.values.fill(1);
-    check.values[DETAILS_ENHANCER_SMOOTHING_MODE] = 0;
-    if (read(method, settings.values.data()) <= 0 || read(method, check.values.data()) <= 0) {
-        throw Failure("the packet could not be read a second time");
+std::vector<Setting> settingsInPacket(int32_t method, const std::string& packet) {
+    PacketSlots slots = readSlots(method, packet, Unset);
+    const bool hasMode = slots.values[DETAILS_ENHANCER_SMOOTHING_MODE] != Unset;
+    if (!hasMode) {
+        slots = readSlots(method, packet, 0);
     }
-    std::vector<Setting> held = settingsIn(description(settings));
-    const std::vector<Setting> other = settingsIn(description(check));
-    auto isLacking = [&](const Setting& setting) {
-        return std::ranges::find(other, setting.name, &Setting::name)->value != setting.value;
-    };
-    std::erase_if(held, isLacking);
-    return held;
+    std::vector<Setting> settings = {{"Method", tvmeta_method_name(method)}};
+    for (const tvmeta_Parameter& parameter : parametersOf(method)) {
+        const bool isAssumed = parameter.kind == TVMETA_SMOOTHING_MODE && !hasMode;
+        if (!isAssumed && isContained(parameter, slots, packet)) {
+            settings.push_back({parameter.name, valueText(slots.values, parameter)});
+        }
+    }
+    return settings;
 }

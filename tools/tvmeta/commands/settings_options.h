@@ -1,20 +1,19 @@
-// Processing settings by name. The names and their texts are the library's: settings are made by letting it parse a
-// description with the given names, and shown by reading the description that it writes.
+// Processing settings by name.
 #pragma once
+
+#include "commands/setting_values.h"
 
 #include <tvmeta.h>
 
 #include <CLI/CLI.hpp>
 
-#include <array>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
 struct Settings {
     int32_t method = METHOD_NONE;
-    std::array<float, SETTINGS_SLOTS> values = {};
+    SlotValues values = {};
 };
 
 struct Setting {
@@ -33,11 +32,14 @@ void addSettingsOptions(CLI::App& command, SettingsOptions& options, bool requir
 // The methods, for the end of a command's help.
 std::string methodHelp();
 
-// The settings that the options ask for; without a method none. Throws Failure for what the library does not know.
+std::vector<std::string> methodNames();
+
+// The settings of a method. Throws WrongCommandLine for an unknown method.
+std::vector<std::string> settingNames(const std::string& method);
+
+// The settings that the options ask for; without a method none. Throws WrongCommandLine for names and values that do
+// not exist.
 Settings settingsFrom(const SettingsOptions& options);
 
-// How the library reads settings from one source: get_settings_from_xmp or read_xmp with the rest of its arguments.
-using SettingsReader = std::function<int32_t(int32_t method, float* values)>;
-
-// The method and the settings that a packet of that method holds; those that it lacks are left out.
-std::vector<Setting> heldSettings(int32_t method, const SettingsReader& read);
+// The method and the settings that a packet of that method contains, in the order of the library's table.
+std::vector<Setting> settingsInPacket(int32_t method, const std::string& packet);

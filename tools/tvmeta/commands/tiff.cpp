@@ -120,7 +120,7 @@ void writePicture(const Options& options, const Metadata& metadata, const Image&
     };
     // In samples where the library reduces them, else in bytes.
     const int32_t rowPitch = image.width * image.channels * (isReduced ? 1 : bytesPerSample(image.depth));
-    const int32_t packetLength = metadata.packet.empty() ? 0 : librarySize(metadata.packet) + 1;
+    const int32_t packetLength = metadata.packet.empty() ? 0 : textSize(metadata.packet);
     const std::string path = output.libraryPath();
     errno = 0;
     const int32_t result =

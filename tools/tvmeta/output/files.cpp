@@ -12,20 +12,8 @@
 
 namespace {
 
-// With the terminator that texts get, everything read still fits the library's sizes.
+// The largest size that the library accepts.
 constexpr size_t SizeLimit = std::numeric_limits<int32_t>::max();
-
-// Pipes and devices are refused: they can make a reader wait for ever, or never end.
-void requireRegularFile(const std::string& path) {
-    std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(path, error);
-    if (std::filesystem::is_directory(status)) {
-        throw Failure(path, "it is a folder");
-    }
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-        throw Failure(path, "it is not a regular file, but a pipe or device");
-    }
-}
 
 Bytes readBytes(const std::string& path, long offset, size_t length) {
     const File file = openFile(path);
@@ -52,6 +40,17 @@ Bytes readBytes(const std::string& path, long offset, size_t length) {
 
 void failWithErrno(const std::string& path) {
     throw Failure(path, std::strerror(errno));
+}
+
+void requireRegularFile(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (std::filesystem::is_directory(status)) {
+        throw Failure(path, "it is a folder");
+    }
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        throw Failure(path, "it is not a regular file, but a pipe or device");
+    }
 }
 
 File openFile(const std::string& path) {
@@ -99,4 +98,11 @@ void copyFile(const std::string& path, const std::string& copy) {
     if (error) {
         throw Failure(path, error.message());
     }
+}
+
+int32_t checkedSize(uint64_t size) {
+    if (size > SizeLimit) {
+        throw Failure(std::to_string(size) + " bytes exceed the limit of 2 GiB");
+    }
+    return static_cast<int32_t>(size);
 }

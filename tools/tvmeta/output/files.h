@@ -18,6 +18,9 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
+// Throws Failure if the path names a folder, or a pipe or device, which can make a reader wait for ever or never end.
+void requireRegularFile(const std::string& path);
+
 // A file for reading; anything but a regular file is refused.
 File openFile(const std::string& path);
 
@@ -39,10 +42,17 @@ void copyFile(const std::string& path, const std::string& copy);
 // Throws Failure with the path and the system's reason.
 [[noreturn]] void failWithErrno(const std::string& path);
 
-// A size as the library takes it; contents of files always fit.
+// A size for the library, which counts in signed 32-bit numbers. Throws Failure if it exceeds them.
+int32_t checkedSize(uint64_t size);
+
 template <typename Container>
 int32_t librarySize(const Container& content) {
-    return static_cast<int32_t>(std::size(content));
+    return checkedSize(std::size(content));
+}
+
+// The size of a text with its terminating zero.
+inline int32_t textSize(const std::string& text) {
+    return checkedSize(uint64_t{text.size()} + 1);
 }
 
 inline std::string_view asText(std::span<const unsigned char> bytes) {

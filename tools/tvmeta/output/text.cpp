@@ -129,5 +129,10 @@ double decimal(float value) {
 std::string beginning(std::span<const unsigned char> file) {
     constexpr size_t Shown = 4;
     const std::string_view start(reinterpret_cast<const char*>(file.data()), std::min(file.size(), Shown));
+    const std::string_view littleBigTiff("II\x2B\0", 4);
+    const std::string_view bigBigTiff("MM\0\x2B", 4);
+    if (start == littleBigTiff || start == bigBigTiff) {
+        return "it is a BigTIFF file, which is not supported";
+    }
     return start.empty() ? "it is empty" : "it begins with \"" + printable(start) + "\"";
 }

@@ -1,6 +1,7 @@
 #include "photographs/fields.h"
 
 #include "output/failure.h"
+#include "output/suggestion.h"
 #include "output/text.h"
 
 #include <algorithm>
@@ -160,11 +161,11 @@ std::span<const Field> allFields() {
 const Field* fieldNamed(const std::string& key) {
     const auto found = std::ranges::find(Fields, std::string_view(key), &Field::key);
     if (found == Fields.end()) {
-        std::string known;
+        std::vector<std::string> names;
         for (const Field& field : Fields) {
-            known += (known.empty() ? "" : ", ") + std::string(field.key);
+            names.emplace_back(field.key);
         }
-        throw WrongCommandLine("there is no field '" + key + "'; there are: " + known);
+        throw WrongCommandLine("unknown field '" + key + "'" + nearestOrAll(key, names));
     }
     return &*found;
 }

@@ -45,7 +45,7 @@ void takeLensOfPacket(Photo& photo) {
     }
     try {
         const std::string packet = readPacket(photo);
-        get_settings_from_xmp(MODE_LENS, librarySize(packet) + 1, packet.c_str(), photo.info.lens, nullptr);
+        get_settings_from_xmp(MODE_LENS, textSize(packet), packet.c_str(), photo.info.lens, nullptr);
     } catch (const Failure&) {
         // Who needs the packet itself is told what is wrong with it.
     }
@@ -54,18 +54,12 @@ void takeLensOfPacket(Photo& photo) {
 } // namespace
 
 std::optional<int32_t> findFileType(const std::string& path) {
-    const Bytes start = readStart(path, 4);
-    const std::string_view text = asText(start);
-    if (text.starts_with("\xFF\xD8")) {
-        return FILE_TYPE_JPEG;
+    requireRegularFile(path);
+    const int32_t fileType = tvmeta_file_type(path.c_str());
+    if (fileType == TVMETA_FILE_UNREADABLE) {
+        openFile(path); // throws with the reason
     }
-    if (text == "8BPS") {
-        return FILE_TYPE_PSD;
-    }
-    if (text.starts_with("II") || text.starts_with("MM")) {
-        return FILE_TYPE_TIFF;
-    }
-    return std::nullopt;
+    return fileType < 0 ? std::nullopt : std::optional(fileType);
 }
 
 const char* containerName(int32_t fileType) {

@@ -1,0 +1,69 @@
+#include "output/suggestion.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+namespace {
+
+char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// The Damerau-Levenshtein distance (optimal string alignment), regardless of case: how many characters are inserted,
+// deleted, replaced or exchanged with their neighbour.
+size_t editDistance(std::string_view from, std::string_view to) {
+    std::vector<size_t> beforeLast;
+    std::vector<size_t> last;
+    std::vector<size_t> current(to.size() + 1);
+    for (size_t j = 0; j <= to.size(); ++j) {
+        current[j] = j;
+    }
+    for (size_t i = 1; i <= from.size(); ++i) {
+        beforeLast = std::move(last);
+        last = std::move(current);
+        current.assign(to.size() + 1, i);
+        for (size_t j = 1; j <= to.size(); ++j) {
+            const bool isSame = lower(from[i - 1]) == lower(to[j - 1]);
+            current[j] = std::min({last[j] + 1, current[j - 1] + 1, last[j - 1] + (isSame ? 0 : 1)});
+            const bool isExchanged =
+                i > 1 && j > 1 && lower(from[i - 1]) == lower(to[j - 2]) && lower(from[i - 2]) == lower(to[j - 1]);
+            if (isExchanged) {
+                current[j] = std::min(current[j], beforeLast[j - 2] + 1);
+            }
+        }
+    }
+    return current.back();
+}
+
+} // namespace
+
+bool equalsIgnoringCase(std::string_view first, std::string_view second) {
+    return std::ranges::equal(first, second, {}, lower, lower);
+}
+
+std::string wordList(std::span<const std::string> words, std::string_view conjunction) {
+    std::string list;
+    for (size_t i = 0; i < words.size(); ++i) {
+        const bool isLast = i + 1 == words.size();
+        list += i == 0 ? "" : isLast ? " " + std::string(conjunction) + " " : ", ";
+        list += words[i];
+    }
+    return list;
+}
+
+std::string nearestName(std::string_view word, std::span<const std::string> names) {
+    constexpr size_t MaxWord = 64; // the time is that of the product of the sizes
+    const auto distance = [word](const std::string& name) { return editDistance(word, name); };
+    if (names.empty() || word.size() > MaxWord) {
+        return {};
+    }
+    const auto nearest = std::ranges::min_element(names, {}, distance);
+    const size_t limit = std::min(word.size(), nearest->size()) / 3;
+    return distance(*nearest) <= limit ? "; did you mean '" + *nearest + "'?" : "";
+}
+
+std::string nearestOrAll(std::string_view word, std::span<const std::string> names) {
+    const std::string nearest = nearestName(word, names);
+    return nearest.empty() ? "; use " + wordList(names, "or") : nearest;
+}
