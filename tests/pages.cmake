@@ -32,3 +32,14 @@ set(packet_tables ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:packet_tables>)
 tvmeta_test_page(packet check ${PROJECT_SOURCE_DIR}/docs/packet-format.md "```xml" ${packet_tables})
 tvmeta_test_page(methods check ${PROJECT_SOURCE_DIR}/docs/packet-format.md "## Methods" ${packet_tables} methods
     ${PROJECT_SOURCE_DIR}/include/tvmeta.h)
+
+# What the tool prints; its paths begin in the folder of the pages, too.
+function(tvmeta_test_page_session name page command)
+    separate_arguments(arguments UNIX_COMMAND "${command}")
+    tvmeta_test_page(${name} check ${PROJECT_SOURCE_DIR}/${page} "$ tvmeta ${command}" ${CMAKE_CROSSCOMPILING_EMULATOR}
+        $<TARGET_FILE:tvmeta_tool> ${arguments})
+endfunction()
+if(TARGET tvmeta_tool)
+    tvmeta_test_page_session(brackets docs/sort-brackets.md "brackets -r examples/brackets")
+    tvmeta_test_page_session(report docs/sort-brackets.md "report -r examples/brackets -o report.html")
+endif()
