@@ -1,5 +1,5 @@
-# The documentation shows what its programs print, what the header says and what the library writes.
-set(page_folder ${CMAKE_CURRENT_BINARY_DIR}/pages) # where the programs run, with the examples at hand
+# Compares the documentation with the output of its programs, the header and the packets of the library.
+set(page_folder ${CMAKE_CURRENT_BINARY_DIR}/pages) # where the programs run; contains the examples
 set(page_script ${CMAKE_CURRENT_SOURCE_DIR}/pages.py)
 file(MAKE_DIRECTORY ${page_folder})
 file(CREATE_LINK ${PROJECT_SOURCE_DIR}/examples ${page_folder}/examples SYMBOLIC)
@@ -33,7 +33,7 @@ tvmeta_test_page(packet check ${PROJECT_SOURCE_DIR}/docs/packet-format.md "```xm
 tvmeta_test_page(methods check ${PROJECT_SOURCE_DIR}/docs/packet-format.md "## Methods" ${packet_tables} methods
     ${PROJECT_SOURCE_DIR}/include/tvmeta.h)
 
-# What the tool prints; its paths begin in the folder of the pages, too.
+# The output of a tool command that a page shows. Paths are relative to the folder of the pages.
 function(tvmeta_test_page_session name page command)
     separate_arguments(arguments UNIX_COMMAND "${command}")
     tvmeta_test_page(${name} check ${PROJECT_SOURCE_DIR}/${page} "$ tvmeta ${command}" ${CMAKE_CROSSCOMPILING_EMULATOR}

@@ -1,5 +1,5 @@
 # shellcheck shell=bash disable=SC2034
-# Sourced by the tests of the tool, with its path and the folder of examples as arguments.
+# Sourced by the tests of the tool. Arguments: the tool, the folder of examples.
 set -u
 tvmeta=$(realpath "$1")
 examples=$(realpath "$2")
@@ -18,7 +18,7 @@ expect() {
     output=$("$@" 2>&1) || fail "$* exits with $?: $output"
     [[ $output == *"$text"* ]] || fail "$* does not print '$text' but: $output"
 }
-# refuse TEXT COMMAND...: the command fails with status 1, misuse that it fails with 2, and complains with the text.
+# refuse TEXT COMMAND...: the command fails with status 1 and prints the text. misuse: the same with status 2.
 refuse() { complain 1 "$@"; }
 misuse() { complain 2 "$@"; }
 complain() {
@@ -27,9 +27,9 @@ complain() {
     output=$("$@" 2>&1)
     status=$?
     [ "$status" -eq "$expected" ] || fail "$* exits with $status"
-    [[ $output == *"$text"* ]] || fail "$* does not complain with '$text' but: $output"
+    [[ $output == *"$text"* ]] || fail "$* does not print '$text' but: $output"
 }
-# profile FILE NAME: a small ICC version 2 profile (ICC.1:2001-04) of that name, of at most 31 characters.
+# profile FILE NAME: writes a small ICC version 2 profile (ICC.1:2001-04) with a name of up to 31 characters.
 profile() {
     {
         printf '\0\0\0\xDCtvtm\2\x40\0\0mntrRGB XYZ \7\xEA\0\1\0\1\0\0\0\0\0\0acsp'
