@@ -1,13 +1,13 @@
-# What Debian wants in every package beside what is installed: changelogs, copyright, compressed manual pages.
+# Adds the files that Debian requires in every package: changelogs, copyright, compressed manual pages.
 cmake_minimum_required(VERSION 3.25)
 
-# An entry of the time that SOURCE_DATE_EPOCH names, else of now.
+# SOURCE_DATE_EPOCH, or the current time.
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 
 function(add_changelog package folder)
     file(WRITE ${folder}/changelog.Debian
         "${package} (${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}) unstable; urgency=medium\n\n"
-        "  * Release ${CPACK_PACKAGE_VERSION}: changelog.gz of libtvmeta-dev says what is new.\n\n"
+        "  * Release ${CPACK_PACKAGE_VERSION}: see changelog.gz of libtvmeta-dev.\n\n"
         " -- ${CPACK_PACKAGE_CONTACT}  ${date}\n")
     if(EXISTS ${folder}/CHANGELOG.md)
         file(RENAME ${folder}/CHANGELOG.md ${folder}/changelog)
@@ -16,15 +16,15 @@ function(add_changelog package folder)
     execute_process(COMMAND gzip -9n ${changelogs} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-# The tool is compiled together with libraries made of headers, whose licences ask to be kept with it.
+# The tool contains code of header-only libraries, whose licences require their notices.
 function(add_copyright component folder)
     string(CONCAT text "tvmeta: image metadata for HDR photo applications\n\n"
         "Copyright 2026 the tvmeta maintainers\n\n"
-        "No licence has been given yet: ask the maintainers before you copy or pass on any of this.\n")
+        "No licence has been granted yet: ask the maintainers before you copy or distribute any of this.\n")
     if(component STREQUAL tool)
         foreach(package IN ITEMS libcli11-dev nlohmann-json3-dev libstb-dev)
             file(READ /usr/share/doc/${package}/copyright notice)
-            string(APPEND text "\n\nThe program contains code of ${package}, which comes with this notice:\n\n")
+            string(APPEND text "\n\nThe program contains code of ${package}, with this notice:\n\n")
             string(APPEND text "${notice}")
         endforeach()
     endif()

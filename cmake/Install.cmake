@@ -1,5 +1,5 @@
-# What a user of the installed library needs, in three components: the library to run with, what it takes to build with
-# it, and (in tools/) the tool. A project that adds this one as a folder decides by itself what it installs.
+# Installs three components: the library, the development files, and (in tools/) the tool. Off by default inside another
+# project, which decides what it installs.
 option(TVMETA_INSTALL "Install the library" ${PROJECT_IS_TOP_LEVEL})
 if(NOT TVMETA_INSTALL)
     return()
@@ -31,13 +31,13 @@ if(NOT BUILD_SHARED_LIBS)
         endif()
     endforeach()
 endif()
-# Relative to where the file lies, so that an installation can be moved or made with another prefix.
+# Relative to the file itself, so that an installation can be moved.
 file(RELATIVE_PATH TVMETA_PC_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/tvmeta.pc.in tvmeta.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tvmeta.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
     COMPONENT development)
 
-# The pages keep their places to each other, so that the links between them lead somewhere.
+# The pages keep their relative paths, so that the links between them work.
 if(PROJECT_IS_TOP_LEVEL)
     file(GLOB TVMETA_PAGES CONFIGURE_DEPENDS docs/*.md)
     install(FILES README.md SECURITY.md CONTRIBUTING.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR}

@@ -1,12 +1,12 @@
-# Debian packages, one per component: scripts/package makes them out of the preset "package".
+# Debian packages, one per component. scripts/package builds them from the preset "package".
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has one of its own
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package sets its own
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-# Nobody owns a name below this top-level domain (RFC 2606): whoever hands packages out gives an address of their own.
+# .invalid is reserved (RFC 2606). To distribute packages, set your own address.
 if(NOT CPACK_PACKAGE_CONTACT)
     set(CPACK_PACKAGE_CONTACT "tvmeta maintainers <maintainers@tvmeta.invalid>")
 endif()
@@ -25,7 +25,7 @@ set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "image metadata for HDR photo applications 
 Reads the metadata of source photographs (JPEG, TIFF, PSD) into one record,
 keeps processing settings as an XMP packet, writes result images as TIFF files
 with that metadata, and measures the luminance of HDR buffers.")
-# Which package a program needs that is linked with the library, and word to the loader that there is one more.
+# shlibs: the package that linked programs depend on. triggers: update the cache of the loader.
 set(control ${PROJECT_BINARY_DIR}/debian-control)
 file(WRITE ${control}/shlibs
     "libtvmeta ${PROJECT_VERSION_MAJOR} ${CPACK_DEBIAN_LIBRARY_PACKAGE_NAME} (>= ${PROJECT_VERSION})\n")
@@ -35,13 +35,13 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${control}/shlibs ${control}/trig
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtvmeta-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "image metadata for HDR photo applications - development files
-What it takes to build programs with libtvmeta: the header, a pkg-config file,
-a CMake package and the documentation.")
+Files for building programs with libtvmeta: the header, a pkg-config file, a
+CMake package and the documentation.")
 
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME tvmeta)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}) # the tool's own library
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}) # the library that the tool uses
 set(CPACK_DEBIAN_TOOL_DESCRIPTION "image metadata for HDR photo applications - command-line tool
 Shows the metadata of photographs, writes TIFF files with metadata and
 processing settings, and works on EXIF blocks, ICC profiles, IPTC keywords and
@@ -63,7 +63,7 @@ file(CHMOD ${control}/postinst ${control}/prerm
     PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${control}/postinst ${control}/prerm)
 
-# Runs between the staging of the files and the making of the packages.
+# Runs after the files are staged, before the packages are built.
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/DebianFiles.cmake)
 
 include(CPack)

@@ -1,4 +1,4 @@
-# Warnings are errors in this project's own builds; somebody else's compiler must not fail on its own new warnings.
+# Warnings are errors in builds of this project only: a new compiler must not break projects that include it.
 option(TVMETA_WERROR "Treat warnings as errors" ${PROJECT_IS_TOP_LEVEL})
 
 function(tvmeta_enable_warnings target)

@@ -1,5 +1,5 @@
 # shellcheck shell=bash disable=SC2034
-# Sourced by the other scripts: installs the Debian packages that are missing, and only those.
+# Sourced by the other scripts: installs missing Debian packages.
 
 # need_packages PACKAGE...
 need_packages() {
@@ -15,7 +15,7 @@ need_packages() {
     local as_root=()
     if [ "$(id -u)" -ne 0 ]; then
         if ! command -v sudo >/dev/null; then
-            echo "These Debian packages are missing, and there is no sudo to install them with: ${missing[*]}" >&2
+            echo "Missing Debian packages, and no sudo to install them: ${missing[*]}" >&2
             echo "Please run as root: apt-get install ${missing[*]}" >&2
             exit 1
         fi
@@ -28,11 +28,11 @@ need_packages() {
         "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"; } \
         >"$log" 2>&1; then
         tail -n 20 "$log" >&2
-        echo "These Debian packages could not be installed: ${missing[*]}" >&2
+        echo "Cannot install these Debian packages: ${missing[*]}" >&2
         exit 1
     fi
     rm "$log"
 }
 
-# What every build of the library and the tool takes.
+# Packages for every build of the library and the tool.
 build_packages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libstb-dev libopenexr-dev)
