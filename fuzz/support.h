@@ -28,8 +28,8 @@ namespace fuzz {
 using Bytes = std::vector<std::uint8_t>;
 
 // Stops the run if the library does not do what its documentation says.
-inline void require(bool holds, const char* promise) {
-    if (!holds) {
+inline void require(bool condition, const char* promise) {
+    if (!condition) {
         std::fprintf(stderr, "Broken promise: %s\n", promise);
         std::abort();
     }

@@ -253,7 +253,7 @@ TEST(ExifDirectory, Fallbacks) {
     for (const auto& test : cases) {
         Tiff file;
         file.add(test.entries);
-        Bytes bytes = file.finish(8) + "behind";
+        Bytes bytes = file.finish(8) + "after";
         const Stream stream = streamOf(bytes);
         std::fseek(stream.get(), 8, SEEK_SET);
         ExifInfo info{};

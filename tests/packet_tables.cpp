@@ -1,4 +1,4 @@
-// Prints what docs/packet-format.md shows of the settings packet, out of the tables and the writer themselves:
+// Prints the generated parts of docs/packet-format.md from the tables and the writer:
 //
 //   packet_tables packet             an example of a packet
 //   packet_tables methods tvmeta.h   the parameters of each method, with the names that the header gives their slots
@@ -29,7 +29,7 @@ std::string packetOf(std::int32_t method, const float* settings, const std::stri
     return packet;
 }
 
-// The parameter as it is written when every slot holds the same value.
+// The written value of a parameter when every slot has the same value.
 std::string writtenFor(const Method& method, const Parameter& parameter, float value) {
     SettingsValues settings;
     std::fill(std::begin(settings), std::end(settings), value);
@@ -39,15 +39,14 @@ std::string writtenFor(const Method& method, const Parameter& parameter, float v
     return packet.substr(start, packet.find('<', start) - start);
 }
 
-// The name behind the prefix that the header gives a number.
+// The name of the constant with this prefix and number in the header.
 std::string nameIn(const std::string& header, const std::string& prefix, int number) {
     const std::string value = " = " + std::to_string(number);
     for (std::size_t at = header.find(" " + prefix); at != std::string::npos; at = header.find(" " + prefix, at + 1)) {
         const std::size_t name = at + 1 + prefix.size();
         const std::size_t end = header.find(' ', name);
-        const std::size_t behind = end + value.size();
-        if (header.compare(end, value.size(), value) == 0 &&
-            !std::isdigit(static_cast<unsigned char>(header[behind]))) {
+        const std::size_t next = end + value.size();
+        if (header.compare(end, value.size(), value) == 0 && !std::isdigit(static_cast<unsigned char>(header[next]))) {
             return header.substr(name, end - name);
         }
     }

@@ -236,7 +236,7 @@ TEST(InsertXmp, PlacesTheDescription) {
     const Bytes mixed = meta + doubled(rdf).replace(63, 1, "'") + "\n\n  ";
     const struct {
         const char* what;
-        Bytes before, behind;
+        Bytes before, after;
         std::int32_t failure;
     } cases[] = {
         {"this library's own", Opening.substr(0, Opening.size() - 1), "\n" + description("a") + Closing, 0},
@@ -256,11 +256,11 @@ TEST(InsertXmp, PlacesTheDescription) {
     const std::int32_t shift = insert_xmp(0, 11, IntensiveSettings, 0, 0, nullptr);
     EXPECT_EQ(shift, size32(added));
     for (const auto& test : cases) {
-        const Bytes data = test.before + test.behind;
+        const Bytes data = test.before + test.after;
         Bytes buffer = data + Bytes(added.size() + 1, '!');
         const std::int32_t result = insert_xmp(1, 11, IntensiveSettings, size32(data), shift, buffer.data());
         EXPECT_EQ(result, test.failure < 0 ? test.failure : shift) << test.what;
-        const Bytes expected = test.failure < 0 ? data + Bytes(added.size(), '!') : test.before + added + test.behind;
+        const Bytes expected = test.failure < 0 ? data + Bytes(added.size(), '!') : test.before + added + test.after;
         EXPECT_EQ(buffer, expected + "!") << test.what;
     }
 }
