@@ -19,20 +19,15 @@ static_assert(std::string_view(TVMETA_MAKER_HOST).size() == 15, "readers compare
 // The prefix of every settings property.
 inline constexpr std::string_view SettingsPrefix = "tvtm:";
 
-// The declaration of the settings namespace up to the slash behind the host: what follows holds a number that may vary.
-inline constexpr QuotedText SettingsDeclaration{
-    {"xmlns:tvtm=", 6}, "xmlns:tvtm='http://" TVMETA_MAKER_HOST "/", "xmlns:tvtm=\"http://" TVMETA_MAKER_HOST "/"};
+// The declaration of the settings namespace up to the slash after the host. The rest, which has a number, may vary.
+inline constexpr QuotedText SettingsDeclaration{"xmlns:tvtm='http://" TVMETA_MAKER_HOST "/", 6};
 
 // EXIF auxiliary properties (XMP additional properties), of which the lens name is read and written.
-inline constexpr QuotedText AuxDeclaration{
-    {"xmlns:aux=", 7}, "xmlns:aux='" TVMETA_AUX_URI, "xmlns:aux=\"" TVMETA_AUX_URI};
+inline constexpr QuotedText AuxDeclaration{"xmlns:aux='" TVMETA_AUX_URI, 7};
 
 // The opening tags of a packet (ISO 16684-1): the first without its closing quote, the second whole.
-inline constexpr QuotedText XmpmetaOpening{
-    {"<x:xmpmeta xmlns:x=", 5}, "<x:xmpmeta xmlns:x='adobe:ns:meta/", "<x:xmpmeta xmlns:x=\"adobe:ns:meta/"};
-inline constexpr QuotedText RdfOpening{{"<rdf:RDF xmlns:rdf=", 5},
-                                       "<rdf:RDF xmlns:rdf='" TVMETA_RDF_URI "'>",
-                                       "<rdf:RDF xmlns:rdf=\"" TVMETA_RDF_URI "\">"};
+inline constexpr QuotedText XmpmetaOpening{"<x:xmpmeta xmlns:x='adobe:ns:meta/", 5};
+inline constexpr QuotedText RdfOpening{"<rdf:RDF xmlns:rdf='" TVMETA_RDF_URI "'>", 5};
 
 static_assert(SettingsDeclaration.size() == 35 && AuxDeclaration.size() == 44);
 static_assert(XmpmetaOpening.size() == 34 && RdfOpening.size() == 65);

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <iterator>
 #include <limits>
 #include <system_error>
 
@@ -12,21 +14,21 @@ namespace tvmeta {
 
 namespace {
 
-constexpr bool isSpace(char c) noexcept {
+constexpr bool isSpace(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
-constexpr bool isDigit(char c) noexcept {
+constexpr bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-void skipSpace(std::string_view& text) noexcept {
+void skipSpace(std::string_view& text) {
     while (!text.empty() && isSpace(text.front())) {
         text.remove_prefix(1);
     }
 }
 
-// Takes a sign off the text and tells whether it was a minus.
-bool takeSign(std::string_view& text) noexcept {
+// Removes a sign from the start of the text. Returns whether it was a minus.
+bool takeSign(std::string_view& text) {
     const bool negative = text.starts_with('-');
     if (negative || text.starts_with('+')) {
         text.remove_prefix(1);
@@ -34,50 +36,8 @@ bool takeSign(std::string_view& text) noexcept {
     return negative;
 }
 
-// Far beyond any text's digits, and far from overflow when they are added.
-constexpr std::int64_t LargestExponent = INT64_MAX / 2;
-
-// Whether a decimal number that no float can hold is too large, rather than too small: its decimal exponent tells.
-bool isTooLarge(std::string_view number) noexcept {
-    std::int64_t exponent = 0;
-    bool significant = false;
-    bool fraction = false;
-    while (!number.empty() && (isDigit(number.front()) || number.front() == '.')) {
-        const char c = number.front();
-        number.remove_prefix(1);
-        if (c == '.') {
-            if (fraction) {
-                break;
-            }
-            fraction = true;
-            continue;
-        }
-        significant = significant || c != '0';
-        if (significant && !fraction) {
-            ++exponent;
-        } else if (!significant && fraction) {
-            --exponent;
-        }
-    }
-    if (number.starts_with('e') || number.starts_with('E')) {
-        number.remove_prefix(1);
-        const bool isBlank = !number.empty() && isSpace(number.front()); // which no exponent begins with
-        const std::int64_t written = isBlank ? 0 : scanInteger(number).value_or(0);
-        exponent += std::clamp<std::int64_t>(written, -LargestExponent, LargestExponent);
-    }
-    return exponent > 0;
-}
-
-// The integer nearest to a value below 2^63, ties to even, as printf rounds an exact decimal expansion.
-std::uint64_t roundHalfEven(double value) noexcept {
-    const std::uint64_t whole = static_cast<std::uint64_t>(value);
-    const double rest = value - static_cast<double>(whole);
-    const bool up = rest > 0.5 || (rest == 0.5 && whole % 2 == 1);
-    return whole + (up ? 1 : 0);
-}
-
 // Whether the text begins with a word of lower-case letters, in any case.
-constexpr bool beginsWithWord(std::string_view text, std::string_view word) noexcept {
+constexpr bool beginsWithWord(std::string_view text, std::string_view word) {
     constexpr int CaseBit = 'a' ^ 'A';
     return text.size() >= word.size() && std::equal(word.begin(), word.end(), text.begin(), [](char letter, char c) {
                return c == letter || c == (letter ^ CaseBit);
@@ -85,7 +45,7 @@ constexpr bool beginsWithWord(std::string_view text, std::string_view word) noex
 }
 
 // The words for infinity and NaN. An 'i' after "inf" must begin the rest of "infinity".
-constexpr std::optional<float> scanWord(std::string_view text) noexcept {
+constexpr std::optional<float> scanWord(std::string_view text) {
     if (beginsWithWord(text, "nan")) {
         return std::numeric_limits<float>::quiet_NaN();
     }
@@ -95,44 +55,93 @@ constexpr std::optional<float> scanWord(std::string_view text) noexcept {
     return std::nullopt;
 }
 
-constexpr double PowersOfTen[] = {1, 10, 100, 1000, 10'000, 100'000, 1'000'000};
+// More digits matter only by not all being 0: no float, and no number halfway between two floats, has more than 113.
+constexpr std::size_t MaxDigits = 120;
 
-// Below this a float times 10^6 fits 63 bits. Up to there, the product of a float's 24 significant bits and the 20 bits
-// of 10^6 is exact in double precision, so that one rounding to an integer gives the very digits of printf.
-constexpr double FastLimit = 1e12;
+// The number DIGITS * 10^exponent; without digits, 0.
+struct Decimal {
+    char text[MaxDigits + 8]; // the digits, from the first that is not 0; room for one more, the exponent and its end
+    std::size_t size = 0;
+    std::int64_t exponent = 0;
+};
 
-// A plain decimal number as texts mostly have it. Digits up to 2^24, and powers of ten up to 10^10 (the table ends
-// before), are floats without rounding, so that one division gives the float nearest to the number.
-std::optional<float> scanShortDecimal(std::string_view text) noexcept {
-    constexpr std::uint32_t LargestDigits = 1U << std::numeric_limits<float>::digits;
-    constexpr std::size_t LongestFraction = std::size(PowersOfTen) - 1;
-    std::uint32_t digits = 0;
-    std::size_t i = 0;
-    std::size_t fraction = 0; // how many digits behind the point, once it has been seen
-    bool point = false;
-    for (; i < text.size(); ++i) {
-        if (isDigit(text[i])) {
-            digits = digits * 10 + static_cast<std::uint32_t>(text[i] - '0');
-            fraction += point ? 1 : 0;
-        } else if (text[i] == '.' && !point) {
-            point = true;
-        } else {
-            break;
-        }
-        if (digits > LargestDigits || fraction > LongestFraction) {
-            return std::nullopt;
-        }
+// The exponent after an 'e', which may be missing. Limited, so that no sum with the length of a text overflows.
+std::int64_t scanExponent(std::string_view text) {
+    constexpr std::int64_t Limit = INT64_MAX / 2;
+    if (!(text.starts_with('e') || text.starts_with('E')) || (text.size() > 1 && isSpace(text[1]))) {
+        return 0;
     }
-    const bool isExponent = i < text.size() && (text[i] == 'e' || text[i] == 'E');
-    if (isExponent) {
-        return std::nullopt;
-    }
-    return static_cast<float>(digits) / static_cast<float>(PowersOfTen[fraction]);
+    text.remove_prefix(1);
+    return std::clamp(scanInteger(text).value_or(0), -Limit, Limit);
 }
+
+Decimal scanDecimal(std::string_view text) {
+    Decimal number;
+    bool fraction = false;
+    bool excess = false; // a digit that matters was dropped
+    std::size_t i = 0;
+    for (; i < text.size() && (isDigit(text[i]) || (text[i] == '.' && !fraction)); ++i) {
+        if (text[i] == '.') {
+            fraction = true;
+            continue;
+        }
+        const bool full = number.size == MaxDigits;
+        if (full) {
+            excess = excess || text[i] != '0';
+        } else if (number.size > 0 || text[i] != '0') {
+            number.text[number.size++] = text[i];
+        }
+        number.exponent += (full ? 1 : 0) - (fraction ? 1 : 0);
+    }
+    if (excess) {
+        number.text[number.size++] = '1';
+        --number.exponent;
+    }
+    text.remove_prefix(i);
+    number.exponent += scanExponent(text);
+    return number;
+}
+
+// The float nearest to a number. It is written without a decimal point, which is all that depends on the locale.
+float convert(Decimal& number) {
+    constexpr std::int64_t OutOfRange = 999; // with any number of digits
+    const std::int64_t exponent = std::clamp(number.exponent, -OutOfRange, OutOfRange);
+    char* end = number.text + number.size;
+    *end++ = 'e';
+    *end++ = exponent < 0 ? '-' : '+';
+    for (const std::int64_t place : {100, 10, 1}) {
+        *end++ = static_cast<char>('0' + std::abs(exponent) / place % 10);
+    }
+#ifdef __cpp_lib_to_chars
+    float value = 0.0F;
+    if (std::from_chars(number.text, end, value).ec == std::errc::result_out_of_range) {
+        const bool large = exponent + static_cast<std::int64_t>(number.size) > 0;
+        value = large ? std::numeric_limits<float>::infinity() : 0.0F;
+    }
+    return value;
+#else // libc++ has no from_chars for floats
+    *end = '\0';
+    return std::strtof(number.text, nullptr);
+#endif
+}
+
+// The integer nearest to a value below 2^63, ties to even, as printf rounds an exact decimal expansion.
+std::uint64_t roundHalfEven(double value) {
+    const std::uint64_t whole = static_cast<std::uint64_t>(value);
+    const double rest = value - static_cast<double>(whole);
+    const bool up = rest > 0.5 || (rest == 0.5 && whole % 2 == 1);
+    return whole + (up ? 1 : 0);
+}
+
+constexpr double PowersOfTen[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6};
+
+// Below this a float times 10^6 fits 63 bits. The product of a float's 24 significant bits and the 20 bits of 10^6 is
+// exact in double precision, so one rounding to an integer gives the digits of printf.
+constexpr double FastLimit = 1e12;
 
 } // namespace
 
-std::optional<std::int64_t> scanInteger(std::string_view& text) noexcept {
+std::optional<std::int64_t> scanInteger(std::string_view& text) {
     skipSpace(text);
     const bool negative = takeSign(text);
     if (text.empty() || !isDigit(text.front())) {
@@ -147,30 +156,22 @@ std::optional<std::int64_t> scanInteger(std::string_view& text) noexcept {
     return negative ? -value : value;
 }
 
-std::optional<float> scanFloat(std::string_view text) noexcept {
+std::optional<float> scanFloat(std::string_view text) {
     skipSpace(text);
     const bool negative = takeSign(text);
-    if (const std::optional<float> value = scanWord(text)) {
-        return negative ? -*value : *value;
+    std::optional<float> value = scanWord(text);
+    const std::size_t firstDigit = text.starts_with('.') ? 1 : 0;
+    if (!value && text.size() > firstDigit && isDigit(text[firstDigit])) {
+        Decimal number = scanDecimal(text);
+        value = number.size > 0 ? convert(number) : 0.0F;
     }
-    const bool leadsWithPoint = text.starts_with('.');
-    if (text.size() <= (leadsWithPoint ? 1U : 0U) || !isDigit(text[leadsWithPoint ? 1 : 0])) {
-        return std::nullopt;
+    if (value && negative) {
+        value = -*value;
     }
-    if (const std::optional<float> value = scanShortDecimal(text)) {
-        return negative ? -*value : *value;
-    }
-    float value = 0.0F;
-    const std::errc error = std::from_chars(text.data(), text.data() + text.size(), value).ec;
-    if (error == std::errc::result_out_of_range) {
-        value = isTooLarge(text) ? std::numeric_limits<float>::infinity() : 0.0F;
-    } else if (error != std::errc()) {
-        return std::nullopt;
-    }
-    return negative ? -value : value;
+    return value;
 }
 
-std::string_view printFixed(std::span<char, PrintedFloatSize> buffer, float value, int decimals) noexcept {
+std::string_view printFixed(std::span<char, PrintedFloatSize> buffer, float value, int decimals) {
     if (!std::isfinite(value)) {
         const std::string_view word = std::isnan(value) ? "-nan" : "-inf";
         return word.substr(std::signbit(value) ? 0 : 1);

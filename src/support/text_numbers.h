@@ -1,5 +1,5 @@
-// Support: numbers in texts, as C's "%d", "%f" and "%.Nf" conversions scan and print them in the "C" locale, whatever
-// the locale of the process is.
+// Support: numbers in texts, as C's "%d", "%f" and "%.Nf" conversions scan and print them in the "C" locale. The locale
+// of the process makes no difference.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 namespace tvmeta {
 
 // Scans a "%d" at the start of the text and removes it from there. A number beyond 64 bits saturates.
-std::optional<std::int64_t> scanInteger(std::string_view& text) noexcept;
+std::optional<std::int64_t> scanInteger(std::string_view& text);
 
 // Scans a "%f" at the start of the text. A number that is too large gives infinity. Of a hexadecimal number only the
 // leading zero is read, since no packet contains one.
@@ -18,13 +18,13 @@ std::optional<std::int64_t> scanInteger(std::string_view& text) noexcept;
 // "inf", "infinity" and "nan" are read in any case, with or without a sign. As C requires (and unlike strtof), "inf"
 // followed by an 'i' is a number only if it is "infinity". "nan" is a number whatever follows: of "nan(abc)", closed or
 // not, the parentheses are left in the text, as glibc's sscanf does, so they do not change the NaN's payload.
-std::optional<float> scanFloat(std::string_view text) noexcept;
+std::optional<float> scanFloat(std::string_view text);
 
 // Room for any float printed with up to six decimals: sign, 39 digits, point, decimals.
 inline constexpr std::size_t PrintedFloatSize = 48;
 
 // Prints the number with 0 to 6 decimals. The text is in the buffer; infinity and NaN are constants, with the number's
 // sign: "inf", "-inf", "nan", "-nan".
-std::string_view printFixed(std::span<char, PrintedFloatSize> buffer, float value, int decimals) noexcept;
+std::string_view printFixed(std::span<char, PrintedFloatSize> buffer, float value, int decimals);
 
 } // namespace tvmeta

@@ -6,31 +6,31 @@
 
 namespace tvmeta {
 
-// The rest of a text from an offset on; empty at its end and behind. (string_view's own substr throws there.)
-constexpr std::string_view textFrom(std::string_view text, std::size_t offset) noexcept {
+// The text from an offset on; empty if the offset is not below its size. (string_view's substr throws beyond the end.)
+constexpr std::string_view textFrom(std::string_view text, std::size_t offset) {
     return offset < text.size() ? std::string_view(text.data() + offset, text.size() - offset) : std::string_view();
 }
 
-// A text to search for. `anchor` is the index of two neighbouring bytes of it that are rare in what is searched: whole
-// blocks without that pair are passed over at the speed of memory.
+// A text to search for. `anchor` is the index of two adjacent bytes in it that are rare where it is searched for: text
+// without that pair is skipped in blocks.
 struct SearchText {
     std::string_view text;
     std::size_t anchor;
 };
 
-// Offset of the first occurrence at `from` or later that lies wholly within `text`; npos when there is none.
-std::size_t findText(std::string_view text, const SearchText& wanted, std::size_t from = 0) noexcept;
+// Offset of the first occurrence at `from` or later that is wholly within `text`; npos if there is none.
+std::size_t findText(std::string_view text, const SearchText& wanted, std::size_t from = 0);
 
-// The same text in its two XML forms: quoted with apostrophes and with quotation marks.
+// A text to search for that is quoted with apostrophes, as here, or with quotation marks. The anchor is before the
+// first quote.
 struct QuotedText {
-    SearchText lead; // what both begin with, up to the quote
-    std::string_view apostrophes;
-    std::string_view quotationMarks;
+    std::string_view text;
+    std::size_t anchor;
 
-    constexpr std::size_t size() const noexcept { return apostrophes.size(); }
+    constexpr std::size_t size() const { return text.size(); }
 };
 
-// Offset of the first occurrence of either form.
-std::size_t findQuoted(std::string_view text, const QuotedText& wanted, std::size_t from = 0) noexcept;
+// Offset of the first occurrence with either quotes. An occurrence that mixes them does not count.
+std::size_t findQuoted(std::string_view text, const QuotedText& wanted, std::size_t from = 0);
 
 } // namespace tvmeta
