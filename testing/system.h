@@ -22,7 +22,7 @@ inline void setEnvironment(const char* name, const char* value) {
 #endif
 }
 
-// What Windows does differently.
+// Differences of Windows.
 #ifdef _WIN32
 inline constexpr bool OpensDirectories = false;
 inline constexpr bool HasTimeZoneRules = false; // TZ names an offset alone

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Extracts from the documentation what a test or a package compiles, and checks what it shows.
+"""Extracts programs from the documentation and compares the output that it shows.
 
 pages.py program PAGE                    prints the page's C program
 pages.py codes HEADER                    prints the table of docs/result-codes.md
@@ -23,11 +23,11 @@ def check(page, shown, command):
     output = subprocess.run(command, check=True, capture_output=True).stdout.decode().replace("\r\n", "\n")
     text = Path(page).read_text(encoding="utf-8")
     if not output or (f"{shown}\n{output}```" not in text and f"{shown}\n{output}\n" not in text):
-        sys.exit(f"{page} does not show what this prints: {shlex.join(command)}\n{output}")
+        sys.exit(f"{page} does not show the output of {shlex.join(command)}:\n{output}")
 
 
 def run(page, command):
-    """Checks what the program prints when it runs as the page says: $ cc ... && ./program ARGUMENT..."""
+    """Checks the output of the page's program with the arguments on the page: $ cc ... && ./program ARGUMENT..."""
     shown, arguments = re.search(r"^\$ cc .*(&& \./\w+ (.*))$", Path(page).read_text(encoding="utf-8"), re.MULTILINE).groups()
     check(page, shown, [*command, *shlex.split(arguments)])
 

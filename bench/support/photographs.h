@@ -10,7 +10,7 @@ namespace bench {
 struct Photograph {
     Bytes file;
     std::vector<Region> needed; // bytes that any reader of the metadata needs, in file order
-    ExifInfo record;            // what the library must find
+    ExifInfo record;            // expected result
 };
 
 // EXIF data with a maker note and a thumbnail, Photoshop resources with another thumbnail, an XMP packet.
