@@ -1,24 +1,36 @@
 #include "writers/pixel_kernels.h"
 
-#include <bit>
-#include <cstdint>
 #include <cstring>
 
 namespace tvmeta {
 
 namespace {
 
-template <std::size_t FromSize, std::size_t ToSize>
-void dropTail(const unsigned char* from, unsigned char* to, std::size_t pixels) noexcept {
+template <std::size_t SampleSize>
+void grayWithoutExtra(const unsigned char* from, unsigned char* to, std::size_t pixels) {
     for (std::size_t i = 0; i < pixels; ++i) {
-        std::memcpy(to + i * ToSize, from + i * FromSize, ToSize);
+        std::memcpy(to + i * SampleSize, from + i * 2 * SampleSize, SampleSize);
     }
 }
 
-constexpr std::size_t HighByte = std::endian::native == std::endian::little ? 1 : 0;
+// Copies whole source pixels, which takes one instruction each; the next pixel overwrites the extra sample. The last
+// pixel is copied without it, so nothing is written after the row.
+template <std::size_t SampleSize>
+void rgbWithoutExtra(const unsigned char* from, unsigned char* to, std::size_t pixels) {
+    constexpr std::size_t FromSize = 4 * SampleSize;
+    constexpr std::size_t ToSize = 3 * SampleSize;
+    for (; pixels > 1; --pixels) {
+        std::memcpy(to, from, FromSize);
+        from += FromSize;
+        to += ToSize;
+    }
+    std::memcpy(to, from, pixels * ToSize);
+}
+
+constexpr std::size_t HighByte = 1; // of a sample in little-endian order
 
 template <std::size_t Channels, std::size_t Samples>
-void takeHighBytes(const unsigned char* from, unsigned char* to, std::size_t pixels) noexcept {
+void takeHighBytes(const unsigned char* from, unsigned char* to, std::size_t pixels) {
     for (std::size_t i = 0; i < pixels; ++i) {
         for (std::size_t sample = 0; sample < Samples; ++sample) {
             to[i * Samples + sample] = from[(i * Channels + sample) * 2 + HighByte];
@@ -28,19 +40,19 @@ void takeHighBytes(const unsigned char* from, unsigned char* to, std::size_t pix
 
 } // namespace
 
-PixelKernel droppingKernel(std::size_t channels, std::size_t sampleBytes) noexcept {
+PixelKernel droppingKernel(std::size_t channels, std::size_t sampleBytes) {
     const bool gray = channels == 2;
     switch (sampleBytes) {
     case 1:
-        return gray ? dropTail<2, 1> : dropTail<4, 3>;
+        return gray ? grayWithoutExtra<1> : rgbWithoutExtra<1>;
     case 2:
-        return gray ? dropTail<4, 2> : dropTail<8, 6>;
+        return gray ? grayWithoutExtra<2> : rgbWithoutExtra<2>;
     default:
-        return gray ? dropTail<8, 4> : dropTail<16, 12>;
+        return gray ? grayWithoutExtra<4> : rgbWithoutExtra<4>;
     }
 }
 
-PixelKernel highByteKernel(std::size_t channels) noexcept {
+PixelKernel highByteKernel(std::size_t channels) {
     switch (channels) {
     case 1:
         return takeHighBytes<1, 1>;

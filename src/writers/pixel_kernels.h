@@ -1,17 +1,17 @@
-// Writers: conversions of a run of pixels on their way into a file.
+// Writers: conversions of adjacent pixels for a file.
 #pragma once
 
 #include <cstddef>
 
 namespace tvmeta {
 
-// Converts so many pixels that lie one behind the other.
-using PixelKernel = void (*)(const unsigned char* from, unsigned char* to, std::size_t pixels) noexcept;
+// Converts `pixels` adjacent pixels.
+using PixelKernel = void (*)(const unsigned char* from, unsigned char* to, std::size_t pixels);
 
-// Samples as they are, without the last channel.
-PixelKernel droppingKernel(std::size_t channels, std::size_t sampleBytes) noexcept;
+// Copies samples without the last channel.
+PixelKernel droppingKernel(std::size_t channels, std::size_t sampleBytes);
 
-// The high bytes of 16-bit samples in machine byte order; with an even number of channels without the last one.
-PixelKernel highByteKernel(std::size_t channels) noexcept;
+// Takes the high bytes of 16-bit samples in machine byte order; of 2 or 4 channels without the last.
+PixelKernel highByteKernel(std::size_t channels);
 
 } // namespace tvmeta

@@ -13,15 +13,14 @@ namespace {
 
 constexpr std::size_t CHUNK_BYTES = 1'048'576;
 
-// The source of an image's rows: where the next one starts, how far it is to the one behind it, and what becomes of its
-// pixels. Without a kernel they are written as they are.
+// The source of an image's rows.
 struct PixelSource {
-    const unsigned char* row;
-    std::ptrdiff_t pitch; // bytes
-    PixelKernel kernel;
+    const unsigned char* row; // the next one
+    std::ptrdiff_t pitch;     // bytes from one row to the next
+    PixelKernel kernel;       // converts a row; null: rows are written unchanged
 };
 
-PixelSource sourceOf(const void* pixels, std::ptrdiff_t rowPitch, const TiffImage& image) noexcept {
+PixelSource sourceOf(const void* pixels, std::ptrdiff_t rowPitch, const TiffImage& image) {
     const auto* const row = static_cast<const unsigned char*>(pixels);
     if (image.takesHighBytes) {
         return {row, rowPitch * 2, highByteKernel(image.channels)};
@@ -30,12 +29,12 @@ PixelSource sourceOf(const void* pixels, std::ptrdiff_t rowPitch, const TiffImag
     return {row, rowPitch, dropsChannel ? droppingKernel(image.channels, image.sampleBytes) : nullptr};
 }
 
-// Rows per block: as many as a block of source rows of the written depth holds.
-std::size_t rowsPerBlock(const TiffImage& image) noexcept {
+// Rows per block. Its size is that of source rows, extra channel included, in the written depth.
+std::size_t rowsPerBlock(const TiffImage& image) {
     return std::max<std::size_t>(CHUNK_BYTES / (image.width * image.channels * image.sampleBytes), 1);
 }
 
-void fillBlock(unsigned char* block, PixelSource source, std::size_t rows, const TiffImage& image) noexcept {
+void fillBlock(unsigned char* block, PixelSource source, std::size_t rows, const TiffImage& image) {
     for (std::size_t i = 0; i < rows; ++i) {
         if (source.kernel != nullptr) {
             source.kernel(source.row, block, image.width);
@@ -55,20 +54,20 @@ std::int32_t writePixels(std::FILE* stream, const void* pixels, std::ptrdiff_t r
         return 0;
     }
     PixelSource source = sourceOf(pixels, rowPitch, image);
-    // Rows that already lie as they do in the file are written from where they are.
-    const bool asItLies = source.kernel == nullptr && source.pitch == static_cast<std::ptrdiff_t>(image.rowSize());
+    // Rows without conversion or padding are written from the caller's buffer.
+    const bool isPacked = source.kernel == nullptr && source.pitch == static_cast<std::ptrdiff_t>(image.rowSize());
     const std::size_t blockRows = std::min(rowsPerBlock(image), image.height);
-    ZeroedBuffer buffer(asItLies ? 0 : blockRows * image.rowSize());
+    ZeroedBuffer buffer(isPacked ? 0 : blockRows * image.rowSize());
     if (!buffer) {
         return write_result::NoPixelMemory;
     }
     std::size_t rows = 0;
     for (std::size_t done = 0; done < image.height; done += rows) {
         rows = std::min(blockRows, image.height - done);
-        if (!asItLies) {
+        if (!isPacked) {
             fillBlock(buffer.data(), source, rows, image);
         }
-        const unsigned char* const block = asItLies ? source.row : buffer.data();
+        const unsigned char* const block = isPacked ? source.row : buffer.data();
         if (std::fwrite(block, image.rowSize(), rows, stream) != rows) {
             return write_result::PixelsFailed;
         }
