@@ -1,0 +1,213 @@
+// A few thousand results as text, compared on every platform with those of x86-64 Linux.
+//
+//   TVMETA_RECORD=1 golden_test    records them in testing/golden.txt
+//
+// A line is a group, the number of its first result, and results in hexadecimal: bit patterns of numbers, or hashes of
+// texts, records and files. In the groups named "libm" the library takes logarithms and powers from the C library,
+// whose last bit is not the same everywhere; the results are rounded to float or to two decimals.
+#include "testing/files.h"
+#include "testing/photographs.h"
+#include "tvmeta.h"
+
+#include <algorithm>
+#include <bit>
+#include <cinttypes>
+#include <cstdlib>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <map>
+#include <sstream>
+
+using namespace test;
+
+namespace {
+
+// The numbers of a linear congruential generator: the same on every platform.
+class Random {
+  public:
+    std::uint32_t next() {
+        state_ = state_ * 6364136223846793005U + 1442695040888963407U;
+        return static_cast<std::uint32_t>(state_ >> 32);
+    }
+    std::uint32_t below(std::uint32_t limit) { return next() % limit; }
+
+  private:
+    std::uint64_t state_ = 1;
+};
+
+// FNV-1a with 64 bits.
+std::uint64_t hashOf(std::string_view bytes) {
+    std::uint64_t hash = 0xCBF29CE484222325U;
+    for (const char byte : bytes) {
+        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3U;
+    }
+    return hash;
+}
+template <typename Record>
+std::uint64_t hashOfRecord(const Record& record) {
+    return hashOf({reinterpret_cast<const char*>(&record), sizeof record});
+}
+
+class Results {
+  public:
+    void add(const char* group, std::uint64_t result) { groups_[group].push_back(result); }
+    void addCode(const char* group, std::int32_t code) { add(group, std::uint64_t{static_cast<std::uint32_t>(code)}); }
+    void addBits(const char* group, float value) { add(group, std::uint64_t{std::bit_cast<std::uint32_t>(value)}); }
+
+    Bytes text() const {
+        constexpr std::size_t PerLine = 8;
+        Bytes text;
+        for (const auto& [group, results] : groups_) {
+            for (std::size_t i = 0; i < results.size(); ++i) {
+                char digits[20];
+                std::snprintf(digits, sizeof digits, " %" PRIx64, results[i]);
+                text += i % PerLine == 0 ? (i == 0 ? "" : "\n") + group + ' ' + std::to_string(i) : "";
+                text += digits;
+            }
+            text += '\n';
+        }
+        return text;
+    }
+
+  private:
+    std::map<Bytes, std::vector<std::uint64_t>> groups_;
+};
+
+Bytes randomNumber(Random& random) {
+    static constexpr std::string_view Characters = "0123456789012345678901234567890123456789..eE+-";
+    Bytes text = random.below(4) == 0 ? "-" : "";
+    for (std::uint32_t length = random.below(40) + 1; length > 0; --length) {
+        text += Characters[random.below(length > 30 ? 10 : Characters.size())];
+    }
+    return text;
+}
+
+void addNumbers(Results& results) {
+    Random random;
+    for (int i = 0; i < 1500; ++i) {
+        const Bytes text = elementPacket("Fusion/Intensive", element("Radius", randomNumber(random))) + '\0';
+        SettingsValues settings = {};
+        get_settings_from_xmp(METHOD_FUSION_INTENSIVE, size32(text), text.data(), nullptr, settings);
+        results.addBits("scanned", settings[FUSION_INTENSIVE_RADIUS]);
+    }
+    for (int i = 0; i < 500; ++i) {
+        Bytes gamma = std::to_string(random.below(5)) + '.';
+        gamma += std::to_string(random.below(100'000));
+        const Bytes text = elementPacket("Details Enhancer", element("Gamma", gamma)) + '\0';
+        SettingsValues settings = {};
+        get_settings_from_xmp(METHOD_DETAILS_ENHANCER, size32(text), text.data(), nullptr, settings);
+        results.addBits("libm gamma", settings[DETAILS_ENHANCER_GAMMA]);
+    }
+}
+
+void addPackets(Results& results) {
+    Random random;
+    for (int i = 0; i < 1000; ++i) {
+        static constexpr std::int32_t Methods[] = {1, 2, 3, 10, 11, 15};
+        SettingsValues settings;
+        for (float& slot : settings) {
+            slot = i % 2 == 0 ? static_cast<float>(random.below(2'000'000)) / 10'000 - 50
+                              : std::bit_cast<float>(random.next());
+        }
+        Bytes packet(8192, '\0');
+        const std::int32_t size = embed_xmp(1, Methods[i % 6], settings, 4, "lens", packet.data());
+        packet.resize(static_cast<std::size_t>(size));
+        results.add("libm packet", hashOf(packet));
+    }
+}
+
+void addStatistics(Results& results) {
+    Random random;
+    for (int i = 0; i < 300; ++i) {
+        const auto width = static_cast<std::int32_t>(random.below(600) + 1);
+        const auto height = static_cast<std::int32_t>(random.below(4) + 1);
+        const std::uint32_t low = random.below(250);
+        const std::uint32_t spread = random.below(i % 3 == 0 ? 256 - low : 12) + 1;
+        Bytes pixels(static_cast<std::size_t>(width * height * 4), '\0');
+        for (std::size_t at = 0; at < pixels.size(); ++at) {
+            const bool isExponent = at / static_cast<std::size_t>(width) % 4 == 3;
+            pixels[at] = static_cast<char>(isExponent ? std::min(low + random.below(spread), 255U) : random.next());
+        }
+        float statistics[3] = {};
+        results.addCode("hdr result", hdrMinMax(width, height, raw(pixels), statistics));
+        for (const float value : statistics) {
+            results.addBits("hdr", value);
+        }
+    }
+}
+
+void addRecords(Results& results, const TempDir& dir) {
+    const struct {
+        std::int32_t fileType;
+        Bytes file;
+    } photographs[] = {{FILE_TYPE_TIFF, fullTiff(true)},
+                       {FILE_TYPE_TIFF, fullTiff(false)},
+                       {FILE_TYPE_JPEG, fullJpeg()},
+                       {FILE_TYPE_PSD, psd(resource(1058, fullTiff(true)))}};
+    Random random;
+    for (int i = 0; i < 400; ++i) {
+        const auto& [fileType, original] = photographs[i % 4];
+        Bytes file = original;
+        for (int change = i / 40; change > 0; --change) {
+            file[random.below(static_cast<std::uint32_t>(file.size()))] = static_cast<char>(random.next());
+        }
+        ExifInfo info;
+        const std::int32_t result = getExifData(dir.write("photo", file).c_str(), fileType, &info);
+        MetadataBuf metadata = {};
+        GpsBuf gps = {};
+        metadataBufFromExifInfo(&info, &metadata, &gps);
+        results.add("record", hashOfRecord(info) + static_cast<std::uint32_t>(result));
+        results.add("metadata", hashOfRecord(metadata) ^ hashOfRecord(gps));
+    }
+}
+
+void addFiles(Results& results, const TempDir& dir) {
+    Random random;
+    ExifInfo info;
+    getExifData(dir.write("photo.jpg", fullJpeg()).c_str(), FILE_TYPE_JPEG, &info);
+    MetadataBuf metadata = {};
+    GpsBuf gps = {};
+    metadataBufFromExifInfo(&info, &metadata, &gps);
+    const Bytes profile(500, 'p');
+    Bytes pixels(20 * 20 * 4 * 4, '\0');
+    for (char& byte : pixels) {
+        byte = static_cast<char>(random.next());
+    }
+    for (int i = 0; i < 300; ++i) {
+        static constexpr std::int32_t BitsAndModes[][2] = {{8, 0}, {16, 0}, {16, 1}, {32, 0}, {3216, 0}};
+        const auto [bits, mode] = BitsAndModes[i / 4 % 5];
+        const auto side = static_cast<std::int32_t>(random.below(20) + 1);
+        const TifImageInfo image = {side, 20, 1 + i % 4, bits, 300, i % 3 == 0 ? 500 : 0, mode, 1 + i % 8};
+        const SettingsValues settings = {5, 3, 70};
+        const std::string path = dir.path("result.tif");
+        const std::int32_t result =
+            buf2tif(pixels.data(), &image, side * 16, raw(profile), &metadata, &gps, 0, nullptr,
+                    i % 2 == 0 ? METHOD_FUSION_INTENSIVE : METHOD_NONE, settings, 0, nullptr, path.c_str());
+        results.addCode("tiff result", result);
+        results.add("tiff", result > 0 ? hashOf(readFile(path)) : 0);
+    }
+}
+
+TEST(Golden, ResultsAreThoseOfEveryPlatform) {
+    const TempDir dir;
+    Results results;
+    addNumbers(results);
+    addPackets(results);
+    addStatistics(results);
+    addRecords(results, dir);
+    addFiles(results, dir);
+    if (std::getenv("TVMETA_RECORD") != nullptr) {
+        writeFile(TVMETA_GOLDEN, results.text());
+    }
+    std::istringstream expected(readFile(TVMETA_GOLDEN));
+    std::istringstream found(results.text());
+    std::string expectedLine;
+    std::string foundLine;
+    while (std::getline(expected, expectedLine)) {
+        std::getline(found, foundLine);
+        EXPECT_EQ(foundLine, expectedLine);
+    }
+    EXPECT_FALSE(std::getline(found, foundLine));
+}
+
+} // namespace
