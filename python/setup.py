@@ -1,6 +1,7 @@
 """Builds a wheel that contains the library: CMake compiles it from the tree around this folder."""
 
 import re
+import shutil
 import subprocess
 import sys
 import sysconfig
@@ -26,6 +27,7 @@ class BuildWithLibrary(build_py):
 
     def run(self) -> None:
         """Copy the modules, then build the library next to them."""
+        shutil.rmtree(Path(self.build_lib) / "tvmeta", ignore_errors=True)  # modules of an earlier build
         super().run()
         if self.editable_mode:
             return

@@ -9,7 +9,7 @@ The package uses the library that the environment variable TVMETA_LIBRARY names,
 its own folder, else the system's libtvmeta.so.1.
 """
 
-from ._library import library as _library
+from . import _library
 from ._brackets import BracketSet, brackets
 from .enums import ExposureSource, FileType, Method, Orientation, ResolutionUnit
 from .errors import (
@@ -26,7 +26,7 @@ from .photo import Photo, read
 from .settings import Settings
 from .tiff import save_tiff
 
-__version__: str = _library.tvmeta_version().decode()
+__version__: str = _library.library.tvmeta_version().decode()
 
 __all__ = [
     "AccessError",
