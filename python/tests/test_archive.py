@@ -59,9 +59,7 @@ def snapshot(out):
 
 def records(out):
     return [
-        record
-        for key in archive._keys(os.fsencode(out))
-        for record in partition.read_records(os.fsencode(out), key)
+        record for key in archive._keys(os.fsencode(out)) for record in partition.read_records(os.fsencode(out), key)
     ]
 
 
@@ -84,8 +82,7 @@ def test_records_and_summary(whole, tree, capsys):
 
 def test_partitions_are_few_and_cover_the_tree(whole, tree):
     sizes = Counter(
-        len(list(partition.read_records(os.fsencode(whole), key)))
-        for key in archive._keys(os.fsencode(whole))
+        len(list(partition.read_records(os.fsencode(whole), key))) for key in archive._keys(os.fsencode(whole))
     )
     assert 15 <= sum(sizes.values()) <= 80 and max(sizes) <= 4 * SIZE
 
@@ -186,12 +183,7 @@ def test_failures(client, tmp_path, capsys):
         "itself.jpg": "Too many levels of symbolic links",
         "nowhere.jpg": "No such file or directory",
     }
-    assert sorted(record["file"] for record in records(out)) == [
-        "cut.jpg",
-        "good.jpg",
-        "hostile.tif",
-        "no suffix",
-    ]
+    assert sorted(record["file"] for record in records(out)) == ["cut.jpg", "good.jpg", "hostile.tif", "no suffix"]
     before = (root / "flaky.jpg").stat()
     write(root / "flaky.jpg", whole)
     os.utime(root / "flaky.jpg", ns=(0, before.st_mtime_ns))
@@ -207,7 +199,5 @@ def test_failures(client, tmp_path, capsys):
 
 
 def test_a_file_that_vanishes_is_a_failure(tmp_path):
-    result = partition.index_partition(
-        os.fsencode(tmp_path), os.fsencode(tmp_path / "out"), "ab", b"gone.jpg", False
-    )
+    result = partition.index_partition(os.fsencode(tmp_path), os.fsencode(tmp_path / "out"), "ab", b"gone.jpg", False)
     assert result == (1, 0, 0, 1)

@@ -112,9 +112,7 @@ EXIF = tiff_with((700, 1, PACKET), (33723, 7, BLOCK))
 JPEG = b"\xff\xd8\xff\xe1" + struct.pack(">H", len(EXIF) + 8) + b"Exif\0\0" + EXIF + b"\xff\xda"
 
 BLOCKS = {
-    "PSD resources": psd_with(
-        (1005, b"abc", b"1234567"), (1028, b"", BLOCK), (1060, b"", PACKET), (1058, b"", EXIF)
-    ),
+    "PSD resources": psd_with((1005, b"abc", b"1234567"), (1028, b"", BLOCK), (1060, b"", PACKET), (1058, b"", EXIF)),
     "PSD tags": psd_with((1005, b"ab", b"1234567"), (1058, b"", EXIF)),
     "JPEG tags": JPEG,
     "TIFF that ends with the packet": tiff_with((33723, 7, BLOCK), (700, 1, PACKET)),

@@ -10,21 +10,13 @@ import tvmeta
 # Values to set, and all others that follow from them; packet texts by exiftool.
 MAPPINGS = {
     "numbers": ("Details Enhancer", {"Strength": 70, "Gamma": 1.2, "WhiteClip": 0.25}, {"Gamma": 1.2}),
-    "light": (
-        "Details Enhancer",
-        {"Smoothing": "Very Low"},
-        {"SmoothingMode": "Light", "Smoothing": "Very Low"},
-    ),
+    "light": ("Details Enhancer", {"Smoothing": "Very Low"}, {"SmoothingMode": "Light", "Smoothing": "Very Low"}),
     "slider": ("Details Enhancer", {"Smoothing": 4.5}, {"SmoothingMode": "Slider", "Smoothing": 4.5}),
     "slider first": ("details enhancer", {"SmoothingMode": "Slider", "Smoothing": -3}, {"Smoothing": -3}),
     "panorama": ("Fusion/Adjust", {"IsPano360": True}, {"IsPano360": "Yes"}),
     "clip": ("Contrast Optimizer", {"WhiteClip": 2.5}, {"WhiteClip": 2.5}),
     "every number": ("Fusion/Real-Estate", {"Highlights": -1.5, "LocalContrast": 8}, {"LocalContrast": 8}),
-    "compressor": (
-        tvmeta.Method.TONE_COMPRESSOR,
-        {"Compression": 7},
-        {"Compression": 7, "Method": "Tone Compressor"},
-    ),
+    "compressor": (tvmeta.Method.TONE_COMPRESSOR, {"Compression": 7}, {"Compression": 7, "Method": "Tone Compressor"}),
 }
 
 
@@ -45,9 +37,7 @@ def test_round_trip(tmp_path, method, values, texts):
 
 
 def test_slots_are_those_of_the_header():
-    settings = tvmeta.Settings(
-        "Details Enhancer", {"Gamma": 2, "Smoothing": 30, "IsPano360": True, "BlackClip": 0.5}
-    )
+    settings = tvmeta.Settings("Details Enhancer", {"Gamma": 2, "Smoothing": 30, "IsPano360": True, "BlackClip": 0.5})
     slots = list(settings.slots())
     assert {slot: value for slot, value in enumerate(slots) if value} == {4: 0.5, 15: 1, 16: 1, 17: 30}
     assert tvmeta.Settings("Details Enhancer").slots()[8] == 50
@@ -67,9 +57,7 @@ REFUSED = [
 ]
 
 
-@pytest.mark.parametrize(
-    "name, value, kind, reason", REFUSED, ids=[f"{case[0]}={case[1]}" for case in REFUSED]
-)
+@pytest.mark.parametrize("name, value, kind, reason", REFUSED, ids=[f"{case[0]}={case[1]}" for case in REFUSED])
 def test_refused_values(name, value, kind, reason):
     settings = tvmeta.Settings("Details Enhancer")
     before = dict(settings)

@@ -38,12 +38,7 @@ LAYOUTS = {
     "transposed": (BASE.astype("f2").transpose(1, 0, 2), BASE.transpose(1, 0, 2), 16, 3),
     "read-only": (read_only(BASE.astype("u1")), BASE, 8, 3),
     "one row for all": (numpy.broadcast_to(BASE[0].astype("u1"), BASE.shape), BASE[[0] * 14], 8, 3),
-    "memoryview": (
-        memoryview(bytes(range(24))).cast("B", (2, 4, 3)),
-        numpy.arange(24).reshape(2, 4, 3),
-        8,
-        3,
-    ),
+    "memoryview": (memoryview(bytes(range(24))).cast("B", (2, 4, 3)), numpy.arange(24).reshape(2, 4, 3), 8, 3),
     "alpha": (numpy.dstack([BASE, GREY]).astype("u1"), BASE, 8, 3),
 }
 
@@ -61,18 +56,14 @@ def test_pixels(tmp_path, pixels, expected, bits, channels):
     assert (tags["ImageWidth"], tags["ImageHeight"]) == (expected.shape[1], expected.shape[0])
     assert tags["SamplesPerPixel"] == channels and str(tags["BitsPerSample"]).split()[0] == str(bits)
     assert tags.get("SampleFormat", "1")[0] == ("3" if kind == "f" else "1")
-    assert len(said) == (pixels.shape[2:] == (4,)) and all(
-        "last of 4 channels" in str(w.message) for w in said
-    )
+    assert len(said) == (pixels.shape[2:] == (4,)) and all("last of 4 channels" in str(w.message) for w in said)
 
 
 def test_rows_are_not_copied(tmp_path, monkeypatch):
     from tvmeta import tiff
 
     seen = []
-    monkeypatch.setattr(
-        tiff, "rows_of", lambda view, f=tiff.rows_of: seen.append((view, f(view))) or seen[-1][1]
-    )
+    monkeypatch.setattr(tiff, "rows_of", lambda view, f=tiff.rows_of: seen.append((view, f(view))) or seen[-1][1])
     padded = numpy.zeros((8, 32, 3), "u1")[::-2, :20]
     tvmeta.save_tiff(tmp_path / "a.tif", padded)
     tvmeta.save_tiff(tmp_path / "b.tif", padded[:, ::2])

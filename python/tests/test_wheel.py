@@ -19,9 +19,7 @@ def test_wheel_contains_the_library(tmp_path):
     command = [python, "-m", "pip", "install", "--no-build-isolation", "--no-index", "--no-deps", package]
     done = subprocess.run(command, env=clean, capture_output=True, text=True)
     assert done.returncode == 0, done.stdout + done.stderr
-    program = (
-        f"import tvmeta, tvmeta._library as l; print(tvmeta.read({str(SCENE)!r}).model, l.library._name)"
-    )
+    program = f"import tvmeta, tvmeta._library as l; print(tvmeta.read({str(SCENE)!r}).model, l.library._name)"
 
     def run(**variables):
         command, environment = [python, "-c", program], {**clean, **variables}
@@ -29,9 +27,7 @@ def test_wheel_contains_the_library(tmp_path):
 
     model, library = run().stdout.split()
     assert model == "TV-100" and Path(library).parent.name == "tvmeta" and str(tmp_path) in library
-    (tag,) = [
-        line for path in tmp_path.rglob("WHEEL") for line in path.read_text().splitlines() if "linux" in line
-    ]
+    (tag,) = [line for path in tmp_path.rglob("WHEEL") for line in path.read_text().splitlines() if "linux" in line]
     assert tag.startswith("Tag: py3-none-linux_")
     assert os.environ["TVMETA_LIBRARY"] in run(TVMETA_LIBRARY=os.environ["TVMETA_LIBRARY"]).stdout
     for other in ("/none/libtvmeta.so.1", "libm.so.6"):

@@ -12,15 +12,7 @@ its own folder, else the system's libtvmeta.so.1.
 from . import _library
 from ._brackets import BracketSet, brackets
 from .enums import ExposureSource, FileType, Method, Orientation, ResolutionUnit
-from .errors import (
-    AccessError,
-    Error,
-    FileError,
-    FolderError,
-    FormatError,
-    NotFoundError,
-    UnknownFormatError,
-)
+from .errors import AccessError, Error, FileError, FolderError, FormatError, NotFoundError, UnknownFormatError
 from .hdr import HdrStatistics, hdr_statistics
 from .photo import Photo, read
 from .settings import Settings

@@ -146,9 +146,7 @@ class _Part:
         counts: Counter[int] = Counter()
         paths: list[bytes] = []
         try:
-            timed = (
-                record for record in self.records if {"dateTimeOriginal", "exposureTime"} <= record.keys()
-            )
+            timed = (record for record in self.records if {"dateTimeOriginal", "exposureTime"} <= record.keys())
             for _, folder in groupby(map(name_bytes, timed), lambda name: os.path.dirname(name)):
                 members = [os.path.join(self.root, name) for name in folder]
                 if sum(map(len, paths + members)) > _MAX_ARGUMENT_BYTES:

@@ -4,15 +4,7 @@ from __future__ import annotations
 
 import os
 import sys
-from ctypes import (
-    CDLL,
-    POINTER,
-    c_char_p,
-    c_float,
-    c_int32,
-    c_void_p,
-    sizeof,
-)
+from ctypes import CDLL, POINTER, c_char_p, c_float, c_int32, c_void_p, sizeof
 from pathlib import Path
 from typing import Any
 

@@ -1,14 +1,6 @@
 """The records of tvmeta.h as ctypes structures, member by member."""
 
-from ctypes import (
-    Structure,
-    c_char,
-    c_char_p,
-    c_float,
-    c_int32,
-    c_uint8,
-    c_uint32,
-)
+from ctypes import Structure, c_char, c_char_p, c_float, c_int32, c_uint8, c_uint32
 
 SETTINGS_SLOTS = 18
 SettingsValues = c_float * SETTINGS_SLOTS

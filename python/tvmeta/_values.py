@@ -49,29 +49,26 @@ def fraction(value: float) -> Optional[Fraction]:
         return Fraction(value)
     (bits,) = struct.unpack("<I", struct.pack("<f", abs(value)))
     exponent, mantissa = max(bits >> 23, 1), bits & 0x7FFFFF
-    # The neighbouring floats are half as far below a power of two.
-    below = 1 if mantissa == 0 and exponent > 1 else 2
-    quarters = 4 * (mantissa | (0x800000 if bits >> 23 else 0))
-    unit = 2 ** (152 - exponent)
-    # The ends of the interval never are the simplest: the value itself has a smaller denominator.
-    result = Fraction(*_simplest(quarters - below, unit, quarters + 2, unit))
+    halves = 2 * (mantissa | (0x800000 if bits >> 23 else 0))
+    unit = 2 ** (151 - exponent)
+    # From half a step below to half a step above. The ends never are the simplest: the value has a smaller
+    # denominator. Below a power of two, steps are half as long, but fractions there are less simple than above.
+    result = Fraction(*_simplest(halves - 1, unit, halves + 1, unit))
     return result if value > 0 else -result
 
 
-def sexagesimal(words: Sequence[int]) -> Optional[Fraction]:
+def sexagesimal(words: Sequence[int]) -> Optional[float]:
     """Sum up degrees (hours), minutes and seconds; None if the first has no denominator."""
-    if words[1] == 0:
+    a, b, c, d, e, f = words
+    if b == 0:
         return None
-    parts = [Fraction(words[i], words[i + 1] or 1) if words[i + 1] else Fraction(0) for i in (0, 2, 4)]
-    return parts[0] + parts[1] / 60 + parts[2] / 3600
+    return a / b + (c / d / 60 if d else 0) + (e / f / 3600 if f else 0)
 
 
 def degrees(words: Sequence[int], reference: bytes) -> Optional[float]:
     """Return decimal degrees, negative in the south and west."""
     angle = sexagesimal(words) if reference else None
-    if angle is None:
-        return None
-    return float(-angle if reference in (b"S", b"W") else angle)
+    return -angle if angle is not None and reference in (b"S", b"W") else angle
 
 
 def altitude(words: Sequence[int], reference: int) -> Optional[float]:

@@ -13,7 +13,7 @@ from typing import Any, Optional, Sequence
 
 from ._library import library
 from ._records import GpsBuf, MetadataBuf
-from ._values import fraction, sexagesimal
+from ._values import fraction
 from .photo import Photo
 
 _MAX = 2**31 - 1
@@ -36,9 +36,10 @@ def _set_rational(target: Any, value: float) -> None:
 
 def _set_angle(target: Any, words: Sequence[int]) -> None:
     """Move minutes and seconds into the first number if that is 0."""
-    total = sexagesimal(words)
-    if total is not None and words[0] == 0:
-        target[:] = (*rational(total), 0, 1, 0, 1)
+    whole, *rest = zip(words[::2], words[1::2])
+    if whole[0] == 0 and whole[1] != 0:
+        minutes, seconds = (Fraction(n, d) if d else Fraction(0) for n, d in rest)
+        target[:] = (*rational(minutes / 60 + seconds / 3600), 0, 1, 0, 1)
 
 
 def writer_records(photo: Optional[Photo]) -> tuple[MetadataBuf, GpsBuf]:

@@ -26,15 +26,7 @@ from tqdm import tqdm
 
 from . import _files as files
 from ._archive_listing import Partition, partitions
-from ._archive_partition import (
-    Record,
-    Result,
-    index_partition,
-    line_of,
-    name_fields,
-    part_path,
-    read_state,
-)
+from ._archive_partition import Record, Result, index_partition, line_of, name_fields, part_path, read_state
 
 PARTITION_SIZE = 4000
 _TASKS_PER_THREAD = 3  # one runs, the others bridge the way to the scheduler and back
@@ -91,9 +83,7 @@ class _Run:
     def submit(self, partition: Partition) -> None:
         self.keys.add(partition.key)
         names = b"\0".join(partition.names)
-        future = self.client.submit(
-            index_partition, self.root, self.out, partition.key, names, self.retry, pure=False
-        )
+        future = self.client.submit(index_partition, self.root, self.out, partition.key, names, self.retry, pure=False)
         self.running[future] = partition.key
         self.completed.add(future)
 
@@ -194,29 +184,16 @@ def _client(arguments: argparse.Namespace) -> Any:
 
 
 def _arguments(argv: Optional[list[str]]) -> argparse.Namespace:
-    parser = argparse.ArgumentParser(
-        prog="python3 -m tvmeta.archive", description="Index a photograph archive."
-    )
+    parser = argparse.ArgumentParser(prog="python3 -m tvmeta.archive", description="Index a photograph archive.")
     commands = parser.add_subparsers(dest="command", required=True)
     build = commands.add_parser("index", help="build an index, or bring it up to date")
     build.add_argument("root", metavar="ROOT", help="top folder of the archive")
     build.add_argument("out", metavar="OUT", help="folder of the index")
-    build.add_argument(
-        "--scheduler", metavar="ADDRESS", help="Dask scheduler; default: workers on this machine"
-    )
-    build.add_argument(
-        "--workers", type=int, metavar="N", help="without a scheduler: workers, default one per core"
-    )
-    build.add_argument(
-        "--partition", type=int, default=PARTITION_SIZE, metavar="N", help="files per partition"
-    )
-    build.add_argument(
-        "--retry", action="store_true", help="read again what failed, even if it did not change"
-    )
-    for name, text in (
-        ("summary", "count cameras, lenses, years and brackets"),
-        ("failures", "list what failed"),
-    ):
+    build.add_argument("--scheduler", metavar="ADDRESS", help="Dask scheduler; default: workers on this machine")
+    build.add_argument("--workers", type=int, metavar="N", help="without a scheduler: workers, default one per core")
+    build.add_argument("--partition", type=int, default=PARTITION_SIZE, metavar="N", help="files per partition")
+    build.add_argument("--retry", action="store_true", help="read again what failed, even if it did not change")
+    for name, text in (("summary", "count cameras, lenses, years and brackets"), ("failures", "list what failed")):
         commands.add_parser(name, help=text).add_argument("out", metavar="OUT", help="folder of the index")
     return parser.parse_args(argv)
 

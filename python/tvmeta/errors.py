@@ -16,9 +16,7 @@ AnyPath = Union[str, bytes]
 class Error(Exception):
     """Base class of all failures that the package reports."""
 
-    def __init__(
-        self, path: Optional[AnyPath], reason: str, code: int = 0, errno: Optional[int] = None
-    ) -> None:
+    def __init__(self, path: Optional[AnyPath], reason: str, code: int = 0, errno: Optional[int] = None) -> None:
         """Keep what failed, why, and the result of the library."""
         super().__init__(errno, reason, path)
         self.path = path

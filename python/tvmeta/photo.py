@@ -67,8 +67,7 @@ class Photo:
     def thumbnail(self) -> bytes:
         """Read the JPEG thumbnail; empty if there is none."""
         return self._read(
-            lambda file, kind, record: places.Place(record.thumbnailOffset, max(record.thumbnailLength, 0)),
-            "thumbnail",
+            lambda file, kind, record: places.Place(record.thumbnailOffset, max(record.thumbnailLength, 0)), "thumbnail"
         )
 
     def iptc(self) -> bytes:

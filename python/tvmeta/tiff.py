@@ -20,12 +20,13 @@ from .settings import Settings
 _BITS_CODES = {"B": 8, "H": 16, "f": 32, "e": 3216}  # by format character of the struct module
 _NATIVE_ORDER = "@=" + ("<" if sys.byteorder == "little" else ">")
 _MAX_RESOLUTION = 4294967  # thousandths of it are stored in 32 bits
+_TOO_LARGE = -6
 _REASONS = {
     -1: "cannot be opened, or not enough memory",
     -2: "the header cannot be written",
     -3: "the pixels cannot be written",
     -4: "not enough memory",
-    -6: "the file would be larger than 2 GiB",
+    _TOO_LARGE: "the file would be larger than 2 GiB",
     -12: "the directory cannot be written",
 }
 
@@ -63,7 +64,7 @@ def _image_info(view: memoryview, icc: bytes, resolution: int, orientation: int)
 def _failure(path: AnyPath, code: int) -> Error:
     cause = os.strerror(get_errno()) if get_errno() and code in (-2, -3, -12) else ""
     reason = _REASONS.get(code, "failed") + (f": {cause}" if cause else "")
-    if code in (-4, -6):
+    if code in (-4, _TOO_LARGE):
         return Error(path, f"{reason}; not written", code)
     return FileError(path, f"{reason}; not written", code, get_errno() or None)
 
@@ -101,9 +102,10 @@ def save_tiff(
     view = view_of(pixels)
     info = _image_info(view, profile, resolution, orientation)
     if info.channels in (2, 4):
-        warnings.warn(
-            f"{os.fsdecode(name)}: the last of {info.channels} channels is not written", stacklevel=2
-        )
+        warnings.warn(f"{os.fsdecode(name)}: the last of {info.channels} channels is not written", stacklevel=2)
+    size = info.height * info.width * (3 if info.channels > 2 else 1) * view.itemsize
+    if size >= 2**31:  # before a copy is made
+        raise _failure(name, _TOO_LARGE)
     rows, pitch = rows_of(view)
     metadata, gps = writer_records(photo)
     method, slots = (settings.method, settings.slots()) if settings is not None else (0, None)
