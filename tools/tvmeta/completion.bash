@@ -54,7 +54,7 @@ _tvmeta() {
 
     COMPREPLY=()
     case $previous in
-    --fields | --sort) _tvmeta_fields "$current" ;;
+    --fields | --sort | --filter) _tvmeta_fields "$current" ;;
     --method) _tvmeta_methods "$current" ;;
     --set) _tvmeta_settings "$current" ;;
     --depth) mapfile -t COMPREPLY < <(compgen -W "8 16 32 16f" -- "$current") ;;

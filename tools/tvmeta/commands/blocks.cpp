@@ -4,12 +4,15 @@
 #include "output/failure.h"
 #include "output/output_file.h"
 #include "output/text.h"
+#include "photographs/iptc_block.h"
 #include "photographs/photo.h"
+#include "photographs/writer_records.h"
 
 #include <functional>
 #include <iomanip>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,7 +52,7 @@ int32_t blockSize(const ExifCounts& c) {
 }
 
 Bytes exifBlock(const std::string& path) {
-    const WriterRecords records = writerRecords(readPhoto(path));
+    const WriterRecords records = writerRecords(readPhoto(path).info);
     const ExifCounts c = countsOf(records);
     Bytes block(static_cast<size_t>(blockSize(c)));
     const int32_t result = write_exif_buf(c.exifCount, c.exifBytes, c.gpsCount, c.gpsBytes, c.modelCount, c.makeCount,
@@ -71,36 +74,10 @@ void writeBlock(const std::string& photo, const std::string& path, const std::fu
     messagesFor(path) << "wrote " << printable(path) << ": " << size << " bytes\n";
 }
 
-// The block with one keyword more.
-Bytes withKeyword(const std::string& path, const Bytes& block, const std::string& keyword) {
-    constexpr size_t LongestKeyword = 32767;
-    if (keyword.size() > LongestKeyword) {
-        throw WrongCommandLine("expected a keyword of at most " + std::to_string(LongestKeyword) + " bytes, found " +
-                               std::to_string(keyword.size()));
-    }
-    constexpr size_t DatasetHeader = 5;
-    constexpr size_t RecordVersion = 7; // precedes the keyword in a new block
-    Bytes longer(block.size() + DatasetHeader + keyword.size() + (block.empty() ? RecordVersion : 0));
-    const int32_t result =
-        add_iptc_keyword(librarySize(block), block.data(), librarySize(keyword), keyword.data(), longer.data());
-    if (result < 0) {
-        throw Failure(path, explain(result, {{-1, "its IPTC block is damaged"}}));
-    }
-    return longer;
-}
-
-// IPTC-IIM 4.1, section 1.5: a dataset is a marker, record, number and big-endian length, then its value. A length of
-// 32768 or more announces the extended form, which only pictures and the like need.
 void listDatasets(std::string_view block) {
-    const auto byteAt = [&](size_t i) { return static_cast<unsigned char>(block[i]); };
-    while (block.size() >= 5 && block[0] == 0x1C) {
-        const size_t length = static_cast<size_t>(byteAt(3)) << 8 | byteAt(4);
-        if (length > 0x7FFF || length > block.size() - 5) {
-            break;
-        }
-        std::cout << static_cast<int>(byteAt(1)) << ":" << std::setfill('0') << std::setw(2)
-                  << static_cast<int>(byteAt(2)) << "  " << printable(block.substr(5, length)) << "\n";
-        block.remove_prefix(5 + length);
+    while (const std::optional<IptcDataset> dataset = takeDataset(block)) {
+        std::cout << dataset->record << ":" << std::setfill('0') << std::setw(2) << dataset->number << "  "
+                  << printable(dataset->value) << "\n";
     }
     // Blocks are padded with zeros.
     if (block.find_first_not_of('\0') != std::string_view::npos) {

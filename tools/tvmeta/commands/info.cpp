@@ -1,23 +1,23 @@
-// tvmeta info: the records of photographs, as a list, a table or JSON.
+// tvmeta info: the records of photographs, as a list, a table, JSON or CSV.
 
 #include "commands/commands.h"
+#include "output/csv.h"
 #include "output/failure.h"
 #include "output/json.h"
 #include "output/table.h"
 #include "output/terminal.h"
 #include "output/text.h"
+#include "photographs/field_filter.h"
 #include "photographs/fields.h"
 #include "photographs/read_photos.h"
 
 #include <algorithm>
-#include <functional>
 #include <iomanip>
 #include <iostream>
 #include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <vector>
 
 namespace {
@@ -28,10 +28,23 @@ const std::vector<std::string> TableKeys = {"file",     "dateTimeOriginal", "exp
 struct Options {
     std::vector<std::string> names;
     std::vector<std::string> fields;
+    std::vector<std::string> conditions;
+    std::string sort;
     bool recursive = false;
     bool json = false;
+    bool csv = false;
     bool list = false;
 };
+
+enum class Format { List, Table, Json, Csv };
+
+Format formatOf(const Options& options) {
+    return options.json                                    ? Format::Json
+           : options.csv                                   ? Format::Csv
+           : options.list                                  ? Format::List
+           : options.names.size() > 1 || options.recursive ? Format::Table
+                                                           : Format::List;
+}
 
 // The photographs by capture time.
 std::vector<Shot> shotsOf(std::vector<Photo> photos) {
@@ -94,33 +107,117 @@ void printJson(const Shot& shot, const FieldList& fields) {
     for (const Field* field : fields) {
         members.push_back({field->key, field->value(shot)});
     }
-    std::cout << jsonObject(members) << "\n";
+    std::cout << jsonObject(members) << std::endl; // a reader gets each object at once
 }
 
-FieldList chosenFields(const Options& options, bool isTable) {
+void printCsv(const Shot& shot, const FieldList& fields) {
+    std::vector<std::string> cells;
+    std::ranges::transform(fields, std::back_inserter(cells),
+                           [&](const Field* field) { return csvField(field->value(shot)); });
+    std::cout << csvRecord(cells) << std::flush;
+}
+
+void printCsvHeader(const FieldList& fields) {
+    std::vector<std::string> cells;
+    std::ranges::transform(fields, std::back_inserter(cells), &Field::key);
+    std::cout << csvRecord(cells);
+}
+
+void printShot(Format format, const Shot& shot, const FieldList& fields) {
+    switch (format) {
+    case Format::Json:
+        return printJson(shot, fields);
+    case Format::Csv:
+        return printCsv(shot, fields);
+    default:
+        return printList(shot, fields);
+    }
+}
+
+constexpr std::string_view SinceFirst = "secondsSinceFirst";
+
+// JSON and CSV are written while files are still read, unless a field or the order depends on all of them.
+bool isStreamed(const Options& options, Format format) {
+    const auto isSinceFirst = [](const std::string& text) { return text.starts_with(SinceFirst); };
+    return (format == Format::Json || format == Format::Csv) && options.sort.empty() &&
+           std::ranges::none_of(options.fields, isSinceFirst) && std::ranges::none_of(options.conditions, isSinceFirst);
+}
+
+FieldList chosenFields(const Options& options, Format format) {
     FieldList fields;
-    if (options.fields.empty() && !isTable) {
-        std::ranges::transform(allFields(), std::back_inserter(fields), [](const Field& field) { return &field; });
-    } else {
-        std::ranges::transform(options.fields.empty() ? TableKeys : options.fields, std::back_inserter(fields),
-                               fieldNamed);
+    if (options.fields.empty() && format != Format::Table) {
+        for (const Field& field : allFields()) {
+            if (field.key != SinceFirst || !isStreamed(options, format)) {
+                fields.push_back(&field);
+            }
+        }
+        return fields;
+    }
+    for (const std::string& key : options.fields.empty() ? TableKeys : options.fields) {
+        fields.push_back(fieldNamed(key));
+        if (format == Format::Json && key == "file") {
+            fields.push_back(fieldNamed("fileBytes"));
+        }
     }
     return fields;
 }
 
-void showInfo(const Options& options) {
-    const bool isTable = !options.json && !options.list && (options.names.size() > 1 || options.recursive);
-    const FieldList fields = chosenFields(options, isTable);
+// By a field, "-" before its key for descending order; photographs without it last. Equal ones stay in their order.
+void sortShots(std::vector<Shot>& shots, const std::string& sort) {
+    const bool isDescending = sort.starts_with('-');
+    const Field* field = fieldNamed(sort.substr(isDescending ? 1 : 0));
+    std::ranges::stable_sort(shots, [&](const Shot& a, const Shot& b) {
+        const Value first = field->value(a), second = field->value(b);
+        if (isMissing(first) || isMissing(second)) {
+            return !isMissing(first);
+        }
+        return isDescending ? compareValues(first, second) > 0 : compareValues(first, second) < 0;
+    });
+}
+
+bool meetsAll(const std::vector<FieldFilter>& filters, const Shot& shot) {
+    return std::ranges::all_of(filters, [&](const FieldFilter& filter) { return filter.accepts(shot); });
+}
+
+Reading showStreamed(const Options& options, Format format, const FieldList& fields,
+                     const std::vector<FieldFilter>& filters) {
+    return readPhotos(options.names, options.recursive, [&](Photo&& photo) {
+        const Shot shot = {std::move(photo)};
+        if (meetsAll(filters, shot)) {
+            printShot(format, shot, fields);
+        }
+    });
+}
+
+Reading showTogether(const Options& options, Format format, const FieldList& fields,
+                     const std::vector<FieldFilter>& filters) {
     std::vector<Photo> photos;
     const Reading reading =
         readPhotos(options.names, options.recursive, [&](Photo&& photo) { photos.push_back(std::move(photo)); });
-    const std::vector<Shot> shots = shotsOf(std::move(photos));
-    if (isTable && !shots.empty()) {
+    std::vector<Shot> shots = shotsOf(std::move(photos));
+    std::erase_if(shots, [&](const Shot& shot) { return !meetsAll(filters, shot); });
+    if (!options.sort.empty()) {
+        sortShots(shots, options.sort);
+    }
+    if (format == Format::Table && !shots.empty()) {
         printShotTable(shots, fields);
     } else {
-        std::ranges::for_each(shots, [&](const Shot& shot) { (options.json ? printJson : printList)(shot, fields); });
+        std::ranges::for_each(shots, [&](const Shot& shot) { printShot(format, shot, fields); });
     }
-    requireAllRead(reading);
+    return reading;
+}
+
+void showInfo(const Options& options) {
+    const Format format = formatOf(options);
+    const FieldList fields = chosenFields(options, format);
+    const std::vector<FieldFilter> filters(options.conditions.begin(), options.conditions.end());
+    if (!options.sort.empty()) {
+        fieldNamed(options.sort.substr(options.sort.starts_with('-') ? 1 : 0)); // before any file is read
+    }
+    if (format == Format::Csv) {
+        printCsvHeader(fields);
+    }
+    requireAllRead((isStreamed(options, format) ? showStreamed : showTogether)(options, format, fields, filters));
 }
 
 std::string fieldHelp() {
@@ -137,12 +234,23 @@ void addInfoCommand(CLI::App& app) {
     command->add_option("FILE", options->names, "Photographs, and with -r folders of them")->required();
     command->add_flag("-r,--recursive", options->recursive, "Read the photographs in folders and subfolders");
     command->add_flag("--json", options->json, "Write one JSON object per line and photograph")->option_text(" ");
+    command->add_flag("--csv", options->csv, "Write a table for spreadsheets (RFC 4180)")
+        ->option_text(" ")
+        ->excludes("--json");
     command->add_flag("--list", options->list, "Write lists for several photographs, not a table")
         ->option_text(" ") // its place would else be taken by what it excludes
-        ->excludes("--json");
+        ->excludes("--json", "--csv");
     command->add_option("--fields", options->fields, "What to show of each photograph, as named below")
         ->option_text("NAME,...")
         ->delimiter(',')
+        ->allow_extra_args(false);
+    command->add_option("--sort", options->sort, "Sort by a field, or with -NAME descending;\nelse by capture time")
+        ->option_text("NAME");
+    command
+        ->add_option(
+            "--filter", options->conditions,
+            "Show those that meet a condition with =, !=, <,\n<=, > or >=, as 'isoSpeed>800'; with several all")
+        ->option_text("CONDITION")
         ->allow_extra_args(false);
     command->footer("One photograph is shown as a list, several as a table by capture time\n"
                     "that fits the terminal. A field that a photograph lacks is left out.\n\n" +
@@ -150,6 +258,8 @@ void addInfoCommand(CLI::App& app) {
                     "Examples:\n"
                     "  tvmeta info scene.jpg\n"
                     "  tvmeta info -r photos --fields file,lens,exposureTime\n"
-                    "  tvmeta info -r photos --json | jq -r 'select(.isoSpeed > 800).file'");
+                    "  tvmeta info -r photos --filter 'isoSpeed>800' --filter 'exposureTime<1/60'\n"
+                    "  tvmeta info -r photos --csv --sort -ev100 >photos.csv\n"
+                    "  tvmeta info -r photos --json | jq -r .file");
     command->callback([options] { showInfo(*options); });
 }

@@ -6,7 +6,10 @@
 #include "output/failure.h"
 #include "output/output_file.h"
 #include "output/text.h"
+#include "photographs/iptc_block.h"
 #include "photographs/photo.h"
+#include "photographs/unkept_tags.h"
+#include "photographs/writer_records.h"
 #include "pictures/image.h"
 
 #include <cerrno>
@@ -15,6 +18,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -22,6 +26,7 @@ struct Options {
     std::string image;
     std::string output;
     std::string photo;
+    std::vector<std::string> keywords;
     std::string profile;
     bool profileFromPhoto = false;
     SettingsOptions settings;
@@ -40,6 +45,7 @@ struct Metadata {
     Bytes profile;
     Settings settings;
     std::string packet;
+    std::string unkept; // values of the photograph
 };
 
 // What a photograph's record points to may be damaged; the rest of its metadata is still worth keeping.
@@ -61,12 +67,16 @@ Metadata collectMetadata(const Options& options) {
     }
     if (!options.photo.empty()) {
         const Photo photo = readPhoto(options.photo);
-        metadata.records = writerRecords(photo);
+        metadata.records = writerRecords(photo.info);
+        metadata.unkept = unkeptValues(photo);
         metadata.iptc = readOrLeaveOut(photo, readIptcBlock);
         // The photograph's packet would go before the settings of this run.
         if (metadata.settings.method == METHOD_NONE) {
             metadata.packet = readOrLeaveOut(photo, readPacket);
         }
+    }
+    for (const std::string& keyword : options.keywords) {
+        metadata.iptc = withKeyword(options.photo.empty() ? "--keyword" : options.photo, metadata.iptc, keyword);
     }
     return metadata;
 }
@@ -134,11 +144,16 @@ void writePicture(const Options& options, const Metadata& metadata, const Image&
 
 void writeTiff(const Options& options) {
     Image image;
+    std::string unkept;
     writeOutput(options.output, {options.image, options.photo, options.profile}, [&](OutputFile& output) {
         const Metadata metadata = collectMetadata(options);
         image = imageFor(options);
         writePicture(options, metadata, image, output);
+        unkept = metadata.unkept;
     });
+    if (!unkept.empty()) {
+        complain(options.photo + ": not kept in the result: " + unkept);
+    }
     messagesFor(options.output) << "wrote " << printable(options.output) << ": " << image.width << " x " << image.height
                                 << " pixels\n";
 }
@@ -154,6 +169,9 @@ void addTiffCommand(CLI::App& app) {
         ->add_option("--photo", options->photo,
                      "Photograph whose metadata the file gets: camera,\nexposure, GPS, IPTC, XMP")
         ->option_text("PHOTO");
+    command->add_option("--keyword", options->keywords, "Add a keyword to the IPTC block; may be repeated")
+        ->option_text("TEXT")
+        ->allow_extra_args(false);
     addSettingsOptions(*command, options->settings, false);
     command->add_option("--icc", options->profile, "ICC profile of the image, or photograph with it")
         ->option_text("PROFILE");

@@ -1,8 +1,14 @@
 // Comma-separated values (RFC 4180).
 #pragma once
 
+#include "output/value.h"
+
 #include <span>
 #include <string>
 
 // One record with its line end; fields are quoted where they must be.
 std::string csvRecord(std::span<const std::string> fields);
+
+// A value as a field of a record. Control characters and bytes that are not UTF-8 become \xNN, a text that spreadsheets
+// would run as a formula gets an apostrophe before it. Numbers are exact.
+std::string csvField(const Value& value);

@@ -74,21 +74,22 @@ Bytes readStart(const std::string& path, size_t length) {
     return readBytes(path, 0, length);
 }
 
-void requireRegion(const std::string& path, int32_t offset, int32_t length) {
+Bytes readRegion(const std::string& path, const Region& region) {
     std::error_code error;
     const std::uintmax_t fileSize = std::filesystem::file_size(path, error);
     if (error) {
         throw Failure(path, error.message());
     }
-    if (offset < 0 || length < 0 || static_cast<std::uintmax_t>(int64_t{offset} + length) > fileSize) {
-        throw Failure(path, "it announces " + std::to_string(length) + " bytes at offset " + std::to_string(offset) +
-                                ", but has only " + std::to_string(fileSize) + " bytes");
+    const auto offset = static_cast<std::uintmax_t>(region.offset), length = static_cast<std::uintmax_t>(region.length);
+    if (offset > fileSize || length > fileSize - offset) {
+        throw Failure(path, "it announces " + std::to_string(region.length) + " bytes at offset " +
+                                std::to_string(region.offset) + ", but has only " + std::to_string(fileSize) +
+                                " bytes");
     }
-}
-
-Bytes readRegion(const std::string& path, int32_t offset, int32_t length) {
-    requireRegion(path, offset, length);
-    return readBytes(path, offset, static_cast<size_t>(length));
+    if (length >= SizeLimit) {
+        throw Failure(path, "it contains a block of more than 2 GiB");
+    }
+    return readBytes(path, region.offset, static_cast<size_t>(length));
 }
 
 void copyFile(const std::string& path, const std::string& copy) {

@@ -27,11 +27,14 @@ File openFile(const std::string& path);
 // The whole file; one of 2 GiB or more is refused, since the library counts in signed 32-bit numbers.
 Bytes readFile(const std::string& path);
 
-// A region that a file announces must lie inside it; asked before memory is reserved for the region.
-void requireRegion(const std::string& path, int32_t offset, int32_t length);
+// A place in a file; a length of 0 means that there is none.
+struct Region {
+    int64_t offset = 0;
+    int64_t length = 0;
+};
 
-// The bytes of such a region.
-Bytes readRegion(const std::string& path, int32_t offset, int32_t length);
+// The bytes of a region that a file announces. Refused before memory is reserved if the file does not contain it.
+Bytes readRegion(const std::string& path, const Region& region);
 
 // At most `length` bytes from the start of a file.
 Bytes readStart(const std::string& path, size_t length);

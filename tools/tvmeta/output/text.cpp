@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <clocale>
+#include <cstdint>
 #include <cwchar>
 #include <vector>
 
@@ -74,6 +75,34 @@ std::string printable(std::string_view text) {
         }
     }
     return safe;
+}
+
+bool isUtf8(std::string_view text) {
+    while (!text.empty()) {
+        std::mbstate_t state = {};
+        const size_t length = std::mbrtowc(nullptr, text.data(), text.size(), &state);
+        if (length > text.size()) {
+            return false;
+        }
+        text.remove_prefix(std::max<size_t>(length, 1)); // 0 for a zero byte
+    }
+    return true;
+}
+
+std::string base64(std::string_view bytes) {
+    constexpr std::string_view Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    for (size_t i = 0; i < bytes.size(); i += 3) {
+        const std::string_view group = bytes.substr(i, 3);
+        uint32_t bits = 0;
+        for (size_t j = 0; j < 3; ++j) {
+            bits = bits << 8 | (j < group.size() ? static_cast<unsigned char>(group[j]) : 0);
+        }
+        for (size_t j = 0; j < 4; ++j) {
+            text += j <= group.size() ? Alphabet[bits >> (18 - 6 * j) & 0x3F] : '=';
+        }
+    }
+    return text;
 }
 
 int displayWidth(std::string_view text) {

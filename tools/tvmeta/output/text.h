@@ -11,6 +11,10 @@ void expectUtf8();
 // The text with \xNN for every byte of what is no printable UTF-8 character, or turns the direction of writing.
 std::string printable(std::string_view text);
 
+bool isUtf8(std::string_view text);
+
+std::string base64(std::string_view bytes); // RFC 4648
+
 // The columns that a printable text takes.
 int displayWidth(std::string_view text);
 

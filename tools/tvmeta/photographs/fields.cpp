@@ -88,6 +88,12 @@ Value exposureValue(const Shot& shot) {
     return std::log2(stop * stop / decimal(info.exposureTime)) - std::log2(info.isoSpeed / 100.0);
 }
 
+// For names that JSON and CSV cannot express.
+Value fileBytes(const Shot& shot) {
+    const std::string& path = shot.photo.path;
+    return printable(path) == path ? Value() : base64(path);
+}
+
 Value secondsSinceFirst(const Shot& shot) {
     if (!shot.first || !shot.photo.taken) {
         return {};
@@ -114,11 +120,32 @@ Value text(const Shot& shot) {
     return value.empty() ? Value() : value;
 }
 
+template <auto Member>
+Value pixels(const Shot& shot) {
+    const int64_t value = shot.photo.parts.*Member;
+    return value <= 0 ? Value() : value;
+}
+
+template <auto Member>
+Value lengthOf(const Shot& shot) {
+    const Region& region = shot.photo.parts.*Member;
+    return region.length <= 0 ? Value() : region.length;
+}
+
+template <auto Member>
+Value offsetOf(const Shot& shot) {
+    const Region& region = shot.photo.parts.*Member;
+    return region.length <= 0 ? Value() : region.offset;
+}
+
 using I = ExifInfo;
 using Kind = Field::Kind;
 constexpr auto Fields = std::to_array<Field>({
     {"file", "File", "File", [](const Shot& shot) -> Value { return shot.photo.path; }, "", plainWords, Kind::Path},
+    {"fileBytes", "File name in base64", "File bytes", fileBytes},
     {"container", "Container", "Type", [](const Shot& shot) -> Value { return containerName(shot.photo.fileType); }},
+    {"width", "Width", "Width", pixels<&PhotoParts::width>, " pixels"},
+    {"height", "Height", "Height", pixels<&PhotoParts::height>, " pixels"},
     {"model", "Camera model", "Camera", text<&I::model>, "", plainWords, Kind::Text},
     {"lens", "Lens", "Lens", text<&I::lens>, "", plainWords, Kind::Text},
     {"dateTimeOriginal", "Taken", "Taken", text<&I::dateTimeOriginal>, "", plainWords, Kind::Date},
@@ -143,12 +170,12 @@ constexpr auto Fields = std::to_array<Field>({
     {"thumbnailWidth", "Thumbnail width", "Thumbnail width", integer<&I::thumbnailWidth>, " pixels"},
     {"thumbnailHeight", "Thumbnail height", "Thumbnail height", integer<&I::thumbnailHeight>, " pixels"},
     {"thumbnailRowBytes", "Thumbnail row", "Thumbnail row", integer<&I::thumbnailRowBytes>, " bytes"},
-    {"thumbnailLength", "Thumbnail length", "Thumbnail length", integer<&I::thumbnailLength>, " bytes"},
-    {"thumbnailOffset", "Thumbnail offset", "Thumbnail offset", integer<&I::thumbnailOffset>},
-    {"iptcLength", "IPTC length", "IPTC length", integer<&I::iptcLength>, " bytes"},
-    {"iptcOffset", "IPTC offset", "IPTC offset", integer<&I::iptcOffset>},
-    {"xmpLength", "XMP length", "XMP length", integer<&I::xmpLength>, " bytes"},
-    {"xmpOffset", "XMP offset", "XMP offset", integer<&I::xmpOffset>},
+    {"thumbnailLength", "Thumbnail length", "Thumbnail length", lengthOf<&PhotoParts::thumbnail>, " bytes"},
+    {"thumbnailOffset", "Thumbnail offset", "Thumbnail offset", offsetOf<&PhotoParts::thumbnail>},
+    {"iptcLength", "IPTC length", "IPTC length", lengthOf<&PhotoParts::iptc>, " bytes"},
+    {"iptcOffset", "IPTC offset", "IPTC offset", offsetOf<&PhotoParts::iptc>},
+    {"xmpLength", "XMP length", "XMP length", lengthOf<&PhotoParts::xmp>, " bytes"},
+    {"xmpOffset", "XMP offset", "XMP offset", offsetOf<&PhotoParts::xmp>},
     {"secondsSinceFirst", "Since the first", "Since first", secondsSinceFirst, " s"},
 });
 

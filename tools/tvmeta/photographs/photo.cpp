@@ -2,52 +2,85 @@
 
 #include "output/failure.h"
 #include "output/text.h"
-#include "photographs/psd_resources.h"
+#include "photographs/tags.h"
+
+#include <algorithm>
+#include <limits>
 
 namespace {
 
-constexpr int32_t ChainBreaksBehindExif = -10;
+constexpr int32_t ChainBreaksAfterExif = -10;
 
-// Length of a JPEG XMP segment beyond its packet: the length field and the identifier with its zero.
-constexpr int32_t XmpSegmentOverhead = 2 + 29;
-
-std::string readingProblem(int32_t fileType, int32_t result) {
-    switch (fileType) {
-    case FILE_TYPE_JPEG:
-        return explain(result, {{-1, "its chain of JPEG segments is broken"},
-                                {-2, "it has no EXIF data in front of the picture"},
-                                {-3, "its EXIF data is not a TIFF structure"},
-                                {ChainBreaksBehindExif, "its JPEG segments break off behind the EXIF data"}});
-    case FILE_TYPE_PSD:
-        return explain(result, {{-1, "it has no EXIF resource, or its image resources are broken"},
-                                {-2, "its EXIF resource has no TIFF byte-order mark"},
-                                {-3, "it is not an RGB picture, or its EXIF resource is not a TIFF structure"}});
-    default:
-        return explain(result, {{-1, "it cannot be opened"},
-                                {-2, "it is not a TIFF file: expected the byte-order mark II or MM at its start"},
-                                {-3, "it is not a TIFF file: expected 42 behind the byte-order mark"}});
-    }
+// Text of a region, up to its terminator, in a field of a record.
+template <size_t N>
+void copyText(const std::string& path, Region region, char (&field)[N]) {
+    region.length = std::min<int64_t>(region.length, N - 1);
+    const Bytes bytes = readRegion(path, region);
+    std::copy(bytes.begin(), std::ranges::find(bytes, 0), field);
 }
 
-// The library finds the IPTC blocks of JPEG and TIFF files.
-Region iptcPlace(const Photo& photo) {
-    constexpr int32_t IptcResource = 1028;
-    if (photo.fileType == FILE_TYPE_PSD && photo.info.iptcLength <= 0) {
-        return findPsdResource(openFile(photo.path).get(), IptcResource);
-    }
-    return {photo.info.iptcOffset, photo.info.iptcLength};
-}
-
-// The library looks for the lens in JPEG files alone.
-void takeLensOfPacket(Photo& photo) {
-    if (photo.info.lens[0] != 0) {
+// What the library reads from directories. It opens them only where they are usually found: in the first APP1 segment
+// of a JPEG file, and in PSD files with RGB pictures.
+void readDirectories(const TiffStructure& tiff, Photo& photo) {
+    if (tiff.base > std::numeric_limits<int32_t>::max()) {
         return;
     }
+    const auto base = static_cast<int32_t>(tiff.base);
+    if (const TiffEntry* model = photo.parts.image.find(tag::Model)) {
+        copyText(photo.path, tiff.region(*model), photo.info.model);
+    }
+    photo.info.orientation = static_cast<int32_t>(photo.parts.image.value(tag::Orientation).value_or(0));
+    if (const auto camera = photo.parts.image.value(tag::ExifDirectory)) {
+        tiff.seek(*camera);
+        parse_exif_data(tiff.file, 0, tiff.order, base, &photo.info);
+    }
+    if (const auto gps = photo.parts.image.value(tag::GpsDirectory)) {
+        tiff.seek(*gps);
+        parse_gps_data(tiff.file, 0, tiff.order, base, &photo.info);
+    }
+}
+
+[[noreturn]] void failAsTiff(const std::string& path) {
+    const Bytes start = readStart(path, 4);
+    const std::string_view text = asText(start);
+    if (text == std::string_view("II\x2B\0", 4) || text == std::string_view("MM\0\x2B", 4)) {
+        throw Failure(path, "it is a BigTIFF file; only classic TIFF files can be read");
+    }
+    throw Failure(path, "it is not a TIFF file: expected 42 after the byte-order mark");
+}
+
+// The library got no record, or only a part. Photographs without EXIF are photographs all the same.
+void readDespite(int32_t result, std::FILE* file, Photo& photo) {
+    if (photo.fileType == FILE_TYPE_TIFF) {
+        failAsTiff(photo.path);
+    }
+    const auto tiff = photo.parts.exif.length > 0 ? TiffStructure::find(file, photo.parts.exif.offset) : std::nullopt;
+    if (result == ChainBreaksAfterExif) {
+        photo.damage = "its JPEG segments break off after the EXIF data";
+    } else if (tiff) {
+        readDirectories(*tiff, photo);
+    } else if (photo.parts.exif.length > 0) {
+        photo.damage = "its EXIF data is not a TIFF structure";
+    } else if (photo.parts.width <= 0) {
+        throw Failure(photo.path, "it breaks off before its picture");
+    }
+}
+
+// The library looks for the lens in the XMP packets of JPEG files alone. Newer cameras name it in EXIF.
+void findLens(std::FILE* file, Photo& photo) {
+    char(&lens)[sizeof photo.info.lens] = photo.info.lens;
     try {
-        const std::string packet = readPacket(photo);
-        get_settings_from_xmp(MODE_LENS, textSize(packet), packet.c_str(), photo.info.lens, nullptr);
+        if (lens[0] == 0) {
+            const std::string packet = readPacket(photo);
+            get_settings_from_xmp(MODE_LENS, textSize(packet), packet.c_str(), lens, nullptr);
+        }
+        const TiffEntry* model = photo.parts.camera.find(tag::LensModel);
+        const auto tiff = TiffStructure::find(file, photo.parts.exif.offset);
+        if (lens[0] == 0 && model != nullptr && tiff) {
+            copyText(photo.path, tiff->region(*model), lens);
+        }
     } catch (const Failure&) {
-        // Who needs the packet itself is told what is wrong with it.
+        // A command that needs the packet itself reports what is wrong with it.
     }
 }
 
@@ -72,13 +105,13 @@ Photo readRecord(const std::string& path) {
         throw Failure(path, "it is not a JPEG, TIFF or PSD file: " + beginning(readStart(path, 4)));
     }
     Photo photo = {.path = path, .fileType = *fileType};
+    const File file = openFile(path);
+    photo.parts = findParts(file.get(), *fileType);
     const int32_t result = getExifData(path.c_str(), *fileType, &photo.info);
-    if (result == ChainBreaksBehindExif) {
-        photo.damage = readingProblem(*fileType, result);
-    } else if (result < 0) {
-        throw Failure(path, readingProblem(*fileType, result));
+    if (result < 0) {
+        readDespite(result, file.get(), photo);
     }
-    takeLensOfPacket(photo);
+    findLens(file.get(), photo);
     photo.taken = parseCaptureTime(fieldText(photo.info.dateTimeOriginal));
     return photo;
 }
@@ -91,34 +124,15 @@ Photo readPhoto(const std::string& path) {
     return photo;
 }
 
-WriterRecords writerRecords(const Photo& photo) {
-    WriterRecords records;
-    metadataBufFromExifInfo(&photo.info, &records.metadata, &records.gps);
-    return records;
-}
-
 std::string readPacket(const Photo& photo) {
-    const int32_t overhead = photo.fileType == FILE_TYPE_JPEG ? XmpSegmentOverhead : 0;
-    if (photo.info.xmpLength <= overhead) {
-        return {};
-    }
-    return std::string(asText(readRegion(photo.path, photo.info.xmpOffset, photo.info.xmpLength - overhead)));
+    return std::string(asText(readRegion(photo.path, photo.parts.xmp)));
 }
 
 Bytes readIptcBlock(const Photo& photo) {
-    const Region place = iptcPlace(photo);
-    if (place.length <= 0) {
-        return {};
-    }
-    requireRegion(photo.path, place.offset, place.length);
-    Bytes block(static_cast<size_t>(place.length));
-    const int32_t result = read_iptc(photo.path.c_str(), place.length, place.offset, block.data());
-    if (result == -2) {
+    constexpr unsigned char DatasetMarker = 0x1C;
+    Bytes block = readRegion(photo.path, photo.parts.iptc);
+    if (!block.empty() && block.front() != DatasetMarker) {
         throw Failure(photo.path, "expected a dataset at the start of its IPTC block: " + beginning(block));
-    }
-    if (result <= 0) {
-        throw Failure(photo.path, explain(result, {{0, "its IPTC block reaches the end of the file"},
-                                                   {-1, "its IPTC block cannot be read"}}));
     }
     return block;
 }

@@ -3,6 +3,7 @@
 
 #include "output/files.h"
 #include "photographs/capture_time.h"
+#include "photographs/photo_parts.h"
 
 #include <tvmeta.h>
 
@@ -14,14 +15,9 @@ struct Photo {
     std::string path;
     int32_t fileType = FILE_TYPE_TIFF;
     ExifInfo info = {};
+    PhotoParts parts = {};
     std::optional<CivilTime> taken = {};
     std::string damage = {}; // why only a part could be read: the file breaks off after its EXIF data
-};
-
-// The writers' form of a photograph's record.
-struct WriterRecords {
-    MetadataBuf metadata = {};
-    GpsBuf gps = {};
 };
 
 // The kind of photograph that the first bytes of a file announce, if any.
@@ -33,8 +29,6 @@ const char* containerName(int32_t fileType);
 // readPhoto with a warning.
 Photo readRecord(const std::string& path);
 Photo readPhoto(const std::string& path);
-
-WriterRecords writerRecords(const Photo& photo);
 
 // The XMP packet, empty when the record points to none. Throws Failure when it is not where it should be.
 std::string readPacket(const Photo& photo);

@@ -1,47 +1,25 @@
 #include "photographs/photo_profile.h"
 
 #include "output/failure.h"
+#include "photographs/jpeg_segments.h"
 #include "photographs/psd_resources.h"
+#include "photographs/tags.h"
+#include "photographs/tiff_directory.h"
 
 #include <tvmeta.h>
 
 #include <cstdio>
 #include <map>
+#include <optional>
+#include <string_view>
 
 namespace {
-
-// Going beyond the end of the file is no error: nothing is found there.
-void skip(std::FILE* file, long count) {
-    std::fseek(file, count, SEEK_CUR);
-}
-
-// ITU-T T.81, annex B: a marker is 0xFF, more of them, and a code. 0 if there is none here.
-int nextMarker(std::FILE* file) {
-    if (std::fgetc(file) != 0xFF) {
-        return 0;
-    }
-    int code = std::fgetc(file);
-    while (code == 0xFF) {
-        code = std::fgetc(file);
-    }
-    return code == EOF ? 0 : code;
-}
 
 // The pieces of a profile by their number, and the count that they announce.
 struct Pieces {
     std::map<int, Bytes> byNumber;
     int count = 0;
 };
-
-// ICC.1, annex B.4: an identifier, the number of the piece and the count of pieces precede it.
-void takePiece(const Bytes& segment, Pieces& pieces) {
-    constexpr std::string_view Identifier("ICC_PROFILE\0", 12);
-    constexpr size_t HeaderSize = Identifier.size() + 2;
-    if (segment.size() > HeaderSize && asText(segment).starts_with(Identifier)) {
-        pieces.count = segment[HeaderSize - 1];
-        pieces.byNumber[segment[HeaderSize - 2]] = Bytes(segment.begin() + HeaderSize, segment.end());
-    }
-}
 
 Bytes joined(const std::string& path, const Pieces& pieces) {
     Bytes profile;
@@ -59,55 +37,38 @@ Bytes joined(const std::string& path, const Pieces& pieces) {
     return profile;
 }
 
+// ICC.1, annex B.4: an identifier, the number of the piece and the count of pieces precede it.
 Bytes profileOfJpeg(const std::string& path, std::FILE* file) {
-    constexpr int App2 = 0xE2;
-    constexpr int StartOfScan = 0xDA;
     Pieces pieces;
-    skip(file, 2);
-    for (int marker = nextMarker(file); marker != 0 && marker != StartOfScan; marker = nextMarker(file)) {
-        const int32_t length = fgetm2(file) - 2;
-        if (length < 0) {
-            break;
+    for (const JpegSegment& segment : readJpegSegments(file)) {
+        constexpr int64_t NumberSize = 2;
+        const Region piece = afterIdentifier(file, segment, App2, std::string_view("ICC_PROFILE\0", 12));
+        if (piece.length > NumberSize) {
+            const int number = std::fgetc(file);
+            pieces.count = std::fgetc(file);
+            pieces.byNumber[number] = readRegion(path, {piece.offset + NumberSize, piece.length - NumberSize});
         }
-        if (marker != App2) {
-            skip(file, length);
-            continue;
-        }
-        Bytes segment(static_cast<size_t>(length));
-        segment.resize(std::fread(segment.data(), 1, segment.size(), file));
-        takePiece(segment, pieces);
     }
     return joined(path, pieces);
 }
 
-// TIFF 6.0, section 2, in either byte order: the directories hang together by the offset at the end of each.
+// The directories hang together by the offset at the end of each.
 Bytes profileOfTiff(const std::string& path, std::FILE* file) {
-    constexpr int32_t ProfileTag = 34675;
-    constexpr int MostDirectories = 64; // a chain can come back on itself
-    const int32_t order = fgetm2(file);
-    skip(file, 2);
-    for (int directory = 0; directory < MostDirectories; ++directory) {
-        const int32_t offset = fgetmi4(file, order);
-        if (offset <= 0 || std::fseek(file, offset, SEEK_SET) != 0) {
-            break;
+    constexpr int MaxDirectories = 64; // a chain can come back on itself
+    const std::optional<TiffStructure> tiff = TiffStructure::find(file, 0);
+    uint32_t offset = tiff ? tiff->firstDirectory : 0;
+    for (int count = 0; count < MaxDirectories && offset != 0; ++count) {
+        const TiffDirectory directory = tiff->directory(offset);
+        if (const TiffEntry* entry = directory.find(tag::IccProfile)) {
+            return readRegion(path, tiff->region(*entry));
         }
-        for (int entries = fgetmi2(file, order); entries > 0 && std::feof(file) == 0; --entries) {
-            const int32_t tag = fgetmi2(file, order);
-            skip(file, 2);
-            const int32_t length = fgetmi4(file, order);
-            const int32_t value = fgetmi4(file, order);
-            if (tag == ProfileTag) {
-                return readRegion(path, value, length);
-            }
-        }
+        offset = directory.next;
     }
     return {};
 }
 
 Bytes profileOfPsd(const std::string& path, std::FILE* file) {
-    constexpr int32_t ProfileResource = 1039;
-    const Region region = findPsdResource(file, ProfileResource);
-    return readRegion(path, region.offset, region.length);
+    return readRegion(path, findResource(file, readPsdHeader(file).resources, PsdResource::Profile));
 }
 
 } // namespace

@@ -2,27 +2,44 @@
 
 #include <tvmeta.h>
 
-// Photoshop file format: the header and the colour table precede the image resources. A resource is a signature, a
-// number, a name with its length, and data with theirs; names and data are padded to even lengths. Behind the end of
-// the file no signature is found.
-Region findPsdResource(std::FILE* file, int32_t number) {
+namespace {
+
+uint32_t readSize(std::FILE* file) {
+    return static_cast<uint32_t>(fgetm4(file));
+}
+
+} // namespace
+
+// The header, the colour table and the resources follow each other, the latter two after their sizes.
+PsdHeader readPsdHeader(std::FILE* file) {
+    constexpr long SizePlace = 14; // after the signature, the version, a reserve and the number of channels
     constexpr long HeaderSize = 26;
+    PsdHeader header;
+    std::fseek(file, SizePlace, SEEK_SET);
+    header.height = fgetm4(file);
+    header.width = fgetm4(file);
+    std::fseek(file, HeaderSize, SEEK_SET);
+    std::fseek(file, long{readSize(file)}, SEEK_CUR);
+    header.resources.length = readSize(file);
+    header.resources.offset = std::ftell(file);
+    return header;
+}
+
+// A resource is a signature, a number, a name with its length, and data with theirs; names and data are padded to even
+// lengths. After the end of the file no signature is found.
+Region findResource(std::FILE* file, const Region& resources, PsdResource number) {
     constexpr int32_t Signature = 0x3842494D; // 8BIM
-    std::fseek(file, HeaderSize, SEEK_CUR);
-    std::fseek(file, fgetm4(file), SEEK_CUR);
-    std::fseek(file, 4, SEEK_CUR); // the length of all resources, which end where no signature follows
-    while (fgetm4(file) == Signature) {
-        const int32_t found = fgetm2(file);
+    const int64_t end = resources.offset + resources.length;
+    std::fseek(file, resources.offset, SEEK_SET);
+    while (std::ftell(file) < end && fgetm4(file) == Signature) {
+        const int32_t found = fgetm2(file) & 0xFFFF;
         const int nameLength = std::fgetc(file);
         std::fseek(file, nameLength | 1, SEEK_CUR);
-        const int32_t length = fgetm4(file);
-        if (length < 0) {
-            break;
+        const int64_t length = readSize(file);
+        if (found == static_cast<int32_t>(number)) {
+            return {std::ftell(file), length};
         }
-        if (found == number) {
-            return {static_cast<int32_t>(std::ftell(file)), length};
-        }
-        std::fseek(file, long{length} + (length & 1), SEEK_CUR);
+        std::fseek(file, length + (length & 1), SEEK_CUR);
     }
     return {};
 }

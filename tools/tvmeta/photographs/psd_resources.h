@@ -1,14 +1,20 @@
-// The image resources of PSD files.
+// Photoshop's image resources (Photoshop file format), in PSD files and in the APP13 segments of JPEG files.
 #pragma once
+
+#include "output/files.h"
 
 #include <cstdint>
 #include <cstdio>
 
-// A place in a file; the length is 0 for nothing.
-struct Region {
-    int32_t offset = 0;
-    int32_t length = 0;
+enum class PsdResource { Iptc = 1028, Thumbnail = 1036, Profile = 1039, Exif = 1058, Xmp = 1060 };
+
+struct PsdHeader {
+    int32_t width = 0;
+    int32_t height = 0;
+    Region resources;
 };
 
-// Where the first resource of that number lies. The file stands at its start.
-Region findPsdResource(std::FILE* file, int32_t number);
+PsdHeader readPsdHeader(std::FILE* file);
+
+// The data of the first resource of that number; empty if there is none.
+Region findResource(std::FILE* file, const Region& resources, PsdResource number);

@@ -81,7 +81,7 @@ Reading readPhotos(const std::vector<std::string>& names, bool recursive, const 
     for (Batch batch = reader.next(); !batch.empty(); batch = reader.next()) {
         for (Outcome& outcome : batch) {
             progress.done(done++, found.files.size());
-            reading.files += outcome.photo || !outcome.problem.empty() ? 1 : 0;
+            reading.files += outcome.photo || !outcome.problem.empty() ? size_t{1} : 0;
             if (!outcome.problem.empty()) {
                 complain(outcome.problem);
                 ++reading.failures;

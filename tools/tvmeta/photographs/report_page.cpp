@@ -56,20 +56,21 @@ std::string thumbnail(const Photo& photo) {
     constexpr const char* None = "no thumbnail";
     constexpr int32_t MaxBytes = 1 << 18;
     constexpr int32_t MaxSide = 2048;
-    const ExifInfo& info = photo.info;
-    if (info.thumbnailLength <= 0 || info.thumbnailLength > MaxBytes) {
+    const int32_t orientation = photo.info.orientation;
+    const Region& place = photo.parts.thumbnail;
+    if (place.length <= 0 || place.length > MaxBytes) {
         return None;
     }
     try {
-        const Bytes file = readRegion(photo.path, info.thumbnailOffset, info.thumbnailLength);
+        const Bytes file = readRegion(photo.path, place);
         const std::optional<PixelSize> size = jpegSize(file);
         const auto isUsual = [](int32_t side) { return side > 0 && side <= MaxSide; };
         if (!size || !isUsual(size->width) || !isUsual(size->height)) {
             return None;
         }
-        const bool isTurned = info.orientation >= 2 && info.orientation <= 8;
+        const bool isTurned = orientation >= 2 && orientation <= 8;
         return "<img" + attribute("alt", "Thumbnail of " + markup(fileName(photo))) +
-               (isTurned ? attribute("class", "o" + std::to_string(info.orientation)) : "") +
+               (isTurned ? attribute("class", "o" + std::to_string(orientation)) : "") +
                attribute("src", "data:image/jpeg;base64," + base64(file)) + ">";
     } catch (const Failure&) {
         return None; // outside of the file, or the file has gone

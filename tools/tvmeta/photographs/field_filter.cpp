@@ -1,0 +1,96 @@
+#include "photographs/field_filter.h"
+
+#include "output/failure.h"
+#include "photographs/natural_order.h"
+
+#include <charconv>
+#include <optional>
+#include <string_view>
+
+namespace {
+
+std::optional<double> parseDecimal(std::string_view text) {
+    double number = 0;
+    const char* end = text.data() + text.size();
+    const auto [parsed, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && parsed == end ? std::optional(number) : std::nullopt;
+}
+
+// Numbers as photographers write them, too: 1/125, f/2.8.
+std::optional<double> parseNumber(std::string_view text) {
+    if (text.starts_with("f/")) {
+        return parseDecimal(text.substr(2));
+    }
+    const size_t slash = text.find('/');
+    if (slash == std::string_view::npos) {
+        return parseDecimal(text);
+    }
+    const auto numerator = parseDecimal(text.substr(0, slash)), denominator = parseDecimal(text.substr(slash + 1));
+    return numerator && denominator && *denominator != 0 ? std::optional(*numerator / *denominator) : std::nullopt;
+}
+
+// Short operators are found in the longer ones, so the longer ones come first.
+constexpr std::string_view Operators[] = {"!=", "<=", ">=", "=", "<", ">"};
+
+} // namespace
+
+int compareValues(const Value& a, const Value& b) {
+    if (isNumber(a) && isNumber(b)) {
+        const double first = numberOf(a), second = numberOf(b);
+        return static_cast<float>(first) == static_cast<float>(second) ? 0 : first < second ? -1 : 1;
+    }
+    const auto *first = std::get_if<std::string>(&a), *second = std::get_if<std::string>(&b);
+    if (first == nullptr || second == nullptr) {
+        return first == nullptr ? -1 : 1; // numbers go before texts
+    }
+    return *first == *second ? 0 : naturalLess(*first, *second) ? -1 : 1;
+}
+
+FieldFilter::FieldFilter(const std::string& condition) {
+    const size_t place = condition.find_first_of("!<>=");
+    for (const std::string_view name : Operators) {
+        if (place != std::string::npos && std::string_view(condition).substr(place).starts_with(name)) {
+            field = fieldNamed(condition.substr(0, place));
+            relation = name == "="    ? Relation::Equal
+                       : name == "!=" ? Relation::Unequal
+                       : name == "<"  ? Relation::Less
+                       : name == "<=" ? Relation::LessOrEqual
+                       : name == ">"  ? Relation::Greater
+                                      : Relation::GreaterOrEqual;
+            text = condition.substr(place + name.size());
+            return;
+        }
+    }
+    throw WrongCommandLine("expected a condition such as isoSpeed>800, with =, !=, <, <=, > or >=, found '" +
+                           condition + "'");
+}
+
+bool FieldFilter::accepts(const Shot& shot) const {
+    const Value value = field->value(shot);
+    if (isMissing(value) || text.empty()) {
+        return relation == (isMissing(value) == text.empty() ? Relation::Equal : Relation::Unequal);
+    }
+    Value wanted = text;
+    if (isNumber(value)) {
+        const std::optional<double> number = parseNumber(text);
+        if (!number) {
+            throw WrongCommandLine("expected a number for " + std::string(field->key) + ", found '" + text + "'");
+        }
+        wanted = *number;
+    }
+    const int order = compareValues(value, wanted);
+    switch (relation) {
+    case Relation::Equal:
+        return order == 0;
+    case Relation::Unequal:
+        return order != 0;
+    case Relation::Less:
+        return order < 0;
+    case Relation::LessOrEqual:
+        return order <= 0;
+    case Relation::Greater:
+        return order > 0;
+    default:
+        return order >= 0;
+    }
+}

@@ -1,0 +1,26 @@
+// Conditions on fields, such as isoSpeed>800.
+#pragma once
+
+#include "photographs/fields.h"
+
+#include <string>
+
+class FieldFilter {
+  public:
+    // Throws WrongCommandLine for a condition that is not FIELD, one of = != < <= > >=, and VALUE.
+    explicit FieldFilter(const std::string& condition);
+
+    // A photograph that lacks the field meets != alone; with an empty VALUE, = asks for those that lack it.
+    bool accepts(const Shot& shot) const;
+
+  private:
+    enum class Relation { Equal, Unequal, Less, LessOrEqual, Greater, GreaterOrEqual };
+
+    const Field* field;
+    Relation relation;
+    std::string text;
+};
+
+// Compares two values that are not missing: below 0, 0 or above 0. Numbers that are the same float are equal, texts
+// are in natural order.
+int compareValues(const Value& a, const Value& b);

@@ -1,0 +1,49 @@
+#include "photographs/jpeg_segments.h"
+
+#include <tvmeta.h>
+
+#include <string>
+
+namespace {
+
+// A marker is 0xFF, more of them, and a code. 0 if there is none here.
+int nextMarker(std::FILE* file) {
+    if (std::fgetc(file) != 0xFF) {
+        return 0;
+    }
+    int code = std::fgetc(file);
+    while (code == 0xFF) {
+        code = std::fgetc(file);
+    }
+    return code == EOF ? 0 : code;
+}
+
+} // namespace
+
+std::vector<JpegSegment> readJpegSegments(std::FILE* file) {
+    constexpr size_t MaxSegments = 4096; // of 64 KiB: no file needs more before its picture
+    constexpr int StartOfScan = 0xDA;
+    std::vector<JpegSegment> segments;
+    std::fseek(file, 2, SEEK_SET);
+    for (int marker = nextMarker(file); marker != 0 && marker != StartOfScan && segments.size() < MaxSegments;
+         marker = nextMarker(file)) {
+        const int32_t length = (fgetm2(file) & 0xFFFF) - 2;
+        const int64_t offset = std::ftell(file);
+        if (length < 0 || std::feof(file) != 0 || std::fseek(file, length, SEEK_CUR) != 0) {
+            break;
+        }
+        segments.push_back({marker, {offset, length}});
+    }
+    return segments;
+}
+
+Region afterIdentifier(std::FILE* file, const JpegSegment& segment, int marker, std::string_view identifier) {
+    const auto size = static_cast<int64_t>(identifier.size());
+    if (segment.marker != marker || segment.data.length < size) {
+        return {};
+    }
+    std::string found(identifier.size(), '\0');
+    std::fseek(file, segment.data.offset, SEEK_SET);
+    found.resize(std::fread(found.data(), 1, found.size(), file));
+    return found == identifier ? Region{segment.data.offset + size, segment.data.length - size} : Region{};
+}

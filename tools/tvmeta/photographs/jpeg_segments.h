@@ -1,0 +1,23 @@
+// The segments of JPEG files in front of the picture (ITU-T T.81, annex B).
+#pragma once
+
+#include "output/files.h"
+
+#include <cstdio>
+#include <string_view>
+#include <vector>
+
+struct JpegSegment {
+    int marker = 0;
+    Region data; // without marker and length
+};
+
+// The segments up to the start of the scan, or to where the chain breaks.
+std::vector<JpegSegment> readJpegSegments(std::FILE* file);
+
+// The bytes of the segment at the start of its data after the identifier; an empty region if it has another one.
+Region afterIdentifier(std::FILE* file, const JpegSegment& segment, int marker, std::string_view identifier);
+
+constexpr int App1 = 0xE1;
+constexpr int App2 = 0xE2;
+constexpr int App13 = 0xED;

@@ -1,0 +1,24 @@
+// Where the parts of a photograph are in its file. The library's record has these places as the file states them; here
+// they count from the start of the file, in every container.
+#pragma once
+
+#include "photographs/tiff_directory.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <vector>
+
+struct PhotoParts {
+    int64_t width = 0; // pixels; 0 unknown
+    int64_t height = 0;
+    Region exif;      // the TIFF structure; the file itself for TIFF
+    Region xmp;       // the packet
+    Region iptc;      // the block
+    Region thumbnail; // a JPEG stream
+    TiffDirectory image;
+    TiffDirectory camera; // the EXIF directory
+    TiffDirectory gps;
+};
+
+PhotoParts findParts(std::FILE* file, int32_t fileType);
