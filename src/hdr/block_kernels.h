@@ -53,7 +53,7 @@ extern const BlockKernels PortableKernels; // vectors as the compiler makes them
 extern const BlockKernels Avx2Kernels;
 #endif
 
-// The fastest kernels that the processor runs. To ask it takes some 20 us in a virtual machine.
+// The fastest kernels that the processor runs. To ask it takes 10 us and more in a virtual machine.
 const BlockKernels& fastestKernels();
 
 } // namespace tvmeta::hdr

@@ -7,7 +7,7 @@ std::int32_t hdrMinMax(std::int32_t width, std::int32_t height, const unsigned c
                        float results[3]) noexcept {
     using namespace tvmeta::hdr;
     constexpr std::int32_t NullPointer = -4;
-    constexpr std::size_t MinPixelsToAsk = 1 << 18; // with fewer, the question takes longer than it saves
+    constexpr std::size_t MinPixelsToAsk = 1 << 18; // with fewer, the question may take longer than it saves
     const bool empty = width <= 0 || height <= 0;
     if (results == nullptr || (!empty && pixels == nullptr)) {
         return NullPointer;
