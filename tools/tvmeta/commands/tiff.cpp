@@ -129,7 +129,9 @@ void writePicture(const Options& options, const Metadata& metadata, const Image&
         .orientation = options.orientation.value_or(metadata.records.metadata.orientation),
     };
     // In samples where the library reduces them, else in bytes.
-    const int32_t rowPitch = image.width * image.channels * (isReduced ? 1 : bytesPerSample(image.depth));
+    const uint64_t samples = static_cast<uint64_t>(image.width) * static_cast<uint64_t>(image.channels);
+    const int32_t rowPitch =
+        checkedSize(isReduced ? samples : samples * static_cast<uint64_t>(bytesPerSample(image.depth)));
     const int32_t packetLength = metadata.packet.empty() ? 0 : textSize(metadata.packet);
     const std::string path = output.libraryPath();
     errno = 0;
