@@ -384,8 +384,8 @@ TEST(Bounds, HostileFiles) {
          header(8) + entries(174, 34665, 4, 1, 2102) + le32(0) + entries(6000, 33434, 5, 1, 0, 6700), 1'080'000},
         {"huge description", 0, header(8) + entries(500, 270, 2, INT32_MAX, 8), 40},
         {"huge resources", 0, header(8) + entries(500, 34377, 7, INT32_MAX, 8), 40},
-        {"repeated descriptions", 0, header(8) + entries(65535, 270, 2, 600'000, 8), 66'000},
-        {"repeated resources", 0, header(8) + entries(65535, 34377, 7, 600'000, 8), 66'000},
+        {"repeated descriptions", 0, header(8) + entries(65535, 270, 2, 600'000, 8), 67'000},
+        {"repeated resources", 0, header(8) + entries(65535, 34377, 7, 600'000, 8), 67'000},
         {"repeated version tags", 1, jpeg(exifSegment(header(0)) + xmpSegment(versions)), 200},
         {"overlapping chain", 77, chain, 2'100},
     };

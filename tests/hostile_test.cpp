@@ -192,6 +192,7 @@ TEST(Hostile, Arguments) {
         CASE(save(bytes, &image, nullptr, &metadata, &gps, -9, bytes, 0, 0, nullptr, out), -6),
         CASE(save(bytes, &image, nullptr, &metadata, &gps, INT32_MAX, bytes, 0, 0, nullptr, out), -6),
         CASE(save(bytes, &image, nullptr, &metadata, &gps, 0, nullptr, 1, 0, nullptr, out), -6),
+        CASE(save(bytes, &image, nullptr, &metadata, &gps, 0, nullptr, 211, 0, nullptr, out), -6),
         CASE(save(bytes, &image, nullptr, &metadata, &gps, 0, nullptr, 0, 9, nullptr, out), -6),
         CASE(save(bytes, &image, nullptr, &metadata, &gps, 0, nullptr, 0, -9, text, out), -6),
         CASE(save(bytes, &image, nullptr, &metadata, &gps, 0, nullptr, 0, 0, nullptr, nullptr), -6),

@@ -1,4 +1,4 @@
-// The exported readers of single numbers: any stream, nothing read ahead.
+// The exported readers of single numbers. They read nothing ahead.
 #include "metadata/byte_order.h"
 #include "tvmeta.h"
 
@@ -6,17 +6,17 @@ using namespace tvmeta;
 
 namespace {
 
-int readByte(FILE* stream) noexcept {
+int readByte(FILE* stream) {
     return stream != nullptr ? getc(stream) : EOF;
 }
 
-std::uint16_t read16(FILE* stream, ByteOrder order) noexcept {
+std::uint16_t read16(FILE* stream, ByteOrder order) {
     const int b0 = readByte(stream);
     const int b1 = readByte(stream);
     return combine16(order, b0, b1);
 }
 
-std::int32_t read32(FILE* stream, ByteOrder order) noexcept {
+std::int32_t read32(FILE* stream, ByteOrder order) {
     const int b0 = readByte(stream);
     const int b1 = readByte(stream);
     const int b2 = readByte(stream);

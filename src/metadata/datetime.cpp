@@ -14,38 +14,40 @@ namespace {
 using DateTime = std::array<int, 6>; // year, month, day, hour, minute, second
 
 // Scans "%d:%d:%d %d:%d:%d".
-bool scanDateTime(std::string_view text, DateTime& fields) noexcept {
+std::optional<DateTime> scanDateTime(std::string_view text) {
     constexpr std::string_view Separators = ":: ::";
+    DateTime fields{};
     for (std::size_t i = 0; i < fields.size(); ++i) {
-        // The blank of the format stands for any white space, none included, which the next number skips anyway.
+        // The space in the format matches any white space or none, which scanning the next number skips.
         if (i > 0 && Separators[i - 1] != ' ') {
             if (!text.starts_with(Separators[i - 1])) {
-                return false;
+                return std::nullopt;
             }
             text.remove_prefix(1);
         }
         const std::optional<std::int64_t> number = tvmeta::scanInteger(text);
         if (!number || *number < std::numeric_limits<int>::min() || *number > std::numeric_limits<int>::max()) {
-            return false;
+            return std::nullopt;
         }
         fields[i] = static_cast<int>(*number);
     }
-    return true;
+    return fields;
 }
 
 } // namespace
 
 std::int32_t time_from_datetime(const char* text, std::time_t reference, float* seconds) noexcept {
-    constexpr std::int32_t Done = 1;
-    constexpr std::int32_t NoDate = -1;
-    DateTime fields{};
-    if (text == nullptr || seconds == nullptr || !scanDateTime(text, fields)) {
-        return NoDate;
+    if (text == nullptr || seconds == nullptr) {
+        return DATETIME_INVALID;
     }
-    const auto [year, month, day, hour, minute, second] = fields;
+    const std::optional<DateTime> fields = scanDateTime(text);
+    if (!fields) {
+        return DATETIME_INVALID;
+    }
+    const auto [year, month, day, hour, minute, second] = *fields;
     constexpr int FirstYear = 1900;
     if (year < std::numeric_limits<int>::min() + FirstYear || month == std::numeric_limits<int>::min()) {
-        return NoDate;
+        return DATETIME_INVALID;
     }
     std::tm local{};
     local.tm_year = year - FirstYear;
@@ -54,12 +56,12 @@ std::int32_t time_from_datetime(const char* text, std::time_t reference, float* 
     local.tm_hour = hour;
     local.tm_min = minute;
     local.tm_sec = second;
-    local.tm_isdst = -1; // unknown: the conversion decides
+    local.tm_isdst = -1; // unknown; mktime decides
     std::time_t time = std::mktime(&local);
     if (time > 0) {
-        // Once more with the fields that the first conversion normalised, daylight saving time included.
+        // Again, with the normalised fields of the first conversion and its daylight saving time.
         time = std::mktime(&local);
     }
     *seconds = static_cast<float>(std::difftime(reference, time));
-    return Done;
+    return DATETIME_OK;
 }

@@ -1,5 +1,5 @@
 // The EXIF directory (EXIF 2.3, sections 4.6.3 and 4.6.5).
-#include "metadata/exif_info.h"
+#include "metadata/directory_parsers.h"
 
 #include <cmath>
 #include <cstdint>
@@ -9,31 +9,31 @@ namespace tvmeta {
 
 namespace {
 
-float quotient(const Rational& rational) noexcept {
+float quotient(const Rational& rational) {
     return static_cast<float>(rational.numerator) / static_cast<float>(rational.denominator);
 }
 
-// Gives the field the rational that stands at the reader, unless its denominator makes it none.
-void readFloat(const TiffStructure& tiff, float& field) noexcept {
+// Reads a rational into `field`; leaves it unchanged if the denominator is not positive.
+void readFloat(const TiffReader& tiff, float& field) {
     const Rational rational = tiff.readRational();
     if (rational.denominator > 0) {
         field = quotient(rational);
     }
 }
 
-// APEX: a shutter speed value v stands for 2^-v seconds. Cameras write 0 for "unknown", which gives 0 seconds.
-float readShutterSpeed(const TiffStructure& tiff) noexcept {
+// APEX: the shutter speed value v means 2^-v seconds. Cameras write 0 for an unknown value, which gives 0 seconds.
+float readShutterSpeed(const TiffReader& tiff) {
     const Rational rational = tiff.readRational();
     const float value = rational.denominator != 0 ? quotient(rational) : static_cast<float>(rational.numerator);
     return value != 0.0F ? static_cast<float>(1.0 / std::exp(static_cast<double>(value) * std::numbers::ln2)) : 0.0F;
 }
 
-std::int32_t readExposureIndex(const TiffStructure& tiff) noexcept {
+std::int32_t readExposureIndex(const TiffReader& tiff) {
     const Rational rational = tiff.readRational();
     return rational.denominator > 0 ? rational.numerator / rational.denominator : rational.numerator;
 }
 
-void readEntry(const TiffStructure& tiff, const DirectoryEntry& entry, ExifInfo& info, float& shutterSpeed) noexcept {
+void readEntry(const TiffReader& tiff, const DirectoryEntry& entry, ExifInfo& info, float& shutterSpeed) {
     tiff.seekToValue(entry);
     switch (entry.tag) {
     case exif_tag::ExposureTime:
@@ -46,7 +46,7 @@ void readEntry(const TiffStructure& tiff, const DirectoryEntry& entry, ExifInfo&
         info.isoSpeed = entry.value;
         break;
     case exif_tag::DateTimeOriginal:
-        tiff.reader.readLine(info.dateTimeOriginal);
+        tiff.readLine(info.dateTimeOriginal);
         break;
     case exif_tag::ShutterSpeedValue:
         shutterSpeed = readShutterSpeed(tiff);
@@ -81,15 +81,15 @@ void readEntry(const TiffStructure& tiff, const DirectoryEntry& entry, ExifInfo&
 
 } // namespace
 
-void readExifDirectory(const TiffStructure& tiff, WorkBudget& budget, ExifInfo& info) noexcept {
+void readExifDirectory(const TiffReader& tiff, WorkBudget& budget, ExifInfo& info) {
     const std::uint16_t count = tiff.read16();
     if (count == 0 || !budget.takeEntries(count)) {
         return;
     }
     float shutterSpeed = 0.0F;
     DirectoryReader directory(tiff, count);
-    for (DirectoryEntry entry; directory.next(entry);) {
-        readEntry(tiff, entry, info, shutterSpeed);
+    while (const std::optional<DirectoryEntry> entry = directory.next()) {
+        readEntry(tiff, *entry, info, shutterSpeed);
     }
     if (info.exposureTime == 0.0F && shutterSpeed > 0.0F) {
         info.exposureTime = shutterSpeed;

@@ -1,5 +1,5 @@
 // The GPS directory (EXIF 2.3, section 4.6.6).
-#include "metadata/exif_info.h"
+#include "metadata/directory_parsers.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -8,29 +8,29 @@ namespace tvmeta {
 
 namespace {
 
-// Reads up to so many rationals as the field takes, numerator and denominator as they stand.
-void readRationals(const TiffStructure& tiff, std::int32_t count, std::span<std::uint32_t> words) noexcept {
+// Reads up to `count` rationals, as many as fit, as numerators and denominators.
+void readRationals(const TiffReader& tiff, std::int32_t count, std::span<std::uint32_t> words) {
     const auto present = static_cast<std::size_t>(std::clamp<std::int32_t>(count, 0, 3)) * 2;
     for (std::uint32_t& word : words.first(std::min(present, words.size()))) {
         word = static_cast<std::uint32_t>(tiff.read32());
     }
 }
 
-// The reference letter or byte, which stands in the entry itself.
-int readReference(const TiffStructure& tiff, const DirectoryEntry& entry) noexcept {
+// The reference letter or byte in the value field of the entry.
+int readReference(const TiffReader& tiff, const DirectoryEntry& entry) {
     tiff.reader.seek(entry.end - static_cast<std::int64_t>(EntryValueSize));
     return tiff.reader.get();
 }
 
-void readDateStamp(const TiffStructure& tiff, std::int32_t count, ExifInfo& info) noexcept {
-    constexpr std::int32_t ShortestDate = 6;
-    if (count >= ShortestDate) {
+void readDateStamp(const TiffReader& tiff, std::int32_t count, ExifInfo& info) {
+    constexpr std::int32_t MinDateCount = 6;
+    if (count >= MinDateCount) {
         const auto room = std::min(static_cast<std::size_t>(count), sizeof info.gpsDateStamp);
-        tiff.reader.readLine(std::span(info.gpsDateStamp).first(room));
+        tiff.readLine(std::span(info.gpsDateStamp).first(room));
     }
 }
 
-void readEntry(const TiffStructure& tiff, const DirectoryEntry& entry, ExifInfo& info) noexcept {
+void readEntry(const TiffReader& tiff, const DirectoryEntry& entry, ExifInfo& info) {
     tiff.seekToValue(entry, entry.field);
     switch (entry.tag) {
     case gps_tag::LatitudeRef:
@@ -49,7 +49,7 @@ void readEntry(const TiffStructure& tiff, const DirectoryEntry& entry, ExifInfo&
         info.gpsAltitudeRef = static_cast<std::uint8_t>(readReference(tiff, entry));
         break;
     case gps_tag::Altitude:
-        readRationals(tiff, 1, info.gpsAltitude); // whatever the count says: there is room for one
+        readRationals(tiff, 1, info.gpsAltitude); // the field has room for one, whatever the count is
         break;
     case gps_tag::TimeStamp:
         readRationals(tiff, entry.count, info.gpsTimeStamp);
@@ -64,14 +64,14 @@ void readEntry(const TiffStructure& tiff, const DirectoryEntry& entry, ExifInfo&
 
 } // namespace
 
-void readGpsDirectory(const TiffStructure& tiff, WorkBudget& budget, ExifInfo& info) noexcept {
+void readGpsDirectory(const TiffReader& tiff, WorkBudget& budget, ExifInfo& info) {
     const std::uint16_t count = tiff.read16();
     if (!budget.takeEntries(count)) {
         return;
     }
     DirectoryReader directory(tiff, count);
-    for (DirectoryEntry entry; directory.next(entry);) {
-        readEntry(tiff, entry, info);
+    while (const std::optional<DirectoryEntry> entry = directory.next()) {
+        readEntry(tiff, *entry, info);
     }
 }
 

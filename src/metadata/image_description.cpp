@@ -1,6 +1,6 @@
-// Exposure and colour values in the text of an ImageDescription tag: fields separated by a comma and a blank, of which
-// the eighth is the exposure ("1/250s") and the ninth to eleventh hold colour values ("R30", "G30", "B30").
-#include "metadata/exif_info.h"
+// Exposure and colour values in the text of an ImageDescription tag: fields separated by a comma and a space. Field 8
+// is the exposure ("1/250s"), fields 9 to 11 are colour values ("R30", "G30", "B30").
+#include "metadata/directory_parsers.h"
 #include "metadata/payload.h"
 #include "support/text_search.h"
 #include "support/zeroed_buffer.h"
@@ -15,17 +15,17 @@ namespace tvmeta {
 
 namespace {
 
-constexpr std::size_t LongestToken = 6;
+constexpr std::size_t MaxToken = 6;
 constexpr int ExposureField = 8;
 constexpr int FirstColorField = 9;
 constexpr int LastColorField = 11;
 constexpr std::string_view Separator = ", ";
 constexpr std::int32_t NotSeen = -1;
 
-// What the text has told so far.
+// The values found so far.
 struct Description {
     bool separated = false;
-    bool stopped = false; // by 'B', the last colour, or by a token that is too long to be one
+    bool stopped = false; // by 'B', which is the last colour, or by a token that is too long
     std::int64_t numerator = 0;
     std::int64_t denominator = 0;
     std::int32_t red = NotSeen;
@@ -34,16 +34,15 @@ struct Description {
     std::int32_t lastColor = 0;
 };
 
-// The token at the start of the text: up to the first of the end characters, or the end of the text. One character
-// beyond the longest token tells that it is too long.
-std::string_view takeToken(std::string_view text, std::string_view ends) noexcept {
-    text = text.substr(0, LongestToken + 1);
+// The token at the start of the text, up to one of the end characters. A token of MaxToken + 1 characters is too long.
+std::string_view takeToken(std::string_view text, std::string_view ends) {
+    text = text.substr(0, MaxToken + 1);
     return text.substr(0, text.find_first_of(ends));
 }
 
-// The value of a token, whose characters need not be digits: each counts by its distance from '0'. Only what follows
-// the last point counts.
-std::int32_t tokenValue(std::string_view token) noexcept {
+// The value of a token. Characters other than digits count by their distance from '0' too. Only characters after the
+// last point count.
+std::int32_t tokenValue(std::string_view token) {
     std::int32_t value = 0;
     std::int32_t weight = 1;
     for (std::size_t i = token.size(); i > 0 && token[i - 1] != '.'; --i) {
@@ -53,10 +52,10 @@ std::int32_t tokenValue(std::string_view token) noexcept {
     return value;
 }
 
-// A numerator token, and the denominator token behind it if there is one.
-void parseFraction(std::string_view text, Description& description) noexcept {
+// A numerator token, and a denominator token if "/" follows.
+void parseFraction(std::string_view text, Description& description) {
     const std::string_view numerator = takeToken(text, " /s");
-    if (numerator.size() > LongestToken) {
+    if (numerator.size() > MaxToken) {
         description.stopped = true;
         return;
     }
@@ -66,16 +65,16 @@ void parseFraction(std::string_view text, Description& description) noexcept {
         return;
     }
     const std::string_view denominator = takeToken(textFrom(text, 1), " s");
-    if (denominator.size() > LongestToken) {
+    if (denominator.size() > MaxToken) {
         description.stopped = true;
         return;
     }
     description.denominator += tokenValue(denominator);
 }
 
-// The field ends at the next separator; its tokens may reach over it. As long as the numerator is 0, every character
-// that is not a blank begins another fraction.
-void parseExposure(std::string_view text, Description& description) noexcept {
+// The field ends at the next separator, but its tokens may cross it. While the numerator is 0, each character other
+// than a space starts another fraction.
+void parseExposure(std::string_view text, Description& description) {
     for (; !text.empty() && !text.starts_with(Separator) && !description.stopped; text.remove_prefix(1)) {
         if (text.front() != ' ' && description.numerator == 0) {
             parseFraction(text, description);
@@ -83,7 +82,7 @@ void parseExposure(std::string_view text, Description& description) noexcept {
     }
 }
 
-std::int32_t* colorNamed(char letter, Description& description) noexcept {
+std::int32_t* colorNamed(char letter, Description& description) {
     switch (letter) {
     case 'R':
         return &description.red;
@@ -96,21 +95,21 @@ std::int32_t* colorNamed(char letter, Description& description) noexcept {
     }
 }
 
-void parseColors(std::string_view text, Description& description) noexcept {
+void parseColors(std::string_view text, Description& description) {
     for (; !text.empty() && !text.starts_with(Separator) && !description.stopped; text.remove_prefix(1)) {
         std::int32_t* const color = colorNamed(text.front(), description);
         if (color == nullptr) {
             continue;
         }
         const std::string_view token = takeToken(textFrom(text, 1), " ,.");
-        const bool tooLong = token.size() > LongestToken;
+        const bool tooLong = token.size() > MaxToken;
         *color = tooLong ? 0 : tokenValue(token);
         description.lastColor = *color;
         description.stopped = tooLong || text.front() == 'B';
     }
 }
 
-Description parseFields(std::string_view text) noexcept {
+Description parseFields(std::string_view text) {
     Description description;
     int field = 1;
     for (std::size_t at = text.find(Separator); at != std::string_view::npos && field < LastColorField;
@@ -127,22 +126,22 @@ Description parseFields(std::string_view text) noexcept {
     return description;
 }
 
-// 200 doubled for every 30 of the middle between the darkest and the brightest colour, in whole steps of 200.
-std::int32_t isoSpeedFor(const Description& description) noexcept {
+// 200, doubled for each 30 of the mean of the smallest and the largest colour value, in whole steps of 200.
+std::int32_t isoSpeedFor(const Description& description) {
     constexpr std::int32_t Step = 200;
-    constexpr std::int32_t Most = std::numeric_limits<std::int32_t>::max();
+    constexpr std::int32_t Max = std::numeric_limits<std::int32_t>::max();
     const auto [low, high] = std::minmax({description.red, description.green, description.blue});
     const std::int64_t middle = (std::int64_t{low} + high) / 2;
     const double steps = std::exp2(static_cast<double>(middle) / 30.0);
-    constexpr double TooMany = double{Most / Step} + 1.0;
-    return steps < TooMany ? static_cast<std::int32_t>(steps) * Step : Most;
+    constexpr double Limit = double{Max / Step} + 1.0;
+    return steps < Limit ? static_cast<std::int32_t>(steps) * Step : Max;
 }
 
-constexpr bool isPlausible(std::int64_t value) noexcept {
+constexpr bool isPlausible(std::int64_t value) {
     return value >= 1 && value <= 99'998;
 }
 
-void store(const Description& description, ExifInfo& info) noexcept {
+void copyValues(const Description& description, ExifInfo& info) {
     const bool colors = description.red != NotSeen && description.green != NotSeen && description.blue != NotSeen;
     if (!description.separated || !colors) {
         return;
@@ -158,21 +157,19 @@ void store(const Description& description, ExifInfo& info) noexcept {
 
 } // namespace
 
-std::int32_t readImageDescription(StreamReader& reader, std::int32_t size, WorkBudget& budget,
-                                  ExifInfo& info) noexcept {
-    constexpr std::int32_t Unreadable = -1;
-    if (size <= 0 || budget.payloadBytes <= 0 || fillable(reader, size) < size) {
-        return Unreadable;
+std::int32_t readImageDescription(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info) {
+    if (size <= 0 || budget.payloadBytes <= 0 || availableSize(reader, size) < size) {
+        return PARSE_DESCRIPTION_UNREADABLE;
     }
     budget.payloadBytes -= size;
     ZeroedBuffer buffer(static_cast<std::size_t>(size));
     if (!buffer || reader.read(buffer.bytes()) < buffer.size()) {
-        return Unreadable;
+        return PARSE_DESCRIPTION_UNREADABLE;
     }
-    // TIFF counts the terminator of a text: it must not become a digit.
+    // The count of a TIFF text includes its terminator, which must not count as a digit.
     const std::string_view bytes(buffer.text(), buffer.size());
     const Description description = parseFields(bytes.substr(0, bytes.find('\0')));
-    store(description, info);
+    copyValues(description, info);
     return description.lastColor;
 }
 
@@ -180,7 +177,7 @@ std::int32_t readImageDescription(StreamReader& reader, std::int32_t size, WorkB
 
 std::int32_t parse_image_description(FILE* stream, std::int32_t size, ExifInfo* info) noexcept {
     if (stream == nullptr || info == nullptr) {
-        return -1;
+        return PARSE_DESCRIPTION_UNREADABLE;
     }
     tvmeta::LentStreamReader reader(stream);
     tvmeta::WorkBudget budget;

@@ -1,38 +1,37 @@
 // The image directories of a TIFF structure (TIFF 6.0; XMP storage in files and IPTC-IIM for tags 700 and 33723).
-#include "metadata/exif_info.h"
-#include "metadata/status.h"
+#include "metadata/directory_parsers.h"
 #include "support/bytes.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <string_view>
+#include <iterator>
 
 namespace tvmeta {
 
 namespace {
 
-// Image, thumbnail, and the one that the thumbnail's links to: no photograph has more that matter here.
+// The image, the thumbnail, and one more. Photographs have nothing of interest in further ones.
 constexpr int ImageDirectories = 3;
 
-// A directory of so many entries is taken for the last one.
+// A directory with this many entries is treated as the last one.
 constexpr std::uint16_t LastDirectoryEntries = 255;
 
-// Byte sizes of the field types, indexed by type code; types beyond count as type 0.
-constexpr std::string_view TIFF_TYPE_SIZES = "11124811248488";
+// Byte sizes of the field types, by type code. Unknown types count as type 0.
+constexpr std::uint8_t TIFF_TYPE_SIZES[] = {1, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 8};
 
-int typeSize(std::uint16_t type) noexcept {
-    return TIFF_TYPE_SIZES[type < TIFF_TYPE_SIZES.size() ? type : 0] - '0';
+std::int32_t typeSize(std::uint16_t type) {
+    return TIFF_TYPE_SIZES[type < std::size(TIFF_TYPE_SIZES) ? type : 0];
 }
 
 struct Walk {
-    TiffStructure tiff;
+    TiffReader tiff;
     std::int32_t fileType;
     WorkBudget& budget;
     ExifInfo& info;
 };
 
-// A model name that stands in the entry fills four characters: what its count does not cover becomes blanks.
-void readInlineModel(const DirectoryEntry& entry, ExifInfo& info) noexcept {
+// A model name in the value field has four characters. Those beyond its count become spaces.
+void readInlineModel(const DirectoryEntry& entry, ExifInfo& info) {
     std::ranges::copy(entry.fieldBytes, info.model);
     if (entry.count == 3) {
         info.model[2] = ' ';
@@ -43,17 +42,17 @@ void readInlineModel(const DirectoryEntry& entry, ExifInfo& info) noexcept {
     }
 }
 
-void readModel(const Walk& walk, const DirectoryEntry& entry) noexcept {
-    constexpr std::int32_t ShortestText = 3;
-    if (std::int64_t{typeSize(entry.type)} * entry.count <= static_cast<std::int64_t>(EntryValueSize)) {
+void readModel(const Walk& walk, const DirectoryEntry& entry) {
+    constexpr std::int32_t MinTextCount = 3;
+    if (entry.count <= static_cast<std::int32_t>(EntryValueSize) / typeSize(entry.type)) {
         readInlineModel(entry, walk.info);
-    } else if (entry.count >= ShortestText) {
+    } else if (entry.count >= MinTextCount) {
         const auto room = std::min(static_cast<std::size_t>(entry.count), sizeof walk.info.model);
-        walk.tiff.reader.readLine(std::span(walk.info.model).first(room));
+        walk.tiff.readLine(std::span(walk.info.model).first(room));
     }
 }
 
-void locateIptc(const DirectoryEntry& entry, ExifInfo& info) noexcept {
+void locateIptc(const DirectoryEntry& entry, ExifInfo& info) {
     if (entry.type == tiff_type::Undefined) {
         info.iptcLength = entry.count;
     } else if (entry.type == tiff_type::Long) {
@@ -62,7 +61,7 @@ void locateIptc(const DirectoryEntry& entry, ExifInfo& info) noexcept {
     info.iptcOffset = entry.value;
 }
 
-void locateThumbnail(const Walk& walk, const DirectoryEntry& entry) noexcept {
+void locateThumbnail(const Walk& walk, const DirectoryEntry& entry) {
     if (entry.tag == tiff_tag::JpegInterchangeFormat) {
         walk.info.thumbnailOffset = wrappingAdd(entry.value, walk.tiff.base);
     } else {
@@ -70,9 +69,9 @@ void locateThumbnail(const Walk& walk, const DirectoryEntry& entry) noexcept {
     }
 }
 
-// Descriptions and Photoshop resources are looked into in TIFF files alone: a JPEG has its resources in a segment, and
-// cameras' raw files use these tags for other things.
-void readPayload(const Walk& walk, const DirectoryEntry& entry) noexcept {
+// Descriptions and Photoshop resources are read in TIFF files only. A JPEG has its resources in a segment, and camera
+// raw files use these tags for other purposes.
+void readPayload(const Walk& walk, const DirectoryEntry& entry) {
     if (walk.fileType != FILE_TYPE_TIFF) {
         return;
     }
@@ -83,7 +82,7 @@ void readPayload(const Walk& walk, const DirectoryEntry& entry) noexcept {
     }
 }
 
-void readEntry(const Walk& walk, const DirectoryEntry& entry, bool mainImage) noexcept {
+void readEntry(const Walk& walk, const DirectoryEntry& entry, bool isMainImage) {
     walk.tiff.seekToValue(entry);
     switch (entry.tag) {
     case tiff_tag::Model:
@@ -96,7 +95,7 @@ void readEntry(const Walk& walk, const DirectoryEntry& entry, bool mainImage) no
         break;
     case tiff_tag::JpegInterchangeFormat:
     case tiff_tag::JpegInterchangeFormatLength:
-        if (!mainImage) {
+        if (!isMainImage) {
             locateThumbnail(walk, entry);
         }
         break;
@@ -125,14 +124,14 @@ void readEntry(const Walk& walk, const DirectoryEntry& entry, bool mainImage) no
 } // namespace
 
 std::int32_t readImageDirectories(StreamReader& reader, std::int32_t tiffBase, std::int32_t fileType,
-                                  WorkBudget& budget, ExifInfo& info) noexcept {
+                                  WorkBudget& budget, ExifInfo& info) {
     const std::uint16_t mark = reader.read16(ByteOrder::Big);
     if (mark != LittleEndianMark && mark != BigEndianMark) {
-        return status::WrongSignature;
+        return GET_EXIF_WRONG_SIGNATURE;
     }
-    const TiffStructure tiff{reader, byteOrderOf(mark), tiffBase};
+    const TiffReader tiff{reader, byteOrderOf(mark), tiffBase};
     if (tiff.read16() != TiffMagic) {
-        return status::Unsupported;
+        return GET_EXIF_UNSUPPORTED;
     }
     const Walk walk{tiff, fileType, budget, info};
     std::int32_t offset = tiff.read32();
@@ -140,15 +139,15 @@ std::int32_t readImageDirectories(StreamReader& reader, std::int32_t tiffBase, s
         tiff.seek(offset);
         const std::uint16_t count = tiff.read16();
         DirectoryReader directory(tiff, count);
-        for (DirectoryEntry entry; directory.next(entry);) {
-            readEntry(walk, entry, index == 0);
+        while (const std::optional<DirectoryEntry> entry = directory.next()) {
+            readEntry(walk, *entry, index == 0);
         }
         if (count == LastDirectoryEntries) {
             break;
         }
         offset = tiff.read32();
     }
-    return status::Done;
+    return GET_EXIF_OK;
 }
 
 } // namespace tvmeta

@@ -1,7 +1,9 @@
-// JPEG files (ITU-T T.81 annex B): segments that carry EXIF (EXIF 2.3, section 4.5.4), XMP (XMP storage in files)
-// and Photoshop resources.
-#include "metadata/containers.h"
-#include "metadata/status.h"
+// JPEG files (ITU-T T.81 annex B): segments with EXIF (EXIF 2.3, section 4.5.4), XMP (XMP storage in files) and
+// Photoshop resources.
+#include "metadata/jpeg.h"
+
+#include "metadata/directory_parsers.h"
+#include "settings/lens.h"
 #include "settings/methods.h"
 #include "settings/packet_parser.h"
 #include "support/message.h"
@@ -9,7 +11,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <optional>
 #include <string_view>
 
 namespace tvmeta {
@@ -30,25 +31,25 @@ constexpr std::string_view ExifSignature = "Exif\0\0"sv;
 constexpr std::string_view XmpSignature = "http://ns.adobe.com/xap/1.0/\0"sv;
 constexpr std::string_view PhotoshopSignature = "Photoshop 3.0\0"sv;
 
-// More bytes of prefix and fill than this are taken for a broken file.
-constexpr int LongestMarker = 5;
+// A marker with more prefix and fill bytes than this is a broken file.
+constexpr int MaxMarkerBytes = 5;
 
-// The XMP segment stands among so many markers behind the EXIF segment.
+// The XMP segment must be among this many markers after the EXIF segment.
 constexpr int XmpSearchMarkers = 10;
 
-bool endsHeader(int code) noexcept {
+bool endsHeader(int code) {
     return code == marker::EndOfImage || code == marker::StartOfScan;
 }
 
-bool startsImage(StreamReader& reader) noexcept {
+bool startsImage(StreamReader& reader) {
     const int first = reader.get();
     return first == marker::Prefix && reader.get() == marker::StartOfImage;
 }
 
-// Reads a marker's code behind its prefix and fill bytes. The prefix alone when there is no code within LongestMarker
-// bytes, or when the file ends first.
-int readMarker(StreamReader& reader) noexcept {
-    for (int i = 0; i < LongestMarker; ++i) {
+// Reads the code of a marker after its prefix and fill bytes. Returns the prefix if there is no code within
+// MaxMarkerBytes, or the file ends.
+int readMarker(StreamReader& reader) {
+    for (int i = 0; i < MaxMarkerBytes; ++i) {
         const int byte = reader.get();
         if (byte != marker::Prefix && byte != EOF) {
             return byte;
@@ -57,29 +58,29 @@ int readMarker(StreamReader& reader) noexcept {
     return marker::Prefix;
 }
 
-// A segment behind its marker: where its length field stands, and what it says.
+// The segment after a marker: the position of its length field, and the length.
 struct Segment {
     std::int64_t start;
-    std::uint16_t length; // counts itself
+    std::uint16_t length; // includes the length field
 
-    std::int64_t end() const noexcept { return start + length; }
-    bool valid() const noexcept { return length >= 2; }
+    std::int64_t end() const { return start + length; }
+    bool isValid() const { return length >= 2; }
 };
 
-Segment readSegment(StreamReader& reader) noexcept {
+Segment readSegment(StreamReader& reader) {
     const std::int64_t start = reader.position();
     return {start, reader.read16(ByteOrder::Big)};
 }
 
-std::int32_t reportInvalidMarker() noexcept {
+std::int32_t reportInvalidMarker() {
     printMessage("invalid marker");
-    return status::Broken;
+    return GET_EXIF_UNREADABLE;
 }
 
-// Passes over a segment; false, and reported, when its length is impossible.
-bool skipSegment(StreamReader& reader) noexcept {
+// Skips a segment. Reports an impossible length, and returns false.
+bool skipSegment(StreamReader& reader) {
     const Segment segment = readSegment(reader);
-    if (!segment.valid()) {
+    if (!segment.isValid()) {
         reportInvalidMarker();
         return false;
     }
@@ -87,7 +88,7 @@ bool skipSegment(StreamReader& reader) noexcept {
     return true;
 }
 
-bool readSignature(StreamReader& reader, std::string_view signature) noexcept {
+bool readSignature(StreamReader& reader, std::string_view signature) {
     unsigned char bytes[32] = {};
     const auto block = std::span(bytes).first(signature.size());
     return reader.read(block) == signature.size() && std::ranges::equal(block, signature, [](unsigned char a, char b) {
@@ -95,32 +96,36 @@ bool readSignature(StreamReader& reader, std::string_view signature) noexcept {
            });
 }
 
-// Looks for the first APP1 segment. Gives the result to end with when there is none.
-std::optional<std::int32_t> findApp1(StreamReader& reader) noexcept {
+// The first APP1 segment.
+Result<Segment> findApp1(StreamReader& reader) {
     for (int code = readMarker(reader); code != marker::App1; code = readMarker(reader)) {
         if (endsHeader(code)) {
-            return status::WrongSignature;
+            return Failure{GET_EXIF_WRONG_SIGNATURE};
         }
         if (code == marker::Prefix) {
             printMessage("too many padding bytes");
-            return status::Broken;
+            return Failure{GET_EXIF_UNREADABLE};
         }
         if (!skipSegment(reader)) {
-            return status::Broken;
+            return Failure{GET_EXIF_UNREADABLE};
         }
     }
-    return std::nullopt;
+    const Segment segment = readSegment(reader);
+    if (!segment.isValid()) {
+        return Failure{reportInvalidMarker()};
+    }
+    return segment;
 }
 
-// Takes the lens name out of the XMP segment at which the reader stands, and keeps the packet's place if it holds
+// Reads the lens name from the XMP segment at the reader, and records the position of the packet if it contains
 // processing settings.
-void examineXmp(StreamReader& reader, ExifInfo& info) noexcept {
+void readXmpSegment(StreamReader& reader, ExifInfo& info) {
     const Segment segment = readSegment(reader);
-    if (!segment.valid() || !readSignature(reader, XmpSignature)) {
+    if (!segment.isValid() || !readSignature(reader, XmpSignature)) {
         return;
     }
     const std::int64_t offset = reader.position();
-    // The length counts itself and the signature too: so many bytes are read, of which the last lie behind the segment.
+    // The length includes its own field and the signature, so this reads bytes after the segment too.
     ZeroedBuffer packet(segment.length);
     if (!packet || reader.read(packet.bytes()) < packet.size()) {
         return;
@@ -133,15 +138,15 @@ void examineXmp(StreamReader& reader, ExifInfo& info) noexcept {
     }
 }
 
-// Looks among the markers behind the EXIF segment for the next APP1. False when a segment is broken.
-bool searchXmp(StreamReader& reader, ExifInfo& info) noexcept {
+// Searches the markers after the EXIF segment for the next APP1. Returns false if a segment is broken.
+bool searchXmp(StreamReader& reader, ExifInfo& info) {
     for (int i = 0; i < XmpSearchMarkers; ++i) {
         const int code = readMarker(reader);
         if (endsHeader(code) || code == marker::Prefix) {
             return true;
         }
         if (code == marker::App1) {
-            examineXmp(reader, info);
+            readXmpSegment(reader, info);
             return true;
         }
         if (!skipSegment(reader)) {
@@ -153,54 +158,51 @@ bool searchXmp(StreamReader& reader, ExifInfo& info) noexcept {
 
 } // namespace
 
-TiffPlace findTiffInJpeg(StreamReader& reader, ExifInfo& info) noexcept {
+Result<std::int32_t> findTiffInJpeg(StreamReader& reader, ExifInfo& info) {
     if (!startsImage(reader)) {
-        return {status::Broken, 0};
+        return Failure{GET_EXIF_UNREADABLE};
     }
-    if (const std::optional<std::int32_t> failure = findApp1(reader)) {
-        return {*failure, 0};
-    }
-    const Segment segment = readSegment(reader);
-    if (!segment.valid()) {
-        return {reportInvalidMarker(), 0};
+    const Result<Segment> segment = findApp1(reader);
+    if (!segment) {
+        return Failure{segment.code()};
     }
     if (!readSignature(reader, ExifSignature)) {
-        return {status::Done, 0}; // what stands here is looked at all the same, and is no TIFF header in practice
+        return 0; // the caller finds no TIFF header here
     }
     const std::int64_t base = reader.position();
-    reader.seek(segment.end());
+    reader.seek(segment->end());
     if (!searchXmp(reader, info)) {
-        return {status::Broken, 0};
+        return Failure{GET_EXIF_UNREADABLE};
     }
     reader.seek(base);
-    return {status::Done, static_cast<std::int32_t>(base)};
+    return static_cast<std::int32_t>(base);
 }
 
-std::int32_t readPhotoshopSegment(StreamReader& reader, WorkBudget& budget, ExifInfo& info) noexcept {
+std::int32_t readPhotoshopSegment(StreamReader& reader, WorkBudget& budget, ExifInfo& info) {
     reader.seek(0);
     if (!startsImage(reader)) {
-        return status::Broken;
+        return GET_EXIF_UNREADABLE;
     }
     while (reader.get() == marker::Prefix) {
         const int code = reader.get();
         if (endsHeader(code)) {
-            return status::Done;
+            return GET_EXIF_OK;
         }
         if (code == marker::App13) {
             const Segment segment = readSegment(reader);
-            if (!segment.valid()) {
+            if (!segment.isValid()) {
                 return reportInvalidMarker();
             }
             if (readSignature(reader, PhotoshopSignature)) {
                 readPhotoshopResources(reader, segment.length, budget, info);
             }
-            return status::Done;
+            return GET_EXIF_OK;
         }
         if (!skipSegment(reader)) {
-            return status::Broken;
+            return GET_EXIF_UNREADABLE;
         }
     }
-    return status::BrokenSegmentChain;
+    return GET_EXIF_BROKEN_CHAIN;
 }
 
 } // namespace tvmeta

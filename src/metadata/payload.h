@@ -4,16 +4,15 @@
 #include "metadata/stream_reader.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 
 namespace tvmeta {
 
-// How many of the announced bytes the file can fill, so that a count is never believed before memory is taken for it.
-// Small counts are not worth a question to the system.
-inline std::int64_t fillable(StreamReader& reader, std::int32_t announced) noexcept {
-    constexpr std::int32_t Small = 1 << 16;
-    return announced <= Small ? announced : std::min<std::int64_t>(announced, reader.remaining());
+// Clamps a declared size to what the file can contain, before memory is allocated for it. Small sizes are not worth the
+// system call.
+inline std::int64_t availableSize(StreamReader& reader, std::int32_t declared) {
+    constexpr std::int32_t MaxUnchecked = 1 << 16;
+    return declared <= MaxUnchecked ? declared : std::min<std::int64_t>(declared, reader.remaining());
 }
 
 } // namespace tvmeta

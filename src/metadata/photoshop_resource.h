@@ -1,5 +1,5 @@
-// Metadata: image resources of Photoshop files, and of the segments and tags that carry them elsewhere: a signature, an
-// identifier, a name, a data size, the data.
+// Metadata: Photoshop image resources, in Photoshop files, JPEG segments and TIFF tags. A resource is a signature, an
+// identifier, a name, a data size and the data.
 #pragma once
 
 #include <array>

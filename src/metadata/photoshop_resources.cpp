@@ -1,6 +1,6 @@
-// The thumbnail and the IPTC block among Photoshop image resources. The block is scanned, not walked: files whose
-// resources do not follow each other as they should still show what they hold.
-#include "metadata/exif_info.h"
+// The thumbnail and the IPTC block in Photoshop image resources. The block is scanned, not walked, so a broken resource
+// does not hide the others.
+#include "metadata/directory_parsers.h"
 #include "metadata/payload.h"
 #include "metadata/photoshop_resource.h"
 #include "support/bytes.h"
@@ -18,11 +18,11 @@ namespace {
 constexpr std::size_t HeaderSize = 8; // signature, identifier, and the two bytes of an empty name
 constexpr SearchText Signature{"8BIM", 0};
 
-// Behind the header and the data size: format, then the numbers below, then the JPEG data. The total size, the bits per
-// pixel and the number of planes are of no interest.
+// After the header and the data size: a format, the numbers below, and the JPEG data. The total size, the bits per
+// pixel and the number of planes are not used.
 constexpr std::int64_t ThumbnailWidthOffset = 16;
 
-void readThumbnail(StreamReader& reader, ExifInfo& info) noexcept {
+void readThumbnail(StreamReader& reader, ExifInfo& info) {
     info.thumbnailWidth = reader.read32(ByteOrder::Big);
     info.thumbnailHeight = reader.read32(ByteOrder::Big);
     info.thumbnailRowBytes = reader.read32(ByteOrder::Big);
@@ -32,13 +32,13 @@ void readThumbnail(StreamReader& reader, ExifInfo& info) noexcept {
     info.thumbnailOffset = static_cast<std::int32_t>(reader.position());
 }
 
-void readIptc(StreamReader& reader, ExifInfo& info) noexcept {
+void readIptc(StreamReader& reader, ExifInfo& info) {
     info.iptcLength = reader.read32(ByteOrder::Big);
     info.iptcOffset = static_cast<std::int32_t>(reader.position());
 }
 
-// Acts on the resource whose header stands at `position`. True if it is a thumbnail.
-bool readResource(StreamReader& reader, std::string_view header, std::int64_t position, ExifInfo& info) noexcept {
+// Reads the resource whose header is at `position`. Returns true for a thumbnail.
+bool readResource(StreamReader& reader, std::string_view header, std::int64_t position, ExifInfo& info) {
     const auto* const bytes = reinterpret_cast<const unsigned char*>(header.data());
     const std::uint16_t id = loadBe16(bytes + photoshop::Signature.size());
     if (id == photoshop::Thumbnail) {
@@ -56,24 +56,19 @@ bool readResource(StreamReader& reader, std::string_view header, std::int64_t po
 
 } // namespace
 
-std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, WorkBudget& budget,
-                                    ExifInfo& info) noexcept {
-    constexpr std::int32_t NoMemory = -4;
-    constexpr std::int32_t NoThumbnail = 1;
-    // What the file does not fill counts as zeros, of which a header can hold two behind its identifier.
+std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info) {
+    // Bytes that the file lacks count as zeros, of which a header can contain two after its identifier.
     constexpr std::int64_t ZerosSeen = 2;
     if (size <= 0 || budget.payloadBytes <= 0) {
-        return NoThumbnail;
+        return PARSE_PHOTOSHOP_NO_THUMBNAIL;
     }
     const std::int64_t start = reader.position();
-    ZeroedBuffer block(static_cast<std::size_t>(std::min<std::int64_t>(size, fillable(reader, size) + ZerosSeen)));
+    ZeroedBuffer block(static_cast<std::size_t>(std::min<std::int64_t>(size, availableSize(reader, size) + ZerosSeen)));
     if (!block) {
-        return NoMemory;
+        return PARSE_PHOTOSHOP_NO_MEMORY;
     }
-    const std::size_t read = reader.read(block.bytes());
-    budget.payloadBytes -= static_cast<std::int64_t>(read);
-    reader.lend(block.bytes().first(read), start);
-    std::int32_t result = NoThumbnail;
+    budget.payloadBytes -= static_cast<std::int64_t>(reader.read(block.bytes()));
+    std::int32_t result = PARSE_PHOTOSHOP_NO_THUMBNAIL;
     const std::string_view text(block.text(), block.size());
     for (std::size_t at = findText(text, Signature); at != std::string_view::npos && text.size() - at >= HeaderSize;
          at = findText(text, Signature, at + 1)) {
@@ -81,7 +76,6 @@ std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, Wor
             result = info.thumbnailLength;
         }
     }
-    reader.lend({}, 0);
     return result;
 }
 
@@ -89,7 +83,7 @@ std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, Wor
 
 std::int32_t parse_photoshop_data(FILE* stream, std::int32_t size, ExifInfo* info) noexcept {
     if (stream == nullptr || info == nullptr) {
-        return -4;
+        return PARSE_PHOTOSHOP_NO_MEMORY;
     }
     tvmeta::LentStreamReader reader(stream);
     tvmeta::WorkBudget budget;

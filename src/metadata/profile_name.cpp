@@ -10,17 +10,17 @@
 namespace {
 
 constexpr std::size_t NameSize = 32;
-constexpr std::size_t SmallestProfile = 49; // a header's worth of bytes, an element's, and one more
+constexpr std::size_t MinProfileSize = 49;
 constexpr std::size_t SearchStart = 32;
-constexpr std::size_t SearchTail = 16; // an element that begins later holds no text
+constexpr std::size_t SearchTail = 16; // an element that starts later has no text
 
 // "desc", four reserved bytes, and a character count below 256.
 constexpr std::string_view Element("desc\0\0\0\0\0\0\0", 11);
 
 constexpr std::string_view KnownNames[] = {"sRGB", "Adobe RGB", "ProPhoto RGB"};
 
-// The known name that stands first among the so many starting places in the text; empty if none does.
-std::string_view findKnownName(std::string_view text, std::size_t places) noexcept {
+// The first known name in the text that starts at one of the first `places` characters; empty if there is none.
+std::string_view findKnownName(std::string_view text, std::size_t places) {
     for (std::size_t i = 0; i < std::min(places, text.size()); ++i) {
         for (const std::string_view name : KnownNames) {
             if (tvmeta::textFrom(text, i).starts_with(name)) {
@@ -34,18 +34,17 @@ std::string_view findKnownName(std::string_view text, std::size_t places) noexce
 } // namespace
 
 std::int32_t get_profile_name(std::int32_t size, const unsigned char* profile, char name[NameSize]) noexcept {
-    constexpr std::int32_t NotFound = -1;
     if (name == nullptr) {
-        return NotFound;
+        return PROFILE_NAME_NOT_FOUND;
     }
     std::fill_n(name, NameSize, '\0');
-    if (profile == nullptr || size < static_cast<std::int32_t>(SmallestProfile)) {
-        return NotFound;
+    if (profile == nullptr || size < static_cast<std::int32_t>(MinProfileSize)) {
+        return PROFILE_NAME_NOT_FOUND;
     }
     const std::string_view bytes(reinterpret_cast<const char*>(profile), static_cast<std::size_t>(size));
     const std::size_t element = bytes.find(Element, SearchStart);
     if (element >= bytes.size() - SearchTail) {
-        return NotFound;
+        return PROFILE_NAME_NOT_FOUND;
     }
     const auto count = static_cast<unsigned char>(bytes[element + Element.size()]);
     const std::string_view text = tvmeta::textFrom(bytes, element + Element.size() + 1);

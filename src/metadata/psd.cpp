@@ -1,7 +1,8 @@
 // Photoshop files: the header and the image resources (Photoshop file format). All numbers are big-endian.
-#include "metadata/containers.h"
+#include "metadata/psd.h"
+
 #include "metadata/photoshop_resource.h"
-#include "metadata/status.h"
+#include "tvmeta.h"
 
 #include <array>
 #include <cstdint>
@@ -13,23 +14,23 @@ namespace {
 constexpr std::array<unsigned char, 4> FileSignature = {'8', 'B', 'P', 'S'};
 constexpr std::int64_t VersionAndReserved = 2 + 6;
 constexpr std::int64_t SizeAndDepth = 4 + 4 + 2;
-constexpr std::uint16_t FewestChannels = 3;
+constexpr std::uint16_t MinChannels = 3;
 constexpr std::uint16_t RgbColorMode = 3;
 
-constexpr std::int64_t roundUpToEven(std::int64_t size) noexcept {
+constexpr std::int64_t roundUpToEven(std::int64_t size) {
     return size + (size & 1);
 }
 
-// Passes over a resource's name: a length byte and so many characters, padded to an even size.
-void skipName(StreamReader& reader) noexcept {
+// Skips the name of a resource: a length byte and the characters, padded to an even size.
+void skipName(StreamReader& reader) {
     const int length = reader.get();
     if (length != EOF) {
         reader.skip(roundUpToEven(1 + length) - 1);
     }
 }
 
-// Walks the resources up to the EXIF data, at whose first byte the reader then stands.
-bool findExifResource(StreamReader& reader, std::int32_t sectionSize) noexcept {
+// Walks the resources up to the EXIF data, and leaves the reader at its first byte.
+bool findExifResource(StreamReader& reader, std::int32_t sectionSize) {
     std::int64_t walked = 0;
     while (walked < sectionSize) {
         const std::int64_t start = reader.position();
@@ -43,7 +44,7 @@ bool findExifResource(StreamReader& reader, std::int32_t sectionSize) noexcept {
         if (id == photoshop::ExifData) {
             return true;
         }
-        if (size < 0) { // would lead backwards, and around in a circle
+        if (size < 0) { // would move backwards, and around in a loop
             return false;
         }
         reader.skip(roundUpToEven(size));
@@ -54,27 +55,27 @@ bool findExifResource(StreamReader& reader, std::int32_t sectionSize) noexcept {
 
 } // namespace
 
-TiffPlace findTiffInPsd(StreamReader& reader) noexcept {
+Result<std::int32_t> findTiffInPsd(StreamReader& reader) {
     std::array<unsigned char, FileSignature.size()> signature{};
     if (reader.read(signature) < signature.size()) {
-        return {status::Broken, 0};
+        return Failure{GET_EXIF_UNREADABLE};
     }
     if (signature != FileSignature) {
-        return {status::WrongSignature, 0};
+        return Failure{GET_EXIF_WRONG_SIGNATURE};
     }
     reader.skip(VersionAndReserved);
-    if (reader.read16(ByteOrder::Big) < FewestChannels) {
-        return {status::Unsupported, 0};
+    if (reader.read16(ByteOrder::Big) < MinChannels) {
+        return Failure{GET_EXIF_UNSUPPORTED};
     }
     reader.skip(SizeAndDepth);
     if (reader.read16(ByteOrder::Big) != RgbColorMode) {
-        return {status::Unsupported, 0};
+        return Failure{GET_EXIF_UNSUPPORTED};
     }
     reader.skip(reader.read32(ByteOrder::Big)); // colour mode data
     if (!findExifResource(reader, reader.read32(ByteOrder::Big))) {
-        return {status::Broken, 0};
+        return Failure{GET_EXIF_UNREADABLE};
     }
-    return {status::Done, static_cast<std::int32_t>(reader.position())};
+    return static_cast<std::int32_t>(reader.position());
 }
 
 } // namespace tvmeta

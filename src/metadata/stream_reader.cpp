@@ -8,10 +8,11 @@
 
 namespace tvmeta {
 
-StreamReader::StreamReader(std::FILE* stream, std::int64_t position) noexcept
-    : stream_(stream), position_(position), streamPosition_(position), end_(position < 0 ? INT64_MIN : INT64_MAX) {}
+StreamReader::StreamReader(std::FILE* stream, std::int64_t position, std::size_t windowSize)
+    : stream_(stream), position_(position), streamPosition_(position), end_(position < 0 ? INT64_MIN : INT64_MAX),
+      windowSize_(std::min(windowSize, MaxWindowSize)) {}
 
-bool StreamReader::seek(std::int64_t position) noexcept {
+bool StreamReader::seek(std::int64_t position) {
     if (position < 0) {
         return false;
     }
@@ -19,30 +20,30 @@ bool StreamReader::seek(std::int64_t position) noexcept {
     return true;
 }
 
-std::span<const unsigned char> StreamReader::View::from(std::int64_t position) const noexcept {
+std::span<const unsigned char> StreamReader::Window::from(std::int64_t position) const {
     const std::int64_t offset = position - start;
-    if (offset < 0 || static_cast<std::uint64_t>(offset) >= bytes.size()) {
+    if (offset < 0 || static_cast<std::uint64_t>(offset) >= size) {
         return {};
     }
-    return bytes.subspan(static_cast<std::size_t>(offset));
+    return std::span(bytes).first(size).subspan(static_cast<std::size_t>(offset));
 }
 
-// The bytes at the position that are in memory.
-std::span<const unsigned char> StreamReader::available() noexcept {
-    if (const auto bytes = views_[current_].from(position_); !bytes.empty()) {
+// The bytes in memory from the position on.
+std::span<const unsigned char> StreamReader::available() {
+    if (const auto bytes = current_->from(position_); !bytes.empty()) {
         return bytes;
     }
-    for (std::size_t i = 0; i < views_.size(); ++i) {
-        if (const auto bytes = views_[i].from(position_); !bytes.empty()) {
-            use(i);
+    for (Window& window : windows_) {
+        if (const auto bytes = window.from(position_); !bytes.empty()) {
+            use(window);
             return bytes;
         }
     }
     return {};
 }
 
-// Reads from the position on, without moving it, and learns where the file ends.
-std::size_t StreamReader::readStream(unsigned char* block, std::size_t size) noexcept {
+// Reads from the position on without moving it. A short read marks the end of the file.
+std::size_t StreamReader::readStream(unsigned char* block, std::size_t size) {
     if (position_ >= end_) {
         return 0;
     }
@@ -57,29 +58,24 @@ std::size_t StreamReader::readStream(unsigned char* block, std::size_t size) noe
     return count;
 }
 
-void StreamReader::use(std::size_t view) noexcept {
-    current_ = view;
-    views_[view].lastUse = ++uses_;
+void StreamReader::use(Window& window) {
+    current_ = &window;
+    window.lastUse = ++uses_;
 }
 
-// Reads a window at the position, in place of the one that has not been used for longest.
-bool StreamReader::fill() noexcept {
+// Reads a window at the position, in place of the one that was used longest ago.
+bool StreamReader::fill() {
     if (position_ >= end_) {
         return false;
     }
-    const auto oldest = std::ranges::min_element(views_.begin(), views_.begin() + Windows, {}, &View::lastUse);
-    const auto index = static_cast<std::size_t>(oldest - views_.begin());
-    const std::size_t size = readStream(windows_[index].data(), ++fills_ <= LargeFills ? WindowSize : SmallSize);
-    *oldest = {position_, std::span(windows_[index]).first(size), 0};
-    use(index);
-    return size > 0;
+    Window& window = *std::ranges::min_element(windows_, {}, &Window::lastUse);
+    window.size = readStream(window.bytes.data(), ++fills_ <= MaxFills ? windowSize_ : ScatteredSize);
+    window.start = position_;
+    use(window);
+    return window.size > 0;
 }
 
-void StreamReader::lend(std::span<const unsigned char> bytes, std::int64_t position) noexcept {
-    views_.back() = {position, bytes, 0};
-}
-
-int StreamReader::get() noexcept {
+int StreamReader::get() {
     std::span<const unsigned char> bytes = available();
     if (bytes.empty()) {
         if (!fill()) {
@@ -93,10 +89,10 @@ int StreamReader::get() noexcept {
 
 // The next bytes of a number, missing ones as EOF.
 template <std::size_t Size>
-std::array<int, Size> StreamReader::take() noexcept {
+std::array<int, Size> StreamReader::take() {
     std::array<int, Size> number;
     const std::span<const unsigned char> bytes = available();
-    if (bytes.size() >= Size) { // mostly
+    if (bytes.size() >= Size) {
         std::ranges::copy(bytes.first<Size>(), number.begin());
         position_ += Size;
     } else {
@@ -105,24 +101,24 @@ std::array<int, Size> StreamReader::take() noexcept {
     return number;
 }
 
-std::uint16_t StreamReader::read16(ByteOrder order) noexcept {
+std::uint16_t StreamReader::read16(ByteOrder order) {
     const auto [b0, b1] = take<2>();
     return combine16(order, b0, b1);
 }
 
-std::int32_t StreamReader::read32(ByteOrder order) noexcept {
+std::int32_t StreamReader::read32(ByteOrder order) {
     const auto [b0, b1, b2, b3] = take<4>();
     return combine32(order, b0, b1, b2, b3);
 }
 
-std::size_t StreamReader::read(std::span<unsigned char> block) noexcept {
+std::size_t StreamReader::read(std::span<unsigned char> block) {
     std::size_t done = 0;
     while (done < block.size()) {
         const std::span<unsigned char> rest = block.subspan(done);
         const std::span<const unsigned char> bytes = available();
         std::size_t count = std::min(bytes.size(), rest.size());
         copyBytes(rest.data(), bytes.data(), count);
-        if (count == 0 && rest.size() >= WindowSize) {
+        if (count == 0 && rest.size() >= windowSize_) {
             count = readStream(rest.data(), rest.size());
         }
         position_ += static_cast<std::int64_t>(count);
@@ -134,36 +130,18 @@ std::size_t StreamReader::read(std::span<unsigned char> block) noexcept {
     return done;
 }
 
-void StreamReader::readLine(std::span<char> text) noexcept {
-    std::size_t size = 0;
-    while (size + 1 < text.size()) {
-        const int byte = get();
-        if (byte == EOF) {
-            break;
-        }
-        text[size++] = static_cast<char>(byte);
-        if (byte == '\n') {
-            break;
-        }
-    }
-    if (size > 0) {
-        text[size] = '\0';
-    }
-}
-
-std::int64_t StreamReader::remaining() noexcept {
+std::int64_t StreamReader::remaining() {
     const std::int64_t size = fileSize(stream_);
     streamPosition_ = size;
     return std::max<std::int64_t>(size - position_, 0);
 }
 
-void StreamReader::leave() noexcept {
+void StreamReader::synchronise() {
     if (streamPosition_ != position_) {
         seekTo(stream_, position_);
     }
 }
 
-// A stream that cannot tell its position cannot be read by offsets: it counts as one that has ended.
-LentStreamReader::LentStreamReader(std::FILE* stream) noexcept : StreamReader(stream, positionOf(stream)) {}
+LentStreamReader::LentStreamReader(std::FILE* stream) : StreamReader(stream, positionOf(stream), window_size::Tiff) {}
 
 } // namespace tvmeta

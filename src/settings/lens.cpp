@@ -1,5 +1,6 @@
-// The lens name of an XMP text: the EXIF auxiliary property aux:Lens, as an element or an attribute.
-#include "settings/packet_parser.h"
+// The EXIF auxiliary property aux:Lens (XMP additional properties), as an element or an attribute.
+#include "settings/lens.h"
+
 #include "settings/xmp_names.h"
 
 #include <algorithm>
@@ -13,21 +14,21 @@ constexpr SearchText LensTag{"aux:Lens", 1};
 constexpr std::string_view LensClosing = "</aux:Lens";
 
 // The first offset at which a text of `size` bytes cannot be, since it would reach the terminator.
-std::size_t searchLimit(std::string_view text, std::size_t size) noexcept {
+std::size_t searchLimit(std::string_view text, std::size_t size) {
     return text.size() + 1 > size ? text.size() + 1 - size : 0;
 }
 
 // Where a search for a text of `size` bytes stops if it finds none.
-std::int32_t searchEnd(std::string_view text, std::size_t size, std::size_t start) noexcept {
+std::int32_t searchEnd(std::string_view text, std::size_t size, std::size_t start) {
     return static_cast<std::int32_t>(std::max(searchLimit(text, size), start));
 }
 
-// The tag with "=" or ">" behind it, so that longer names which begin with it are passed over.
-std::size_t findLensTag(std::string_view text, std::size_t start) noexcept {
+// The tag with "=" or ">" after it, so longer names that start with it are skipped.
+std::size_t findLensTag(std::string_view text, std::size_t start) {
     for (std::size_t at = findText(text, LensTag, start); at != std::string_view::npos;
          at = findText(text, LensTag, at + 1)) {
-        const std::string_view behind = textFrom(text, at + LensTag.text.size());
-        if (behind.starts_with('=') || behind.starts_with('>')) {
+        const std::string_view after = textFrom(text, at + LensTag.text.size());
+        if (after.starts_with('=') || after.starts_with('>')) {
             return at;
         }
     }
@@ -36,7 +37,7 @@ std::size_t findLensTag(std::string_view text, std::size_t start) noexcept {
 
 } // namespace
 
-std::int32_t copyLens(std::string_view text, std::span<char> lens) noexcept {
+std::int32_t copyLens(std::string_view text, std::span<char> lens) {
     const std::size_t declaration = findQuoted(text, AuxDeclaration);
     if (declaration == std::string_view::npos) {
         return searchEnd(text, AuxDeclaration.size(), 0);

@@ -9,8 +9,7 @@ namespace {
 
 using enum ValueKind;
 
-// The order is that of the written packet. Reading depends on it in one place: the smoothing mode comes before the
-// smoothing.
+// In the order of the written packet. The reader relies on it once: the smoothing mode precedes the smoothing.
 constexpr Parameter DetailsEnhancer[] = {
     {"Strength", DETAILS_ENHANCER_STRENGTH, VersionedNumber},
     {"ColorSaturation", DETAILS_ENHANCER_COLOR_SATURATION, VersionedNumber},
@@ -89,15 +88,15 @@ constexpr Method Methods[] = {
     {METHOD_FUSION_REAL_ESTATE, "Fusion/Real-Estate", "Fusion/Realistic", FusionRealEstate},
 };
 
-// One value skip and one place per parameter serve both names.
-constexpr bool formerNamesFit(std::span<const Parameter> parameters) noexcept {
+// The reader computes the position of a value from the length of the name.
+constexpr bool formerNamesFit(std::span<const Parameter> parameters) {
     return std::ranges::all_of(parameters, [](const Parameter& parameter) {
         return parameter.formerName.empty() || parameter.formerName.size() == parameter.name.size();
     });
 }
 static_assert(std::ranges::all_of(Methods, [](const Method& method) { return formerNamesFit(method.parameters); }));
 
-// Packets of today store the three kinds of plain numbers alike.
+// Current packets store the three kinds of numbers alike.
 constexpr std::int32_t publicKind(ValueKind kind) {
     switch (kind) {
     case Number:
@@ -122,18 +121,18 @@ constexpr std::int32_t publicKind(ValueKind kind) {
 
 } // namespace
 
-std::span<const Method> methods() noexcept {
+std::span<const Method> methods() {
     return Methods;
 }
 
-const Method* findMethod(std::int32_t code) noexcept {
+const Method* findMethod(std::int32_t code) {
     const auto* const found = std::ranges::find(Methods, code, &Method::code);
     return found != std::end(Methods) ? found : nullptr;
 }
 
 } // namespace tvmeta
 
-// The names are literals, so a zero byte follows each of them.
+// Names are literals, so a zero byte follows them.
 const char* tvmeta_method_name(std::int32_t method) noexcept {
     const tvmeta::Method* const found = tvmeta::findMethod(method);
     return found != nullptr ? found->name.data() : nullptr;

@@ -1,5 +1,5 @@
-// Settings: what a packet of each method holds. One table per method describes each of its parameters once; the parser
-// and the writer are both driven by it.
+// Settings: the methods and their parameters. One table per method describes each parameter once; parser, writer and
+// interface use it.
 #pragma once
 
 #include "tvmeta.h"
@@ -10,43 +10,43 @@
 
 namespace tvmeta {
 
-// How a parameter's value stands in the packet.
+// The form of a value in the packet.
 enum class ValueKind {
     Number,          // one decimal
     VersionedNumber, // the same, but an integer in packets up to version 2
     Fraction,        // six decimals
-    Gamma,           // two decimals: the gamma that the slot's slider position stands for
-    Clip,            // three decimals: the clip value on its way through a power curve
+    Gamma,           // two decimals: a gamma; the slot is a slider position
+    Clip,            // three decimals: a clip value; the slot is on a power curve
     Microcontrast,   // a versioned number, or a word in packets up to version 2.4
     SmoothingMode,   // "Light" or "Slider"
-    Smoothing,       // a word or a number, as the smoothing mode says
+    Smoothing,       // a word or a number, depending on the smoothing mode
     Panorama,        // "Yes" or "No"
 };
 
 struct Parameter {
-    std::string_view name; // local name: the tag is "tvtm:" and the name
+    std::string_view name; // local name: the tag is "tvtm:" followed by it
     int slot;
     ValueKind kind;
-    std::string_view formerName = {}; // of the same length; read as well
+    std::string_view formerName = {}; // also read; of the same length
 };
 
 struct Method {
     SettingsMethod code;
     std::string_view name;
-    std::string_view formerName; // read as well; empty when there is none
+    std::string_view formerName; // also read; empty: none
     std::span<const Parameter> parameters;
 };
 
-std::span<const Method> methods() noexcept;
+std::span<const Method> methods();
 
-// The method of a code; null when the code names none.
-const Method* findMethod(std::int32_t code) noexcept;
+// The method of a code; null if the code names none.
+const Method* findMethod(std::int32_t code);
 
-inline bool isMethodCode(std::int32_t code) noexcept {
+inline bool isMethodCode(std::int32_t code) {
     return findMethod(code) != nullptr;
 }
 
-// A word and the slot value that it stands for.
+// A word in a packet, and its slot value.
 struct Word {
     std::string_view text;
     float value;
@@ -57,7 +57,7 @@ inline constexpr Word SmoothingLevels[] = {
     {"Very High", 0.0F}, {"High", 1.0F}, {"Medium", 2.0F}, {"Low", 3.0F}, {"Very Low", 4.0F}};
 inline constexpr std::size_t SmoothingLevelWidth = 8;
 
-// Words of older packets. A word stands before those that it begins with.
+// Words of older packets. A word precedes its own prefixes.
 inline constexpr Word MicrocontrastWords[] = {{"High", 0.0F},    {"Medium High", -2.0F}, {"Medium Low", -6.0F},
                                               {"Medium", -2.0F}, {"Low", -9.0F},         {"Very Low", -10.0F}};
 

@@ -1,8 +1,10 @@
-// Finds the settings packet in an XMP text and tells its method.
 #include "settings/packet_parser.h"
 
+#include "settings/lens.h"
 #include "settings/methods.h"
+#include "settings/parameter_reader.h"
 #include "settings/xmp_names.h"
+#include "support/result.h"
 #include "support/text_numbers.h"
 #include "tvmeta.h"
 
@@ -17,36 +19,40 @@ constexpr std::size_t ElementSkip = 1;   // ">"
 constexpr std::size_t AttributeSkip = 2; // "=" and the opening quote
 
 // Scans "%d.%d".
-bool scanVersion(std::string_view text, Packet& packet) noexcept {
+std::optional<Version> scanVersion(std::string_view text) {
     const std::optional<std::int64_t> major = scanInteger(text);
     if (!major || !text.starts_with('.')) {
-        return false;
+        return std::nullopt;
     }
     text.remove_prefix(1);
     const std::optional<std::int64_t> minor = scanInteger(text);
     if (!minor) {
-        return false;
+        return std::nullopt;
     }
-    packet.major = *major;
-    packet.minor = *minor;
-    return true;
+    return Version{*major, *minor};
 }
 
-// Reads the first version that can be read, and returns the offset behind its tag.
-std::optional<std::size_t> readVersion(std::size_t start, Packet& packet) noexcept {
-    for (std::size_t at = findText(packet.text, VersionTag, start); at != std::string_view::npos;
-         at = findText(packet.text, VersionTag, at + 1)) {
-        const std::size_t end = at + VersionTag.text.size();
-        if (scanVersion(textFrom(packet.text, end + ElementSkip), packet) ||
-            scanVersion(textFrom(packet.text, end + AttributeSkip), packet)) {
-            return end;
+struct VersionProperty {
+    Version version;
+    std::size_t tagEnd;
+};
+
+// The first version that can be read.
+std::optional<VersionProperty> findVersion(std::string_view text, std::size_t start) {
+    for (std::size_t at = findText(text, VersionTag, start); at != std::string_view::npos;
+         at = findText(text, VersionTag, at + 1)) {
+        const std::size_t tagEnd = at + VersionTag.text.size();
+        for (const std::size_t skip : {ElementSkip, AttributeSkip}) {
+            if (const std::optional<Version> version = scanVersion(textFrom(text, tagEnd + skip))) {
+                return VersionProperty{*version, tagEnd};
+            }
         }
     }
     return std::nullopt;
 }
 
-// The method that the text begins with the name of.
-const Method* methodNamed(std::string_view text) noexcept {
+// The method whose name is at the start of the text.
+const Method* methodNamed(std::string_view text) {
     for (const Method& method : methods()) {
         const bool former = !method.formerName.empty() && text.starts_with(method.formerName);
         if (former || text.starts_with(method.name)) {
@@ -56,62 +62,52 @@ const Method* methodNamed(std::string_view text) noexcept {
     return nullptr;
 }
 
-// Finds the method tag behind a readable version; false when there is none.
-bool findPacket(std::string_view text, std::size_t start, Packet& packet) noexcept {
-    packet.text = text;
-    const std::optional<std::size_t> versionEnd = readVersion(start, packet);
-    if (!versionEnd) {
-        return false;
-    }
-    packet.methodTag = findText(text, MethodTag, *versionEnd);
-    if (packet.methodTag == std::string_view::npos) {
-        return false;
-    }
-    const std::string_view behindTag = textFrom(text, packet.methodTag + MethodTag.text.size());
-    packet.valueSkip = behindTag.starts_with('=') ? AttributeSkip : ElementSkip;
-    packet.method = methodNamed(textFrom(behindTag, packet.valueSkip));
-    return true;
-}
-
-// Finds the packet behind the settings declaration. Gives the result to end with when there is none.
-std::optional<std::int32_t> locatePacket(std::string_view text, Packet& packet) noexcept {
+// Finds the first settings declaration, and after it a readable version and the method tag.
+Result<Packet> findPacket(std::string_view text) {
     const std::size_t declaration = findQuoted(text, SettingsDeclaration);
     if (declaration == std::string_view::npos) {
-        return parse_result::NoDeclaration;
+        return Failure{XMP_NO_SETTINGS};
     }
-    if (!findPacket(text, declaration + SettingsDeclaration.size(), packet)) {
-        return parse_result::OtherMethod;
+    const auto version = findVersion(text, declaration + SettingsDeclaration.size());
+    if (!version) {
+        return Failure{XMP_OTHER_METHOD};
     }
-    return std::nullopt;
+    const std::size_t methodTag = findText(text, MethodTag, version->tagEnd);
+    if (methodTag == std::string_view::npos) {
+        return Failure{XMP_OTHER_METHOD};
+    }
+    const std::string_view value = textFrom(text, methodTag + MethodTag.text.size());
+    const std::size_t valueSkip = value.starts_with('=') ? AttributeSkip : ElementSkip;
+    return Packet{text, version->version, methodTag, valueSkip, methodNamed(textFrom(value, valueSkip))};
 }
 
 } // namespace
 
-std::optional<std::string_view> terminatedText(const char* buffer, std::int32_t length) noexcept {
+std::optional<std::string_view> terminatedText(const char* buffer, std::int32_t length) {
     if (buffer == nullptr || length < 1 || buffer[length - 1] != '\0') {
         return std::nullopt;
     }
     return std::string_view(buffer, static_cast<std::size_t>(length - 1));
 }
 
-std::int32_t detectMethod(std::string_view text) noexcept {
-    Packet packet{};
-    if (const std::optional<std::int32_t> failure = locatePacket(text, packet)) {
-        return *failure;
+std::int32_t detectMethod(std::string_view text) {
+    const Result<Packet> packet = findPacket(text);
+    if (!packet) {
+        return packet.code();
     }
-    return packet.method != nullptr ? packet.method->code : METHOD_NONE;
+    return packet->method != nullptr ? packet->method->code : METHOD_NONE;
 }
 
-std::int32_t readSettings(std::string_view text, std::int32_t method, std::span<float> settings) noexcept {
-    Packet packet{};
-    if (const std::optional<std::int32_t> failure = locatePacket(text, packet)) {
-        return *failure;
+std::int32_t readSettings(std::string_view text, std::int32_t method, std::span<float> settings) {
+    const Result<Packet> packet = findPacket(text);
+    if (!packet) {
+        return packet.code();
     }
-    if (packet.method == nullptr || packet.method->code != method) {
-        return parse_result::OtherMethod;
+    if (packet->method == nullptr || packet->method->code != method) {
+        return XMP_OTHER_METHOD;
     }
-    readParameters(packet, settings);
-    return static_cast<std::int32_t>(packet.methodTag);
+    readParameters(*packet, settings);
+    return static_cast<std::int32_t>(packet->methodTag);
 }
 
 } // namespace tvmeta
@@ -122,7 +118,7 @@ std::int32_t get_settings_from_xmp(std::int32_t method, std::int32_t length, con
     const std::optional<std::string_view> text = terminatedText(buffer, length);
     const bool lensMissing = method == MODE_LENS && lens == nullptr;
     if (!text || lensMissing || (isMethodCode(method) && settings == nullptr)) {
-        return parse_result::NotTerminated;
+        return XMP_NOT_TERMINATED;
     }
     if (method == MODE_LENS) {
         return copyLens(*text, std::span(lens, LensRoom));

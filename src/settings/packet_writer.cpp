@@ -1,5 +1,5 @@
-// Writes a settings packet (ISO 16684-1, serialisation in RDF). The text is described once; a sink measures or stores
-// it.
+// Writes a settings packet (ISO 16684-1, serialisation in RDF). The text is described once; a sink measures it or
+// writes it.
 #include "settings/packet_writer.h"
 
 #include "settings/methods.h"
@@ -28,20 +28,20 @@ constexpr std::string_view SettingsOpening =
     "<rdf:Description rdf:about=''\nxmlns:tvtm='http://" TVMETA_MAKER_HOST "/tonalvista_settings";
 constexpr std::string_view SettingsVersion = "'>\n<tvtm:Version>5.0</tvtm:Version>\n";
 
-// Takes the pieces of the text: stores them one behind the other, or only counts them when it has nowhere to.
+// Appends pieces of text to a buffer; without a buffer it only counts their bytes.
 class TextSink {
   public:
-    explicit TextSink(char* out) noexcept : out_(out) {}
+    explicit TextSink(char* out) : out_(out) {}
 
     template <typename... Texts>
-    void put(Texts... texts) noexcept {
+    void put(Texts... texts) {
         (append(texts), ...);
     }
 
-    std::size_t size() const noexcept { return size_; }
+    std::size_t size() const { return size_; }
 
   private:
-    void append(std::string_view text) noexcept {
+    void append(std::string_view text) {
         if (out_ != nullptr) {
             copyBytes(out_ + size_, text.data(), text.size());
         }
@@ -53,7 +53,7 @@ class TextSink {
 };
 
 // "%02d" of a number above zero.
-void putNamespaceNumber(TextSink& sink, std::int32_t number) noexcept {
+void putNamespaceNumber(TextSink& sink, std::int32_t number) {
     char buffer[10];
     char* digits = std::end(buffer);
     for (int place = 0; place < 2 || number > 0; ++place) {
@@ -63,33 +63,33 @@ void putNamespaceNumber(TextSink& sink, std::int32_t number) noexcept {
     sink.put(std::string_view(digits, static_cast<std::size_t>(std::end(buffer) - digits)));
 }
 
-bool smoothsBySlider(const float* settings) noexcept {
-    // By its whole part: 1.9 is 1. (A comparison, since a float need not fit an integer.)
+bool smoothsBySlider(const float* settings) {
+    // The mode is the integer part. Compared as floats, since a slot may exceed any integer.
     return settings[SmoothingModeSlot] >= 1.0F && settings[SmoothingModeSlot] < 2.0F;
 }
 
-const Word& smoothingLevel(float level) noexcept {
+const Word& smoothingLevel(float level) {
     constexpr float Last = static_cast<float>(std::size(SmoothingLevels) - 1);
     return SmoothingLevels[level > 0.0F ? static_cast<std::size_t>(std::min(level, Last)) : 0]; // NaN gives 0
 }
 
-void putNumber(TextSink& sink, float value, int decimals) noexcept {
+void putNumber(TextSink& sink, float value, int decimals) {
     char buffer[PrintedFloatSize];
     sink.put(printFixed(buffer, value, decimals));
 }
 
-void putSmoothing(TextSink& sink, const float* settings) noexcept {
+void putSmoothing(TextSink& sink, const float* settings) {
     if (smoothsBySlider(settings)) {
         putNumber(sink, settings[SmoothingSliderSlot], 1);
         return;
     }
-    constexpr std::string_view Blanks = "        ";
-    static_assert(Blanks.size() == SmoothingLevelWidth);
+    constexpr std::string_view Spaces = "        ";
+    static_assert(Spaces.size() == SmoothingLevelWidth);
     const std::string_view word = smoothingLevel(settings[SmoothingLevelSlot]).text;
-    sink.put(word, textFrom(Blanks, word.size()));
+    sink.put(word, textFrom(Spaces, word.size()));
 }
 
-void putValue(TextSink& sink, const Parameter& parameter, const float* settings) noexcept {
+void putValue(TextSink& sink, const Parameter& parameter, const float* settings) {
     const float slot = settings[parameter.slot];
     switch (parameter.kind) {
     case ValueKind::Number:
@@ -118,11 +118,11 @@ void putValue(TextSink& sink, const Parameter& parameter, const float* settings)
     }
 }
 
-void putSettings(TextSink& sink, const PacketRequest& request, std::int32_t code) noexcept {
+void putDescription(TextSink& sink, const PacketRequest& request) {
     sink.put(SettingsOpening);
     putNamespaceNumber(sink, request.namespaceNumber);
     sink.put(SettingsVersion);
-    if (const Method* const method = findMethod(code)) {
+    if (const Method* const method = findMethod(request.method)) {
         sink.put("<tvtm:Method>", method->name, "</tvtm:Method>\n");
         for (const Parameter& parameter : method->parameters) {
             sink.put("<tvtm:", parameter.name, ">");
@@ -133,42 +133,39 @@ void putSettings(TextSink& sink, const PacketRequest& request, std::int32_t code
     sink.put(DescriptionClosing);
 }
 
-bool isWrapped(const PacketRequest& request) noexcept {
-    return request.method <= DescriptionOnly;
-}
-
-std::int32_t effectiveMethod(const PacketRequest& request) noexcept {
-    return isWrapped(request) ? request.method : request.method - DescriptionOnly;
-}
-
-void putPacket(TextSink& sink, const PacketRequest& request) noexcept {
-    if (isWrapped(request)) {
+void putPacket(TextSink& sink, const PacketRequest& request) {
+    if (request.isWrapped) {
         sink.put(PacketOpening);
     }
-    if (request.lens.data() != nullptr) {
-        sink.put(LensOpening, request.lens, LensClosing, DescriptionClosing);
+    if (request.lens) {
+        sink.put(LensOpening, *request.lens, LensClosing, DescriptionClosing);
     }
-    if (effectiveMethod(request) > 0) {
-        putSettings(sink, request, effectiveMethod(request));
+    if (request.method > 0) {
+        putDescription(sink, request);
     }
-    if (isWrapped(request)) {
+    if (request.isWrapped) {
         sink.put(PacketClosing);
     }
 }
 
 } // namespace
 
-bool isComplete(const PacketRequest& request) noexcept {
-    return findMethod(effectiveMethod(request)) == nullptr || request.settings != nullptr;
+PacketRequest packetRequest(std::int32_t methodArgument, const float* settings) {
+    const bool isWrapped = methodArgument <= DescriptionOnly;
+    return {isWrapped ? methodArgument : methodArgument - DescriptionOnly, isWrapped, settings};
 }
 
-std::size_t measurePacket(const PacketRequest& request) noexcept {
+bool hasSlots(const PacketRequest& request) {
+    return findMethod(request.method) == nullptr || request.settings != nullptr;
+}
+
+std::size_t measurePacket(const PacketRequest& request) {
     TextSink sink(nullptr);
     putPacket(sink, request);
     return sink.size();
 }
 
-std::size_t writePacket(const PacketRequest& request, char* out) noexcept {
+std::size_t writePacket(const PacketRequest& request, char* out) {
     TextSink sink(out);
     putPacket(sink, request);
     return sink.size();
@@ -179,16 +176,19 @@ std::size_t writePacket(const PacketRequest& request, char* out) noexcept {
 std::int32_t embed_xmp(std::int32_t pass, std::int32_t method, const float* settings, std::int32_t lensLength,
                        const char* lens, char* out) noexcept {
     using namespace tvmeta;
-    // Everything but the lens name is far smaller than what this leaves of 32 bits.
-    constexpr std::size_t LongestLens = std::numeric_limits<std::int32_t>::max() - 65'536;
-    const bool measuring = pass == 0;
-    if ((lensLength > 0 && lens == nullptr) || (!measuring && out == nullptr)) {
-        return 0;
+    // The rest of a packet is far smaller than what this leaves of 32 bits.
+    constexpr std::size_t MaxLens = std::numeric_limits<std::int32_t>::max() - 65'536;
+    const bool isMeasuring = pass == 0;
+    if ((lensLength > 0 && lens == nullptr) || (!isMeasuring && out == nullptr)) {
+        return EMBED_XMP_NOTHING;
     }
-    const std::string_view lensText = lensLength > 0 ? std::string_view(lens) : std::string_view();
-    const PacketRequest request{method, settings, lensText, std::max(pass, 1)};
-    if (!isComplete(request) || lensText.size() > LongestLens) {
-        return 0;
+    PacketRequest request = packetRequest(method, settings);
+    request.namespaceNumber = std::max(pass, 1);
+    if (lensLength > 0) {
+        request.lens = lens;
     }
-    return static_cast<std::int32_t>(measuring ? measurePacket(request) : writePacket(request, out));
+    if (!hasSlots(request) || (request.lens && request.lens->size() > MaxLens)) {
+        return EMBED_XMP_NOTHING;
+    }
+    return static_cast<std::int32_t>(isMeasuring ? measurePacket(request) : writePacket(request, out));
 }

@@ -3,28 +3,33 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace tvmeta {
 
-// embed_xmp adds this to a method code to ask for the settings description alone.
+// The interface adds this to a method code to request the settings description without the packet around it.
 inline constexpr std::int32_t DescriptionOnly = 200;
 
-// What goes into a packet. Measuring and writing take the same request, so that both come to the same length.
+// The content of a packet. Measuring and writing use the same request, so both give the same length.
 struct PacketRequest {
-    std::int32_t method; // method code, or method code + DescriptionOnly
+    std::int32_t method; // 0 or less: no settings description
+    bool isWrapped;      // in x:xmpmeta and rdf:RDF
     const float* settings;
-    std::string_view lens = {}; // with a null pointer: no lens description
+    std::optional<std::string_view> lens = {};
     std::int32_t namespaceNumber = 1;
 };
 
-// Whether the slots that the request reads are there. A code that names no method reads none.
-bool isComplete(const PacketRequest& request) noexcept;
+// Decodes the method argument of the interface.
+PacketRequest packetRequest(std::int32_t methodArgument, const float* settings);
 
-// The length of the packet's text.
-std::size_t measurePacket(const PacketRequest& request) noexcept;
+// False if the method reads slots, and there are none.
+bool hasSlots(const PacketRequest& request);
+
+// The length of the text.
+std::size_t measurePacket(const PacketRequest& request);
 
 // Writes the text, without a terminator, and returns its length.
-std::size_t writePacket(const PacketRequest& request, char* out) noexcept;
+std::size_t writePacket(const PacketRequest& request, char* out);
 
 } // namespace tvmeta

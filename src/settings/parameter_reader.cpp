@@ -1,6 +1,7 @@
-// Reads the parameters of a packet: one pass over the text finds the tags, then the values are read.
+// One pass over the text finds the tags, then the values are read.
+#include "settings/parameter_reader.h"
+
 #include "settings/methods.h"
-#include "settings/packet_parser.h"
 #include "settings/value_curves.h"
 #include "settings/xmp_names.h"
 #include "support/text_numbers.h"
@@ -85,7 +86,7 @@ std::optional<float> readFloat(std::string_view value) {
 }
 
 std::optional<float> readVersionedNumber(const Packet& packet, std::string_view value) {
-    return packet.major > 2 ? readFloat(value) : scanNumber(value, scanIntegerValue);
+    return packet.version.major > 2 ? readFloat(value) : scanNumber(value, scanIntegerValue);
 }
 
 std::optional<float> readWord(std::string_view value, std::span<const Word> words) {
@@ -98,7 +99,7 @@ std::optional<float> readWord(std::string_view value, std::span<const Word> word
 }
 
 std::optional<float> readMicrocontrast(const Packet& packet, std::string_view value) {
-    const bool isNumber = packet.major > 2 || packet.minor > 4;
+    const bool isNumber = packet.version.major > 2 || packet.version.minor > 4;
     return isNumber ? readVersionedNumber(packet, value) : readWord(value, MicrocontrastWords);
 }
 
@@ -156,7 +157,7 @@ void readParameter(const Packet& packet, const Parameter& parameter, std::string
 
 } // namespace
 
-void readParameters(const Packet& packet, std::span<float> settings) noexcept {
+void readParameters(const Packet& packet, std::span<float> settings) {
     const std::span<const Parameter> parameters = packet.method->parameters;
     const ValuePositions positions = locateValues(packet);
     for (std::size_t i = 0; i < parameters.size(); ++i) {

@@ -1,4 +1,4 @@
-// Support: numbers in memory, one byte at a time, whatever the machine's byte order and alignment.
+// Support: numbers in memory, byte by byte, at any alignment.
 #pragma once
 
 #include <cstddef>
@@ -8,57 +8,57 @@
 
 namespace tvmeta {
 
-constexpr std::uint16_t loadBe16(const unsigned char* bytes) noexcept {
+constexpr std::uint16_t loadBe16(const unsigned char* bytes) {
     return static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]);
 }
 
-constexpr void storeLe16(unsigned char* bytes, std::uint16_t value) noexcept {
+constexpr void putLe16(unsigned char* bytes, std::uint16_t value) {
     bytes[0] = static_cast<unsigned char>(value);
     bytes[1] = static_cast<unsigned char>(value >> 8);
 }
 
-constexpr void storeLe32(unsigned char* bytes, std::uint32_t value) noexcept {
-    storeLe16(bytes, static_cast<std::uint16_t>(value));
-    storeLe16(bytes + 2, static_cast<std::uint16_t>(value >> 16));
+constexpr void putLe32(unsigned char* bytes, std::uint32_t value) {
+    putLe16(bytes, static_cast<std::uint16_t>(value));
+    putLe16(bytes + 2, static_cast<std::uint16_t>(value >> 16));
 }
 
-// Sum of two offsets modulo 2^32: offsets at the interface are signed 32-bit numbers that wrap.
-constexpr std::int32_t wrappingAdd(std::int32_t a, std::int32_t b) noexcept {
+// The sum of two offsets modulo 2^32. Offsets at the interface are signed 32-bit numbers, which wrap.
+constexpr std::int32_t wrappingAdd(std::int32_t a, std::int32_t b) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
 }
 
-// Copies bytes that may be none, for which the pointers may be null.
-inline void copyBytes(void* to, const void* from, std::size_t size) noexcept {
+// Copies `size` bytes. Unlike memcpy, it accepts null pointers if the size is 0.
+inline void copyBytes(void* to, const void* from, std::size_t size) {
     if (size > 0) {
         std::memcpy(to, from, size);
     }
 }
 
-// Writes bytes one after the other into a block of fixed size.
-// Invariant: position_ <= block_.size(). What does not fit is dropped, never written.
+// Writes bytes into a block of fixed size. Excess bytes are dropped.
+// Invariant: position_ <= block_.size().
 class ByteWriter {
   public:
-    explicit ByteWriter(std::span<unsigned char> block) noexcept : block_(block) {}
+    explicit ByteWriter(std::span<unsigned char> block) : block_(block) {}
 
-    void put16(std::uint16_t value) noexcept {
+    void put16(std::uint16_t value) {
         unsigned char bytes[2] = {};
-        storeLe16(bytes, value);
+        putLe16(bytes, value);
         put(bytes);
     }
 
-    void put32(std::uint32_t value) noexcept {
+    void put32(std::uint32_t value) {
         unsigned char bytes[4] = {};
-        storeLe32(bytes, value);
+        putLe32(bytes, value);
         put(bytes);
     }
 
-    void put(std::span<const unsigned char> bytes) noexcept {
+    void put(std::span<const unsigned char> bytes) {
         const std::size_t size = fitting(bytes.size());
         copyBytes(block_.data() + position_, bytes.data(), size);
         position_ += size;
     }
 
-    void putZeros(std::size_t count) noexcept {
+    void putZeros(std::size_t count) {
         const std::size_t size = fitting(count);
         if (size > 0) {
             std::memset(block_.data() + position_, 0, size);
@@ -66,11 +66,11 @@ class ByteWriter {
         position_ += size;
     }
 
-    // Passes over bytes that stay as they are.
-    void skip(std::size_t count) noexcept { position_ += fitting(count); }
+    // Leaves bytes unchanged.
+    void skip(std::size_t count) { position_ += fitting(count); }
 
   private:
-    std::size_t fitting(std::size_t size) const noexcept {
+    std::size_t fitting(std::size_t size) const {
         return size <= block_.size() - position_ ? size : block_.size() - position_;
     }
 

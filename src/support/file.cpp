@@ -26,7 +26,7 @@ template <typename Char>
 struct Mode {
     static constexpr std::size_t MaxLength = 3; // "rb+"
 
-    explicit Mode(const char* mode) noexcept {
+    explicit Mode(const char* mode) {
         std::size_t length = 0;
         while (length < MaxLength && mode[length] != '\0') {
             text[length] = static_cast<Char>(mode[length]);
@@ -39,7 +39,7 @@ struct Mode {
 };
 
 #ifdef _WIN32
-std::FILE* open(const char* path, const char* mode) noexcept {
+std::FILE* open(const char* path, const char* mode) {
     const int length = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, nullptr, 0);
     if (length <= 0) {
         return nullptr; // not UTF-8
@@ -53,24 +53,24 @@ std::FILE* open(const char* path, const char* mode) noexcept {
     return _wfopen(wide, Mode<wchar_t>(mode).text);
 }
 
-bool move(std::FILE* stream, std::int64_t offset, int origin) noexcept {
+bool move(std::FILE* stream, std::int64_t offset, int origin) {
     return _fseeki64(stream, offset, origin) == 0;
 }
 #else
 static_assert(sizeof(off_t) == sizeof(std::int64_t), "positions in files have 64 bits");
 
-std::FILE* open(const char* path, const char* mode) noexcept {
+std::FILE* open(const char* path, const char* mode) {
     return std::fopen(path, Mode<char>(mode).text);
 }
 
-bool move(std::FILE* stream, std::int64_t offset, int origin) noexcept {
+bool move(std::FILE* stream, std::int64_t offset, int origin) {
     return fseeko(stream, offset, origin) == 0;
 }
 #endif
 
 } // namespace
 
-File openUnbuffered(const char* path, const char* mode) noexcept {
+File openUnbuffered(const char* path, const char* mode) {
     File file(path != nullptr ? open(path, mode) : nullptr);
     if (file) {
         std::setvbuf(file.get(), nullptr, _IONBF, 0);
@@ -78,15 +78,15 @@ File openUnbuffered(const char* path, const char* mode) noexcept {
     return file;
 }
 
-bool closeWritten(File& file) noexcept {
+bool closeWritten(File& file) {
     return std::fclose(file.release()) == 0;
 }
 
-bool seekTo(std::FILE* stream, std::int64_t position) noexcept {
+bool seekTo(std::FILE* stream, std::int64_t position) {
     return move(stream, position, SEEK_SET);
 }
 
-std::int64_t positionOf(std::FILE* stream) noexcept {
+std::int64_t positionOf(std::FILE* stream) {
 #ifdef _WIN32
     return _ftelli64(stream);
 #else
@@ -94,11 +94,11 @@ std::int64_t positionOf(std::FILE* stream) noexcept {
 #endif
 }
 
-std::int64_t fileSize(std::FILE* stream) noexcept {
+std::int64_t fileSize(std::FILE* stream) {
     return move(stream, 0, SEEK_END) ? positionOf(stream) : -1;
 }
 
-bool isDirectory(std::FILE* stream) noexcept {
+bool isDirectory(std::FILE* stream) {
     return seekTo(stream, 0) && std::getc(stream) == EOF && std::ferror(stream) != 0 && errno == EISDIR;
 }
 

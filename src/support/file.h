@@ -10,7 +10,7 @@
 namespace tvmeta {
 
 struct CloseFile {
-    void operator()(std::FILE* stream) const noexcept { std::fclose(stream); }
+    void operator()(std::FILE* stream) const { std::fclose(stream); }
 };
 
 // Closes the stream at the end of its scope.
@@ -19,20 +19,20 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 // Opens a file without a buffer: a write reaches the system at once, so a full disk fails the write that hit it, and a
 // read fetches no more than it returns. Programs that the process starts do not inherit the file where the C library
 // can arrange that. The path is UTF-8 on Windows. Returns an empty File on failure, a null path included.
-File openUnbuffered(const char* path, const char* mode) noexcept;
+File openUnbuffered(const char* path, const char* mode);
 
 // Closes a file that was written. Returns false if the system could not store all of it.
-bool closeWritten(File& file) noexcept;
+bool closeWritten(File& file);
 
-bool seekTo(std::FILE* stream, std::int64_t position) noexcept;
+bool seekTo(std::FILE* stream, std::int64_t position);
 
 // The position of the stream; -1 if it cannot be found.
-std::int64_t positionOf(std::FILE* stream) noexcept;
+std::int64_t positionOf(std::FILE* stream);
 
 // The size of a file; -1 if it cannot be found. Leaves the stream at the end.
-std::int64_t fileSize(std::FILE* stream) noexcept;
+std::int64_t fileSize(std::FILE* stream);
 
 // True for a directory: POSIX opens one for reading, and fails every read. Moves the stream.
-bool isDirectory(std::FILE* stream) noexcept;
+bool isDirectory(std::FILE* stream);
 
 } // namespace tvmeta

@@ -13,7 +13,7 @@ namespace tvmeta {
 
 #ifdef _WIN32
 // Writes past the stream: only its translation mode, which belongs to the whole process, could keep the line feed.
-void printMessage(const char* text, const char* path) noexcept {
+void printMessage(const char* text, const char* path) {
     std::fflush(stderr);
     const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stderr)));
     for (const char* const part : {text, path, "\n"}) {
@@ -22,7 +22,7 @@ void printMessage(const char* text, const char* path) noexcept {
     }
 }
 #else
-void printMessage(const char* text, const char* path) noexcept {
+void printMessage(const char* text, const char* path) {
     std::fprintf(stderr, "%s%s\n", text, path);
 }
 #endif

@@ -4,6 +4,6 @@
 namespace tvmeta {
 
 // Prints the text, the path if there is one, and a line feed: also on Windows, where the stream makes two bytes of it.
-void printMessage(const char* text, const char* path = "") noexcept;
+void printMessage(const char* text, const char* path = "");
 
 } // namespace tvmeta

@@ -10,21 +10,21 @@ namespace tvmeta {
 
 class ZeroedBuffer {
   public:
-    explicit ZeroedBuffer(std::size_t size) noexcept
+    explicit ZeroedBuffer(std::size_t size)
         // An empty block is a block: calloc(0) may give a null pointer that is no failure.
         : bytes_(static_cast<unsigned char*>(std::calloc(size > 0 ? size : 1, 1))), size_(bytes_ ? size : 0) {}
 
     // False when the allocation failed.
-    explicit operator bool() const noexcept { return bytes_ != nullptr; }
+    explicit operator bool() const { return bytes_ != nullptr; }
 
-    unsigned char* data() noexcept { return bytes_.get(); }
-    std::size_t size() const noexcept { return size_; }
-    std::span<unsigned char> bytes() noexcept { return {bytes_.get(), size_}; }
-    char* text() noexcept { return reinterpret_cast<char*>(bytes_.get()); }
+    unsigned char* data() { return bytes_.get(); }
+    std::size_t size() const { return size_; }
+    std::span<unsigned char> bytes() { return {bytes_.get(), size_}; }
+    char* text() { return reinterpret_cast<char*>(bytes_.get()); }
 
   private:
     struct Free {
-        void operator()(unsigned char* bytes) const noexcept { std::free(bytes); }
+        void operator()(unsigned char* bytes) const { std::free(bytes); }
     };
 
     std::unique_ptr<unsigned char[], Free> bytes_;

@@ -18,7 +18,7 @@ constexpr MakeRule MakeRules[] = {
     {"Canon", "Canon"},         {"NIKON", "NIKON CORPORATION"},
     {"SLT-A", "SONY"},          {"SONY", "SONY"},
     {"DMC-", "Panasonic"},      {"NEX-", "SONY"},
-    {"X10 ", "FUJIFILM"}, // with the blank that the reader pads short names with
+    {"X10 ", "FUJIFILM"}, // the reader pads short names with a space
     {"PENTAX", "PENTAX"},       {"DSLR-A", "SONY"},
     {"E-1", "OLYMPUS"},         {"E-2", "OLYMPUS"},
     {"E-3", "OLYMPUS"},         {"E-4", "OLYMPUS"},
@@ -33,9 +33,9 @@ constexpr MakeRule MakeRules[] = {
 constexpr std::array<unsigned char, 4> GpsVersion = {2, 2, 0, 0};
 constexpr std::size_t GpsDateCount = sizeof GpsBuf::dateStamp;
 
-// The count of a text with its terminator, or another one for a text that fills its field without one.
+// The count of a text with its terminator, or `unterminated` for a text that fills its field.
 template <std::size_t Size>
-std::size_t countText(const char (&field)[Size], std::size_t unterminated) noexcept {
+std::size_t countText(const char (&field)[Size], std::size_t unterminated) {
     const std::size_t size = textOf(field).size();
     if (size == Size) {
         return unterminated;
@@ -43,18 +43,18 @@ std::size_t countText(const char (&field)[Size], std::size_t unterminated) noexc
     return size > 0 ? size + 1 : 0;
 }
 
-constexpr bool isPresent(std::span<const std::int32_t> rational) noexcept {
+constexpr bool isPresent(std::span<const std::int32_t> rational) {
     return rational[0] > 0 && rational[1] > 0;
 }
 
-void addIfPresent(Directory& directory, std::uint16_t tag, std::span<const std::int32_t> rationals) noexcept {
+void addIfPresent(DirectoryBuilder& directory, std::uint16_t tag, std::span<const std::int32_t> rationals) {
     if (isPresent(rationals)) {
         directory.addRationals(tag, rationals);
     }
 }
 
-// A reference letter: its terminator is counted, but is not written.
-void addReference(Directory& directory, std::uint16_t tag, const char& letter) noexcept {
+// A reference letter. Its terminator is counted, but not written.
+void addReference(DirectoryBuilder& directory, std::uint16_t tag, const char& letter) {
     if (static_cast<signed char>(letter) > 0) {
         directory.addText(tag, std::span(&letter, 1), 2);
     }
@@ -62,7 +62,7 @@ void addReference(Directory& directory, std::uint16_t tag, const char& letter) n
 
 } // namespace
 
-std::string_view makeOf(std::string_view model) noexcept {
+std::string_view makeOf(std::string_view model) {
     for (const MakeRule& rule : MakeRules) {
         if (model.starts_with(rule.modelPrefix)) {
             return rule.make;
@@ -71,7 +71,7 @@ std::string_view makeOf(std::string_view model) noexcept {
     return {};
 }
 
-TextCounts countTexts(const MetadataBuf& metadata, const GpsBuf& gps) noexcept {
+TextCounts countTexts(const MetadataBuf& metadata, const GpsBuf& gps) {
     const std::string_view make = makeOf(textOf(metadata.model));
     return {
         .model = countText(metadata.model, sizeof metadata.model - 1),
@@ -82,8 +82,8 @@ TextCounts countTexts(const MetadataBuf& metadata, const GpsBuf& gps) noexcept {
     };
 }
 
-Directory exifDirectory(const MetadataBuf& metadata, std::size_t dateCount) noexcept {
-    Directory directory;
+DirectoryBuilder exifDirectory(const MetadataBuf& metadata, std::size_t dateCount) {
+    DirectoryBuilder directory;
     addIfPresent(directory, exif_tag::ExposureTime, metadata.exposureTime);
     addIfPresent(directory, exif_tag::FNumber, metadata.fNumber);
     if (metadata.isoSpeed > 0) {
@@ -96,8 +96,8 @@ Directory exifDirectory(const MetadataBuf& metadata, std::size_t dateCount) noex
     return directory;
 }
 
-Directory gpsDirectory(const GpsBuf& gps, std::size_t gpsDateCount) noexcept {
-    Directory directory;
+DirectoryBuilder gpsDirectory(const GpsBuf& gps, std::size_t gpsDateCount) {
+    DirectoryBuilder directory;
     addReference(directory, gps_tag::LatitudeRef, gps.latitudeRef);
     addIfPresent(directory, gps_tag::Latitude, gps.latitude);
     addReference(directory, gps_tag::LongitudeRef, gps.longitudeRef);
@@ -132,8 +132,8 @@ std::int32_t get_exif_count(const MetadataBuf* metadata, std::int32_t* exifCount
     }
     const auto put = [](std::int32_t* out, std::size_t value) { *out = static_cast<std::int32_t>(value); };
     const TextCounts counts = countTexts(*metadata, *gps);
-    const Directory exif = exifDirectory(*metadata, counts.date);
-    const Directory position = gpsDirectory(*gps, counts.gpsDate);
+    const DirectoryBuilder exif = exifDirectory(*metadata, counts.date);
+    const DirectoryBuilder position = gpsDirectory(*gps, counts.gpsDate);
     put(exifCount, exif.entries());
     put(exifBytes, exif.valueBytes());
     put(gpsCount, position.entries());

@@ -1,7 +1,7 @@
-// The pixel strip of a TIFF result: rows in blocks of about one mebibyte.
+#include "writers/pixel_writer.h"
+
 #include "support/zeroed_buffer.h"
 #include "writers/pixel_kernels.h"
-#include "writers/tiff_image.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -48,8 +48,8 @@ void fillBlock(unsigned char* block, PixelSource source, std::size_t rows, const
 
 } // namespace
 
-std::int32_t writePixels(std::FILE* stream, const void* pixels, std::ptrdiff_t rowPitch,
-                         const TiffImage& image) noexcept {
+Result<std::int32_t> writePixels(std::FILE* stream, const void* pixels, std::ptrdiff_t rowPitch,
+                                 const TiffImage& image) {
     if (image.height == 0) {
         return 0;
     }
@@ -59,7 +59,7 @@ std::int32_t writePixels(std::FILE* stream, const void* pixels, std::ptrdiff_t r
     const std::size_t blockRows = std::min(rowsPerBlock(image), image.height);
     ZeroedBuffer buffer(isPacked ? 0 : blockRows * image.rowSize());
     if (!buffer) {
-        return write_result::NoPixelMemory;
+        return Failure{BUF2TIF_NO_PIXEL_MEMORY};
     }
     std::size_t rows = 0;
     for (std::size_t done = 0; done < image.height; done += rows) {
@@ -69,7 +69,7 @@ std::int32_t writePixels(std::FILE* stream, const void* pixels, std::ptrdiff_t r
         }
         const unsigned char* const block = isPacked ? source.row : buffer.data();
         if (std::fwrite(block, image.rowSize(), rows, stream) != rows) {
-            return write_result::PixelsFailed;
+            return Failure{BUF2TIF_PIXELS_FAILED};
         }
         source.row += static_cast<std::ptrdiff_t>(rows) * source.pitch;
     }

@@ -4,7 +4,7 @@ namespace tvmeta {
 
 namespace {
 
-std::size_t bytesPerSample(std::int32_t bitsCode) noexcept {
+std::size_t bytesPerSample(std::int32_t bitsCode) {
     switch (bitsCode) {
     case bits_code::Integer8:
         return 1;
@@ -18,24 +18,24 @@ std::size_t bytesPerSample(std::int32_t bitsCode) noexcept {
     }
 }
 
-bool isAccepted(const TifImageInfo& info) noexcept {
+bool isSupported(const TifImageInfo& info) {
     const bool dimensions = info.width >= 1 && info.height >= 0 && info.channels >= 1 && info.channels <= 4;
-    const bool mode = info.pixelMode == pixel_mode::AsIs ||
+    const bool mode = info.pixelMode == pixel_mode::Unchanged ||
                       (info.pixelMode == pixel_mode::HighBytes && info.bitsCode == bits_code::Integer8);
     return dimensions && mode && bytesPerSample(info.bitsCode) > 0 && info.iccLength >= 0;
 }
 
 } // namespace
 
-TiffImage::TiffImage(const TifImageInfo& info) noexcept
+TiffImage::TiffImage(const TifImageInfo& info)
     : width(static_cast<std::size_t>(info.width)), height(static_cast<std::size_t>(info.height)),
       channels(static_cast<std::size_t>(info.channels)), samples(channels >= 3 ? 3 : 1),
       sampleBytes(bytesPerSample(info.bitsCode)),
       isFloat(info.bitsCode == bits_code::Float32 || info.bitsCode == bits_code::Float16),
       takesHighBytes(info.pixelMode == pixel_mode::HighBytes) {}
 
-std::optional<TiffImage> TiffImage::from(const TifImageInfo& info) noexcept {
-    if (!isAccepted(info)) {
+std::optional<TiffImage> TiffImage::from(const TifImageInfo& info) {
+    if (!isSupported(info)) {
         return std::nullopt;
     }
     const TiffImage image(info);

@@ -1,11 +1,13 @@
-// Saves a result: an uncompressed little-endian TIFF file (TIFF 6.0) of header, one strip of pixels, and the directory
-// block with everything else. There is no alignment and nothing behind the directory block.
-#include "settings/methods.h"
+// Saves a result: an uncompressed little-endian TIFF file (TIFF 6.0) of header, one strip of pixels, and a directory
+// block with everything else. Nothing is aligned, and nothing follows the directory block.
+#include "settings/packet_writer.h"
 #include "support/file.h"
 #include "support/message.h"
 #include "support/zeroed_buffer.h"
 #include "tvmeta.h"
+#include "writers/directory_builder.h"
 #include "writers/exif_directories.h"
+#include "writers/pixel_writer.h"
 #include "writers/tiff_image.h"
 #include "writers/xmp_choice.h"
 
@@ -22,10 +24,11 @@ constexpr std::uint16_t Rgb = 2;
 constexpr std::uint16_t Interleaved = 1;
 constexpr std::uint16_t Inch = 2;
 constexpr std::uint16_t IeeeFloat = 3;
-constexpr std::size_t MostSamples = 3;
+constexpr std::size_t MaxSamples = 3;
+constexpr std::span<const unsigned char> NoBytes;
 constexpr std::string_view FloatSoftware = "Tonalvista 32-bit Float Output";
 
-// What the file carries beside its pixels, and the record that describes them.
+// The contents of the file besides its pixels.
 struct Metadata {
     const TifImageInfo& info;
     const MetadataBuf& camera;
@@ -33,19 +36,19 @@ struct Metadata {
     std::span<const unsigned char> icc;
     std::span<const unsigned char> xmp;
     std::span<const unsigned char> iptc;
-    const Directory& exif;
-    const Directory& gps;
+    const DirectoryBuilder& exif;
+    const DirectoryBuilder& gps;
 };
 
-// A profile whose header names a colour space other than RGB is left out; one too short to tell is not.
-bool isForRgb(std::span<const unsigned char> profile) noexcept {
+// False for a profile whose header names another colour space. A profile too short for that is accepted.
+bool isForRgb(std::span<const unsigned char> profile) {
     constexpr std::size_t ColorSpaceOffset = 16; // ICC.1, profile header
     return profile.size() <= ColorSpaceOffset + 4 ||
            (profile[ColorSpaceOffset] == 'R' && profile[ColorSpaceOffset + 1] == 'G' &&
             profile[ColorSpaceOffset + 2] == 'B');
 }
 
-void addPixelFields(Directory& directory, const TiffImage& image) noexcept {
+void addPixelFields(DirectoryBuilder& directory, const TiffImage& image) {
     const auto height = static_cast<std::uint32_t>(image.height);
     directory.addShortOrLong(tiff_tag::ImageWidth, static_cast<std::uint32_t>(image.width));
     directory.addShortOrLong(tiff_tag::ImageLength, height);
@@ -59,7 +62,7 @@ void addPixelFields(Directory& directory, const TiffImage& image) noexcept {
     directory.addShort(tiff_tag::PlanarConfiguration, Interleaved);
 }
 
-void addResolution(Directory& directory, std::int32_t dotsPerInch) noexcept {
+void addResolution(DirectoryBuilder& directory, std::int32_t dotsPerInch) {
     constexpr std::int32_t Thousand = 1000;
     const auto scaled = static_cast<std::int32_t>(static_cast<std::uint32_t>(dotsPerInch) * std::uint32_t{Thousand});
     const std::int32_t resolution[] = {scaled, Thousand};
@@ -68,14 +71,14 @@ void addResolution(Directory& directory, std::int32_t dotsPerInch) noexcept {
     directory.addShort(tiff_tag::ResolutionUnit, Inch);
 }
 
-void addIptc(Directory& directory, std::span<const unsigned char> iptc) noexcept {
+void addIptc(DirectoryBuilder& directory, std::span<const unsigned char> iptc) {
     const std::size_t longs = iptc.size() / 4 + (iptc.size() % 4 != 0 ? 1 : 0);
     directory.addBytes(tiff_tag::Iptc, tiff_type::Long, longs, iptc, 4 * longs);
 }
 
-// The order is that of the values in the file.
-Directory imageDirectory(const TiffImage& image, const Metadata& metadata) noexcept {
-    Directory directory;
+// Fields are added in the order of their values in the file.
+DirectoryBuilder imageDirectory(const TiffImage& image, const Metadata& metadata) {
+    DirectoryBuilder directory;
     addPixelFields(directory, image);
     if (metadata.counts.make > 0) {
         directory.addText(tiff_tag::Make, makeOf(textOf(metadata.camera.model)), metadata.counts.make);
@@ -87,7 +90,7 @@ Directory imageDirectory(const TiffImage& image, const Metadata& metadata) noexc
     addResolution(directory, metadata.info.resolution);
     if (image.isFloat) {
         directory.addText(tiff_tag::Software, FloatSoftware, FloatSoftware.size() + 1);
-        directory.addShorts(tiff_tag::SampleFormat, MostSamples, IeeeFloat);
+        directory.addShorts(tiff_tag::SampleFormat, MaxSamples, IeeeFloat);
     }
     if (!metadata.icc.empty()) {
         directory.addBytes(tiff_tag::IccProfile, tiff_type::Undefined, metadata.icc.size(), metadata.icc,
@@ -108,38 +111,36 @@ Directory imageDirectory(const TiffImage& image, const Metadata& metadata) noexc
     return directory;
 }
 
-// Writes the planned file. The stream is unbuffered: what fails is what could not be written.
+// Writes the planned file. The stream is unbuffered, so a write that fails is the one that found no room.
 std::int32_t writeFile(const char* path, const void* pixels, std::int32_t rowPitch, const TiffImage& image,
-                       const Directory& directory) noexcept {
+                       const DirectoryBuilder& directory) {
     File file = openUnbuffered(path, "wb");
     if (!file) {
         printMessage("Could not open for writing file:  ", path);
-        return write_result::CannotOpen;
+        return BUF2TIF_CANNOT_OPEN;
     }
     const std::size_t directoryOffset = TiffHeaderSize + image.dataSize();
     unsigned char header[TiffHeaderSize];
     writeTiffHeader(header, directoryOffset);
     if (std::fwrite(header, sizeof header, 1, file.get()) != 1) {
-        return write_result::HeaderFailed;
+        return BUF2TIF_HEADER_FAILED;
     }
-    const std::int32_t rows = writePixels(file.get(), pixels, rowPitch, image);
-    if (rows < 0) {
-        return rows;
+    const Result<std::int32_t> rows = writePixels(file.get(), pixels, rowPitch, image);
+    if (!rows) {
+        return rows.code();
     }
     ZeroedBuffer block(directory.size());
     if (!block) {
-        return write_result::NoMemory;
+        return BUF2TIF_NO_MEMORY;
     }
     directory.write(block.bytes(), directoryOffset);
-    if (std::fwrite(block.data(), block.size(), 1, file.get()) != 1 || !closeWritten(file)) {
-        return write_result::DirectoryFailed;
-    }
-    return rows;
+    const bool isWritten = std::fwrite(block.data(), block.size(), 1, file.get()) == 1;
+    return closeWritten(file) && isWritten ? *rows : BUF2TIF_DIRECTORY_FAILED;
 }
 
-// Bytes of the interface: a length, and a pointer that may be null only if the length is 0.
+// Bytes at the interface. Empty for a negative length, and for a null pointer with a length above 0.
 template <typename Byte>
-std::optional<std::span<const Byte>> announced(const Byte* bytes, std::int32_t length) noexcept {
+std::optional<std::span<const Byte>> bytesAt(const Byte* bytes, std::int32_t length) {
     if (length < 0 || (length > 0 && bytes == nullptr)) {
         return std::nullopt;
     }
@@ -153,32 +154,39 @@ std::int32_t buf2tif(const void* pixels, const TifImageInfo* info, std::int32_t 
                      std::int32_t method, const float* settings, std::int32_t xmpLength, const char* xmp,
                      const char* path) noexcept {
     if (info == nullptr || metadata == nullptr || gps == nullptr || path == nullptr ||
-        (info->height > 0 && pixels == nullptr) || (isMethodCode(method) && settings == nullptr)) {
-        return write_result::BadArguments;
+        (info->height > 0 && pixels == nullptr) || !hasSlots(packetRequest(method, settings))) {
+        return BUF2TIF_BAD_ARGUMENTS;
     }
     const std::optional<TiffImage> image = TiffImage::from(*info);
     if (!image) {
-        return write_result::BadArguments;
+        return BUF2TIF_BAD_ARGUMENTS;
     }
-    const auto profile = announced(icc, info->iccLength);
-    const auto iptcBlock = announced(iptc, iptcLength);
-    const auto callersPacket = announced(xmp, xmpLength);
+    const auto profile = bytesAt(icc, info->iccLength);
+    const auto iptcBlock = bytesAt(iptc, iptcLength);
+    const auto callersPacket = bytesAt(xmp, xmpLength);
     if (!profile || !iptcBlock || !callersPacket) {
-        return write_result::BadArguments;
+        return BUF2TIF_BAD_ARGUMENTS;
     }
     const TextCounts counts = countTexts(*metadata, *gps);
     const std::string_view packetText(callersPacket->data(), callersPacket->size());
     const std::optional<XmpPacket> packet = chooseXmp(packetText, method, settings, *metadata, counts.lens);
     if (!packet) {
-        return write_result::NoMemory;
+        return BUF2TIF_NO_MEMORY;
     }
-    const Directory exif = exifDirectory(*metadata, counts.date);
-    const Directory position = gpsDirectory(*gps, counts.gpsDate);
-    const std::span<const unsigned char> written = isForRgb(*profile) ? *profile : std::span<const unsigned char>();
-    const Directory directory =
-        imageDirectory(*image, {*info, *metadata, counts, written, packet->bytes, *iptcBlock, exif, position});
+    const DirectoryBuilder exif = exifDirectory(*metadata, counts.date);
+    const DirectoryBuilder position = gpsDirectory(*gps, counts.gpsDate);
+    const DirectoryBuilder directory = imageDirectory(*image, {
+                                                                  .info = *info,
+                                                                  .camera = *metadata,
+                                                                  .counts = counts,
+                                                                  .icc = isForRgb(*profile) ? *profile : NoBytes,
+                                                                  .xmp = packet->bytes,
+                                                                  .iptc = *iptcBlock,
+                                                                  .exif = exif,
+                                                                  .gps = position,
+                                                              });
     if (directory.size() > MaxImageData - image->dataSize()) {
-        return write_result::BadArguments;
+        return BUF2TIF_BAD_ARGUMENTS;
     }
     return writeFile(path, pixels, rowPitch, *image, directory);
 }

@@ -13,18 +13,18 @@ namespace tvmeta {
 
 namespace {
 
-std::span<const unsigned char> bytesOf(std::string_view text) noexcept {
+std::span<const unsigned char> bytesOf(std::string_view text) {
     return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
 }
 
-// The caller's packet as it would be stored: without its last byte, which is its terminator. A packet that comes
-// without one is stored whole when no settings are to be written, and otherwise taken as it is.
+// The part of the caller's packet that would be stored: all but its last byte, which should be a terminator. Without a
+// terminator, the packet is stored whole if the method is 0.
 struct CallersPacket {
     std::string_view stored;
     bool holdsSettings;
 };
 
-CallersPacket examine(std::string_view packet, std::int32_t method) noexcept {
+CallersPacket examine(std::string_view packet, std::int32_t method) {
     const bool terminated = packet.back() == '\0';
     if (!terminated && method == METHOD_NONE) {
         return {packet, isMethodCode(detectMethod(packet))};
@@ -36,7 +36,7 @@ CallersPacket examine(std::string_view packet, std::int32_t method) noexcept {
 } // namespace
 
 std::optional<XmpPacket> chooseXmp(std::string_view callersPacket, std::int32_t method, const float* settings,
-                                   const MetadataBuf& metadata, std::size_t lensCount) noexcept {
+                                   const MetadataBuf& metadata, std::size_t lensCount) {
     if (!callersPacket.empty()) {
         const CallersPacket examined = examine(callersPacket, method);
         if (examined.holdsSettings || method <= METHOD_NONE) {
@@ -46,9 +46,11 @@ std::optional<XmpPacket> chooseXmp(std::string_view callersPacket, std::int32_t 
     if (method <= METHOD_NONE && lensCount == 0) {
         return XmpPacket{};
     }
-    const std::string_view lens = textOf(metadata.lens).substr(0, lensCount);
-    const PacketRequest request{method, settings, lensCount > 0 ? lens : std::string_view()};
-    ZeroedBuffer packet(measurePacket(request) + 1); // a blank ends a packet that was made
+    PacketRequest request = packetRequest(method, settings);
+    if (lensCount > 0) {
+        request.lens = textOf(metadata.lens).substr(0, lensCount);
+    }
+    ZeroedBuffer packet(measurePacket(request) + 1); // a space ends a packet that was made
     if (!packet) {
         return std::nullopt;
     }

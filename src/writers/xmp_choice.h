@@ -12,15 +12,15 @@
 
 namespace tvmeta {
 
-// The packet as it is stored: the caller's, one that was made, or none.
+// The packet to be stored: the caller's, one that was made, or none.
 struct XmpPacket {
     std::optional<ZeroedBuffer> made;
     std::span<const unsigned char> bytes;
 };
 
-// The caller's packet is stored if it holds processing settings, or if there are none to be written. Otherwise one is
-// made of the settings and the first `lensCount` bytes of the lens name. Nothing when there is no memory for it.
+// Uses the caller's packet if it contains processing settings, or if there are no settings to be written. Otherwise
+// makes one from the settings and the first `lensCount` bytes of the lens name. Empty if there is no memory.
 std::optional<XmpPacket> chooseXmp(std::string_view callersPacket, std::int32_t method, const float* settings,
-                                   const MetadataBuf& metadata, std::size_t lensCount) noexcept;
+                                   const MetadataBuf& metadata, std::size_t lensCount);
 
 } // namespace tvmeta

@@ -1,5 +1,4 @@
 // Replaces the ICC profile of a TIFF file in place: appends the new one, then repoints its directory entry.
-#include "metadata/byte_order.h"
 #include "support/bytes.h"
 #include "support/file.h"
 #include "support/message.h"
@@ -14,11 +13,6 @@
 using namespace tvmeta;
 
 namespace {
-
-constexpr std::int32_t NoProfile = 0;
-constexpr std::int32_t CannotOpen = -1;
-constexpr std::int32_t Changed = -1;
-constexpr std::int32_t Failed = -2;
 
 // Where the entry of the profile is, and the size of the file in which it was found.
 struct ProfileEntry {
@@ -50,8 +44,8 @@ bool writeAt(std::FILE* stream, std::int64_t position, std::span<const unsigned 
 bool replaceProfile(std::FILE* stream, const ProfileEntry& entry, std::span<const unsigned char> profile) {
     constexpr std::int64_t CountOffset = 4;
     std::array<unsigned char, 8> countAndOffset{};
-    storeLe32(countAndOffset.data(), static_cast<std::uint32_t>(profile.size()));
-    storeLe32(countAndOffset.data() + 4, static_cast<std::uint32_t>(entry.fileSize));
+    putLe32(countAndOffset.data(), static_cast<std::uint32_t>(profile.size()));
+    putLe32(countAndOffset.data() + 4, static_cast<std::uint32_t>(entry.fileSize));
     return writeAt(stream, entry.fileSize, profile) && writeAt(stream, entry.position + CountOffset, countAndOffset);
 }
 
@@ -59,31 +53,31 @@ bool replaceProfile(std::FILE* stream, const ProfileEntry& entry, std::span<cons
 
 std::int32_t update_tif_profile(std::int32_t length, const unsigned char* profile, const char* path) noexcept {
     if (length < 0 || (profile == nullptr && length > 0)) {
-        return Failed;
+        return UPDATE_PROFILE_FAILED;
     }
     File file = open(path, "rb", "Can not open input file for reading");
     if (!file) {
-        return CannotOpen;
+        return UPDATE_PROFILE_CANNOT_OPEN;
     }
     const ProfileEntry entry = findEntry(file.get());
     if (entry.position <= 0) {
-        return NoProfile;
+        return UPDATE_PROFILE_NO_ENTRY;
     }
     if (entry.fileSize < 0 || entry.fileSize > INT32_MAX - std::int64_t{length}) {
-        return Failed;
+        return UPDATE_PROFILE_FAILED;
     }
     file = open(path, "rb+", "Can not open input file for update");
     if (!file) {
-        return CannotOpen;
+        return UPDATE_PROFILE_CANNOT_OPEN;
     }
     // The path may lead to another file by now, or the file may have changed.
     const std::int64_t size = fileSize(file.get());
     if (size < 0 || !seekTo(file.get(), entry.position)) {
-        return Failed;
+        return UPDATE_PROFILE_FAILED;
     }
     if (size != entry.fileSize || fgetmi2(file.get(), LittleEndianMark) != tiff_tag::IccProfile) {
-        return Changed;
+        return UPDATE_PROFILE_CANNOT_OPEN;
     }
     const bool replaced = replaceProfile(file.get(), entry, std::span(profile, static_cast<std::size_t>(length)));
-    return closeWritten(file) && replaced ? length : Failed;
+    return closeWritten(file) && replaced ? length : UPDATE_PROFILE_FAILED;
 }

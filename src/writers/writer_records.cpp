@@ -1,4 +1,4 @@
-// From the readers' metadata record to the writers' records.
+// Converts the metadata record of the readers into the records of the writers.
 #include "tvmeta.h"
 
 #include <algorithm>
@@ -8,13 +8,14 @@
 
 namespace {
 
-std::int32_t saturate(double value) noexcept {
-    constexpr std::int32_t Most = std::numeric_limits<std::int32_t>::max();
-    return value < static_cast<double>(Most) ? static_cast<std::int32_t>(value) : Most;
+std::int32_t saturate(double value) {
+    constexpr std::int32_t Max = std::numeric_limits<std::int32_t>::max();
+    return value < static_cast<double>(Max) ? static_cast<std::int32_t>(value) : Max;
 }
 
-// Hundredths for 1 and more, the reciprocal's hundredths below. What is not above zero has no rational.
-void ratFromFloat(float value, std::int32_t (&rational)[2]) noexcept {
+// Hundredths from 1 on; below, hundredths of the reciprocal. A value that is not above zero leaves the rational as it
+// is.
+void setRational(float value, std::int32_t (&rational)[2]) {
     constexpr std::int32_t Hundred = 100;
     const double exact = static_cast<double>(value);
     if (exact >= 1.0) {
@@ -27,11 +28,11 @@ void ratFromFloat(float value, std::int32_t (&rational)[2]) noexcept {
 }
 
 template <typename To, typename From>
-void copyField(To& to, const From& from) noexcept {
+void copyField(To& to, const From& from) {
     std::memcpy(&to, &from, std::min(sizeof to, sizeof from));
 }
 
-void convertGps(const ExifInfo& info, GpsBuf& gps) noexcept {
+void convertGps(const ExifInfo& info, GpsBuf& gps) {
     copyField(gps.latitude, info.gpsLatitude);
     copyField(gps.longitude, info.gpsLongitude);
     copyField(gps.altitude, info.gpsAltitude);
@@ -48,13 +49,13 @@ std::int32_t metadataBufFromExifInfo(const ExifInfo* info, MetadataBuf* metadata
     if (info == nullptr || metadata == nullptr || gps == nullptr) {
         return 0;
     }
-    ratFromFloat(info->exposureTime, metadata->exposureTime);
-    ratFromFloat(info->fNumber, metadata->fNumber);
+    setRational(info->exposureTime, metadata->exposureTime);
+    setRational(info->fNumber, metadata->fNumber);
     metadata->isoSpeed = info->isoSpeed;
     metadata->exposureSource = info->exposureSource;
-    ratFromFloat(info->focalLength, metadata->focalLength);
+    setRational(info->focalLength, metadata->focalLength);
     metadata->focalLength35mm = info->focalLength35mm;
-    ratFromFloat(info->focalPlaneXResolution, metadata->focalPlaneXResolution);
+    setRational(info->focalPlaneXResolution, metadata->focalPlaneXResolution);
     metadata->focalPlaneResolutionUnit = info->focalPlaneResolutionUnit;
     metadata->thumbnailOffset = info->thumbnailOffset;
     metadata->thumbnailLength = info->thumbnailLength;

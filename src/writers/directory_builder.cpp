@@ -1,4 +1,4 @@
-#include "writers/directory.h"
+#include "writers/directory_builder.h"
 
 #include "support/bytes.h"
 
@@ -20,11 +20,12 @@ void requireRoom(bool fits) {
 
 } // namespace
 
-std::span<const unsigned char> Directory::Field::bytes() const noexcept {
-    return borrowed.data() != nullptr ? borrowed : std::span(own).first(std::min(size, own.size()));
+std::span<const unsigned char> DirectoryBuilder::Field::bytes() const {
+    return borrowed.data() != nullptr ? borrowed : std::span(numbers).first(std::min(size, numbers.size()));
 }
 
-Directory::Field& Directory::add(std::uint16_t tag, std::uint16_t type, std::size_t count, std::size_t size) noexcept {
+DirectoryBuilder::Field& DirectoryBuilder::add(std::uint16_t tag, std::uint16_t type, std::size_t count,
+                                               std::size_t size) {
     requireRoom(fieldCount_ < fields_.size());
     Field& field = fields_[fieldCount_++];
     field = {tag, type, static_cast<std::uint32_t>(count), size, {}, {}, nullptr};
@@ -33,28 +34,28 @@ Directory::Field& Directory::add(std::uint16_t tag, std::uint16_t type, std::siz
     return field;
 }
 
-Directory::Field& Directory::addNumbers(std::uint16_t tag, std::uint16_t type, std::size_t count,
-                                        std::size_t size) noexcept {
-    requireRoom(size <= OwnSize);
+DirectoryBuilder::Field& DirectoryBuilder::addNumbers(std::uint16_t tag, std::uint16_t type, std::size_t count,
+                                                      std::size_t size) {
+    requireRoom(size <= MaxNumbersSize);
     return add(tag, type, count, size);
 }
 
-void Directory::addShort(std::uint16_t tag, std::uint16_t value) noexcept {
+void DirectoryBuilder::addShort(std::uint16_t tag, std::uint16_t value) {
     addShorts(tag, 1, value);
 }
 
-void Directory::addShorts(std::uint16_t tag, std::size_t count, std::uint16_t value) noexcept {
+void DirectoryBuilder::addShorts(std::uint16_t tag, std::size_t count, std::uint16_t value) {
     Field& field = addNumbers(tag, tiff_type::Short, count, 2 * count);
     for (std::size_t i = 0; i < count; ++i) {
-        storeLe16(field.own.data() + 2 * i, value);
+        putLe16(field.numbers.data() + 2 * i, value);
     }
 }
 
-void Directory::addLong(std::uint16_t tag, std::uint32_t value) noexcept {
-    storeLe32(addNumbers(tag, tiff_type::Long, 1, 4).own.data(), value);
+void DirectoryBuilder::addLong(std::uint16_t tag, std::uint32_t value) {
+    putLe32(addNumbers(tag, tiff_type::Long, 1, 4).numbers.data(), value);
 }
 
-void Directory::addShortOrLong(std::uint16_t tag, std::uint32_t value) noexcept {
+void DirectoryBuilder::addShortOrLong(std::uint16_t tag, std::uint32_t value) {
     if (value <= UINT16_MAX) {
         addShort(tag, static_cast<std::uint16_t>(value));
     } else {
@@ -62,34 +63,34 @@ void Directory::addShortOrLong(std::uint16_t tag, std::uint32_t value) noexcept 
     }
 }
 
-void Directory::addRationals(std::uint16_t tag, std::span<const std::int32_t> words) noexcept {
+void DirectoryBuilder::addRationals(std::uint16_t tag, std::span<const std::int32_t> words) {
     Field& field = addNumbers(tag, tiff_type::Rational, words.size() / 2, 4 * words.size());
     for (std::size_t i = 0; i < words.size(); ++i) {
-        storeLe32(field.own.data() + 4 * i, static_cast<std::uint32_t>(words[i]));
+        putLe32(field.numbers.data() + 4 * i, static_cast<std::uint32_t>(words[i]));
     }
 }
 
-void Directory::addText(std::uint16_t tag, std::span<const char> text, std::size_t count) noexcept {
+void DirectoryBuilder::addText(std::uint16_t tag, std::span<const char> text, std::size_t count) {
     const auto* const bytes = reinterpret_cast<const unsigned char*>(text.data());
     addBytes(tag, tiff_type::Ascii, count, {bytes, text.size()}, count);
 }
 
-void Directory::addBytes(std::uint16_t tag, std::uint16_t type, std::size_t count, std::span<const unsigned char> bytes,
-                         std::size_t size) noexcept {
+void DirectoryBuilder::addBytes(std::uint16_t tag, std::uint16_t type, std::size_t count,
+                                std::span<const unsigned char> bytes, std::size_t size) {
     add(tag, type, count, size).borrowed = bytes.first(std::min(bytes.size(), size));
 }
 
-void Directory::addDirectory(std::uint16_t tag, const Directory& directory) noexcept {
+void DirectoryBuilder::addDirectory(std::uint16_t tag, const DirectoryBuilder& directory) {
     Field& field = add(tag, tiff_type::Long, 1, directory.size());
     field.directory = &directory;
 }
 
-void Directory::fixLayout(std::size_t entries, std::size_t valueBytes) noexcept {
+void DirectoryBuilder::fixLayout(std::size_t entries, std::size_t valueBytes) {
     entries_ = entries;
     valueBytes_ = valueBytes;
 }
 
-void Directory::writeValue(const Placed& placed, std::span<unsigned char> block, std::size_t position) noexcept {
+void DirectoryBuilder::writeValue(const Placed& placed, std::span<unsigned char> block, std::size_t position) {
     const Field& field = *placed.field;
     const std::size_t offset = std::min(placed.offset, block.size());
     const std::span<unsigned char> room = block.subspan(offset, std::min(field.size, block.size() - offset));
@@ -102,8 +103,8 @@ void Directory::writeValue(const Placed& placed, std::span<unsigned char> block,
     value.putZeros(field.size - field.bytes().size());
 }
 
-void Directory::writeEntries(std::span<const Placed> placed, std::span<unsigned char> block,
-                             std::size_t position) const noexcept {
+void DirectoryBuilder::writeEntries(std::span<const Placed> placed, std::span<unsigned char> block,
+                                    std::size_t position) const {
     ByteWriter writer(block.first(std::min(headSize(), block.size())));
     writer.put16(static_cast<std::uint16_t>(entries_));
     const std::size_t written = std::min(placed.size(), entries_);
@@ -122,7 +123,7 @@ void Directory::writeEntries(std::span<const Placed> placed, std::span<unsigned 
     writer.put32(0); // no further directory
 }
 
-void Directory::write(std::span<unsigned char> block, std::size_t position) const noexcept {
+void DirectoryBuilder::write(std::span<unsigned char> block, std::size_t position) const {
     std::array<Placed, MaxFields> places;
     const std::span<Placed> placed = std::span(places).first(fieldCount_);
     std::size_t offset = headSize();
@@ -137,10 +138,10 @@ void Directory::write(std::span<unsigned char> block, std::size_t position) cons
     writeEntries(placed, block, position);
 }
 
-void writeTiffHeader(std::span<unsigned char, TiffHeaderSize> header, std::size_t firstDirectory) noexcept {
-    storeLe16(header.data(), LittleEndianMark);
-    storeLe16(header.data() + 2, TiffMagic);
-    storeLe32(header.data() + 4, static_cast<std::uint32_t>(firstDirectory));
+void writeTiffHeader(std::span<unsigned char, TiffHeaderSize> header, std::size_t firstDirectory) {
+    putLe16(header.data(), LittleEndianMark);
+    putLe16(header.data() + 2, TiffMagic);
+    putLe32(header.data() + 4, static_cast<std::uint32_t>(firstDirectory));
 }
 
 } // namespace tvmeta

@@ -1,5 +1,6 @@
 // Finds the entry of a tag in a little-endian TIFF file (TIFF 6.0, section 2).
-#include "metadata/directory_reader.h"
+#include "metadata/tiff_reader.h"
+#include "support/result.h"
 #include "tvmeta.h"
 
 #include <algorithm>
@@ -8,26 +9,22 @@ using namespace tvmeta;
 
 namespace {
 
-constexpr std::int32_t NotFound = -1;
-constexpr std::int32_t NotTiff = -2;
-constexpr std::int32_t SeekFailed = -3;
-
 // Directories may overlap, so a small file can contain a long chain of them, and each may require a seek. A photograph
 // has a few dozen entries; a stack of thousands of images has some hundred thousand.
 constexpr std::int32_t MaxEntries = 1 << 22;
 constexpr std::int32_t MaxDirectories = 1 << 16;
 
-// An entry is passed over by reading its tag, as far as the file goes, and skipping the rest, whether it is there or
-// not: that makes a difference to the place of tag 65535, which every entry behind the end of the file has.
+// An entry is skipped by reading its tag, as far as the file goes, and moving on by the rest. Past the end of the file
+// this gives every entry a position of its own; all of them have tag 65535.
 constexpr std::int64_t TagSize = 2;
-constexpr std::int64_t BehindTag = static_cast<std::int64_t>(DirectoryEntrySize) - TagSize;
+constexpr std::int64_t RestSize = static_cast<std::int64_t>(DirectoryEntrySize) - TagSize;
 
-// Notices a chain of offsets that comes back on itself, without a list of those met: each is compared with one of the
-// chain's earlier offsets, which moves up whenever the way from it has doubled (Brent's cycle detection).
+// Detects a chain of offsets that returns to an earlier one, without a list of offsets. Each offset is compared with a
+// landmark, which moves on whenever the distance from it has doubled (Brent's cycle detection).
 class LoopDetector {
   public:
-    // True if the offset has been met before.
-    bool meets(std::int32_t offset) noexcept {
+    // True if the offset was met before.
+    bool meets(std::int32_t offset) {
         if (offset == landmark_) {
             return true;
         }
@@ -45,51 +42,57 @@ class LoopDetector {
     std::int64_t limit_ = 1;
 };
 
-std::int32_t findTag(const TiffStructure& tiff, std::int32_t tag, DirectoryEntry& entry) noexcept {
+struct FoundEntry {
+    std::int32_t position;
+    DirectoryEntry entry;
+};
+
+Result<FoundEntry> findTag(const TiffReader& tiff, std::int32_t tag) {
     LoopDetector loop;
     std::int32_t entriesLeft = MaxEntries;
     std::int32_t directoriesLeft = MaxDirectories;
     for (std::int32_t offset = tiff.read32(); offset != 0 && !loop.meets(offset); offset = tiff.read32()) {
         if (directoriesLeft-- == 0) {
-            return NotFound;
+            break;
         }
         if (!tiff.reader.seek(offset)) {
-            return SeekFailed;
+            return Failure{TIF_TAG_SEEK_FAILED};
         }
         const std::uint16_t count = tiff.read16();
         if (count == 0) {
-            return NotTiff;
+            return Failure{TIF_TAG_NOT_TIFF};
         }
         std::int64_t position = tiff.reader.position();
-        for (DirectoryReader directory(tiff, count); directory.next(entry);) {
-            if (entry.tag == tag) {
-                return static_cast<std::int32_t>(position);
+        DirectoryReader directory(tiff, count);
+        while (const std::optional<DirectoryEntry> entry = directory.next()) {
+            if (entry->tag == tag) {
+                return FoundEntry{static_cast<std::int32_t>(position), *entry};
             }
             if (--entriesLeft == 0) {
-                return NotFound;
+                return Failure{TIF_TAG_NOT_FOUND};
             }
-            position += std::clamp<std::int64_t>(entry.end - position, 0, TagSize) + BehindTag;
+            position += std::clamp<std::int64_t>(entry->end - position, 0, TagSize) + RestSize;
         }
     }
-    return NotFound;
+    return Failure{TIF_TAG_NOT_FOUND};
 }
 
 } // namespace
 
 std::int32_t get_tif_tag(FILE* stream, std::int32_t tag, std::int32_t* count, std::int32_t* value) noexcept {
     if (stream == nullptr || count == nullptr || value == nullptr) {
-        return SeekFailed;
+        return TIF_TAG_SEEK_FAILED;
     }
     LentStreamReader reader(stream);
-    const TiffStructure tiff{reader, ByteOrder::Little, 0};
+    const TiffReader tiff{reader, ByteOrder::Little, 0};
     if (tiff.read16() != LittleEndianMark || tiff.read16() != TiffMagic) {
-        return NotTiff;
+        return TIF_TAG_NOT_TIFF;
     }
-    DirectoryEntry entry{};
-    const std::int32_t offset = findTag(tiff, tag, entry);
-    if (offset >= 0) {
-        *count = entry.count;
-        *value = entry.value;
+    const Result<FoundEntry> found = findTag(tiff, tag);
+    if (!found) {
+        return found.code();
     }
-    return offset;
+    *count = found->entry.count;
+    *value = found->entry.value;
+    return found->position;
 }

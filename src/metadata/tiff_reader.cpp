@@ -1,0 +1,98 @@
+#include "metadata/tiff_reader.h"
+
+#include "support/bytes.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace tvmeta {
+
+namespace {
+
+// `byteAt` returns the bytes of the entry by their index.
+template <typename ByteAt>
+DirectoryEntry decodeBytes(ByteOrder order, ByteAt byteAt) {
+    const auto number16 = [&](std::size_t i) { return combine16(order, byteAt(i), byteAt(i + 1)); };
+    const auto number32 = [&](std::size_t i) {
+        return combine32(order, byteAt(i), byteAt(i + 1), byteAt(i + 2), byteAt(i + 3));
+    };
+    DirectoryEntry entry{};
+    entry.tag = number16(0);
+    entry.type = number16(2);
+    entry.count = number32(4);
+    entry.field = number32(8);
+    const bool isShort = entry.type == tiff_type::Short && entry.count <= 2;
+    entry.value = isShort ? number16(8) : entry.field;
+    for (std::size_t i = 0; i < EntryValueSize; ++i) {
+        entry.fieldBytes[i] = static_cast<unsigned char>(byteAt(8 + i));
+    }
+    return entry;
+}
+
+// In an entry that the file cuts short, missing bytes count as in the byte-order readers.
+DirectoryEntry decode(ByteOrder order, std::span<const unsigned char> bytes) {
+    if (bytes.size() == DirectoryEntrySize) {
+        return decodeBytes(order, [bytes](std::size_t i) -> int { return bytes[i]; });
+    }
+    return decodeBytes(order, [bytes](std::size_t i) -> int { return i < bytes.size() ? bytes[i] : EOF; });
+}
+
+} // namespace
+
+Rational TiffReader::readRational() const {
+    const std::int32_t numerator = read32();
+    return {numerator, read32()};
+}
+
+void TiffReader::readLine(std::span<char> text) const {
+    std::size_t size = 0;
+    while (size + 1 < text.size()) {
+        const int byte = reader.get();
+        if (byte == EOF) {
+            break;
+        }
+        text[size++] = static_cast<char>(byte);
+        if (byte == '\n') {
+            break;
+        }
+    }
+    if (size > 0) {
+        text[size] = '\0';
+    }
+}
+
+void TiffReader::seek(std::int32_t offset) const {
+    reader.seek(wrappingAdd(base, offset));
+}
+
+void TiffReader::seekToValue(const DirectoryEntry& entry, std::int32_t offset) const {
+    reader.seek(entry.end);
+    seek(offset);
+}
+
+void DirectoryReader::readBlock() {
+    const auto entries = static_cast<std::size_t>(std::min(remaining_, BlockEntries));
+    tiff_.reader.seek(position_);
+    blockSize_ = tiff_.reader.read(std::span(block_).first(entries * DirectoryEntrySize));
+    blockUsed_ = 0;
+}
+
+std::optional<DirectoryEntry> DirectoryReader::next() {
+    if (remaining_ <= 0) {
+        tiff_.reader.seek(position_);
+        return std::nullopt;
+    }
+    if (blockUsed_ == blockSize_) {
+        readBlock();
+    }
+    const std::size_t size = std::min(DirectoryEntrySize, blockSize_ - blockUsed_);
+    DirectoryEntry entry = decode(tiff_.order, std::span(block_).subspan(blockUsed_, size));
+    blockUsed_ += size;
+    position_ += static_cast<std::int64_t>(size);
+    entry.end = position_;
+    // Past the end of the file all entries decode alike, so one is enough.
+    remaining_ = size > 0 ? remaining_ - 1 : 0;
+    return entry;
+}
+
+} // namespace tvmeta

@@ -1,0 +1,81 @@
+// Writers: a TIFF directory to be written (TIFF 6.0, section 2). It is planned first, then placed, then written once.
+// TIFF files, EXIF blocks, and the EXIF and GPS directories in both are made of it.
+#pragma once
+
+#include "support/tiff_vocabulary.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace tvmeta {
+
+class DirectoryBuilder {
+  public:
+    // Fields are added in the order of their values after the entries. The entries are written in ascending order of
+    // their tags. Texts, bytes and directories are borrowed until the directory is written.
+    void addShort(std::uint16_t tag, std::uint16_t value);
+    void addShorts(std::uint16_t tag, std::size_t count, std::uint16_t value); // the same value `count` times
+    void addLong(std::uint16_t tag, std::uint32_t value);
+    void addShortOrLong(std::uint16_t tag, std::uint32_t value); // SHORT if the value fits
+    void addRationals(std::uint16_t tag, std::span<const std::int32_t> words);
+
+    // `count` characters: those of `text`, then zeros.
+    void addText(std::uint16_t tag, std::span<const char> text, std::size_t count);
+    // `count` items of the type, in `size` bytes: those of `bytes`, then zeros.
+    void addBytes(std::uint16_t tag, std::uint16_t type, std::size_t count, std::span<const unsigned char> bytes,
+                  std::size_t size);
+    void addDirectory(std::uint16_t tag, const DirectoryBuilder& directory);
+
+    // Overrides the number of entries and the bytes of values for which the layout has room.
+    void fixLayout(std::size_t entries, std::size_t valueBytes);
+
+    std::size_t entries() const { return entries_; }
+    std::size_t valueBytes() const { return valueBytes_; }
+    std::size_t size() const { return headSize() + valueBytes_; }
+
+    // Writes the directory and its values into a block of its size. Offsets are written relative to the start of the
+    // TIFF structure, where the block is at `position`. Unused bytes of an entry's value field are not written.
+    void write(std::span<unsigned char> block, std::size_t position) const;
+
+  private:
+    static constexpr std::size_t MaxFields = 24;      // the image directory has at most 23
+    static constexpr std::size_t MaxNumbersSize = 24; // three rationals
+
+    struct Field {
+        std::uint16_t tag;
+        std::uint16_t type;
+        std::uint32_t count;
+        std::size_t size;                                  // of the value, including zeros at its end
+        std::array<unsigned char, MaxNumbersSize> numbers; // the value of a field of numbers
+        std::span<const unsigned char> borrowed;           // the value of a field of texts or bytes
+        const DirectoryBuilder* directory;                 // the value of a field that is a directory
+
+        bool isInline() const { return directory == nullptr && size <= EntryValueSize; }
+        std::span<const unsigned char> bytes() const;
+    };
+
+    // A field, and the offset of its value in the block.
+    struct Placed {
+        const Field* field;
+        std::size_t offset;
+    };
+
+    static void writeValue(const Placed& placed, std::span<unsigned char> block, std::size_t position);
+
+    std::size_t headSize() const { return 2 + DirectoryEntrySize * entries_ + 4; }
+    Field& addNumbers(std::uint16_t tag, std::uint16_t type, std::size_t count, std::size_t size);
+    Field& add(std::uint16_t tag, std::uint16_t type, std::size_t count, std::size_t size);
+    void writeEntries(std::span<const Placed> placed, std::span<unsigned char> block, std::size_t position) const;
+
+    std::array<Field, MaxFields> fields_;
+    std::size_t fieldCount_ = 0;
+    std::size_t entries_ = 0;
+    std::size_t valueBytes_ = 0;
+};
+
+// Writes the header of a little-endian TIFF structure.
+void writeTiffHeader(std::span<unsigned char, TiffHeaderSize> header, std::size_t firstDirectory);
+
+} // namespace tvmeta
