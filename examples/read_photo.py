@@ -93,10 +93,11 @@ def main():
         sys.exit(f"the library's record has {record_size(library)} bytes, this one {ctypes.sizeof(ExifInfo)}")
 
     info = read_photo(library, arguments.photo)
-    print(f"Camera    {os.fsdecode(info.model)}, {os.fsdecode(info.lens)}")
+    camera = [os.fsdecode(text) for text in (info.model, info.lens) if text]
+    print(f"Camera    {', '.join(camera)}")
     print(f"Taken     {os.fsdecode(info.dateTimeOriginal)}")
     print(f"Exposure  {info.exposureTime:g} s, f/{info.fNumber:g}, ISO {info.isoSpeed}, {info.focalLength:g} mm")
-    if info.gpsLatitudeRef:
+    if info.gpsLatitudeRef.isalpha() and info.gpsLongitudeRef.isalpha():
         latitude = degrees(info.gpsLatitude, info.gpsLatitudeRef)
         longitude = degrees(info.gpsLongitude, info.gpsLongitudeRef)
         print(f"Place     {latitude:.4f}, {longitude:.4f}")

@@ -45,6 +45,7 @@ void addCommands(CLI::App& app) {
     addStatsCommand(app);
     addBracketsCommand(app);
     addReportCommand(app);
+    addThumbnailCommand(app);
 }
 
 int failed(const std::string& problem) {

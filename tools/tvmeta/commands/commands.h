@@ -12,6 +12,7 @@ void addIccCommand(CLI::App& app);
 void addStatsCommand(CLI::App& app);
 void addBracketsCommand(CLI::App& app);
 void addReportCommand(CLI::App& app);
+void addThumbnailCommand(CLI::App& app);
 
 // Ends a command line that names no command of `app`. Asked after the parsing, so that a mistyped name is reported as
 // what it is.

@@ -1,4 +1,4 @@
-// tvmeta icc: names a profile, or replaces that of a TIFF file.
+// tvmeta icc: describes a profile, or replaces that of a TIFF file.
 
 #include "commands/icc.h"
 
@@ -8,6 +8,7 @@
 #include "output/text.h"
 #include "photographs/photo.h"
 #include "photographs/photo_profile.h"
+#include "photographs/profile_description.h"
 
 #include <tvmeta.h>
 
@@ -43,15 +44,13 @@ Bytes readProfile(const std::string& path) {
     return profile;
 }
 
-void nameProfile(const std::string& path) {
+void describeProfile(const std::string& path) {
     const Bytes profile = readProfile(path);
-    char name[32];
-    const int32_t result = get_profile_name(librarySize(profile), profile.data(), name);
-    if (result < 0) {
-        throw Failure(path,
-                      explain(result, {{-1, "expected a description of ICC version 2 in its profile, found none"}}));
-    }
-    std::cout << printable(fieldText(name)) << "\n";
+    const std::string name = profileName(profile);
+    std::cout << (name.empty() ? "(no name)" : printable(name)) << "\n"
+              << "  Version       " << profileVersion(profile) << "\n"
+              << "  Class         " << printable(profileClass(profile)) << "\n"
+              << "  Colour space  " << printable(profileColourSpace(profile)) << "\n";
 }
 
 // Refuses what the library cannot change, before a copy of it is made.
@@ -104,7 +103,7 @@ Bytes readRgbProfile(const std::string& path) {
 }
 
 void addIccCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("icc", "Name an ICC profile, or replace one in a TIFF file");
+    CLI::App* command = app.add_subcommand("icc", "Describe an ICC profile, or replace one in a TIFF");
     const auto options = std::make_shared<Options>();
     command
         ->add_option("FILE", options->file,
@@ -119,7 +118,7 @@ void addIccCommand(CLI::App& app) {
                     "  tvmeta icc --replace wide.icc result.tif");
     command->callback([options] {
         if (options->replacement.empty()) {
-            nameProfile(options->file);
+            describeProfile(options->file);
         } else {
             replaceProfile(options->replacement, options->file);
         }

@@ -1,0 +1,116 @@
+// tvmeta thumbnail: the JPEG thumbnails inside photographs as files.
+
+#include "commands/commands.h"
+#include "output/failure.h"
+#include "output/output_file.h"
+#include "output/text.h"
+#include "photographs/read_photos.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Options {
+    std::vector<std::string> names;
+    std::string output;
+    bool recursive = false;
+    bool force = false;
+};
+
+Bytes readThumbnail(const Photo& photo) {
+    Bytes thumbnail = readRegion(photo.path, photo.parts.thumbnail);
+    if (!asText(thumbnail).starts_with("\xFF\xD8")) {
+        throw Failure(photo.path, "it has no JPEG thumbnail");
+    }
+    return thumbnail;
+}
+
+void writeThumbnail(const Photo& photo, const std::string& path, bool force) {
+    const Bytes thumbnail = readThumbnail(photo);
+    std::error_code error;
+    if (!force && fs::is_regular_file(path, error)) {
+        throw Failure(path, "it exists; left unchanged (--force replaces it)");
+    }
+    writeOutput(path, {photo.path}, [&](OutputFile& output) { output.write(asText(thumbnail)); });
+}
+
+// The photograph's name in the folder, with the subfolders in which it was found.
+fs::path targetOf(const Photo& photo, const Options& options) {
+    fs::path name = fs::path(photo.path).filename();
+    std::error_code error;
+    for (const std::string& folder : options.names) {
+        const fs::path relative = fs::path(photo.path).lexically_relative(folder);
+        if (fs::is_directory(folder, error) && !relative.empty() && *relative.begin() != "..") {
+            name = relative;
+        }
+    }
+    std::string extension = name.extension().string();
+    std::ranges::transform(extension, extension.begin(), [](unsigned char c) { return std::tolower(c); });
+    if (extension != ".jpg" && extension != ".jpeg") {
+        name += ".jpg";
+    }
+    return fs::path(options.output) / name;
+}
+
+void writeThumbnails(const Options& options) {
+    size_t written = 0;
+    size_t failures = 0;
+    const Reading reading = readPhotos(options.names, options.recursive, [&](Photo&& photo) {
+        try {
+            const fs::path target = targetOf(photo, options);
+            fs::create_directories(target.parent_path());
+            writeThumbnail(photo, target.string(), options.force);
+            ++written;
+        } catch (const Failure& failure) {
+            complain(failure.what());
+            ++failures;
+        } catch (const fs::filesystem_error& error) {
+            complain(error.path1().string() + ": " + error.code().message());
+            ++failures;
+        }
+    });
+    std::cout << "wrote " << written << (written == 1 ? " thumbnail" : " thumbnails") << " into "
+              << printable(options.output) << "\n";
+    requireAllRead(reading);
+    if (failures > 0) {
+        throw Failure(std::to_string(failures) + " of " + std::to_string(reading.files) +
+                      " thumbnails could not be written");
+    }
+}
+
+void writeOutputs(const Options& options) {
+    std::error_code error;
+    if (options.names.size() > 1 || options.recursive || fs::is_directory(options.output, error)) {
+        return writeThumbnails(options);
+    }
+    writeThumbnail(readPhoto(options.names.front()), options.output, options.force);
+    messagesFor(options.output) << "wrote " << printable(options.output) << "\n";
+}
+
+} // namespace
+
+void addThumbnailCommand(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("thumbnail", "Write the thumbnails of photographs to files");
+    const auto options = std::make_shared<Options>();
+    command->add_option("PHOTO", options->names, "Photographs, and with -r folders of them")->required();
+    command->add_option("-o,--output", options->output, "File to write, or folder for several")
+        ->option_text("OUT")
+        ->required();
+    command->add_flag("-r,--recursive", options->recursive, "Read the photographs in folders and subfolders");
+    command->add_flag("--force", options->force, "Replace existing files");
+    command->footer("In a folder, thumbnails have the names and subfolders of their photographs;\n"
+                    "names that do not end in .jpg get that ending.\n\n"
+                    "Examples:\n"
+                    "  tvmeta thumbnail scene.jpg -o small.jpg\n"
+                    "  tvmeta thumbnail -r photos -o small");
+    command->callback([options] { writeOutputs(*options); });
+}
