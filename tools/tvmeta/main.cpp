@@ -137,7 +137,7 @@ int run(CLI::App& app, int argc, const char* const* argv) {
         std::cout.flush();
         return Failed;
     }
-    return std::cout.flush() ? Done : failed("standard output could not be written");
+    return std::cout.flush() ? Done : failed("cannot write to standard output");
 }
 
 } // namespace

@@ -75,8 +75,8 @@ void printSets(const std::vector<PhotoSet>& sets) {
     }
     const std::optional<int> width = outputWidth();
     if (const size_t left = printTable(columns, width); left > 0) {
-        complain(std::to_string(left) + " of " + std::to_string(columns.size()) + " columns found no room in " +
-                 std::to_string(*width) + "; --json and --csv show all");
+        complain(std::to_string(left) + " of " + std::to_string(columns.size()) + " columns do not fit in " +
+                 std::to_string(*width) + "; use --json or --csv");
     }
 }
 
@@ -226,12 +226,12 @@ void showBrackets(const Options& options) {
 void addBracketOptions(CLI::App& command, BracketOptions& options) {
     constexpr double MaxGap = 86400;
     constexpr size_t MaxCount = 100;
-    command.add_option("PATH", options.names, "Photographs, and with -r folders of them")->required();
+    command.add_option("PATH", options.names, "Photographs; with -r also folders")->required();
     command.add_flag("-r,--recursive", options.recursive, "Read the photographs in folders and subfolders");
-    command.add_option("--gap", options.rules.gap, "Longest pause within a set in seconds, else 2")
+    command.add_option("--gap", options.rules.gap, "Maximum pause within a set (default 2)")
         ->check(CLI::Range(0.0, MaxGap))
         ->option_text("SECONDS");
-    command.add_option("--count", options.rules.count, "Shots of every set, else as they repeat")
+    command.add_option("--count", options.rules.count, "Photographs per set (default: as they repeat)")
         ->check(CLI::Range(size_t{2}, MaxCount))
         ->option_text("N");
 }
@@ -241,24 +241,23 @@ void addBracketsCommand(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addBracketOptions(*command, options->input);
     CLI::Option* const forms[] = {
-        command->add_flag("--json", options->json, "Write one JSON object per line and set"),
-        command->add_flag("--csv", options->csv, "Write a line per photograph for spreadsheets"),
-        command->add_flag("--files0", options->files0, "Write file names with NUL after each, and one\nbetween sets"),
-        command->add_option("--into", options->folder, "Make a folder for each set in this one, with hard\nlinks"),
+        command->add_flag("--json", options->json, "Write JSON Lines, one object per set"),
+        command->add_flag("--csv", options->csv, "Write CSV, one line per photograph"),
+        command->add_flag("--files0", options->files0,
+                          "Write file names with a NUL after each, and one\nmore between sets"),
+        command->add_option("--into", options->folder, "Make a folder per set in this folder, with hard\nlinks"),
     };
     for (CLI::Option* form : forms) {
         for (CLI::Option* other : forms) {
             form == other ? form : form->excludes(other);
         }
-        form->option_text(form == forms[3] ? "FOLDER" : " "); // else what it excludes
+        form->option_text(form == forms[3] ? "FOLDER" : " "); // else it shows the options that it excludes
     }
     CLI::Option* into = forms[3];
-    command->add_flag("--copy", options->copy, "With --into: copies instead of links")->needs(into)->option_text(" ");
-    command->add_flag("--dry-run", options->dryRun, "With --into: only report what it would do")
-        ->needs(into)
-        ->option_text(" ");
-    command->footer("Photographs of one camera, folder and focal length that follow each other\n"
-                    "with different exposures are a set. Exposures that repeat begin a new one.\n\n"
+    command->add_flag("--copy", options->copy, "With --into: copy instead of link")->needs(into)->option_text(" ");
+    command->add_flag("--dry-run", options->dryRun, "With --into: only print the plan")->needs(into)->option_text(" ");
+    command->footer("A set is a sequence of photographs of one camera, folder and focal length\n"
+                    "with different exposures. When the exposures repeat, a new set begins.\n\n"
                     "Examples:\n"
                     "  tvmeta brackets -r photos\n"
                     "  tvmeta brackets -r photos --into sets\n"

@@ -26,7 +26,7 @@ struct Options {
 void requireNoPhoto(const std::string& output) {
     std::error_code error;
     if (std::filesystem::is_regular_file(output, error) && findFileType(output)) {
-        throw Failure(output, "it is a photograph; left unchanged");
+        throw Failure(output, "output is a photograph; left unchanged");
     }
 }
 
@@ -47,8 +47,8 @@ void addReportCommand(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     addBracketOptions(*command, options->input);
     command->add_option("-o,--output", options->output, "HTML file to write")->option_text("FILE")->required();
-    command->footer("The page has the thumbnails of each set, its exposures as diagram and table,\n"
-                    "single photographs, and files that cannot be read. It needs no other file,\n"
+    command->footer("The page shows the thumbnails of each set, its exposures as diagram and table,\n"
+                    "single photographs, and unreadable files. It requires no other file,\n"
                     "no network and no script.\n\n"
                     "Example:\n"
                     "  tvmeta report -r photos -o report.html");

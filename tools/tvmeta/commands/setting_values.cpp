@@ -89,7 +89,7 @@ int decimalsOf(int32_t kind) {
 // What a parameter accepts.
 std::string allowedValues(std::span<const std::string> words, int32_t kind) {
     if (kind == TVMETA_SMOOTHING) {
-        return words.empty() ? "a number, since SmoothingMode is Slider"
+        return words.empty() ? "a number, because SmoothingMode is Slider"
                              : wordList(words, "or") + ", or a number with SmoothingMode=Slider";
     }
     if (!words.empty()) {

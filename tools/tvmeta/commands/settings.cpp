@@ -25,8 +25,8 @@ void showSettings(const std::string& path) {
     const std::string packet = packetIn(path);
     const int32_t method = get_settings_from_xmp(METHOD_DETECT, textSize(packet), packet.c_str(), nullptr, nullptr);
     if (method <= 0) {
-        throw Failure(path, explain(method, {{0, "it contains no settings, or those of an unknown method"},
-                                             {-5, "its settings lack a version or a method"}}));
+        throw Failure(path, explain(method, {{0, "no settings, or settings of an unknown method"},
+                                             {-5, "the settings have no version or no method"}}));
     }
     for (const Setting& setting : settingsInPacket(method, packet)) {
         std::cout << std::left << std::setw(22) << setting.name << printable(setting.value) << "\n";
@@ -48,7 +48,7 @@ void writeSettings(const std::string& path, const Settings& settings) {
 
 std::string inserted(const std::string& path, const Settings& settings) {
     if (findFileType(path)) {
-        throw Failure(path, "expected an XMP packet in a file of its own, found a photograph, in which a packet cannot "
+        throw Failure(path, "expected an XMP packet in a separate file, found a photograph, in which a packet cannot "
                             "grow");
     }
     std::string packet(asText(readFile(path)));
@@ -59,13 +59,13 @@ std::string inserted(const std::string& path, const Settings& settings) {
     textSize(packet); // refuses what the library cannot count
     const int32_t result = insert_xmp(1, settings.method, values, length, shift, packet.data());
     if (result == -1) {
-        throw Failure(path, "it ends right after its RDF opening");
+        throw Failure(path, "the packet ends right after its RDF opening");
     }
     if (result == -4) {
         throw std::bad_alloc();
     }
     if (result < 0) {
-        throw Failure(path, "expected an XMP packet that opens x:xmpmeta and rdf:RDF in the usual form; " +
+        throw Failure(path, "expected an XMP packet with x:xmpmeta and rdf:RDF elements in the usual form; " +
                                 beginning(readStart(path, 4)));
     }
     return packet;
@@ -95,7 +95,7 @@ struct Options {
 void addSettingsCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("settings", "Show, write or insert processing settings");
     command->callback([command] { requireSubcommand(*command); });
-    command->footer("Each has its own help, such as tvmeta settings show --help.");
+    command->footer("Each has its own help: tvmeta settings show --help.");
     const auto options = std::make_shared<Options>();
 
     CLI::App* show = command->add_subcommand("show", "Show the settings in a photograph or settings file");
@@ -113,7 +113,7 @@ void addSettingsCommand(CLI::App& app) {
     write->callback([options] { writeSettings(options->output, settingsFrom(options->settings)); });
 
     CLI::App* insert = command->add_subcommand("insert", "Insert settings into an XMP packet");
-    insert->add_option("PACKET", options->file, "XMP packet, in a file of its own")->required();
+    insert->add_option("PACKET", options->file, "File with an XMP packet")->required();
     insert->add_option("-o,--output", options->output, "File to write")->required();
     addSettingsOptions(*insert, options->settings, true);
     insert->footer(methodHelp() + "Example:\n"

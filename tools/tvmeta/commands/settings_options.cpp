@@ -99,11 +99,11 @@ bool isContained(const tvmeta_Parameter& parameter, const PacketSlots& slots, co
 } // namespace
 
 void addSettingsOptions(CLI::App& command, SettingsOptions& options, bool required) {
-    CLI::Option* method = command.add_option("--method", options.method, "Processing method, named below");
+    CLI::Option* method = command.add_option("--method", options.method, "Processing method, listed below");
     method->required(required)->option_text(required ? "NAME REQUIRED" : "NAME");
     command
         .add_option("--set", options.assignments,
-                    "A setting of the method, as settings show prints\nit; may be repeated")
+                    "A setting of the method, as settings show prints\nit; can be repeated")
         ->option_text("NAME=VALUE")
         ->allow_extra_args(false)
         ->needs(method);

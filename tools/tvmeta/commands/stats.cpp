@@ -39,7 +39,7 @@ Statistics measure(const std::string& path) {
         throw Failure(path, explain(result, {{-4, "there is not enough memory"}}));
     }
     if (results[1] <= 0) {
-        throw Failure(path, "expected pixels with light, found only black ones");
+        throw Failure(path, "all pixels are black");
     }
     statistics.minimum = results[0];
     statistics.maximum = results[1];
@@ -59,7 +59,7 @@ std::string number(float value) {
 }
 
 void printTable(const Statistics& s) {
-    std::cout << "Luminance of pixels with light, and stops from the maximum\n";
+    std::cout << "Luminance of pixels above zero, and stops from the maximum\n";
     printLine("minimum", number(s.minimum), stops(s.maximum, s.minimum));
     printLine("maximum", number(s.maximum), 0);
     printLine("mean", number(s.mean), stops(s.maximum, s.mean));

@@ -54,7 +54,7 @@ Block readOrLeaveOut(const Photo& photo, Block (*read)(const Photo& photo)) {
     try {
         return read(photo);
     } catch (const Failure& failure) {
-        complain("warning: " + std::string(failure.what()) + "; it is left out");
+        complain("warning: " + std::string(failure.what()) + "; omitted");
         return {};
     }
 }
@@ -99,10 +99,9 @@ Image imageFor(const Options& options) {
     if (depth == Depth::Float16 && image.depth == Depth::Float32) {
         return halved(image);
     }
-    throw Failure(options.image,
-                  image.depth == Depth::Float32
-                      ? "it holds floating-point samples: expected a --depth of 32 or 16f, found " + options.depth
-                      : "it holds integer samples: expected a --depth of 8 or 16, found " + options.depth);
+    throw Failure(options.image, image.depth == Depth::Float32
+                                     ? "floating-point samples: expected a --depth of 32 or 16f, found " + options.depth
+                                     : "integer samples: expected a --depth of 8 or 16, found " + options.depth);
 }
 
 std::string writingProblem(int32_t result, const Image& image) {
@@ -168,28 +167,26 @@ void addTiffCommand(CLI::App& app) {
     command->add_option("IMAGE", options->image, "PNG, binary PGM or PPM, Radiance HDR or OpenEXR")->required();
     command->add_option("OUT", options->output, "TIFF file to write")->required();
     command
-        ->add_option("--photo", options->photo,
-                     "Photograph whose metadata the file gets: camera,\nexposure, GPS, IPTC, XMP")
+        ->add_option("--photo", options->photo, "Copy metadata from this photograph: camera,\nexposure, GPS, IPTC, XMP")
         ->option_text("PHOTO");
     command->add_option("--keyword", options->keywords, "Add a keyword to the IPTC block; may be repeated")
         ->option_text("TEXT")
         ->allow_extra_args(false);
     addSettingsOptions(*command, options->settings, false);
-    command->add_option("--icc", options->profile, "ICC profile of the image, or photograph with it")
+    command->add_option("--icc", options->profile, "ICC profile, or photograph that contains it")
         ->option_text("PROFILE");
-    command
-        ->add_flag("--icc-from-photo", options->profileFromPhoto, "Take the ICC profile of the photograph of --photo")
-        ->option_text(" ") // its place would else be taken by what follows
+    command->add_flag("--icc-from-photo", options->profileFromPhoto, "Use the ICC profile of the --photo photograph")
+        ->option_text(" ") // else it shows the option that it needs
         ->needs("--photo")
         ->excludes("--icc");
-    command->add_option("--resolution", options->resolution, "Dots per inch; else 300")
+    command->add_option("--resolution", options->resolution, "Dots per inch (default 300)")
         ->check(CLI::Range(1, 4294967)) // thousandths of it are stored in 32 bits
         ->option_text("N");
     command
         ->add_option("--depth", options->depth, "8 or 16 for PNG, PGM, PPM; 32 or 16f (half floats)\nfor HDR, OpenEXR")
         ->check(CLI::IsMember(DepthNames))
         ->option_text("DEPTH");
-    command->add_option("--orientation", options->orientation, "TIFF orientation code; else the photograph's")
+    command->add_option("--orientation", options->orientation, "TIFF orientation code (default: the photograph's)")
         ->check(CLI::Range(1, 8))
         ->option_text("1-8");
     command->footer(methodHelp() + "Examples:\n"

@@ -116,7 +116,7 @@ void writeOutput(const std::string& path, const std::vector<std::string>& inputs
 }
 
 std::string systemReason() {
-    return errno == 0 ? "it could not be written" : std::strerror(errno);
+    return errno == 0 ? "cannot write the file" : std::strerror(errno);
 }
 
 std::ostream& messagesFor(const std::string& output) {

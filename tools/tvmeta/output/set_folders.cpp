@@ -19,7 +19,7 @@ class NewFolder {
     explicit NewFolder(const std::string& name) : path(name) {
         std::error_code error;
         if (!fs::create_directory(path, error)) {
-            throw Failure(path.string(), error ? error.message() : "it exists already");
+            throw Failure(path.string(), error ? error.message() : "already exists");
         }
     }
     ~NewFolder() {
@@ -56,12 +56,12 @@ class NewFolder {
             fs::create_hard_link(original, target, error);
         }
         if (isOneOf(error, {std::errc::cross_device_link})) {
-            throw Failure(file, "it is on another file system than " + target.parent_path().string() +
-                                    ", so there can be no hard link; --copy makes copies");
+            throw Failure(file, "on another file system than " + target.parent_path().string() +
+                                    ", so hard links are not possible; use --copy");
         }
         if (isOneOf(error, {std::errc::operation_not_permitted, std::errc::operation_not_supported,
                             std::errc::function_not_supported, std::errc::too_many_links})) {
-            throw Failure(file, "the system makes no hard link to it (" + error.message() + "); --copy makes copies");
+            throw Failure(file, "cannot make a hard link (" + error.message() + "); use --copy");
         }
         if (error) {
             throw Failure(target.string(), error.message());
@@ -106,7 +106,7 @@ void requireNewFolders(const std::string& folder, size_t sets) {
     std::error_code error;
     for (size_t i = 1; i <= sets; ++i) {
         if (fs::exists(fs::symlink_status(setFolder(folder, i), error))) {
-            throw Failure(setFolder(folder, i), "it exists already; name another folder");
+            throw Failure(setFolder(folder, i), "already exists; use another folder");
         }
     }
 }
@@ -130,7 +130,7 @@ void fillSetFolders(const std::string& folder, const std::vector<std::vector<std
         if (isNew) {
             fs::remove(folder, error); // if it is empty
         }
-        const std::string fate = done == 0 ? "no set has a folder" : std::to_string(done) + " sets are complete";
+        const std::string fate = done == 0 ? "no folder was made" : std::to_string(done) + " sets are complete";
         throw Failure(std::string(failure.what()) + "; " + fate);
     }
 }

@@ -158,7 +158,7 @@ OutputTarget resolveTarget(const std::string& name) {
             return target;
         }
         if (S_ISDIR(status.st_mode)) {
-            throw Failure(name, "it is a folder");
+            throw Failure(name, "is a folder");
         }
         if (!S_ISLNK(status.st_mode)) {
             if (!isWritable(target.path)) {

@@ -161,7 +161,7 @@ std::string beginning(std::span<const unsigned char> file) {
     const std::string_view littleBigTiff("II\x2B\0", 4);
     const std::string_view bigBigTiff("MM\0\x2B", 4);
     if (start == littleBigTiff || start == bigBigTiff) {
-        return "it is a BigTIFF file, which is not supported";
+        return "BigTIFF is not supported";
     }
-    return start.empty() ? "it is empty" : "it begins with \"" + printable(start) + "\"";
+    return start.empty() ? "the file is empty" : "it starts with \"" + printable(start) + "\"";
 }

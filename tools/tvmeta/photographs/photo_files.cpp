@@ -22,7 +22,7 @@ class Search {
         } else if (recursive) {
             descend(name);
         } else {
-            fail(name + ": it is a folder; with -r its photographs are read");
+            fail(name + ": is a folder; use -r to read its photographs");
         }
     }
 

@@ -97,11 +97,11 @@ Reading readPhotos(const std::vector<std::string>& names, bool recursive, const 
 
 void requireAllRead(const Reading& reading) {
     if (reading.files == 0) {
-        complain("there is no JPEG, TIFF or PSD file");
+        complain("no JPEG, TIFF or PSD file found");
     }
     if (reading.failures > 0 && reading.files > 1) {
         throw Failure(std::to_string(reading.failures) + " of " + std::to_string(reading.files) +
-                      " files could not be read whole");
+                      " files could not be read completely");
     }
     if (reading.failures > 0) {
         throw Reported();
