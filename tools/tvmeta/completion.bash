@@ -8,20 +8,20 @@ _tvmeta_offer() {
     mapfile -t COMPREPLY < <(compgen -W "$("${COMP_WORDS[0]}" --list "$@" 2>/dev/null)" -- "$text")
 }
 
-# A word without the quotes and backslashes with which it is typed.
+# A word without shell quotes and backslashes.
 _tvmeta_plain() {
     local word=${1//\\/}
     printf '%s' "${word//[\"\']/}"
 }
 
-# Methods, whose names contain blanks. Within quotes they are written as they are.
+# Method names, which contain blanks; escaped unless the word is quoted.
 _tvmeta_methods() {
     local IFS=$'\n'
     _tvmeta_offer "$(_tvmeta_plain "$1")" methods
     [[ $1 == [\"\']* ]] || COMPREPLY=("${COMPREPLY[@]// /\\ }")
 }
 
-# The settings of the method that the words before name.
+# The settings of the method on the command line.
 _tvmeta_settings() {
     local method="" i
     for ((i = 1; i < COMP_CWORD; i++)); do
@@ -33,7 +33,7 @@ _tvmeta_settings() {
     compopt -o nospace 2>/dev/null
 }
 
-# The last of the names with commas between them.
+# The last name of a list with commas.
 _tvmeta_fields() {
     local before=""
     [[ $1 == *,* ]] && before=${1%,*},
@@ -43,7 +43,7 @@ _tvmeta_fields() {
 }
 
 _tvmeta() {
-    # An option and its value may be joined by "=", which is a word of its own in bash.
+    # An option and its value can be joined by "=", which bash splits into a separate word.
     local at=$COMP_CWORD current=${COMP_WORDS[COMP_CWORD]}
     if [[ $current == = ]]; then
         current=""

@@ -53,7 +53,7 @@ int failed(const std::string& problem) {
     return Failed;
 }
 
-// The command that the command line names, of several the innermost.
+// The innermost command that the command line names.
 const CLI::App& chosenCommand(const CLI::App& app) {
     const CLI::App* command = &app;
     while (!command->get_subcommands().empty()) {
@@ -81,8 +81,8 @@ bool isOption(const CLI::App& command, const std::string& word) {
     return option != nullptr && (word.size() == 2 || option->get_items_expected_max() > 0);
 }
 
-// The first option that does not exist, which is usually why something else is missing. A file whose name begins with
-// a dash is treated as an option, too; CLI11 accepts names that begin with a dash and a digit.
+// The first unknown option, which is usually why something else is missing. A file name that begins with a dash is
+// treated as an option too; CLI11 accepts names that begin with a dash and a digit.
 std::optional<std::string> strayOption(const CLI::App& app, std::span<const char* const> words) {
     const CLI::App& command = chosenCommand(app);
     for (const std::string word : words) {

@@ -95,12 +95,12 @@ void printSummary(const PhotoSets& found) {
     }
 }
 
-// Hundredths, and no negative zero.
+// Rounded to hundredths, without negative zero.
 double rounded(double value) {
     return std::round(value * 100) / 100 + 0.0;
 }
 
-// Focal lengths are mostly whole numbers, and printed so.
+// Most focal lengths are integers and are printed without decimals.
 ordered_json number(float value) {
     const double exact = decimal(value);
     const bool isWhole = exact == std::floor(exact) && exact < 1e9;
@@ -147,7 +147,7 @@ std::string textUnlessZero(float value) {
     return value > 0 ? plainWords(decimal(value)) : "";
 }
 
-// A record for each photograph, those of sets first. Who is in no set has no number, who has no exposure no EV.
+// One record per photograph, those of sets first. Set number and EV are empty if unknown.
 void printCsv(const PhotoSets& found) {
     const auto print = [](const std::string& set, const Photo& photo, const std::string& ev,
                           const std::string& offset) {

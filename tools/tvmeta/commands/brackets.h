@@ -1,4 +1,4 @@
-// The options that decide what a bracketed set is.
+// The options that define a bracketed set.
 #pragma once
 
 #include "photographs/bracket_sets.h"

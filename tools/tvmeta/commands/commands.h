@@ -1,4 +1,4 @@
-// The commands of the tool. Each function adds one to the command line; parsing the line runs the one that is named.
+// The commands of the tool. Each function adds one command; parsing the command line runs the named one.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -14,8 +14,8 @@ void addBracketsCommand(CLI::App& app);
 void addReportCommand(CLI::App& app);
 void addThumbnailCommand(CLI::App& app);
 
-// Ends a command line that names no command of `app`. Asked after the parsing, so that a mistyped name is reported as
-// what it is.
+// Throws WrongCommandLine if no command of `app` was named. Called after parsing, so that a mistyped name is reported
+// as an unknown command.
 inline void requireSubcommand(const CLI::App& app) {
     if (app.get_subcommands().empty()) {
         throw CLI::RequiredError::Subcommand(1);

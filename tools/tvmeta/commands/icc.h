@@ -1,9 +1,9 @@
-// ICC profiles, by themselves or in photographs.
+// ICC profiles, in files or in photographs.
 #pragma once
 
 #include "output/files.h"
 
 #include <string>
 
-// The profile that a file is or holds. Throws Failure when the file holds none, or one for other colours than RGB.
+// The profile of a file: a profile or a photograph. Throws Failure if there is none or it is not for RGB.
 Bytes readRgbProfile(const std::string& path);

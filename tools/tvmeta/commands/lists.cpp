@@ -9,7 +9,7 @@
 
 namespace {
 
-// The command that the words name; words that name none are passed over.
+// The command that the words name; other words are ignored.
 const CLI::App& commandNamed(const CLI::App& app, std::span<const char* const> words) {
     const CLI::App* command = &app;
     for (const char* word : words) {

@@ -1,4 +1,4 @@
-// Names for the completion of command lines, one a line.
+// Lists of names, one per line, for the completion of command lines.
 #pragma once
 
 #include <CLI/CLI.hpp>

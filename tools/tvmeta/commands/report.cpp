@@ -22,7 +22,7 @@ struct Options {
     std::string output;
 };
 
-// The photographs of folders are inputs, too, even those that cannot be read.
+// Photographs in folders are inputs too, even unreadable ones.
 void requireNoPhoto(const std::string& output) {
     std::error_code error;
     if (std::filesystem::is_regular_file(output, error) && findFileType(output)) {

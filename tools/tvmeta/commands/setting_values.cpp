@@ -43,7 +43,7 @@ bool usesSlider(const SlotValues& values) {
     return values[DETAILS_ENHANCER_SMOOTHING_MODE] == 1;
 }
 
-// The words of a parameter by slot value; none if it is a number.
+// The words of a parameter, indexed by slot value; empty for a number.
 std::span<const std::string> wordsOf(const SlotValues& values, int32_t kind) {
     switch (kind) {
     case TVMETA_SMOOTHING_MODE:
@@ -86,7 +86,7 @@ int decimalsOf(int32_t kind) {
     }
 }
 
-// What a parameter accepts.
+// The values that a parameter accepts, for messages.
 std::string allowedValues(std::span<const std::string> words, int32_t kind) {
     if (kind == TVMETA_SMOOTHING) {
         return words.empty() ? "a number, because SmoothingMode is Slider"
@@ -105,7 +105,7 @@ std::optional<float> parseValue(std::span<const std::string> words, int32_t kind
     }
     const std::optional<double> number = parseNumber(text);
     const double slot = number ? slotFromNumber(*number, kind) : std::numeric_limits<double>::quiet_NaN();
-    // Neither NaN nor what exceeds a float.
+    // NaN and numbers beyond the range of a float are refused.
     return std::abs(slot) <= std::numeric_limits<float>::max() ? std::optional(static_cast<float>(slot)) : std::nullopt;
 }
 

@@ -8,15 +8,15 @@
 
 using SlotValues = std::array<float, SETTINGS_SLOTS>;
 
-// The value that a parameter has in a packet which does not contain it.
+// The value of a parameter that a packet does not contain.
 float defaultValue(const tvmeta_Parameter& parameter);
 
-// Gives a parameter the value of a text. The smoothing mode must have its value before the smoothing. Throws
-// WrongCommandLine for a text that is no value of the parameter.
+// Sets a parameter to the value of a text. Set the smoothing mode before the smoothing. Throws WrongCommandLine if the
+// text is not a value of the parameter.
 void setValue(SlotValues& values, const tvmeta_Parameter& parameter, const std::string& text);
 
 // The value of a parameter as a packet contains it.
 std::string valueText(const SlotValues& values, const tvmeta_Parameter& parameter);
 
-// The slot in which the parameter has its value. For the smoothing that depends on the smoothing mode.
+// The slot of the parameter's value. The slot of the smoothing depends on the smoothing mode.
 int32_t slotOf(const SlotValues& values, const tvmeta_Parameter& parameter);

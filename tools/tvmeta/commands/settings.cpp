@@ -56,7 +56,7 @@ std::string inserted(const std::string& path, const Settings& settings) {
     const float* values = settings.values.data();
     const int32_t shift = insert_xmp(0, settings.method, values, length, 0, nullptr);
     packet.resize(packet.size() + static_cast<size_t>(shift));
-    textSize(packet); // refuses what the library cannot count
+    textSize(packet); // refuses texts of 2 GiB and more
     const int32_t result = insert_xmp(1, settings.method, values, length, shift, packet.data());
     if (result == -1) {
         throw Failure(path, "the packet ends right after its RDF opening");

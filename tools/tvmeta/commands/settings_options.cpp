@@ -47,7 +47,7 @@ int32_t methodNamed(const std::string& name) {
     throw WrongCommandLine("unknown method '" + name + "'" + nearestOrAll(name, methodNames()));
 }
 
-// The assignments NAME=VALUE, with each name as the method has it.
+// The NAME=VALUE assignments, with the names spelled as in the method.
 std::vector<Setting> parseAssignments(const SettingsOptions& options, int32_t method) {
     const std::vector<std::string> names = namesOf(parametersOf(method));
     std::vector<Setting> settings;
@@ -70,16 +70,16 @@ std::vector<Setting> parseAssignments(const SettingsOptions& options, int32_t me
     return settings;
 }
 
-// A value that no packet contains.
+// Marks slots that were not read: no packet contains this value.
 constexpr float Unset = std::numeric_limits<float>::lowest();
 
-// What the library reads of a packet: the slots that the packet lacks stay unset.
+// The slots that the library reads from a packet; the others stay unset.
 struct PacketSlots {
     SlotValues values;
     int32_t methodTag; // its offset
 };
 
-// The smoothing mode is given, since it decides how the smoothing is read.
+// Passes the smoothing mode, which decides how the smoothing is read.
 PacketSlots readSlots(int32_t method, const std::string& packet, float smoothingMode) {
     PacketSlots slots = {};
     slots.values.fill(Unset);
@@ -89,7 +89,7 @@ PacketSlots readSlots(int32_t method, const std::string& packet, float smoothing
 }
 
 bool isContained(const tvmeta_Parameter& parameter, const PacketSlots& slots, const std::string& packet) {
-    if (parameter.kind == TVMETA_GAMMA) { // without one, the library sets the slot to the neutral gamma
+    if (parameter.kind == TVMETA_GAMMA) { // if it is missing, the library sets the slot to the neutral gamma
         return slots.methodTag > 0 &&
                packet.find("tvtm:Gamma", static_cast<size_t>(slots.methodTag)) != std::string::npos;
     }

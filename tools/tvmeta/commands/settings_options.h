@@ -29,7 +29,7 @@ struct SettingsOptions {
 
 void addSettingsOptions(CLI::App& command, SettingsOptions& options, bool required);
 
-// The methods, for the end of a command's help.
+// The list of methods for the help of a command.
 std::string methodHelp();
 
 std::vector<std::string> methodNames();
@@ -37,8 +37,7 @@ std::vector<std::string> methodNames();
 // The settings of a method. Throws WrongCommandLine for an unknown method.
 std::vector<std::string> settingNames(const std::string& method);
 
-// The settings that the options ask for; without a method none. Throws WrongCommandLine for names and values that do
-// not exist.
+// The settings that the options request; empty without a method. Throws WrongCommandLine for invalid names and values.
 Settings settingsFrom(const SettingsOptions& options);
 
 // The method and the settings that a packet of that method contains, in the order of the library's table.

@@ -25,7 +25,7 @@ struct Statistics {
     float mean = 0;
 };
 
-// Photographers' measure of a ratio: the doublings from one to the other.
+// The ratio of two luminances in stops (doublings).
 double stops(float from, float to) {
     return std::log2(static_cast<double>(to) / from);
 }

@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-// One record with its line end; fields are quoted where they must be.
+// One record with its line end; quotes fields where necessary.
 std::string csvRecord(std::span<const std::string> fields);
 
 // A value as a field of a record. Control characters and bytes that are not UTF-8 become \xNN, a text that spreadsheets

@@ -1,4 +1,4 @@
-// What went wrong, in words for the person at the terminal.
+// Errors and their messages.
 #pragma once
 
 #include <cstdint>
@@ -7,30 +7,30 @@
 #include <stdexcept>
 #include <string>
 
-// Ends a command; what() says which file it is about and why.
+// Ends a command; what() contains the path and the reason.
 class Failure : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
     Failure(const std::string& path, const std::string& reason) : std::runtime_error(path + ": " + reason) {}
 };
 
-// A command line that asks for what does not exist.
+// An invalid command line.
 class WrongCommandLine : public Failure {
   public:
     using Failure::Failure;
 };
 
-// Ends a command that has already said what went wrong.
+// Ends a command that has already printed its message.
 class Reported : public std::exception {};
 
-// Writes a line to standard error, whatever bytes of file names and files the message holds.
+// Writes a line to standard error; bytes that are not printable are escaped.
 void complain(const std::string& message);
 
-// What one result code of one library function means.
+// The meaning of one result of a library function.
 struct Meaning {
     int32_t result;
     std::string text;
 };
 
-// The words for a library result. Each call site states the meanings of its function.
+// The text for a library result. Each call lists the meanings for its function.
 std::string explain(int32_t result, std::initializer_list<Meaning> meanings);

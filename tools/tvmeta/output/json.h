@@ -11,6 +11,6 @@ struct NamedValue {
     Value value;
 };
 
-// The object with these members, without those that are missing. Texts are bytes in any encoding, JSON is UTF-8:
-// other bytes become U+FFFD. The line is ASCII, so no terminal can misread it.
+// The object with these members, without missing ones. Texts are bytes in any encoding: bytes that are not UTF-8 become
+// U+FFFD. The line is ASCII, which every terminal shows correctly.
 std::string jsonObject(std::span<const NamedValue> members);

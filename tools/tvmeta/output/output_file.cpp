@@ -41,7 +41,7 @@ void copyBytes(std::FILE* from, std::FILE* to, const std::string& name) {
     }
 }
 
-// A failure with what became of the output. Most failures are about an input and do not name the output.
+// Adds the state of the output to a failure. Most failures are about an input and do not name the output.
 Failure withFate(const std::string& problem, const std::string& path, const std::string& fate) {
     const bool isNamed = problem.starts_with(path + ": ");
     return Failure(problem + "; " + (isNamed ? "" : path + " ") + fate);
@@ -84,7 +84,7 @@ void OutputFile::commit() {
         isBegun = true;
         copyBytes(spool.get(), direct.get(), target.name);
     }
-    // A full disk may show only when the last buffered bytes are written.
+    // A full disk can fail only at the last buffered bytes.
     if (direct && std::fflush(direct.get()) != 0) {
         failWithErrno(target.name);
     }

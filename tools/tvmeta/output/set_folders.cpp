@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A new folder, which is removed again with its files unless it is kept.
+// A new folder. The destructor removes it with its files unless it is kept.
 class NewFolder {
   public:
     explicit NewFolder(const std::string& name) : path(name) {
@@ -48,7 +48,7 @@ class NewFolder {
         return std::ranges::any_of(reasons, [&](std::errc reason) { return error == reason; });
     }
 
-    // A symbolic link is followed: a link to it could lead nowhere from its new folder.
+    // Symbolic links are followed: a relative link would break in the new folder.
     static void link(const std::string& file, const fs::path& target) {
         std::error_code error;
         const fs::path original = fs::canonical(file, error);

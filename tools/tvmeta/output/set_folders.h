@@ -11,7 +11,7 @@ enum class Placement { Link, Copy };
 std::string setFolder(const std::string& folder, size_t number);
 
 // Makes a folder for each set, with hard links to its files or copies of them, and reports each one. Nothing is
-// overwritten. Throws Failure if that cannot be done: the sets before are complete, of the others there is nothing.
+// overwritten. Throws Failure on errors: the sets before are complete, the others have no folder.
 void fillSetFolders(const std::string& folder, const std::vector<std::vector<std::string>>& sets, Placement placement,
                     const std::function<void(size_t set)>& report);
 

@@ -10,8 +10,8 @@ char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-// The Damerau-Levenshtein distance (optimal string alignment), regardless of case: how many characters are inserted,
-// deleted, replaced or exchanged with their neighbour.
+// The Damerau-Levenshtein distance (optimal string alignment), ignoring case: the number of insertions, deletions,
+// replacements and swaps of adjacent characters.
 size_t editDistance(std::string_view from, std::string_view to) {
     std::vector<size_t> beforeLast;
     std::vector<size_t> last;
@@ -53,7 +53,7 @@ std::string wordList(std::span<const std::string> words, std::string_view conjun
 }
 
 std::string nearestName(std::string_view word, std::span<const std::string> names) {
-    constexpr size_t MaxWord = 64; // the time is that of the product of the sizes
+    constexpr size_t MaxWord = 64; // the time is proportional to the product of the sizes
     const auto distance = [word](const std::string& name) { return editDistance(word, name); };
     if (names.empty() || word.size() > MaxWord) {
         return {};

@@ -1,4 +1,4 @@
-// What to say about a name that does not exist.
+// Suggestions for unknown names.
 #pragma once
 
 #include <span>
@@ -7,11 +7,11 @@
 
 bool equalsIgnoringCase(std::string_view first, std::string_view second);
 
-// The words with commas between them, and with the conjunction before the last: "8, 16 or 32".
+// A list with commas and a conjunction before the last word: "8, 16 or 32".
 std::string wordList(std::span<const std::string> words, std::string_view conjunction);
 
-// "; did you mean 'info'?" for the name that is most like the word; nothing if none is like it.
+// "; did you mean 'info'?" for the most similar name; empty if none is similar.
 std::string nearestName(std::string_view word, std::span<const std::string> names);
 
-// The same; if no name is like the word, all of them.
+// The same; if no name is similar, a list of all names.
 std::string nearestOrAll(std::string_view word, std::span<const std::string> names);

@@ -8,7 +8,7 @@
 namespace {
 
 constexpr int Gap = 2;
-constexpr int LeastWidth = 8; // of a column that is shortened
+constexpr int MinWidth = 8; // of a shortened column
 
 int naturalWidth(const Column& column) {
     int width = displayWidth(column.heading);
@@ -26,13 +26,13 @@ int totalWidth(const std::vector<int>& widths) {
     return total;
 }
 
-// Leaves out the last columns until the others find room at their narrowest, and then shortens the widest ones.
+// Omits the last columns until the others fit at their minimum width, then shortens the widest ones.
 std::vector<int> fittedWidths(const std::vector<Column>& columns, int limit) {
     std::vector<int> widths;
     std::vector<int> least;
     for (const Column& column : columns) {
         widths.push_back(naturalWidth(column));
-        least.push_back(column.cut == Column::Cut::Nowhere ? widths.back() : std::min(widths.back(), LeastWidth));
+        least.push_back(column.cut == Column::Cut::Nowhere ? widths.back() : std::min(widths.back(), MinWidth));
     }
     while (least.size() > 1 && totalWidth(least) > limit) {
         least.pop_back();

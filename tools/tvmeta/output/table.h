@@ -7,7 +7,7 @@
 #include <vector>
 
 struct Column {
-    enum class Cut { Nowhere, Start, End }; // where its cells are shortened when the table is too wide
+    enum class Cut { Nowhere, Start, End }; // where cells are shortened if the table is too wide
 
     std::string heading;
     Cut cut = Cut::Nowhere;
@@ -15,6 +15,6 @@ struct Column {
     std::vector<std::string> cells = {};
 };
 
-// Writes a table to standard output, in at most `width` columns of the terminal if it is limited. Returns how many of
-// the last columns found no room and were left out.
+// Writes a table to standard output, in at most `width` terminal columns if limited. Returns the number of table
+// columns that did not fit and were omitted.
 size_t printTable(std::vector<Column> columns, std::optional<int> width);

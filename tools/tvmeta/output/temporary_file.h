@@ -1,4 +1,4 @@
-// What writing a file requires of the operating system. temporary_file_posix.cpp is the form for POSIX systems.
+// System functions for writing files. temporary_file_posix.cpp implements them for POSIX systems.
 #pragma once
 
 #include "output/files.h"
@@ -6,20 +6,20 @@
 #include <optional>
 #include <string>
 
-// Where output goes.
+// The target of output.
 struct OutputTarget {
     std::string name;                   // as the user wrote it
     std::string path;                   // with symbolic links followed
     bool exists = false;                // as a file that can be replaced
     bool isDirect = false;              // cannot be replaced: a device, a pipe or an open descriptor
-    bool isSpooled = false;             // cannot be opened by its path, or is emptied when it is
-    std::optional<int> descriptor = {}; // of this process, which the path names
+    bool isSpooled = false;             // cannot be opened by its path, or opening it truncates it
+    std::optional<int> descriptor = {}; // the descriptor of this process that the path names
 };
 
 // Throws Failure if the path names a folder or a file that must not be written.
 OutputTarget resolveTarget(const std::string& name);
 
-// Opens a target that is written directly, without emptying it.
+// Opens a target that is written directly, without truncating it.
 File openDirect(const OutputTarget& target);
 
 // A path that opens a file that is already open.

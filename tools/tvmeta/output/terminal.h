@@ -1,4 +1,4 @@
-// What the terminal at the other end can do, if there is one.
+// Properties of the terminal, if there is one.
 #pragma once
 
 #include <chrono>
@@ -10,7 +10,7 @@
 // goes to a file or another program, which can take any width.
 std::optional<int> outputWidth();
 
-// Tells how far long work has come, on standard error if that is a terminal, and leaves no trace.
+// Shows the progress of long work on standard error if that is a terminal, and erases it at the end.
 class Progress {
   public:
     Progress();

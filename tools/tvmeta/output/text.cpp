@@ -42,7 +42,7 @@ std::vector<Character> charactersOf(std::string_view text) {
     return characters;
 }
 
-// The bytes of the first characters that take no more than `width` columns.
+// The size of the first characters that fit in `width` columns.
 template <typename Iterator>
 size_t fittingBytes(Iterator first, Iterator last, int width) {
     size_t bytes = 0;

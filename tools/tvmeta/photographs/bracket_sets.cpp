@@ -108,7 +108,7 @@ class RunSplitter {
         }
     }
 
-    // Parts of a run that repeat, and what is between them; false if no part does.
+    // The repeating parts of a run and the shots between them; false if nothing repeats.
     bool splitByParts(Run run) {
         size_t rest = 0;
         for (size_t at = 0; at < run.size();) {
@@ -131,7 +131,7 @@ class RunSplitter {
         return rest > 0;
     }
 
-    // One set, unless bursts are most of it: then what is between the bursts.
+    // One set. If fewer than half of its exposures differ: the shots between the bursts.
     void addUnrepeated(Run run) {
         if (levelCount(run) >= run.size() - run.size() / 2) {
             return addSet(run, run.size());
@@ -208,17 +208,17 @@ std::optional<double> exposureValue(const BracketShot& shot) {
     return isKnown && std::isfinite(value) ? std::optional(value) : std::nullopt;
 }
 
-// 1. Photographs of one folder, camera and file type follow each other by start time, then name.
-// 2. A run is as long as each start is at most gap + 1 s after the end (start + exposure time) of the exposure before,
-//    and the focal length is within 1 % of that of the first shot. Exposures are the same within 1/6 EV.
-// 3. The smallest period from 2 to 100 with which the whole run repeats divides it into sets; the last may be shorter.
-//    Parts that a period fills twice or more come before a period that does not fill the whole run twice.
-// 4. A run without repetition is one set, and so is what is between two parts. Where fewer than half of its exposures
-//    differ, bursts of 3 or more equal ones divide it, and are left out.
+// 1. Photographs of one folder, camera and file type are sorted by start time, then by name.
+// 2. A run continues while each start is at most gap + 1 s after the end (start + exposure time) of the previous
+//    exposure and the focal length is within 1 % of that of the first shot. Exposures within 1/6 EV are equal.
+// 3. The smallest period from 2 to 100 with which the whole run repeats divides it into sets; the last set may be
+//    shorter. If no period fills the whole run twice, parts that a period fills at least twice are divided first.
+// 4. A run without repetition is one set, and so are the shots between two parts. If fewer than half of its exposures
+//    differ, bursts of 3 or more equal exposures divide it and are omitted.
 // 5. With a count, every set has that number of shots, and the others are single.
-// 6. A set has two different exposures or more: equal ones are a burst. What is in no set is single.
+// 6. A set has at least two different exposures: equal ones are a burst. Shots in no set are single.
 // Limits: exposures that drift by more than 1/6 EV from set to set do not repeat; a set that occurs once and repeats a
-// part of itself is divided; two cameras of one model in one folder are one camera.
+// part of itself is divided; two cameras of one model in one folder count as one.
 Brackets findBrackets(std::span<const BracketShot> shots, const BracketRules& rules) {
     Brackets result;
     const std::vector<Candidate> candidates = sortedCandidates(shots, result.unknown);

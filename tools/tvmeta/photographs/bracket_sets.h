@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-// What decides to which set a photograph belongs. Numbers of 0 and a missing time are unknown.
+// The properties by which photographs are grouped. 0 and a missing time mean unknown.
 struct BracketShot {
     std::string folder;
     std::string camera;
@@ -27,7 +27,7 @@ struct BracketRules {
 
 struct BracketSet {
     std::vector<size_t> shots; // indices of the input, in order of capture
-    size_t expectedShots = 0;  // more than there are: the last set of its run is incomplete
+    size_t expectedShots = 0;  // greater than shots.size(): the last set of its run is incomplete
 };
 
 struct Brackets {
@@ -36,10 +36,10 @@ struct Brackets {
     std::vector<size_t> unknown; // without a time or an exposure
 };
 
-// EV at ISO 100. None if one of the three numbers is missing or no positive number.
+// EV at ISO 100. Empty unless all three numbers are positive.
 std::optional<double> exposureValue(const BracketShot& shot);
 
-// Groups photographs, given in the order of their names, by which those of one second are ordered.
+// Groups photographs. Pass them in the order of their names, which is kept within one second.
 Brackets findBrackets(std::span<const BracketShot> shots, const BracketRules& rules);
 
 // Stops from the middle exposure of a set, positive for brighter ones. Of two middle exposures, the one captured first

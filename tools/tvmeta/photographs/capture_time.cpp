@@ -4,7 +4,7 @@
 
 namespace {
 
-// The digits at `start` of the text; none if another character is among them.
+// The number at `start` of the text; empty if it contains other characters.
 std::optional<int> digitsAt(std::string_view text, size_t start, size_t count) {
     int number = 0;
     for (const char c : text.substr(start, count)) {

@@ -12,7 +12,7 @@ constexpr double Margin = 24;
 constexpr double RowHeight = 22;
 constexpr double AxisHeight = 24;
 
-// The distance of ticks that gives at most a dozen.
+// The distance between ticks, for at most twelve of them.
 double tickStep(double range) {
     constexpr double MaxTicks = 12;
     double step = 1;
@@ -43,7 +43,7 @@ void drawAxis(std::ostream& svg, const Axis& axis, double y) {
 } // namespace
 
 std::string exposureDiagram(const PhotoSet& set) {
-    std::map<std::string, size_t> dots; // already at that exposure
+    std::map<std::string, size_t> dots; // number of dots per exposure so far
     std::vector<size_t> rows;
     for (const double offset : set.offsets) {
         rows.push_back(dots[offsetText(offset)]++);

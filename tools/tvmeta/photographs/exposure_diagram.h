@@ -1,4 +1,4 @@
-// The exposures of a set as a picture.
+// A diagram of the exposures of a set.
 #pragma once
 
 #include "photographs/photo_sets.h"
@@ -6,5 +6,5 @@
 #include <string>
 
 // An SVG element: an axis in stops from the middle exposure, and each photograph as a dot with its number in order of
-// capture. Equal exposures are above each other.
+// capture. Dots of equal exposures are stacked.
 std::string exposureDiagram(const PhotoSet& set);

@@ -10,7 +10,7 @@
 
 namespace {
 
-// The word for a code, or the number where the standard gives it no meaning.
+// The word for a code, or the number if the standard does not define it.
 template <size_t N>
 std::string wordOf(const Value& value, const std::array<std::string_view, N>& words) {
     const double code = numberOf(value);
@@ -48,7 +48,7 @@ std::string evWords(const Value& value) {
     return shown.str();
 }
 
-// TIFF 6.0, Orientation: what a viewer must do to show the picture upright.
+// TIFF 6.0, Orientation: how to turn the picture upright.
 std::string orientationWords(const Value& value) {
     static constexpr std::array<std::string_view, 9> Words = {
         "",

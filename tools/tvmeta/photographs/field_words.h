@@ -1,11 +1,11 @@
-// Values as photographers write them.
+// Formats values in the notation of photographers.
 #pragma once
 
 #include "output/value.h"
 
 #include <string>
 
-// Each gets a value that is not missing.
+// The value must not be missing.
 std::string plainWords(const Value& value);
 std::string exposureWords(const Value& value);    // 1/125
 std::string apertureWords(const Value& value);    // f/2.8

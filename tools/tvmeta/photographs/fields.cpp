@@ -18,7 +18,7 @@ double quotient(const uint32_t* rational) {
     return rational[1] == 0 ? 0 : static_cast<double>(rational[0]) / rational[1];
 }
 
-// In sixtieths and sixtieths of sixtieths: an angle in degrees, a time in hours.
+// Converts degrees, minutes and seconds to degrees, or a time to hours.
 double sexagesimal(const uint32_t (&group)[6]) {
     return quotient(group) + quotient(group + 2) / 60 + quotient(group + 4) / 3600;
 }
@@ -39,7 +39,7 @@ Value longitude(const Shot& shot) {
     return degrees(shot.photo.info.gpsLongitude, shot.photo.info.gpsLongitudeRef);
 }
 
-// Seven decimals of a degree are a centimetre.
+// Seven decimals of a degree are about a centimetre.
 std::string coordinate(const Value& degrees) {
     std::ostringstream text;
     text << std::fixed << std::setprecision(7) << numberOf(degrees);
@@ -78,7 +78,7 @@ Value gpsTime(const Shot& shot) {
     return text.str();
 }
 
-// The light that the exposure suits, as exposure value at ISO 100: log2(N^2 / t) less the stops of the sensitivity.
+// The exposure value at ISO 100: log2(N^2 / t) minus the stops of the sensitivity above ISO 100.
 Value exposureValue(const Shot& shot) {
     const ExifInfo& info = shot.photo.info;
     if (!(info.exposureTime > 0 && info.fNumber > 0 && info.isoSpeed > 0)) {

@@ -10,14 +10,14 @@
 #include <string>
 #include <vector>
 
-// A photograph among others.
+// A photograph and its context.
 struct Shot {
     Photo photo;
-    std::optional<CivilTime> first = {}; // when the first of several was taken
+    std::optional<CivilTime> first = {}; // capture time of the first photograph
 };
 
 struct Field {
-    // How much of a value a table can shorten.
+    // How a table may shorten the value.
     enum class Kind { Plain, Date, Text, Path };
 
     const char* key;                  // in command lines, JSON and CSV
@@ -33,10 +33,10 @@ std::span<const Field> allFields();
 
 using FieldList = std::vector<const Field*>;
 
-// The field of this key. Throws WrongCommandLine if there is none.
+// The field with this key. Throws WrongCommandLine if there is none.
 const Field* fieldNamed(const std::string& key);
 
-// A value that is not missing, for people.
+// The value as text; it must not be missing.
 inline std::string readable(const Field& field, const Value& value) {
     return field.words(value) + field.unit;
 }

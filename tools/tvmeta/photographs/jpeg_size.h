@@ -10,5 +10,5 @@ struct PixelSize {
     int32_t height = 0;
 };
 
-// From the frame header (ITU-T T.81, section B.2.2). None if there is none before the image data.
+// Reads the frame header (ITU-T T.81, section B.2.2). Empty if there is none before the image data.
 std::optional<PixelSize> jpegSize(std::span<const unsigned char> file);

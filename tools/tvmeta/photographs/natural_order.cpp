@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::string_view Digits = "0123456789";
 
-// Cuts the run of digits, or the one other character, off the start of the text.
+// Removes a run of digits or one other character from the start of the text and returns it.
 std::string_view takePart(std::string_view& text) {
     const size_t digits = std::min(text.find_first_not_of(Digits), text.size());
     const std::string_view part = text.substr(0, std::max<size_t>(digits, 1));

@@ -18,7 +18,7 @@ class Search {
     void takeName(const std::string& name, bool recursive) {
         std::error_code error;
         if (!fs::is_directory(name, error)) {
-            found.files.push_back({name, true}); // reading it will show what it is
+            found.files.push_back({name, true}); // reading it reports errors
         } else if (recursive) {
             descend(name);
         } else {
@@ -48,7 +48,7 @@ class Search {
         return entries;
     }
 
-    // Without recursion, since folders can be nested deeper than the stack.
+    // Not recursive, because deeply nested folders would overflow the stack.
     void descend(const fs::path& top) {
         std::vector<fs::path> folders = {top};
         while (!folders.empty()) {

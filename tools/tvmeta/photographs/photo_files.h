@@ -1,4 +1,4 @@
-// The photographs that a command line names, by themselves or in folders.
+// The photographs of a command line: files and folders.
 #pragma once
 
 #include "output/terminal.h"
@@ -9,12 +9,12 @@
 
 struct PhotoFile {
     std::string path;
-    bool isNamed; // by the command line; a file in a folder need not be a photograph
+    bool isNamed; // given on the command line; files found in folders need not be photographs
 };
 
 struct PhotoFiles {
     std::vector<PhotoFile> files;
-    size_t failures = 0; // folders that could not be searched; each has got its message
+    size_t failures = 0; // folders that could not be searched; a message was printed for each
 };
 
 // The named files, and all files of the named folders in natural order. Folders are searched if `recursive`, and

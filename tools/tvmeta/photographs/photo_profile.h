@@ -1,4 +1,4 @@
-// The ICC profiles inside photographs, for which the library's record has no place.
+// ICC profiles inside photographs, which the library's record does not contain.
 #pragma once
 
 #include "output/files.h"
@@ -6,5 +6,5 @@
 #include <cstdint>
 #include <string>
 
-// The profile of a photograph of that file type, empty if it holds none. Throws Failure when it is not whole.
+// The profile of a photograph of that file type; empty if there is none. Throws Failure if it is incomplete.
 Bytes readPhotoProfile(const std::string& path, int32_t fileType);

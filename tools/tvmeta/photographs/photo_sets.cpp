@@ -17,7 +17,7 @@ std::filesystem::path normalPath(const Photo& photo) {
     return std::filesystem::path(photo.path).lexically_normal();
 }
 
-// In the order of names, which decides where times are equal; each file once.
+// Sorted by name, which decides the order of equal times; each file once.
 std::vector<Photo> readByName(const std::vector<std::string>& names, bool recursive, Reading& reading) {
     std::vector<Photo> photos;
     std::unordered_set<std::string> paths;

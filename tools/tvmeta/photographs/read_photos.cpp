@@ -12,7 +12,7 @@
 
 namespace {
 
-// A photograph or why there is none; neither for another kind of file in a folder.
+// A photograph or an error; neither for other files in a folder.
 struct Outcome {
     std::optional<Photo> photo;
     std::string problem;
@@ -39,8 +39,8 @@ Batch readBatch(std::span<const PhotoFile> files) {
     return batch;
 }
 
-// Network disks answer slowly, but many requests at once, so there are more threads than a small computer has
-// processors. Each thread reads a batch: starting a thread takes about as long as reading one file.
+// Network disks are slow but handle many requests in parallel, so there are more threads than a small computer has
+// processors. Each thread reads a batch, because starting a thread costs about as much as reading a file.
 class BatchReader {
   public:
     explicit BatchReader(const std::vector<PhotoFile>& files)

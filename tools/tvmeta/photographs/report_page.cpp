@@ -44,14 +44,14 @@ std::string element(const std::string& name, const std::string& content, const s
     return "<" + name + attributes + ">" + content + "</" + name + ">";
 }
 
-// A field as the other commands print it; empty if the photograph lacks it.
+// A field as printed by the other commands; empty without a value.
 std::string fieldWords(const Photo& photo, const char* key) {
     const Field& field = *fieldNamed(key);
     const Value value = field.value({photo});
     return isMissing(value) ? "" : markup(readable(field, value));
 }
 
-// The thumbnail as an image. What is no JPEG of a usual size is left out.
+// The thumbnail as an image. Omitted unless it is a JPEG of a usual size.
 std::string thumbnail(const Photo& photo) {
     constexpr const char* None = "no thumbnail";
     constexpr int32_t MaxBytes = 1 << 18;
@@ -73,7 +73,7 @@ std::string thumbnail(const Photo& photo) {
                (isTurned ? attribute("class", "o" + std::to_string(orientation)) : "") +
                attribute("src", "data:image/jpeg;base64," + base64(file)) + ">";
     } catch (const Failure&) {
-        return None; // outside of the file, or the file has gone
+        return None; // outside of the file, or the file was removed
     }
 }
 
@@ -103,7 +103,7 @@ std::string tableHead(const std::string& caption, bool hasOffsets) {
            "<tbody>\n";
 }
 
-// The name of a photograph of a set is enough: the facts of the set have its folder.
+// Only the file name: the facts of the set contain the folder.
 std::string tableRow(const Photo& photo, const double* offset) {
     std::string row =
         element("th", markup(offset == nullptr ? photo.path : fileName(photo)), attribute("scope", "row"));
@@ -118,7 +118,7 @@ std::string tableRow(const Photo& photo, const double* offset) {
 
 constexpr const char* TableEnd = "</tbody></table></div>\n";
 
-// Checkboxes that hide the sets without a property. Style sheets do it, since the page runs no scripts.
+// Checkboxes that hide the sets without a property. CSS implements them, because the page has no scripts.
 class Filter {
   public:
     Filter(std::string words, std::string prefix, std::vector<std::string> properties)
@@ -217,7 +217,7 @@ class ReportPage {
         write(element("nav", element("ul", items), attribute("aria-label", "Contents")) + "\n</header>\n");
     }
 
-    // Orders are style rules like the filters; without their support, neither is shown.
+    // CSS implements sorting too; browsers without support show neither.
     void writeChoices() {
         if (found.sets.size() < 2) {
             return;

@@ -1,4 +1,4 @@
-// The report: bracketed sets as one HTML page, without scripts and without anything from elsewhere.
+// The report: bracketed sets as one self-contained HTML page without scripts.
 #pragma once
 
 #include "photographs/photo_sets.h"
@@ -7,5 +7,5 @@
 #include <string>
 #include <string_view>
 
-// Hands the page over piece by piece; the thumbnails of one set are in memory at a time.
+// Passes the page to the callback in parts; only the thumbnails of one set are in memory.
 void writeReport(const PhotoSets& found, const std::function<void(std::string_view)>& write);
