@@ -18,7 +18,7 @@
 
 namespace {
 
-// What get_exif_count tells about the records.
+// The counts and sizes that get_exif_count returns.
 struct ExifCounts {
     int32_t exifCount, exifBytes, gpsCount, gpsBytes, modelCount, makeCount, dateCount, gpsDateCount, lensCount;
     char make[64];
@@ -59,7 +59,7 @@ Bytes exifBlock(const std::string& path) {
                                           c.dateCount, c.gpsDateCount, records.metadata.orientation, &records.metadata,
                                           &records.gps, c.make, block.data());
     if (result < 0) {
-        throw Failure(path, explain(result, {{-1, "it has no camera, exposure or position to write"}}));
+        throw Failure(path, explain(result, {{-1, "no camera, exposure or position to write"}}));
     }
     return block;
 }
@@ -81,7 +81,7 @@ void listDatasets(std::string_view block) {
     }
     // Blocks are padded with zeros.
     if (block.find_first_not_of('\0') != std::string_view::npos) {
-        std::cout << "and " << block.size() << " bytes that are no standard datasets\n";
+        std::cout << "and " << block.size() << " bytes that are not standard datasets\n";
     }
 }
 
@@ -97,7 +97,7 @@ Bytes iptcBlock(const IptcOptions& options) {
         block = withKeyword(options.photo, block, keyword);
     }
     if (block.empty()) {
-        throw Failure(options.photo, "it has no IPTC block");
+        throw Failure(options.photo, "no IPTC block");
     }
     return block;
 }
@@ -129,7 +129,7 @@ void addIptcCommand(CLI::App& app) {
     const auto options = std::make_shared<IptcOptions>();
     command->add_option("PHOTO", options->photo, "Photograph")->required();
     command->add_option("-o,--output", options->output, "Write the block to this file instead of listing it");
-    command->add_option("--add-keyword", options->keywords, "Add a keyword to the block; may be repeated")
+    command->add_option("--add-keyword", options->keywords, "Add a keyword to the block; can be repeated")
         ->option_text("TEXT")
         ->allow_extra_args(false);
     command->footer("Examples:\n"

@@ -97,8 +97,8 @@ void printShotTable(const std::vector<Shot>& shots, const FieldList& fields) {
     }
     const std::optional<int> width = outputWidth();
     if (const size_t left = printTable(columns, width); left > 0) {
-        complain(std::to_string(left) + " of " + std::to_string(columns.size()) + " fields found no room in " +
-                 std::to_string(*width) + (*width == 1 ? " column" : " columns") + "; --list and --json show all");
+        complain(std::to_string(left) + " of " + std::to_string(columns.size()) + " fields do not fit in " +
+                 std::to_string(*width) + (*width == 1 ? " column" : " columns") + "; use --list or --json");
     }
 }
 
@@ -231,16 +231,16 @@ std::string fieldHelp() {
 void addInfoCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("info", "Show the metadata of photographs (JPEG, TIFF, PSD)");
     const auto options = std::make_shared<Options>();
-    command->add_option("FILE", options->names, "Photographs, and with -r folders of them")->required();
+    command->add_option("FILE", options->names, "Photographs; with -r also folders")->required();
     command->add_flag("-r,--recursive", options->recursive, "Read the photographs in folders and subfolders");
-    command->add_flag("--json", options->json, "Write one JSON object per line and photograph")->option_text(" ");
+    command->add_flag("--json", options->json, "Write JSON Lines, one object per photograph")->option_text(" ");
     command->add_flag("--csv", options->csv, "Write a table for spreadsheets (RFC 4180)")
         ->option_text(" ")
         ->excludes("--json");
-    command->add_flag("--list", options->list, "Write lists for several photographs, not a table")
-        ->option_text(" ") // its place would else be taken by what it excludes
+    command->add_flag("--list", options->list, "Write lists instead of a table")
+        ->option_text(" ") // else it shows the options that it excludes
         ->excludes("--json", "--csv");
-    command->add_option("--fields", options->fields, "What to show of each photograph, as named below")
+    command->add_option("--fields", options->fields, "Fields to show, from the list below")
         ->option_text("NAME,...")
         ->delimiter(',')
         ->allow_extra_args(false);
@@ -253,7 +253,7 @@ void addInfoCommand(CLI::App& app) {
         ->option_text("CONDITION")
         ->allow_extra_args(false);
     command->footer("One photograph is shown as a list, several as a table by capture time\n"
-                    "that fits the terminal. A field that a photograph lacks is left out.\n\n" +
+                    "that fits the terminal. Fields without a value are omitted.\n\n" +
                     fieldHelp() +
                     "Examples:\n"
                     "  tvmeta info scene.jpg\n"

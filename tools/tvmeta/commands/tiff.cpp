@@ -169,7 +169,7 @@ void addTiffCommand(CLI::App& app) {
     command
         ->add_option("--photo", options->photo, "Copy metadata from this photograph: camera,\nexposure, GPS, IPTC, XMP")
         ->option_text("PHOTO");
-    command->add_option("--keyword", options->keywords, "Add a keyword to the IPTC block; may be repeated")
+    command->add_option("--keyword", options->keywords, "Add a keyword to the IPTC block; can be repeated")
         ->option_text("TEXT")
         ->allow_extra_args(false);
     addSettingsOptions(*command, options->settings, false);

@@ -46,10 +46,10 @@ void requireRegularFile(const std::string& path) {
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(path, error);
     if (std::filesystem::is_directory(status)) {
-        throw Failure(path, "it is a folder");
+        throw Failure(path, "is a folder");
     }
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-        throw Failure(path, "it is not a regular file, but a pipe or device");
+        throw Failure(path, "not a regular file but a pipe or device");
     }
 }
 
@@ -65,7 +65,7 @@ File openFile(const std::string& path) {
 Bytes readFile(const std::string& path) {
     Bytes bytes = readBytes(path, 0, SizeLimit);
     if (bytes.size() == SizeLimit) {
-        throw Failure(path, "it is larger than 2 GiB");
+        throw Failure(path, "larger than 2 GiB");
     }
     return bytes;
 }

@@ -1,4 +1,4 @@
-// Whole files and parts of them as bytes; every function throws Failure with the system's reason.
+// Reads files and parts of files. Every function throws Failure with the system's reason.
 #pragma once
 
 #include <cstddef>
@@ -18,13 +18,13 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// Throws Failure if the path names a folder, or a pipe or device, which can make a reader wait for ever or never end.
+// Throws Failure if the path is a folder, or a pipe or device, from which reading might never end.
 void requireRegularFile(const std::string& path);
 
-// A file for reading; anything but a regular file is refused.
+// Opens a file for reading. Only regular files are accepted.
 File openFile(const std::string& path);
 
-// The whole file; one of 2 GiB or more is refused, since the library counts in signed 32-bit numbers.
+// Reads a whole file. Files of 2 GiB and more are refused, because the library uses signed 32-bit sizes.
 Bytes readFile(const std::string& path);
 
 // A place in a file; a length of 0 means that there is none.
@@ -36,16 +36,16 @@ struct Region {
 // The bytes of a region that a file announces. Refused before memory is reserved if the file does not contain it.
 Bytes readRegion(const std::string& path, const Region& region);
 
-// At most `length` bytes from the start of a file.
+// Reads up to `length` bytes from the start of a file.
 Bytes readStart(const std::string& path, size_t length);
 
-// Overwrites `copy` with the content of a regular file.
+// Overwrites `copy` with the contents of a regular file.
 void copyFile(const std::string& path, const std::string& copy);
 
 // Throws Failure with the path and the system's reason.
 [[noreturn]] void failWithErrno(const std::string& path);
 
-// A size for the library, which counts in signed 32-bit numbers. Throws Failure if it exceeds them.
+// Converts a size to the library's signed 32-bit type. Throws Failure if it does not fit.
 int32_t checkedSize(uint64_t size);
 
 template <typename Container>

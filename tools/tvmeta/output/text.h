@@ -1,4 +1,4 @@
-// Texts from files, and file names, made fit for a terminal. Terminals are taken to show UTF-8.
+// Makes texts from files and file names safe for a terminal. Assumes a UTF-8 terminal.
 #pragma once
 
 #include <span>
@@ -8,14 +8,14 @@
 // Lets the functions below know UTF-8. Called once, at the start.
 void expectUtf8();
 
-// The text with \xNN for every byte of what is no printable UTF-8 character, or turns the direction of writing.
+// Replaces bytes that are not printable UTF-8, and characters that change the writing direction, by \xNN.
 std::string printable(std::string_view text);
 
 bool isUtf8(std::string_view text);
 
 std::string base64(std::string_view bytes); // RFC 4648
 
-// The columns that a printable text takes.
+// The width of a printable text in columns.
 int displayWidth(std::string_view text);
 
 // A printable text in at most `width` columns, its end or its start cut away if it is longer.
@@ -28,5 +28,5 @@ std::string helpList(const std::string& heading, std::span<const std::string> wo
 // The shortest decimal number that is the same float: 0.008, not 0.00800000037997961.
 double decimal(float value);
 
-// What a file turned out to begin with, for messages about files that are not what they should be.
+// Describes the first bytes of a file, for messages about files of the wrong type.
 std::string beginning(std::span<const unsigned char> file);

@@ -93,7 +93,7 @@ Bytes withKeyword(const std::string& path, const Bytes& block, const std::string
     const int32_t result = add_iptc_keyword(librarySize(designated), designated.data(), librarySize(keyword),
                                             keyword.data(), longer.data());
     if (result < 0) {
-        throw Failure(path, "its IPTC block is damaged");
+        throw Failure(path, "the IPTC block is damaged");
     }
     return longer;
 }

@@ -46,7 +46,7 @@ void readDirectories(const TiffStructure& tiff, Photo& photo) {
     if (text == std::string_view("II\x2B\0", 4) || text == std::string_view("MM\0\x2B", 4)) {
         throw Failure(path, "it is a BigTIFF file; only classic TIFF files can be read");
     }
-    throw Failure(path, "it is not a TIFF file: expected 42 after the byte-order mark");
+    throw Failure(path, "not a TIFF file: expected 42 after the byte-order mark");
 }
 
 // The library got no record, or only a part. Photographs without EXIF are photographs all the same.
@@ -56,11 +56,11 @@ void readDespite(int32_t result, std::FILE* file, Photo& photo) {
     }
     const auto tiff = photo.parts.exif.length > 0 ? TiffStructure::find(file, photo.parts.exif.offset) : std::nullopt;
     if (result == ChainBreaksAfterExif) {
-        photo.damage = "its JPEG segments break off after the EXIF data";
+        photo.damage = "the JPEG segments break off after the EXIF data";
     } else if (tiff) {
         readDirectories(*tiff, photo);
     } else if (photo.parts.exif.length > 0) {
-        photo.damage = "its EXIF data is not a TIFF structure";
+        photo.damage = "the EXIF data is not a TIFF structure";
     } else if (photo.parts.width <= 0) {
         throw Failure(photo.path, "it breaks off before its picture");
     }
@@ -102,7 +102,7 @@ const char* containerName(int32_t fileType) {
 Photo readRecord(const std::string& path) {
     const std::optional<int32_t> fileType = findFileType(path);
     if (!fileType) {
-        throw Failure(path, "it is not a JPEG, TIFF or PSD file: " + beginning(readStart(path, 4)));
+        throw Failure(path, "not a JPEG, TIFF or PSD file: " + beginning(readStart(path, 4)));
     }
     Photo photo = {.path = path, .fileType = *fileType};
     const File file = openFile(path);
@@ -132,7 +132,7 @@ Bytes readIptcBlock(const Photo& photo) {
     constexpr unsigned char DatasetMarker = 0x1C;
     Bytes block = readRegion(photo.path, photo.parts.iptc);
     if (!block.empty() && block.front() != DatasetMarker) {
-        throw Failure(photo.path, "expected a dataset at the start of its IPTC block: " + beginning(block));
+        throw Failure(photo.path, "expected a dataset at the start of the IPTC block: " + beginning(block));
     }
     return block;
 }

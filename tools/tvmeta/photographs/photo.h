@@ -17,26 +17,26 @@ struct Photo {
     ExifInfo info = {};
     PhotoParts parts = {};
     std::optional<CivilTime> taken = {};
-    std::string damage = {}; // why only a part could be read: the file breaks off after its EXIF data
+    std::string damage = {}; // description of the damage if only a part could be read
 };
 
-// The kind of photograph that the first bytes of a file announce, if any.
+// The file type by the first bytes of a file, if it is a photograph.
 std::optional<int32_t> findFileType(const std::string& path);
 
 const char* containerName(int32_t fileType);
 
-// Throw Failure when the file is no photograph or cannot be read. A damaged one is taken as far as it goes, by
-// readPhoto with a warning.
+// Throw Failure if the file is not a photograph or cannot be read. From a damaged one, a part is read; readPhoto prints
+// a warning.
 Photo readRecord(const std::string& path);
 Photo readPhoto(const std::string& path);
 
-// The XMP packet, empty when the record points to none. Throws Failure when it is not where it should be.
+// The XMP packet; empty if there is none. Throws Failure if it is not at the recorded offset.
 std::string readPacket(const Photo& photo);
 
-// The IPTC block, empty when the photograph holds none. Throws Failure when it is not where it should be.
+// The IPTC block; empty if there is none. Throws Failure if it is not at the recorded offset.
 Bytes readIptcBlock(const Photo& photo);
 
-// Text fields of the library's records need no terminator when they are full.
+// Reads a text field of a library record, which has no terminator if it is full.
 template <size_t N>
 std::string fieldText(const char (&field)[N]) {
     return {field, strnlen(field, N)};

@@ -15,7 +15,7 @@
 
 namespace {
 
-// The pieces of a profile by their number, and the count that they announce.
+// The segments of a profile by number, and their declared count.
 struct Pieces {
     std::map<int, Bytes> byNumber;
     int count = 0;
