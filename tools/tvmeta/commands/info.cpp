@@ -107,7 +107,7 @@ void printJson(const Shot& shot, const FieldList& fields) {
     for (const Field* field : fields) {
         members.push_back({field->key, field->value(shot)});
     }
-    std::cout << jsonObject(members) << std::endl; // a reader gets each object at once
+    std::cout << jsonObject(members) << std::endl; // flushed, so that a reader gets each object immediately
 }
 
 void printCsv(const Shot& shot, const FieldList& fields) {
@@ -136,7 +136,7 @@ void printShot(Format format, const Shot& shot, const FieldList& fields) {
 
 constexpr std::string_view SinceFirst = "secondsSinceFirst";
 
-// JSON and CSV are written while files are still read, unless a field or the order depends on all of them.
+// JSON and CSV are written while files are being read, unless a field or the order depends on all files.
 bool isStreamed(const Options& options, Format format) {
     const auto isSinceFirst = [](const std::string& text) { return text.starts_with(SinceFirst); };
     return (format == Format::Json || format == Format::Csv) && options.sort.empty() &&
@@ -162,7 +162,7 @@ FieldList chosenFields(const Options& options, Format format) {
     return fields;
 }
 
-// By a field, "-" before its key for descending order; photographs without it last. Equal ones stay in their order.
+// Sorts by a field, stably; "-" before its key: descending. Photographs without a value come last.
 void sortShots(std::vector<Shot>& shots, const std::string& sort) {
     const bool isDescending = sort.starts_with('-');
     const Field* field = fieldNamed(sort.substr(isDescending ? 1 : 0));
@@ -234,7 +234,7 @@ void addInfoCommand(CLI::App& app) {
     command->add_option("FILE", options->names, "Photographs; with -r also folders")->required();
     command->add_flag("-r,--recursive", options->recursive, "Read the photographs in folders and subfolders");
     command->add_flag("--json", options->json, "Write JSON Lines, one object per photograph")->option_text(" ");
-    command->add_flag("--csv", options->csv, "Write a table for spreadsheets (RFC 4180)")
+    command->add_flag("--csv", options->csv, "Write CSV for spreadsheets (RFC 4180)")
         ->option_text(" ")
         ->excludes("--json");
     command->add_flag("--list", options->list, "Write lists instead of a table")
@@ -244,12 +244,11 @@ void addInfoCommand(CLI::App& app) {
         ->option_text("NAME,...")
         ->delimiter(',')
         ->allow_extra_args(false);
-    command->add_option("--sort", options->sort, "Sort by a field, or with -NAME descending;\nelse by capture time")
+    command->add_option("--sort", options->sort, "Sort by a field (-NAME: descending)\ninstead of capture time")
         ->option_text("NAME");
     command
-        ->add_option(
-            "--filter", options->conditions,
-            "Show those that meet a condition with =, !=, <,\n<=, > or >=, as 'isoSpeed>800'; with several all")
+        ->add_option("--filter", options->conditions,
+                     "Show photographs that meet all conditions with\n=, !=, <, <=, > or >=, such as 'isoSpeed>800'")
         ->option_text("CONDITION")
         ->allow_extra_args(false);
     command->footer("One photograph is shown as a list, several as a table by capture time\n"

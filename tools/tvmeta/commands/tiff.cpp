@@ -153,7 +153,7 @@ void writeTiff(const Options& options) {
         unkept = metadata.unkept;
     });
     if (!unkept.empty()) {
-        complain(options.photo + ": not kept in the result: " + unkept);
+        complain(options.photo + ": not copied to the result: " + unkept);
     }
     messagesFor(options.output) << "wrote " << printable(options.output) << ": " << image.width << " x " << image.height
                                 << " pixels\n";

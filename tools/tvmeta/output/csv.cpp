@@ -8,7 +8,8 @@
 
 namespace {
 
-// Spreadsheets run texts with these beginnings. Coordinates, such as "-33.8, 151.2", can do nothing.
+// Spreadsheets treat texts that start with these characters as formulas. Coordinates, such as "-33.8, 151.2", are
+// harmless.
 bool isFormula(std::string_view text) {
     const bool isSuspect = !text.empty() && std::string_view("=+-@").find(text[0]) != std::string_view::npos;
     return isSuspect && text.find_first_not_of("0123456789., -") != std::string_view::npos;

@@ -82,12 +82,11 @@ Bytes readRegion(const std::string& path, const Region& region) {
     }
     const auto offset = static_cast<std::uintmax_t>(region.offset), length = static_cast<std::uintmax_t>(region.length);
     if (offset > fileSize || length > fileSize - offset) {
-        throw Failure(path, "it announces " + std::to_string(region.length) + " bytes at offset " +
-                                std::to_string(region.offset) + ", but has only " + std::to_string(fileSize) +
-                                " bytes");
+        throw Failure(path, "it refers to " + std::to_string(region.length) + " bytes at offset " +
+                                std::to_string(region.offset) + " but has only " + std::to_string(fileSize) + " bytes");
     }
     if (length >= SizeLimit) {
-        throw Failure(path, "it contains a block of more than 2 GiB");
+        throw Failure(path, "contains a block of more than 2 GiB");
     }
     return readBytes(path, region.offset, static_cast<size_t>(length));
 }

@@ -16,7 +16,7 @@ std::optional<double> parseDecimal(std::string_view text) {
     return error == std::errc() && parsed == end ? std::optional(number) : std::nullopt;
 }
 
-// Numbers as photographers write them, too: 1/125, f/2.8.
+// Parses numbers, also in the notation of photographers: 1/125, f/2.8.
 std::optional<double> parseNumber(std::string_view text) {
     if (text.starts_with("f/")) {
         return parseDecimal(text.substr(2));
@@ -29,7 +29,7 @@ std::optional<double> parseNumber(std::string_view text) {
     return numerator && denominator && *denominator != 0 ? std::optional(*numerator / *denominator) : std::nullopt;
 }
 
-// Short operators are found in the longer ones, so the longer ones come first.
+// Longer operators first, because they contain the shorter ones.
 constexpr std::string_view Operators[] = {"!=", "<=", ">=", "=", "<", ">"};
 
 } // namespace
@@ -41,7 +41,7 @@ int compareValues(const Value& a, const Value& b) {
     }
     const auto *first = std::get_if<std::string>(&a), *second = std::get_if<std::string>(&b);
     if (first == nullptr || second == nullptr) {
-        return first == nullptr ? -1 : 1; // numbers go before texts
+        return first == nullptr ? -1 : 1; // numbers sort before texts
     }
     return *first == *second ? 0 : naturalLess(*first, *second) ? -1 : 1;
 }

@@ -10,7 +10,7 @@ class FieldFilter {
     // Throws WrongCommandLine for a condition that is not FIELD, one of = != < <= > >=, and VALUE.
     explicit FieldFilter(const std::string& condition);
 
-    // A photograph that lacks the field meets != alone; with an empty VALUE, = asks for those that lack it.
+    // A photograph without the field meets only !=. An empty VALUE with = selects photographs without the field.
     bool accepts(const Shot& shot) const;
 
   private:

@@ -88,7 +88,7 @@ Value exposureValue(const Shot& shot) {
     return std::log2(stop * stop / decimal(info.exposureTime)) - std::log2(info.isoSpeed / 100.0);
 }
 
-// For names that JSON and CSV cannot express.
+// For names that JSON and CSV cannot represent.
 Value fileBytes(const Shot& shot) {
     const std::string& path = shot.photo.path;
     return printable(path) == path ? Value() : base64(path);

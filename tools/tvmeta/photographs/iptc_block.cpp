@@ -21,11 +21,11 @@ bool isAscii(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-// What a block says about the encoding of its texts.
+// The text encoding of a block.
 struct Encoding {
-    bool hasOtherBytes = false; // than ASCII, in the records of texts
+    bool hasOtherBytes = false; // bytes that are not ASCII in text records
     std::optional<std::string_view> designation;
-    size_t place = 0; // where a designation belongs: before the datasets of higher numbers
+    size_t place = 0; // where the declaration is inserted: before datasets with higher numbers
 };
 
 Encoding encodingOf(std::string_view block) {
@@ -45,7 +45,7 @@ Encoding encodingOf(std::string_view block) {
     return encoding;
 }
 
-// The block with the designation of UTF-8; an error if that would change the meaning of its texts.
+// The block with a declaration of UTF-8; an error if that would change the meaning of its texts.
 Bytes asUtf8(const std::string& path, const Bytes& block) {
     constexpr std::string_view Dataset = "\x1C\x01\x5A\x00\x03\x1B%G"sv;
     const Encoding encoding = encodingOf(asText(block));
@@ -53,7 +53,7 @@ Bytes asUtf8(const std::string& path, const Bytes& block) {
         return block;
     }
     if (encoding.designation || encoding.hasOtherBytes) {
-        throw Failure(path, "its IPTC block contains texts in another encoding than UTF-8, so that only keywords in "
+        throw Failure(path, "the IPTC block contains texts in an encoding other than UTF-8, so only keywords in "
                             "ASCII can be added");
     }
     Bytes result = block;
@@ -64,7 +64,7 @@ Bytes asUtf8(const std::string& path, const Bytes& block) {
 } // namespace
 
 // IPTC-IIM 4.1, section 1.5: a dataset is a marker, record, number and big-endian length, then its value. A length of
-// 32768 or more announces the extended form, which only pictures and the like need.
+// 32768 or more marks the extended form, which only large values such as pictures need.
 std::optional<IptcDataset> takeDataset(std::string_view& block) {
     const auto byteAt = [&](size_t i) { return static_cast<unsigned char>(block[i]); };
     if (block.size() < HeaderSize || block[0] != 0x1C) {

@@ -1,4 +1,4 @@
-// IPTC blocks (IPTC-IIM 4.1), which are chains of datasets.
+// IPTC blocks (IPTC-IIM 4.1): sequences of datasets.
 #pragma once
 
 #include "output/files.h"
@@ -13,9 +13,9 @@ struct IptcDataset {
     std::string_view value;
 };
 
-// Cuts the first dataset off the block; none where no dataset of the standard form follows.
+// Removes the first dataset from the block and returns it; empty if no standard dataset follows.
 std::optional<IptcDataset> takeDataset(std::string_view& block);
 
-// The block with one keyword more, in UTF-8; `path` is where the block comes from. A keyword that is not ASCII gets the
-// block the designation of UTF-8. Throws Failure if that would change the meaning of other texts.
+// The block with one more keyword, in UTF-8; `path` is for messages. For a keyword that is not ASCII, the block is
+// declared as UTF-8. Throws Failure if that would change the meaning of other texts.
 Bytes withKeyword(const std::string& path, const Bytes& block, const std::string& keyword);

@@ -6,7 +6,7 @@
 
 namespace {
 
-// A marker is 0xFF, more of them, and a code. 0 if there is none here.
+// A marker is one or more bytes 0xFF and a code. Returns 0 if there is none here.
 int nextMarker(std::FILE* file) {
     if (std::fgetc(file) != 0xFF) {
         return 0;
@@ -21,7 +21,7 @@ int nextMarker(std::FILE* file) {
 } // namespace
 
 std::vector<JpegSegment> readJpegSegments(std::FILE* file) {
-    constexpr size_t MaxSegments = 4096; // of 64 KiB: no file needs more before its picture
+    constexpr size_t MaxSegments = 4096; // of up to 64 KiB: more than any file has before its image data
     constexpr int StartOfScan = 0xDA;
     std::vector<JpegSegment> segments;
     std::fseek(file, 2, SEEK_SET);

@@ -1,4 +1,4 @@
-// The segments of JPEG files in front of the picture (ITU-T T.81, annex B).
+// The segments of JPEG files before the image data (ITU-T T.81, annex B).
 #pragma once
 
 #include "output/files.h"
@@ -12,10 +12,10 @@ struct JpegSegment {
     Region data; // without marker and length
 };
 
-// The segments up to the start of the scan, or to where the chain breaks.
+// The segments up to the start of the scan or the first damage.
 std::vector<JpegSegment> readJpegSegments(std::FILE* file);
 
-// The bytes of the segment at the start of its data after the identifier; an empty region if it has another one.
+// The region after the identifier of the segment; empty if the segment has another identifier.
 Region afterIdentifier(std::FILE* file, const JpegSegment& segment, int marker, std::string_view identifier);
 
 constexpr int App1 = 0xE1;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int32_t ChainBreaksAfterExif = -10;
 
-// Text of a region, up to its terminator, in a field of a record.
+// Copies the text of a region, up to its terminator, to a field of a record.
 template <size_t N>
 void copyText(const std::string& path, Region region, char (&field)[N]) {
     region.length = std::min<int64_t>(region.length, N - 1);
@@ -19,8 +19,8 @@ void copyText(const std::string& path, Region region, char (&field)[N]) {
     std::copy(bytes.begin(), std::ranges::find(bytes, 0), field);
 }
 
-// What the library reads from directories. It opens them only where they are usually found: in the first APP1 segment
-// of a JPEG file, and in PSD files with RGB pictures.
+// Reads what the library reads from directories. The library finds them only in their usual place: in the first APP1
+// segment of a JPEG file, and in PSD files with RGB pictures.
 void readDirectories(const TiffStructure& tiff, Photo& photo) {
     if (tiff.base > std::numeric_limits<int32_t>::max()) {
         return;
@@ -44,12 +44,12 @@ void readDirectories(const TiffStructure& tiff, Photo& photo) {
     const Bytes start = readStart(path, 4);
     const std::string_view text = asText(start);
     if (text == std::string_view("II\x2B\0", 4) || text == std::string_view("MM\0\x2B", 4)) {
-        throw Failure(path, "it is a BigTIFF file; only classic TIFF files can be read");
+        throw Failure(path, "BigTIFF is not supported");
     }
     throw Failure(path, "not a TIFF file: expected 42 after the byte-order mark");
 }
 
-// The library got no record, or only a part. Photographs without EXIF are photographs all the same.
+// The library read no record, or only a part. A photograph without EXIF is still a photograph.
 void readDespite(int32_t result, std::FILE* file, Photo& photo) {
     if (photo.fileType == FILE_TYPE_TIFF) {
         failAsTiff(photo.path);
@@ -62,11 +62,11 @@ void readDespite(int32_t result, std::FILE* file, Photo& photo) {
     } else if (photo.parts.exif.length > 0) {
         photo.damage = "the EXIF data is not a TIFF structure";
     } else if (photo.parts.width <= 0) {
-        throw Failure(photo.path, "it breaks off before its picture");
+        throw Failure(photo.path, "the file ends before its image data");
     }
 }
 
-// The library looks for the lens in the XMP packets of JPEG files alone. Newer cameras name it in EXIF.
+// The library reads the lens only from XMP packets of JPEG files. Newer cameras store it in EXIF.
 void findLens(std::FILE* file, Photo& photo) {
     char(&lens)[sizeof photo.info.lens] = photo.info.lens;
     try {

@@ -13,14 +13,14 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// A part that one place of the file names goes before the next place.
+// The first place in the file that has a part takes precedence.
 void takeRegion(Region& part, const Region& found) {
     if (part.length <= 0) {
         part = found;
     }
 }
 
-// The block and the thumbnail of Photoshop resources. Six numbers of 32 bits and two of 16 precede the thumbnail.
+// The IPTC block and the thumbnail of Photoshop resources. Six 32-bit and two 16-bit numbers precede the thumbnail.
 void takeResources(std::FILE* file, const Region& resources, PhotoParts& parts) {
     constexpr int64_t ThumbnailHeader = 28;
     takeRegion(parts.iptc, findResource(file, resources, PsdResource::Iptc));
@@ -35,7 +35,7 @@ bool isFullPicture(const TiffDirectory& directory) {
     return (directory.value(tag::NewSubfileType).value_or(0) & Reduced) == 0 && directory.find(tag::ImageWidth);
 }
 
-// The first directory, or in raw files, which begin with a preview, the first full picture among its children.
+// The first directory. In raw files, whose first directory is a preview: its first child with a full-size picture.
 TiffDirectory fullPicture(const TiffStructure& tiff, const TiffDirectory& first) {
     constexpr uint32_t MaxChildren = 16;
     const TiffEntry* children = first.find(tag::SubIfds);

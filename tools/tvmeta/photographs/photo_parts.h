@@ -1,5 +1,5 @@
-// Where the parts of a photograph are in its file. The library's record has these places as the file states them; here
-// they count from the start of the file, in every container.
+// Positions of the parts of a photograph. The library's record contains them as stated in the file; here they are
+// relative to the start of the file in every container.
 #pragma once
 
 #include "photographs/tiff_directory.h"

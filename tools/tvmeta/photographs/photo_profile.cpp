@@ -52,9 +52,9 @@ Bytes profileOfJpeg(const std::string& path, std::FILE* file) {
     return joined(path, pieces);
 }
 
-// The directories hang together by the offset at the end of each.
+// Each directory ends with the offset of the next one.
 Bytes profileOfTiff(const std::string& path, std::FILE* file) {
-    constexpr int MaxDirectories = 64; // a chain can come back on itself
+    constexpr int MaxDirectories = 64; // a chain can be a loop
     const std::optional<TiffStructure> tiff = TiffStructure::find(file, 0);
     uint32_t offset = tiff ? tiff->firstDirectory : 0;
     for (int count = 0; count < MaxDirectories && offset != 0; ++count) {

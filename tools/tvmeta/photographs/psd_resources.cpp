@@ -10,7 +10,7 @@ uint32_t readSize(std::FILE* file) {
 
 } // namespace
 
-// The header, the colour table and the resources follow each other, the latter two after their sizes.
+// The file contains the header, the colour table and the resources; sizes precede the last two.
 PsdHeader readPsdHeader(std::FILE* file) {
     constexpr long SizePlace = 14; // after the signature, the version, a reserve and the number of channels
     constexpr long HeaderSize = 26;
@@ -25,8 +25,8 @@ PsdHeader readPsdHeader(std::FILE* file) {
     return header;
 }
 
-// A resource is a signature, a number, a name with its length, and data with theirs; names and data are padded to even
-// lengths. After the end of the file no signature is found.
+// A resource is a signature, a number, a name with its length, and data with their length; names and data are padded to
+// even lengths. Past the end of the file there is no signature.
 Region findResource(std::FILE* file, const Region& resources, PsdResource number) {
     constexpr int32_t Signature = 0x3842494D; // 8BIM
     const int64_t end = resources.offset + resources.length;

@@ -16,5 +16,5 @@ struct PsdHeader {
 
 PsdHeader readPsdHeader(std::FILE* file);
 
-// The data of the first resource of that number; empty if there is none.
+// The data of the first resource with that number; empty if there is none.
 Region findResource(std::FILE* file, const Region& resources, PsdResource number);

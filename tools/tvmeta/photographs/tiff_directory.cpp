@@ -27,7 +27,7 @@ TiffEntry readEntry(std::FILE* file, int32_t order) {
     return entry;
 }
 
-// Bytes of one item of each type, by its code.
+// Bytes per item of each type, indexed by type code.
 int64_t itemSize(int32_t type) {
     constexpr auto Sizes = std::to_array<int64_t>({1, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4});
     return type >= 0 && static_cast<size_t>(type) < Sizes.size() ? Sizes[static_cast<size_t>(type)] : 1;

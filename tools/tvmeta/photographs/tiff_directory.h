@@ -1,4 +1,4 @@
-// TIFF structures (TIFF 6.0, section 2), by themselves or inside JPEG and PSD files.
+// TIFF structures (TIFF 6.0, section 2), in TIFF files or inside JPEG and PSD files.
 #pragma once
 
 #include "output/files.h"
@@ -12,8 +12,8 @@ struct TiffEntry {
     int32_t tag = 0;
     int32_t type = 0;
     uint32_t count = 0;
-    uint32_t value = 0;     // a SHORT by itself, else the four bytes
-    int64_t valueField = 0; // the place of these four bytes in the file
+    uint32_t value = 0;     // the number for one SHORT, else the four bytes
+    int64_t valueField = 0; // file position of these four bytes
 };
 
 struct TiffDirectory {
@@ -26,7 +26,7 @@ struct TiffDirectory {
 
 class TiffStructure {
   public:
-    // The structure that starts at `base` of the file; none if there is no TIFF header.
+    // The structure that starts at `base` of the file; empty if there is no TIFF header.
     static std::optional<TiffStructure> find(std::FILE* file, int64_t base);
 
     // The directory at an offset of the structure, as far as the file contains it.
@@ -35,7 +35,7 @@ class TiffStructure {
     // Positions the file at an offset of the structure.
     void seek(uint32_t offset) const;
 
-    // The place of the entry's value in the file.
+    // The region of the entry's value in the file.
     Region region(const TiffEntry& entry) const;
 
     std::FILE* file;

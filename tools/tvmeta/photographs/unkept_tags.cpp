@@ -15,7 +15,7 @@ struct NamedTag {
     std::string_view name;
 };
 
-// The tags that a photographer may miss, by EXIF 2.3. Others are counted.
+// Tags of EXIF 2.3 that are reported by name. Others are counted.
 constexpr auto ImageNames = std::to_array<NamedTag>({
     {270, "description"},
     {315, "artist"},
@@ -37,8 +37,7 @@ constexpr auto CameraNames = std::to_array<NamedTag>({
 });
 constexpr std::span<const NamedTag> GpsNames = {};
 
-// Tags that the writers write, and those that describe the picture, its file and its thumbnail, which are other ones
-// in the result.
+// Tags that the writers write, and tags that describe the source picture, its file or its thumbnail.
 constexpr auto ImageKept =
     std::to_array<int32_t>({254, 256, 257, 258, 259, 262, 266, 271, 272, 273,   274,   277,   278,   279,   282,
                             283, 284, 296, 301, 305, 306, 317, 318, 319, 320,   322,   323,   324,   325,   330,

@@ -1,9 +1,9 @@
-// What of a photograph's metadata a result has no place for.
+// Metadata of a photograph that cannot be stored in a result.
 #pragma once
 
 #include "photographs/photo.h"
 
 #include <string>
 
-// The unkept values by name, for a message; empty if all are kept.
+// The names of these values, for a message; empty if there are none.
 std::string unkeptValues(const Photo& photo);

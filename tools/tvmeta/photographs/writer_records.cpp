@@ -15,7 +15,7 @@ bool givesBack(double numerator, double denominator, float value) {
            static_cast<float>(numerator) / static_cast<float>(denominator) == value;
 }
 
-// The library rounds to hundredths, and again each time that a result is saved.
+// The library rounds to hundredths each time that a result is saved.
 void keepExactly(float value, int32_t (&rational)[2]) {
     const Fraction fraction = simplestFraction(value).value_or(Fraction{0, 0});
     rational[0] = fraction.numerator;
@@ -31,7 +31,7 @@ bool isWritten(const uint32_t* rational) {
 }
 
 // The first number of a group that is below 1: 1/80 of an hour or a degree is 45 seconds, 1/800 is 4.5 and so on, all
-// exact in decimals. For less than any of them it is the smallest fraction, which means 0.
+// exact in decimals. For smaller values it is the smallest fraction, which means 0.
 Fraction smallFirst(double seconds, double& rest) {
     double share = 45;
     int32_t denominator = 80;
@@ -44,8 +44,8 @@ Fraction smallFirst(double seconds, double& rest) {
     return {1, isZero ? MaxTerm : denominator};
 }
 
-// The writers leave out a group of degrees or hours, minutes and seconds whose first number is 0, or above 2^31. Here
-// a part of the minutes and seconds becomes the first number.
+// The writers omit a group of degrees or hours, minutes and seconds whose first number is 0 or above 2^31. Here a part
+// of the minutes and seconds becomes the first number.
 void keepGroup(const uint32_t (&source)[6], int32_t (&group)[6]) {
     if (source[1] == 0 || isWritten(source)) {
         return;

@@ -1,4 +1,4 @@
-// The writers' form of a photograph's record, with every value that the form can express.
+// Converts a photograph's record to the writers' records, with every value that they can represent.
 #pragma once
 
 #include <tvmeta.h>
@@ -18,6 +18,6 @@ struct Fraction {
     int32_t denominator;
 };
 
-// The fraction with the smallest terms that a reader turns into this number again; none for 0 and less, and for numbers
+// The fraction with the smallest terms that gives this number again. Empty for numbers of 0 and less, and for numbers
 // that no fraction of 32-bit terms gives.
 std::optional<Fraction> simplestFraction(float value);
