@@ -1,10 +1,10 @@
-// A few thousand results as text, compared on every platform with those of x86-64 Linux.
+// Compares a few thousand results on every platform with those of x86-64 Linux.
 //
 //   TVMETA_RECORD=1 golden_test    records them in testing/golden.txt
 //
 // A line is a group, the number of its first result, and results in hexadecimal: bit patterns of numbers, or hashes of
-// texts, records and files. In the groups named "libm" the library takes logarithms and powers from the C library,
-// whose last bit is not the same everywhere; the results are rounded to float or to two decimals.
+// texts, records and files. In the groups named "libm" the library uses logarithms and powers of the C library,
+// whose last bit differs between platforms; the results are rounded to float or to two decimals.
 #include "testing/files.h"
 #include "testing/photographs.h"
 #include "tvmeta.h"
@@ -188,7 +188,7 @@ void addFiles(Results& results, const TempDir& dir) {
     }
 }
 
-TEST(Golden, ResultsAreThoseOfEveryPlatform) {
+TEST(Golden, ResultsAreTheSameOnEveryPlatform) {
     const TempDir dir;
     Results results;
     addNumbers(results);
