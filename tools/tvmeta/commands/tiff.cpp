@@ -38,7 +38,7 @@ struct Options {
 const std::map<std::string, Depth> DepthNames = {
     {"8", Depth::Integer8}, {"16", Depth::Integer16}, {"32", Depth::Float32}, {"16f", Depth::Float16}};
 
-// What goes into the file beside the pixels; without a photograph only settings and profile.
+// The metadata of the file; without a photograph only settings and profile.
 struct Metadata {
     WriterRecords records;
     Bytes iptc;
@@ -48,7 +48,7 @@ struct Metadata {
     std::string unkept; // values of the photograph
 };
 
-// What a photograph's record points to may be damaged; the rest of its metadata is still worth keeping.
+// A damaged block of the photograph is omitted and the rest of its metadata is kept.
 template <typename Block>
 Block readOrLeaveOut(const Photo& photo, Block (*read)(const Photo& photo)) {
     try {
@@ -70,7 +70,7 @@ Metadata collectMetadata(const Options& options) {
         metadata.records = writerRecords(photo.info);
         metadata.unkept = unkeptValues(photo);
         metadata.iptc = readOrLeaveOut(photo, readIptcBlock);
-        // The photograph's packet would go before the settings of this run.
+        // The photograph's packet would take precedence over the settings of this run.
         if (metadata.settings.method == METHOD_NONE) {
             metadata.packet = readOrLeaveOut(photo, readPacket);
         }
@@ -81,12 +81,12 @@ Metadata collectMetadata(const Options& options) {
     return metadata;
 }
 
-// The depth of the file, which unless chosen is that of the picture.
+// The depth of the file (default: that of the picture).
 Depth depthOf(const Options& options, const Image& image) {
     return options.depth.empty() ? image.depth : DepthNames.at(options.depth);
 }
 
-// The picture with samples for that depth. 16-bit samples are left to the library where 8-bit ones are wanted.
+// Converts the picture to that depth, except from 16 to 8 bits, which the library does.
 Image imageFor(const Options& options) {
     Image image = loadImage(options.image);
     const Depth depth = depthOf(options, image);
@@ -127,7 +127,7 @@ void writePicture(const Options& options, const Metadata& metadata, const Image&
         .pixelMode = isReduced ? 1 : 0,
         .orientation = options.orientation.value_or(metadata.records.metadata.orientation),
     };
-    // In samples where the library reduces them, else in bytes.
+    // In samples if the library converts them, else in bytes.
     const uint64_t samples = static_cast<uint64_t>(image.width) * static_cast<uint64_t>(image.channels);
     const int32_t rowPitch =
         checkedSize(isReduced ? samples : samples * static_cast<uint64_t>(bytesPerSample(image.depth)));
@@ -180,7 +180,7 @@ void addTiffCommand(CLI::App& app) {
         ->needs("--photo")
         ->excludes("--icc");
     command->add_option("--resolution", options->resolution, "Dots per inch (default 300)")
-        ->check(CLI::Range(1, 4294967)) // thousandths of it are stored in 32 bits
+        ->check(CLI::Range(1, 4294967)) // stored in thousandths, in 32 bits
         ->option_text("N");
     command
         ->add_option("--depth", options->depth, "8 or 16 for PNG, PGM, PPM; 32 or 16f (half floats)\nfor HDR, OpenEXR")
