@@ -22,15 +22,15 @@
 
 namespace {
 
-// ICC.1, profile header: the signature of every profile stands at byte 36, the colour space at byte 16.
+// ICC.1, profile header: the signature is at byte 36, the colour space at byte 16.
 void requireProfile(const std::string& path, const Bytes& profile) {
     constexpr size_t HeaderSize = 128;
     if (profile.size() < HeaderSize) {
-        throw Failure(path, "expected an ICC profile, of 128 bytes or more, found " + std::to_string(profile.size()));
+        throw Failure(path, "expected an ICC profile of 128 bytes or more, found " + std::to_string(profile.size()));
     }
     const std::string signature(asText(profile).substr(36, 4));
     if (signature != "acsp") {
-        throw Failure(path, "expected an ICC profile, with \"acsp\" at byte 36, found \"" + signature + "\"");
+        throw Failure(path, "expected an ICC profile with \"acsp\" at byte 36, found \"" + signature + "\"");
     }
 }
 
@@ -38,7 +38,7 @@ Bytes readProfile(const std::string& path) {
     const std::optional<int32_t> fileType = findFileType(path);
     Bytes profile = fileType ? readPhotoProfile(path, *fileType) : readFile(path);
     if (fileType && profile.empty()) {
-        throw Failure(path, "it has no ICC profile");
+        throw Failure(path, "no ICC profile");
     }
     requireProfile(path, profile);
     return profile;
@@ -53,18 +53,18 @@ void describeProfile(const std::string& path) {
               << "  Colour space  " << printable(profileColourSpace(profile)) << "\n";
 }
 
-// Refuses what the library cannot change, before a copy of it is made.
+// Refuses unsupported files before copying them.
 void requireReplaceable(const std::string& path, const Bytes& profile) {
     constexpr uint64_t MaxSize = std::numeric_limits<int32_t>::max();
     const Bytes start = readStart(path, 4);
     if (findFileType(path) != FILE_TYPE_TIFF) {
-        throw Failure(path, "it is not a TIFF file: " + beginning(start));
+        throw Failure(path, "not a TIFF file: " + beginning(start));
     }
     if (start.front() != 'I') {
-        throw Failure(path, "it is a big-endian TIFF file; only little-endian ones are supported");
+        throw Failure(path, "big-endian TIFF files are not supported");
     }
     if (std::filesystem::file_size(path) > MaxSize - std::min<uint64_t>(profile.size(), MaxSize)) {
-        throw Failure(path, "it would grow beyond 2 GiB");
+        throw Failure(path, "the file would exceed 2 GiB");
     }
 }
 
@@ -78,9 +78,9 @@ void replaceProfile(const std::string& profilePath, const std::string& path) {
         errno = 0;
         const int32_t result = update_tif_profile(librarySize(profile), profile.data(), copy.c_str());
         if (result <= 0) {
-            throw Failure(path, explain(result, {{0, "it has no ICC profile to replace"},
+            throw Failure(path, explain(result, {{0, "no ICC profile to replace"},
                                                  {-1, systemReason()},
-                                                 {-2, errno == 0 ? "it would grow beyond 2 GiB" : systemReason()}}));
+                                                 {-2, errno == 0 ? "the file would exceed 2 GiB" : systemReason()}}));
         }
     });
     std::cout << "replaced the profile of " << printable(path) << "\n";
@@ -107,11 +107,9 @@ void addIccCommand(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     command
         ->add_option("FILE", options->file,
-                     "Profile, or photograph that holds one; with\n--replace the TIFF file to change")
+                     "Profile, or photograph that contains one; with\n--replace: the TIFF file to change")
         ->required();
-    command
-        ->add_option("--replace", options->replacement,
-                     "Profile, or photograph with the one, to put into\nthe TIFF file")
+    command->add_option("--replace", options->replacement, "New profile, or photograph that contains it")
         ->option_text("PROFILE");
     command->footer("Examples:\n"
                     "  tvmeta icc scene.jpg\n"

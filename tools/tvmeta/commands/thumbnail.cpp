@@ -101,7 +101,7 @@ void writeOutputs(const Options& options) {
 void addThumbnailCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("thumbnail", "Write the thumbnails of photographs to files");
     const auto options = std::make_shared<Options>();
-    command->add_option("PHOTO", options->names, "Photographs, and with -r folders of them")->required();
+    command->add_option("PHOTO", options->names, "Photographs; with -r also folders")->required();
     command->add_option("-o,--output", options->output, "File to write, or folder for several")
         ->option_text("OUT")
         ->required();
