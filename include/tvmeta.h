@@ -653,7 +653,7 @@ enum { EMBED_XMP_NOTHING = 0 };
  * @param lensLength  above 0: adds a description with the lens name.
  * @param lens  lens name, zero-terminated, written unchanged. May be null if lensLength is 0 or less; else
  *   null: 0.
- * @param out  receives the packet, without a terminating zero; as many bytes as the measuring pass returned
+ * @param out  receives the packet, without a terminating zero. Its size is the result of the measuring pass
  *   for the same arguments (one more for each digit of pass beyond two). May be null when measuring; else
  *   null: 0.
  * @retval >0  bytes of the packet

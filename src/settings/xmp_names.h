@@ -1,7 +1,7 @@
 // Settings: the application's processing settings as an XMP packet, read and written.
 //
 // The namespaces of the packet, and the only identity value of the library: the maker's web host. A namespace URI is an
-// identifier that need not resolve; below this top-level domain nobody can own a name (RFC 2606).
+// identifier that need not resolve; names in this top-level domain are reserved (RFC 2606).
 #pragma once
 
 #include "support/text_search.h"
