@@ -198,6 +198,16 @@ def test_failures(client, tmp_path, capsys):
     assert len(records(out)) == 5
 
 
+def test_a_partition_that_is_not_whole_has_no_state(tmp_path, monkeypatch):
+    arguments = os.fsencode(tmp_path), os.fsencode(tmp_path / "out"), "ab"
+    partition.index_partition(*arguments, b"gone.jpg", False)
+    write = partition.files.write
+    monkeypatch.setattr(partition.files, "write", lambda path, data: 1 / 0 if b".gz" in path else write(path, data))
+    with pytest.raises(ZeroDivisionError):
+        partition.index_partition(*arguments, b"other.jpg", False)
+    assert partition.read_state(*arguments[1:]) is None
+
+
 def test_a_file_that_vanishes_is_a_failure(tmp_path):
     result = partition.index_partition(os.fsencode(tmp_path), os.fsencode(tmp_path / "out"), "ab", b"gone.jpg", False)
     assert result == (1, 0, 0, 1)
