@@ -35,4 +35,5 @@ need_packages() {
 }
 
 # Packages for every build of the library and the tool.
-build_packages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libstb-dev libopenexr-dev liblcms2-dev)
+build_packages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libopenexr-dev libpng-dev libtiff-dev
+    libjpeg-dev liblcms2-dev)

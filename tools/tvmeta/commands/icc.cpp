@@ -9,6 +9,7 @@
 #include "photographs/photo.h"
 #include "photographs/photo_profile.h"
 #include "photographs/profile_description.h"
+#include "pictures/load_picture.h"
 
 #include <tvmeta.h>
 
@@ -36,8 +37,9 @@ void requireProfile(const std::string& path, const Bytes& profile) {
 
 Bytes readProfile(const std::string& path) {
     const std::optional<int32_t> fileType = findFileType(path);
-    Bytes profile = fileType ? readPhotoProfile(path, *fileType) : readFile(path);
-    if (fileType && profile.empty()) {
+    const bool isImage = fileType || isPicture(path);
+    Bytes profile = fileType ? readPhotoProfile(path, *fileType) : isImage ? pictureProfile(path) : readFile(path);
+    if (isImage && profile.empty()) {
         throw Failure(path, "no ICC profile");
     }
     requireProfile(path, profile);
@@ -95,11 +97,22 @@ struct Options {
 
 Bytes readRgbProfile(const std::string& path) {
     Bytes profile = readProfile(path);
-    const std::string colours(asText(profile).substr(16, 4));
-    if (!colours.starts_with("RGB")) {
+    const std::string colours = colourSpaceOf(profile);
+    if (colours != "RGB ") {
         throw Failure(path, "expected an ICC profile for RGB, found one for \"" + colours + "\"");
     }
     return profile;
+}
+
+bool canUse(const Bytes& profile, const Picture& picture) {
+    return profile.empty() || (colourChannels(picture) == 3 && colourSpaceOf(profile) == "RGB ");
+}
+
+Bytes profileFor(const Picture& picture, const std::string& path) {
+    if (colourChannels(picture) != 3) {
+        throw Failure(path, "the picture is grey, and only ICC profiles for RGB can be saved; nothing was written");
+    }
+    return readRgbProfile(path);
 }
 
 void addIccCommand(CLI::App& app) {

@@ -2,8 +2,15 @@
 #pragma once
 
 #include "output/files.h"
+#include "pictures/picture.h"
 
 #include <string>
 
 // The profile of a file: a profile or a photograph. Throws Failure if there is none or it is not for RGB.
 Bytes readRgbProfile(const std::string& path);
+
+// The profile of a file for the result of a picture. Throws Failure, too, when the picture is not RGB.
+Bytes profileFor(const Picture& picture, const std::string& path);
+
+// Whether a result can contain that profile of the picture's own: none, or one for RGB in an RGB picture.
+bool canUse(const Bytes& profile, const Picture& picture);

@@ -10,14 +10,16 @@
 #include "photographs/photo.h"
 #include "photographs/unkept_tags.h"
 #include "photographs/writer_records.h"
-#include "pictures/image.h"
+#include "pictures/convert.h"
+#include "pictures/load_picture.h"
 
 #include <cerrno>
+#include <filesystem>
 #include <iostream>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace {
@@ -31,7 +33,7 @@ struct Options {
     bool profileFromPhoto = false;
     SettingsOptions settings;
     std::string depth;
-    std::optional<int32_t> orientation;
+    std::string orientation;
     int32_t resolution = 300;
 };
 
@@ -59,11 +61,13 @@ Block readOrLeaveOut(const Photo& photo, Block (*read)(const Photo& photo)) {
     }
 }
 
-Metadata collectMetadata(const Options& options) {
+Metadata collectMetadata(const Options& options, const Picture& picture) {
     Metadata metadata;
     metadata.settings = settingsFrom(options.settings);
     if (!options.profile.empty() || options.profileFromPhoto) {
-        metadata.profile = readRgbProfile(options.profileFromPhoto ? options.photo : options.profile);
+        metadata.profile = profileFor(picture, options.profileFromPhoto ? options.photo : options.profile);
+    } else if (canUse(picture.profile, picture)) {
+        metadata.profile = picture.profile;
     }
     if (!options.photo.empty()) {
         const Photo photo = readPhoto(options.photo);
@@ -81,82 +85,115 @@ Metadata collectMetadata(const Options& options) {
     return metadata;
 }
 
-// The depth of the file (default: that of the picture).
-Depth depthOf(const Options& options, const Image& image) {
-    return options.depth.empty() ? image.depth : DepthNames.at(options.depth);
+// The depth of the file, which unless chosen is that of the picture.
+Depth depthOf(const Options& options, const Picture& picture) {
+    return options.depth.empty() ? picture.depth : DepthNames.at(options.depth);
 }
 
-// Converts the picture to that depth, except from 16 to 8 bits, which the library does.
-Image imageFor(const Options& options) {
-    Image image = loadImage(options.image);
-    const Depth depth = depthOf(options, image);
-    if (depth == image.depth || (depth == Depth::Integer8 && image.depth == Depth::Integer16)) {
-        return image;
+// The picture with samples for that depth. 16-bit samples are left to the library where 8-bit ones are wanted.
+Picture pictureFor(const Options& options) {
+    Picture picture = loadPicture(options.image);
+    const Depth depth = depthOf(options, picture);
+    if (isFloat(depth) != isFloat(picture.depth)) {
+        throw Failure(options.image, isFloat(picture.depth) ? "floating-point samples: expected a --depth "
+                                                              "of 32 or 16f, found " +
+                                                                  options.depth
+                                                            : "integer samples: expected a --depth of 8 "
+                                                              "or 16, found " +
+                                                                  options.depth);
     }
-    if (depth == Depth::Integer16 && image.depth == Depth::Integer8) {
-        return widened(image);
+    if (depth == Depth::Integer16 && picture.depth == Depth::Integer8) {
+        widenTo16Bits(picture);
+    } else if (depth == Depth::Float16 && picture.depth == Depth::Float32) {
+        convertToHalf(picture);
+    } else if (depth == Depth::Float32 && picture.depth == Depth::Float16) {
+        convertFromHalf(picture);
     }
-    if (depth == Depth::Float16 && image.depth == Depth::Float32) {
-        return halved(image);
-    }
-    throw Failure(options.image, image.depth == Depth::Float32
-                                     ? "floating-point samples: expected a --depth of 32 or 16f, found " + options.depth
-                                     : "integer samples: expected a --depth of 8 or 16, found " + options.depth);
+    return picture;
 }
 
-std::string writingProblem(int32_t result, const Image& image) {
+// Pixels are saved as they are, so unless chosen the orientation is that of the picture, which is upright without one.
+int32_t orientationOf(const Options& options, const Picture& picture, const Metadata& metadata) {
+    if (options.orientation == "photo") {
+        return metadata.records.metadata.orientation;
+    }
+    return options.orientation.empty() ? picture.orientation.value_or(1) : options.orientation.front() - '0';
+}
+
+// What of the picture has no place in the file, in one line. Its metadata is kept when it is the photograph, too.
+void reportLosses(const Options& options, const Picture& picture) {
+    std::vector<std::string> losses = picture.dropped;
+    if (options.profile.empty() && !options.profileFromPhoto && !canUse(picture.profile, picture)) {
+        losses.push_back("ICC profile for " + colourSpaceOf(picture.profile));
+    }
+    std::error_code error;
+    if (!std::filesystem::equivalent(options.image, options.photo, error)) {
+        losses.insert(losses.end(), picture.metadata.begin(), picture.metadata.end());
+    }
+    std::string list;
+    for (const std::string& loss : losses) {
+        list += (list.empty() ? "" : ", ") + loss;
+    }
+    if (!list.empty()) {
+        complain(options.image + ": not copied to the result: " + list);
+    }
+}
+
+std::string writingProblem(int32_t result, const Picture& picture) {
     return explain(result, {{-1, systemReason()},
                             {-2, systemReason()},
                             {-3, systemReason()},
                             {-4, "not enough memory"},
-                            {-6, "expected an image of less than 2 GiB, found " + std::to_string(image.width) + " x " +
-                                     std::to_string(image.height) + " pixels"},
+                            {-6, "expected an image of less than 2 GiB, found " + std::to_string(picture.width) +
+                                     " x " + std::to_string(picture.height) + " pixels"},
                             {-12, systemReason()}});
 }
 
-void writePicture(const Options& options, const Metadata& metadata, const Image& image, OutputFile& output) {
-    const Depth depth = depthOf(options, image);
-    const bool isReduced = depth != image.depth;
+void writePicture(const Options& options, const Metadata& metadata, const Picture& picture, OutputFile& output) {
+    const Depth depth = depthOf(options, picture);
+    const bool isReduced = depth != picture.depth;
     const TifImageInfo info = {
-        .width = image.width,
-        .height = image.height,
-        .channels = image.channels,
+        .width = picture.width,
+        .height = picture.height,
+        .channels = picture.channels,
         .bitsCode = static_cast<int32_t>(depth),
         .resolution = options.resolution,
         .iccLength = librarySize(metadata.profile),
         .pixelMode = isReduced ? 1 : 0,
-        .orientation = options.orientation.value_or(metadata.records.metadata.orientation),
+        .orientation = orientationOf(options, picture, metadata),
     };
-    // In samples if the library converts them, else in bytes.
-    const uint64_t samples = static_cast<uint64_t>(image.width) * static_cast<uint64_t>(image.channels);
-    const int32_t rowPitch =
-        checkedSize(isReduced ? samples : samples * static_cast<uint64_t>(bytesPerSample(image.depth)));
+    // In samples where the library reduces them, else in bytes.
+    const int32_t rowPitch = checkedSize(isReduced ? rowBytes(picture) / 2 : rowBytes(picture));
     const int32_t packetLength = metadata.packet.empty() ? 0 : textSize(metadata.packet);
     const std::string path = output.libraryPath();
     errno = 0;
     const int32_t result =
-        buf2tif(image.samples.data(), &info, rowPitch, metadata.profile.data(), &metadata.records.metadata,
+        buf2tif(picture.samples.data(), &info, rowPitch, metadata.profile.data(), &metadata.records.metadata,
                 &metadata.records.gps, librarySize(metadata.iptc), metadata.iptc.data(), metadata.settings.method,
                 metadata.settings.values.data(), packetLength, metadata.packet.c_str(), path.c_str());
     if (result < 0) {
-        throw Failure(options.output, writingProblem(result, image));
+        throw Failure(options.output, writingProblem(result, picture));
     }
 }
 
 void writeTiff(const Options& options) {
-    Image image;
+    if (options.orientation == "photo" && options.photo.empty()) {
+        throw WrongCommandLine("--orientation photo requires --photo");
+    }
+    Picture picture;
     std::string unkept;
     writeOutput(options.output, {options.image, options.photo, options.profile}, [&](OutputFile& output) {
-        const Metadata metadata = collectMetadata(options);
-        image = imageFor(options);
-        writePicture(options, metadata, image, output);
+        picture = pictureFor(options);
+        const Metadata metadata = collectMetadata(options, picture);
+        writePicture(options, metadata, picture, output);
         unkept = metadata.unkept;
     });
+    reportLosses(options, picture);
     if (!unkept.empty()) {
         complain(options.photo + ": not copied to the result: " + unkept);
     }
-    messagesFor(options.output) << "wrote " << printable(options.output) << ": " << image.width << " x " << image.height
-                                << " pixels\n";
+    messagesFor(options.output) << "wrote " << printable(options.output) << ": " << picture.width << " x "
+                                << picture.height << " pixels\n";
 }
 
 } // namespace
@@ -164,7 +201,10 @@ void writeTiff(const Options& options) {
 void addTiffCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("tiff", "Save an image as TIFF with a photograph's metadata");
     const auto options = std::make_shared<Options>();
-    command->add_option("IMAGE", options->image, "PNG, binary PGM or PPM, Radiance HDR or OpenEXR")->required();
+    command
+        ->add_option("IMAGE", options->image,
+                     "PNG, JPEG, TIFF, binary PGM or PPM, PFM, Radiance\nHDR or OpenEXR picture")
+        ->required();
     command->add_option("OUT", options->output, "TIFF file to write")->required();
     command
         ->add_option("--photo", options->photo, "Copy metadata from this photograph: camera,\nexposure, GPS, IPTC, XMP")
@@ -173,7 +213,9 @@ void addTiffCommand(CLI::App& app) {
         ->option_text("TEXT")
         ->allow_extra_args(false);
     addSettingsOptions(*command, options->settings, false);
-    command->add_option("--icc", options->profile, "ICC profile, or photograph that contains it")
+    command
+        ->add_option("--icc", options->profile,
+                     "ICC profile of the image, or a photograph or\npicture with it; else the image's own")
         ->option_text("PROFILE");
     command->add_flag("--icc-from-photo", options->profileFromPhoto, "Use the ICC profile of the --photo photograph")
         ->option_text(" ") // else it shows the option that it needs
@@ -183,12 +225,15 @@ void addTiffCommand(CLI::App& app) {
         ->check(CLI::Range(1, 4294967)) // stored in thousandths, in 32 bits
         ->option_text("N");
     command
-        ->add_option("--depth", options->depth, "8 or 16 for PNG, PGM, PPM; 32 or 16f (half floats)\nfor HDR, OpenEXR")
+        ->add_option("--depth", options->depth,
+                     "8 or 16 for integers; 32 or 16f (half floats) for\nfloats; else that of the image")
         ->check(CLI::IsMember(DepthNames))
         ->option_text("DEPTH");
-    command->add_option("--orientation", options->orientation, "TIFF orientation code (default: the photograph's)")
-        ->check(CLI::Range(1, 8))
-        ->option_text("1-8");
+    command
+        ->add_option("--orientation", options->orientation,
+                     "TIFF orientation code, or 'photo' for that of\n--photo; else the image's own, or 1 (upright)")
+        ->check(CLI::IsMember({"photo", "1", "2", "3", "4", "5", "6", "7", "8"}))
+        ->option_text("CODE");
     command->footer(methodHelp() + "Examples:\n"
                                    "  tvmeta tiff result.png result.tif --photo scene.jpg --icc-from-photo\n"
                                    "  tvmeta tiff light.exr light.tif --photo scene.jpg --depth 16f\n"

@@ -1,7 +1,8 @@
 // OpenEXR pictures: the red, green and blue or the luminance channel of the first part, within its data window.
 
 #include "output/failure.h"
-#include "pictures/image.h"
+#include "pictures/decoders.h"
+#include "pictures/rgb_profile.h"
 
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
@@ -9,8 +10,9 @@
 #include <ImfInputPart.h>
 #include <ImfMultiPartInputFile.h>
 #include <ImfPartType.h>
+#include <ImfStandardAttributes.h>
 
-#include <cstring>
+#include <algorithm>
 #include <exception>
 #include <new>
 #include <string>
@@ -18,93 +20,139 @@
 
 namespace {
 
-constexpr size_t SampleBytes = sizeof(float);
-constexpr size_t Channels = 3;
-constexpr size_t PixelBytes = Channels * SampleBytes;
+// Limits on the memory that OpenEXR reserves because of a header.
+constexpr int MaxSide = 1 << 16;
+constexpr int MaxTileSide = 1 << 12;
 
-// What the library may reserve memory for on the word of a header.
-constexpr int LargestSide = 1 << 16;
-constexpr int LargestTile = 1 << 12;
+using Names = std::vector<std::string>;
 
-std::string listOf(const Imf::ChannelList& channels) {
-    std::string list;
+Names namesOf(const Imf::ChannelList& channels) {
+    Names names;
     for (auto channel = channels.begin(); channel != channels.end(); ++channel) {
-        list += (list.empty() ? "" : ", ") + std::string(channel.name());
+        names.emplace_back(channel.name());
+    }
+    return names;
+}
+
+std::string joined(const Names& names) {
+    std::string list;
+    for (const std::string& name : names) {
+        list += (list.empty() ? "" : ", ") + name;
     }
     return list.empty() ? "none" : list;
 }
 
-// The names of the channels to read: red, green and blue, or the luminance alone. With colour differences beside it
-// the luminance would be but a part of the picture.
-std::vector<const char*> chosenChannels(const std::string& path, const Imf::ChannelList& channels) {
-    std::vector<const char*> names = {"R", "G", "B"};
+// The channels to read: red, green and blue, or the luminance alone. With colour differences beside it the luminance
+// would be only a part of the picture.
+Names chosenChannels(const std::string& path, const Imf::ChannelList& channels) {
+    Names names = {"R", "G", "B"};
     const bool isGrey = channels.findChannel("Y") != nullptr && channels.findChannel("RY") == nullptr;
     if (isGrey && channels.findChannel("R") == nullptr) {
         names = {"Y"};
     }
-    for (const char* name : names) {
+    for (const std::string& name : names) {
         const Imf::Channel* channel = channels.findChannel(name);
         if (channel == nullptr) {
-            throw Failure(path, "expected channels R, G and B or Y alone, found " + listOf(channels));
+            throw Failure(path, "expected channels R, G and B or Y alone, found " + joined(namesOf(channels)));
         }
         if (channel->xSampling != 1 || channel->ySampling != 1) {
-            throw Failure(path, "expected channels of full size, found a reduced " + std::string(name));
+            throw Failure(path, "expected channels of full size, found a reduced " + name);
         }
     }
     return names;
 }
 
-// The empty picture for a data window.
-Image imageFor(const std::string& path, const Imath::Box2i& window) {
-    constexpr int64_t MostPixels = int64_t{1} << 27; // a TIFF file holds less than 2 GiB, and a pixel takes 12 bytes
-    const int64_t width = int64_t{window.max.x} - window.min.x + 1;
-    const int64_t height = int64_t{window.max.y} - window.min.y + 1;
-    if (width < 1 || height < 1 || width > LargestSide || height > LargestSide || width * height > MostPixels) {
-        throw Failure(path, "expected at most " + std::to_string(MostPixels) + " pixels and " +
-                                std::to_string(LargestSide) + " to a side, found " + std::to_string(width) + " x " +
-                                std::to_string(height));
-    }
-    return {static_cast<int32_t>(width), static_cast<int32_t>(height), Channels, Depth::Float32};
+bool areHalf(const Imf::ChannelList& channels, const Names& names) {
+    return std::ranges::all_of(names,
+                               [&](const std::string& name) { return channels.findChannel(name)->type == Imf::HALF; });
 }
 
-void spreadRed(Bytes& samples) {
-    for (size_t i = 0; i < samples.size(); i += PixelBytes) {
-        std::memcpy(&samples[i + SampleBytes], &samples[i], SampleBytes);
-        std::memcpy(&samples[i + 2 * SampleBytes], &samples[i], SampleBytes);
+Picture announced(const std::string& path, const Imf::Header& header, const Names& names) {
+    const Imath::Box2i& window = header.dataWindow();
+    return announcedPicture(path, int64_t{window.max.x} - window.min.x + 1, int64_t{window.max.y} - window.min.y + 1,
+                            static_cast<int32_t>(names.size()),
+                            areHalf(header.channels(), names) ? Depth::Float16 : Depth::Float32);
+}
+
+// The file's description of its colours; without one they are unknown, as in most files.
+void takeColours(const Imf::Header& header, Picture& picture) {
+    if (!Imf::hasChromaticities(header)) {
+        return;
+    }
+    const auto point = [](const Imath::V2f& from) { return Chromaticities::Point{from.x, from.y}; };
+    const Imf::Chromaticities& colours = Imf::chromaticities(header);
+    if (picture.channels == 3) {
+        picture.profile =
+            linearRgbProfile({point(colours.red), point(colours.green), point(colours.blue), point(colours.white)});
+    }
+    if (picture.profile.empty()) {
+        picture.dropped.emplace_back("chromaticities");
     }
 }
 
-Image readImage(const std::string& path) {
-    Imf::Header::setMaxImageSize(LargestSide, LargestSide);
-    Imf::Header::setMaxTileSize(LargestTile, LargestTile);
+void noteRest(const Imf::MultiPartInputFile& file, const Names& names, Picture& picture) {
+    Names others;
+    bool hasIntegers = false;
+    const Imf::ChannelList& channels = file.header(0).channels();
+    for (const std::string& name : namesOf(channels)) {
+        const bool isRead = std::ranges::find(names, name) != names.end();
+        hasIntegers = hasIntegers || (isRead && channels.findChannel(name)->type == Imf::UINT);
+        if (name == "A") {
+            picture.dropped.emplace_back("alpha");
+        } else if (!isRead) {
+            others.push_back(name);
+        }
+    }
+    if (!others.empty()) {
+        picture.dropped.push_back((others.size() == 1 ? "channel " : "channels ") + joined(others));
+    }
+    if (hasIntegers) {
+        picture.dropped.emplace_back("digits of 32-bit integers that floats lack");
+    }
+    if (file.parts() > 1) {
+        picture.dropped.emplace_back("further parts");
+    }
+}
+
+void readPixels(Imf::MultiPartInputFile& file, const Names& names, Picture& picture) {
+    picture.samples.resize(sampleBytes(picture));
+    const Imath::Box2i& window = file.header(0).dataWindow();
+    const auto sampleSize = static_cast<size_t>(bytesPerSample(picture.depth));
+    Imf::FrameBuffer buffer;
+    for (size_t i = 0; i < names.size(); ++i) {
+        buffer.insert(names[i], Imf::Slice::Make(picture.depth == Depth::Float16 ? Imf::HALF : Imf::FLOAT,
+                                                 picture.samples.data() + i * sampleSize, window,
+                                                 names.size() * sampleSize, rowBytes(picture)));
+    }
+    Imf::InputPart part(file, 0);
+    part.setFrameBuffer(buffer);
+    part.readPixels(window.min.y, window.max.y);
+}
+
+Picture readFirstPart(const std::string& path, Part part) {
+    Imf::Header::setMaxImageSize(MaxSide, MaxSide);
+    Imf::Header::setMaxTileSize(MaxTileSide, MaxTileSide);
     Imf::MultiPartInputFile file(path.c_str(), 0);
     const Imf::Header& header = file.header(0);
     if (header.hasType() && Imf::isDeepData(header.type())) {
         throw Failure(path, "expected a picture with one sample in each pixel, found a deep one");
     }
-    const std::vector<const char*> names = chosenChannels(path, header.channels());
-    const Imath::Box2i window = header.dataWindow();
-    Image image = imageFor(path, window);
-    image.samples.resize(sampleBytes(image));
-    Imf::FrameBuffer buffer;
-    for (size_t i = 0; i < names.size(); ++i) {
-        buffer.insert(names[i], Imf::Slice::Make(Imf::FLOAT, &image.samples[i * SampleBytes], window, PixelBytes,
-                                                 PixelBytes * static_cast<size_t>(image.width)));
+    const Names names = chosenChannels(path, header.channels());
+    Picture picture = announced(path, header, names);
+    takeColours(header, picture);
+    noteRest(file, names, picture);
+    if (part == Part::Everything) {
+        readPixels(file, names, picture);
     }
-    Imf::InputPart part(file, 0);
-    part.setFrameBuffer(buffer);
-    part.readPixels(window.min.y, window.max.y);
-    if (names.size() == 1) {
-        spreadRed(image.samples);
-    }
-    return image;
+    return picture;
 }
 
 } // namespace
 
-Image decodeExr(const std::string& path) {
+Picture readExr(const std::string& path, Part part) {
+    openFile(path); // for the reason if it cannot be read
     try {
-        return readImage(path);
+        return readFirstPart(path, part);
     } catch (const Failure&) {
         throw;
     } catch (const std::bad_alloc&) {

@@ -1,70 +1,139 @@
-// Binary PGM and PPM pictures.
+// Binary PGM and PPM pictures, and PFM ones, which contain floats.
 
 #include "output/failure.h"
-#include "pictures/image.h"
+#include "pictures/decoders.h"
 
 #include <algorithm>
 #include <bit>
 #include <charconv>
-#include <string_view>
-#include <utility>
+#include <cmath>
+#include <cstring>
+#include <string>
 
 namespace {
 
-// The next number of a PNM header, behind white space and comments that run to the end of their line; 0 for none.
-int32_t takeNumber(std::string_view& header) {
-    constexpr std::string_view Blanks = " \t\n\v\f\r";
-    size_t start = header.find_first_not_of(Blanks);
-    while (start < header.size() && header[start] == '#') {
-        start = header.find_first_not_of(Blanks, header.find('\n', start));
-    }
-    header.remove_prefix(std::min(start, header.size()));
-    int32_t number = 0;
-    const char* end = std::from_chars(header.data(), header.data() + header.size(), number).ptr;
-    header.remove_prefix(static_cast<size_t>(end - header.data()));
-    return number;
+bool isBlank(int character) {
+    return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
-std::string found(int32_t number) {
-    return number == 0 ? "none" : std::to_string(number);
-}
-
-void requireSize(const std::string& path, const Image& image) {
-    constexpr int32_t LargestSide = 1 << 24;
-    for (const int32_t side : {image.width, image.height}) {
-        if (side < 1 || side > LargestSide) {
-            throw Failure(path, "expected a width and height of 1 to " + std::to_string(LargestSide) + ", found " +
-                                    found(side));
+// The next word of a header, after white space and comments, which extend to the end of their line. One blank after the
+// word is read with it; after the last word of the header it is what separates the header from the pixels.
+std::string nextWord(std::FILE* file) {
+    constexpr size_t MaxLength = 32;
+    int character = std::fgetc(file);
+    while (isBlank(character) || character == '#') {
+        const bool isComment = character == '#';
+        while (isComment && character != '\n' && character != EOF) {
+            character = std::fgetc(file);
         }
+        character = std::fgetc(file);
+    }
+    std::string word;
+    while (character != EOF && !isBlank(character) && word.size() < MaxLength) {
+        word += static_cast<char>(character);
+        character = std::fgetc(file);
+    }
+    return word;
+}
+
+std::string found(const std::string& word) {
+    return word.empty() ? "none" : word;
+}
+
+// The number that a word is, or 0.
+template <typename Number>
+Number numberOf(const std::string& word) {
+    Number number = 0;
+    const char* const last = word.data() + word.size();
+    const std::from_chars_result result = std::from_chars(word.data(), last, number);
+    return result.ec == std::errc() && result.ptr == last ? number : 0;
+}
+
+int64_t nextSide(const std::string& path, std::FILE* file) {
+    const std::string word = nextWord(file);
+    const auto side = numberOf<int32_t>(word);
+    if (side < 1) {
+        throw Failure(path, "expected a width and height of 1 or more, found " + found(word));
+    }
+    return side;
+}
+
+Depth nextDepth(const std::string& path, std::FILE* file) {
+    const std::string white = nextWord(file);
+    if (white != "255" && white != "65535") {
+        throw Failure(path, "expected a white of 255 or 65535, found " + found(white));
+    }
+    return white == "255" ? Depth::Integer8 : Depth::Integer16;
+}
+
+// The scale of a PFM picture: its sign gives the byte order, its value the unit of the samples.
+float nextScale(const std::string& path, std::FILE* file) {
+    const std::string word = nextWord(file);
+    const auto scale = numberOf<float>(word);
+    if (scale == 0 || !std::isfinite(scale)) {
+        throw Failure(path, "expected a scale such as -1.0, found " + found(word));
+    }
+    return scale;
+}
+
+template <typename Sample>
+void swapBytes(unsigned char* bytes, size_t size) {
+    for (unsigned char* place = bytes; place != bytes + size; place += sizeof(Sample)) {
+        Sample sample;
+        std::memcpy(&sample, place, sizeof sample);
+        if constexpr (sizeof sample == 2) {
+            sample = static_cast<Sample>(sample << 8 | sample >> 8);
+        } else {
+            sample = sample << 24 | (sample & 0xFF00) << 8 | (sample >> 8 & 0xFF00) | sample >> 24;
+        }
+        std::memcpy(place, &sample, sizeof sample);
+    }
+}
+
+void makeNative(unsigned char* bytes, size_t size, Depth depth, std::endian order) {
+    if (order == std::endian::native || depth == Depth::Integer8) {
+        return;
+    }
+    depth == Depth::Integer16 ? swapBytes<uint16_t>(bytes, size) : swapBytes<uint32_t>(bytes, size);
+}
+
+struct Layout {
+    std::endian order = std::endian::big;
+    bool isBottomUp = false;
+};
+
+// Reads rows one by one, so that their bytes are still in the cache when they are swapped.
+void readPixels(const std::string& path, std::FILE* file, const Layout& layout, Picture& picture) {
+    const size_t rowSize = rowBytes(picture);
+    const auto rows = static_cast<size_t>(picture.height);
+    const auto position = static_cast<uint64_t>(std::ftell(file));
+    requireFileBytes(path, picture, position + sampleBytes(picture));
+    picture.samples.resize(sampleBytes(picture));
+    for (size_t i = 0; i < rows; ++i) {
+        unsigned char* const row = picture.samples.data() + (layout.isBottomUp ? rows - 1 - i : i) * rowSize;
+        if (std::fread(row, 1, rowSize, file) != rowSize) {
+            throw Failure(path, "its pixels cannot be read to the end");
+        }
+        makeNative(row, rowSize, picture.depth, layout.order);
     }
 }
 
 } // namespace
 
-// stb_image would leave 16-bit samples in the byte order of the file and hand out uninitialised
-// memory for what a short file lacks.
-Image decodePnm(const std::string& path, const Bytes& file) {
-    std::string_view rest = asText(file);
-    Image image = {.channels = rest.starts_with("P5") ? 1 : 3};
-    rest.remove_prefix(2);
-    image.width = takeNumber(rest);
-    image.height = takeNumber(rest);
-    const int32_t white = takeNumber(rest);
-    requireSize(path, image);
-    if (white != 255 && white != 65535) {
-        throw Failure(path, "expected a white of 255 or 65535, found " + found(white));
+Picture readPnm(const std::string& path, Part part) {
+    const File file = openPicture(path);
+    const std::string kind = nextWord(file.get());
+    const bool isPfm = kind == "PF" || kind == "Pf";
+    const int64_t width = nextSide(path, file.get());
+    const int64_t height = nextSide(path, file.get());
+    const float scale = isPfm ? nextScale(path, file.get()) : 1;
+    const Depth depth = isPfm ? Depth::Float32 : nextDepth(path, file.get());
+    Picture picture = announcedPicture(path, width, height, kind == "P6" || kind == "PF" ? 3 : 1, depth);
+    if (std::fabs(scale) != 1) {
+        picture.dropped.push_back("scale " + std::to_string(std::fabs(scale)));
     }
-    image.depth = white == 255 ? Depth::Integer8 : Depth::Integer16;
-    if (rest.size() < 1 + sampleBytes(image)) {
-        throw Failure(path, "expected " + std::to_string(sampleBytes(image)) + " bytes of pixels, found " +
-                                std::to_string(rest.empty() ? 0 : rest.size() - 1));
+    if (part == Part::Everything) {
+        readPixels(path, file.get(), {scale < 0 ? std::endian::little : std::endian::big, isPfm}, picture);
     }
-    rest = rest.substr(1, sampleBytes(image)); // one blank ends the header
-    image.samples.assign(rest.begin(), rest.end());
-    if (image.depth == Depth::Integer16 && std::endian::native == std::endian::little) {
-        for (size_t i = 0; i < image.samples.size(); i += 2) {
-            std::swap(image.samples[i], image.samples[i + 1]); // the file is big-endian
-        }
-    }
-    return image;
+    return picture;
 }

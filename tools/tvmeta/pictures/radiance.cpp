@@ -1,70 +1,25 @@
-// Radiance HDR pictures: RGBE pixels, plain or with run-length coded planes. Read here and not by stb_image, which
-// hands out floats where the statistics want shared exponents, and never returns from a file that is cut short.
+// Radiance HDR pictures: pixels of three mantissas and one exponent, plain or with run-length coded planes.
+// There is no maintained small library for them.
+
+#include "pictures/radiance.h"
 
 #include "output/failure.h"
-#include "pictures/image.h"
+#include "pictures/decoders.h"
+#include "pictures/radiance_header.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
-#include <string>
+#include <cmath>
+#include <cstring>
+#include <utility>
 
 namespace {
 
-using ByteSpan = std::span<const unsigned char>;
+constexpr size_t Colours = 3;
+constexpr size_t ExponentPlane = 3;
 
 // The plane of HdrPlanes for each byte of a pixel: red, green, blue, exponent.
-constexpr std::array<size_t, 4> PlaneOf = {2, 1, 0, 3};
-
-// What is left of a file; wanting more throws Failure.
-struct Source {
-    const std::string& path;
-    size_t size;
-    ByteSpan unread;
-
-    ByteSpan take(size_t count) {
-        if (count > unread.size()) {
-            throw Failure(path, "it ends in the middle of the picture, at byte " + std::to_string(size));
-        }
-        const ByteSpan taken = unread.first(count);
-        unread = unread.subspan(count);
-        return taken;
-    }
-
-    std::string_view line() {
-        const std::string_view text = asText(unread);
-        const size_t length = std::min(text.find('\n'), text.size());
-        take(length + 1);
-        return text.substr(0, length);
-    }
-};
-
-// A line of the header for a message, as much of it as a line there should have.
-std::string shownLine(std::string_view line) {
-    constexpr size_t Most = 40;
-    return line.empty() ? "none" : "\"" + std::string(line.substr(0, Most)) + "\"";
-}
-
-HdrPlanes readHeader(Source& source) {
-    constexpr std::string_view Format = "FORMAT=32-bit_rle_rgbe";
-    std::string_view format;
-    for (std::string_view line = source.line(); !line.empty(); line = source.line()) {
-        format = format != Format && line.starts_with("FORMAT=") ? line : format;
-    }
-    if (format != Format) {
-        throw Failure(source.path, "expected the line \"" + std::string(Format) + "\", found " + shownLine(format));
-    }
-    HdrPlanes picture;
-    const std::string size(source.line());
-    if (std::sscanf(size.c_str(), "-Y %9d +X %9d", &picture.height, &picture.width) != 2) {
-        throw Failure(source.path, "expected a size such as \"-Y 216 +X 324\", found " + shownLine(size));
-    }
-    constexpr int64_t MostPixels = 1 << 28;
-    if (picture.width < 1 || picture.height < 1 || int64_t{picture.width} * picture.height > MostPixels) {
-        throw Failure(source.path, "expected 1 to " + std::to_string(MostPixels) + " pixels, found " + shownLine(size));
-    }
-    return picture;
-}
+constexpr std::array<size_t, HdrPlanes::Count> PlaneOf = {2, 1, 0, ExponentPlane};
 
 // The run-length form begins each row with 2, 2 and the width; it exists for widths of 8 to 32767.
 bool isRunLengthCoded(ByteSpan bytes, size_t width) {
@@ -72,8 +27,8 @@ bool isRunLengthCoded(ByteSpan bytes, size_t width) {
            (size_t{bytes[2]} << 8 | bytes[3]) == width;
 }
 
-// One plane of a row: a code above 128 repeats one byte code - 128 times, any other precedes as many bytes.
-void readPlane(Source& source, std::span<unsigned char> plane) {
+// One plane of a row: a code above 128 repeats the next byte code - 128 times, any other copies `code` bytes.
+void readPlane(ByteSource& source, std::span<unsigned char> plane) {
     while (!plane.empty()) {
         const unsigned char code = source.take(1).front();
         const size_t count = code > 128 ? code - 128U : code;
@@ -82,17 +37,18 @@ void readPlane(Source& source, std::span<unsigned char> plane) {
                                            std::to_string(plane.size()) + ", found " + std::to_string(count));
         }
         if (code > 128) {
-            std::ranges::fill(plane.first(count), source.take(1).front());
+            std::memset(plane.data(), source.take(1).front(), count);
         } else {
-            std::ranges::copy(source.take(count), plane.begin());
+            std::memcpy(plane.data(), source.take(count).data(), count);
         }
         plane = plane.subspan(count);
     }
 }
 
-void readRow(Source& source, std::span<unsigned char> row) {
+// A row as four planes. Mantissas are counted in 256ths.
+void readRow(ByteSource& source, std::span<unsigned char> row) {
     const size_t width = row.size() / PlaneOf.size();
-    if (isRunLengthCoded(source.unread, width)) {
+    if (isRunLengthCoded(source.peek(4), width)) {
         source.take(4);
         for (const size_t plane : PlaneOf) {
             readPlane(source, row.subspan(plane * width, width));
@@ -112,28 +68,84 @@ void readRow(Source& source, std::span<unsigned char> row) {
     }
 }
 
-// Radiance counts mantissas in 256ths, HdrPlanes in whole numbers.
+// The value of a mantissa's unit for each exponent, the correction of a colour undone.
+using Scale = std::array<float, 256>;
+
+Scale scaleOf(double correction) {
+    Scale scale = {}; // exponent 0 is black
+    for (size_t exponent = 1; exponent < scale.size(); ++exponent) {
+        scale[exponent] = static_cast<float>(std::ldexp(1 / correction, static_cast<int>(exponent) - 136));
+    }
+    return scale;
+}
+
+void readPixels(ByteSource& source, const RadianceHeader& header, Picture& picture) {
+    picture.samples.resize(sampleBytes(picture));
+    const auto width = static_cast<size_t>(picture.width);
+    const auto height = static_cast<size_t>(picture.height);
+    std::array<Scale, Colours> scales;
+    std::ranges::transform(header.correction, scales.begin(), scaleOf);
+    Bytes planes(PlaneOf.size() * width);
+    std::vector<float> pixels(Colours * width);
+    for (size_t row = 0; row < height; ++row) {
+        readRow(source, planes);
+        const unsigned char* const exponents = planes.data() + ExponentPlane * width;
+        for (size_t colour = 0; colour < Colours; ++colour) {
+            const unsigned char* const mantissas = planes.data() + PlaneOf[colour] * width;
+            for (size_t x = 0; x < width; ++x) {
+                pixels[Colours * x + colour] = static_cast<float>(mantissas[x]) * scales[colour][exponents[x]];
+            }
+        }
+        const size_t place = header.isBottomUp ? height - 1 - row : row;
+        std::memcpy(picture.samples.data() + place * rowBytes(picture), pixels.data(), rowBytes(picture));
+    }
+}
+
+// Throws Failure for a size that is too large for a result, or for the file.
+Picture announced(const std::string& path, const RadianceHeader& header) {
+    constexpr uint64_t MaxCompression = 64; // two bytes for a run of 127
+    Picture picture = announcedPicture(path, header.width, header.height, Colours, Depth::Float32);
+    const auto pixels = static_cast<uint64_t>(picture.width) * static_cast<uint64_t>(picture.height);
+    requireFileBytes(path, picture, pixels * PlaneOf.size() / MaxCompression);
+    return picture;
+}
+
+// HdrPlanes counts mantissas in whole numbers.
 unsigned char wholeNumberExponent(unsigned char exponent) {
     return exponent > 8 ? static_cast<unsigned char>(exponent - 8) : 0;
 }
 
 } // namespace
 
-HdrPlanes decodeRadiance(const std::string& path, const Bytes& file) {
-    Source source = {path, file.size(), file};
-    HdrPlanes picture = readHeader(source);
-    const auto width = static_cast<size_t>(picture.width);
-    const size_t rowBytes = PlaneOf.size() * width;
-    constexpr size_t BestCompression = 64; // two bytes for a run of 127
-    if (rowBytes * static_cast<size_t>(picture.height) / BestCompression > file.size()) {
-        throw Failure(path, "expected " + std::to_string(picture.width) + " x " + std::to_string(picture.height) +
-                                " pixels, found too few bytes for them: " + std::to_string(file.size()));
+Picture readRadiance(const std::string& path, Part part) {
+    ByteSource source(path);
+    RadianceHeader header = readRadianceHeader(source);
+    Picture picture = announced(path, header);
+    if (part == Part::Everything) {
+        readPixels(source, header, picture);
     }
-    picture.bytes.resize(rowBytes * static_cast<size_t>(picture.height));
-    for (size_t start = 0; start < picture.bytes.size(); start += rowBytes) {
-        const auto row = std::span(picture.bytes).subspan(start, rowBytes);
+    picture.profile = std::move(header.profile);
+    picture.dropped = std::move(header.dropped);
+    return picture;
+}
+
+std::optional<HdrPlanes> radiancePlanes(const std::string& path) {
+    ByteSource source(path);
+    if (!asText(source.peek(2)).starts_with("#?")) {
+        return std::nullopt;
+    }
+    const RadianceHeader header = readRadianceHeader(source);
+    if (header.isCorrected()) {
+        return std::nullopt;
+    }
+    announced(path, header);
+    const size_t width = static_cast<size_t>(header.width);
+    HdrPlanes planes = {header.width, header.height,
+                        Bytes(HdrPlanes::Count * width * static_cast<size_t>(header.height))};
+    for (auto rest = std::span(planes.bytes); !rest.empty(); rest = rest.subspan(HdrPlanes::Count * width)) {
+        const auto row = rest.first(HdrPlanes::Count * width);
         readRow(source, row);
         std::ranges::transform(row.last(width), row.last(width).begin(), wholeNumberExponent);
     }
-    return picture;
+    return planes;
 }

@@ -1,0 +1,39 @@
+// One decoder per picture format. Each throws Failure for a file that is damaged or of a kind that it does not support.
+// A decoder whose library the build lacks is null.
+#pragma once
+
+#include "pictures/picture.h"
+
+#include <string>
+
+// How much of a file to read: Header leaves the samples empty.
+enum class Part { Header, Everything };
+
+using Decoder = Picture (*)(const std::string& path, Part part);
+
+Picture readPnm(const std::string& path, Part part);
+Picture readRadiance(const std::string& path, Part part);
+
+#ifdef TVMETA_HAS_PNG
+Picture readPng(const std::string& path, Part part);
+#else
+constexpr Decoder readPng = nullptr;
+#endif
+
+#ifdef TVMETA_HAS_TIFF
+Picture readTiff(const std::string& path, Part part);
+#else
+constexpr Decoder readTiff = nullptr;
+#endif
+
+#ifdef TVMETA_HAS_JPEG
+Picture readJpeg(const std::string& path, Part part);
+#else
+constexpr Decoder readJpeg = nullptr;
+#endif
+
+#ifdef TVMETA_HAS_EXR
+Picture readExr(const std::string& path, Part part);
+#else
+constexpr Decoder readExr = nullptr;
+#endif

@@ -1,0 +1,190 @@
+// JPEG pictures, through libjpeg-turbo.
+
+#include "output/failure.h"
+#include "pictures/decoders.h"
+#include "pictures/exif_orientation.h"
+
+#include <cstdio> // before the header of libjpeg, which needs it
+
+#include <jpeglib.h>
+
+#include <jerror.h>
+
+#include <algorithm>
+#include <array>
+#include <csetjmp>
+#include <cstring>
+#include <string_view>
+
+namespace {
+
+constexpr int Exif = JPEG_APP0 + 1;
+constexpr int IccProfile = JPEG_APP0 + 2;
+constexpr int Photoshop = JPEG_APP0 + 13;
+
+// The error manager, which libjpeg passes to the functions below, with what they need.
+struct ErrorManager : jpeg_error_mgr {
+    std::jmp_buf environment;
+    std::array<char, JMSG_LENGTH_MAX> reason;
+    bool refusedProfile = false;
+};
+
+[[noreturn]] void onError(j_common_ptr jpeg) {
+    auto* const errors = static_cast<ErrorManager*>(jpeg->err);
+    errors->format_message(jpeg, errors->reason.data());
+    std::longjmp(errors->environment, 1);
+}
+
+// libjpeg fills in what a damaged file lacks, and only warns. A result should not contain such pixels.
+void onMessage(j_common_ptr jpeg, int level) {
+    constexpr std::array Harmless = {JWRN_ADOBE_XFORM,     JWRN_BOGUS_ICC,  JWRN_BOGUS_PROGRESSION,
+                                     JWRN_EXTRANEOUS_DATA, JWRN_JFIF_MAJOR, JWRN_NOT_SEQUENTIAL};
+    auto* const errors = static_cast<ErrorManager*>(jpeg->err);
+    errors->refusedProfile = errors->refusedProfile || (level < 0 && errors->msg_code == JWRN_BOGUS_ICC);
+    if (level < 0 && std::ranges::find(Harmless, errors->msg_code) == Harmless.end()) {
+        onError(jpeg);
+    }
+}
+
+// A small file can ask for thousands of passes over a large picture.
+void onProgress(j_common_ptr jpeg) {
+    constexpr int MaxScans = 500;
+    if (reinterpret_cast<j_decompress_ptr>(jpeg)->input_scan_number > MaxScans) {
+        ERREXITS(jpeg, JERR_BAD_PROGRESSION, "");
+    }
+}
+
+class JpegReader {
+  public:
+    explicit JpegReader(const std::string& name) : path(name), file(openPicture(name)) {
+        jpeg.err = jpeg_std_error(&errors);
+        errors.error_exit = onError;
+        errors.emit_message = onMessage;
+        run([this] { jpeg_create_decompress(&jpeg); });
+        progress.progress_monitor = onProgress;
+        jpeg.progress = &progress;
+    }
+    ~JpegReader() { jpeg_destroy_decompress(&jpeg); }
+    JpegReader(const JpegReader&) = delete;
+    JpegReader& operator=(const JpegReader&) = delete;
+
+    Picture read(Part part);
+
+  private:
+    // Runs calls of libjpeg. On an error libjpeg jumps out of `calls`, which therefore owns nothing.
+    template <typename Calls>
+    void run(const Calls& calls) {
+        if (setjmp(errors.environment) != 0) {
+            throw Failure(path, std::string("it cannot be decoded as JPEG: ") + errors.reason.data());
+        }
+        calls();
+    }
+
+    void readHeader();
+    Picture announced() const;
+    void readPixels(Picture& picture);
+    void takeProfile(Picture& picture);
+    void noteRest(Picture& picture) const;
+
+    const std::string& path;
+    File file;
+    ErrorManager errors = {};
+    jpeg_progress_mgr progress = {};
+    jpeg_decompress_struct jpeg = {};
+};
+
+void JpegReader::readHeader() {
+    run([this] {
+        constexpr unsigned MaxSegment = 0xFFFF;
+        jpeg_stdio_src(&jpeg, file.get());
+        jpeg_save_markers(&jpeg, Exif, MaxSegment);
+        jpeg_save_markers(&jpeg, IccProfile, MaxSegment);
+        jpeg_save_markers(&jpeg, Photoshop, MaxSegment);
+        jpeg_read_header(&jpeg, TRUE);
+    });
+}
+
+Picture JpegReader::announced() const {
+    if (jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK) {
+        throw Failure(path, "expected a grey or RGB picture, found CMYK; convert it first");
+    }
+    Picture picture = announcedPicture(path, jpeg.image_width, jpeg.image_height,
+                                       jpeg.jpeg_color_space == JCS_GRAYSCALE ? 1 : 3, Depth::Integer8);
+    constexpr uint64_t MaxCompression = 8 * 64; // one bit for a block of 8 x 8 pixels
+    requireFileBytes(path, picture,
+                     static_cast<uint64_t>(picture.width) * static_cast<uint64_t>(picture.height) / MaxCompression);
+    constexpr size_t MaxProgressiveBytes = size_t{1} << 29; // its coefficients need twice as much memory again
+    if (jpeg.progressive_mode != FALSE && sampleBytes(picture) > MaxProgressiveBytes) {
+        throw Failure(path, "expected a progressive picture of 512 MiB at most, found " +
+                                std::to_string(picture.width) + " x " + std::to_string(picture.height) + " pixels");
+    }
+    return picture;
+}
+
+void JpegReader::readPixels(Picture& picture) {
+    picture.samples.resize(sampleBytes(picture));
+    unsigned char* const samples = picture.samples.data();
+    const size_t rowSize = rowBytes(picture);
+    run([this, samples, rowSize] {
+        jpeg.out_color_space = jpeg.jpeg_color_space == JCS_GRAYSCALE ? JCS_GRAYSCALE : JCS_RGB;
+        jpeg_start_decompress(&jpeg);
+        while (jpeg.output_scanline < jpeg.output_height) {
+            JSAMPROW row = samples + jpeg.output_scanline * rowSize;
+            jpeg_read_scanlines(&jpeg, &row, 1);
+        }
+        jpeg_finish_decompress(&jpeg);
+    });
+}
+
+void JpegReader::takeProfile(Picture& picture) {
+    JOCTET* bytes = nullptr;
+    unsigned length = 0;
+    bool isWhole = false;
+    run([&] { isWhole = jpeg_read_icc_profile(&jpeg, &bytes, &length) != FALSE; });
+    const std::unique_ptr<JOCTET, decltype(&std::free)> owner(bytes, std::free);
+    if (isWhole) {
+        picture.profile.assign(bytes, bytes + length);
+    } else if (errors.refusedProfile) {
+        picture.dropped.emplace_back("ICC profile (damaged)");
+    }
+}
+
+void JpegReader::noteRest(Picture& picture) const {
+    struct Block {
+        std::string_view identifier;
+        const char* name;
+        int marker;
+    };
+    constexpr Block Blocks[] = {{{"Exif\0\0", 6}, "EXIF", Exif},
+                                {"http://ns.adobe.com/xap/1.0/", "XMP", Exif},
+                                {"Photoshop 3.0", "IPTC or other Photoshop data", Photoshop}};
+    for (const Block& block : Blocks) {
+        for (jpeg_saved_marker_ptr marker = jpeg.marker_list; marker != nullptr; marker = marker->next) {
+            const std::span<const unsigned char> data(marker->data, marker->data_length);
+            if (marker->marker == block.marker && asText(data).starts_with(block.identifier)) {
+                picture.metadata.emplace_back(block.name);
+                if (block.name == Blocks[0].name) {
+                    picture.orientation = exifOrientation(data.subspan(block.identifier.size()));
+                }
+                break;
+            }
+        }
+    }
+}
+
+Picture JpegReader::read(Part part) {
+    readHeader();
+    Picture picture = announced();
+    takeProfile(picture);
+    noteRest(picture);
+    if (part == Part::Everything) {
+        readPixels(picture);
+    }
+    return picture;
+}
+
+} // namespace
+
+Picture readJpeg(const std::string& path, Part part) {
+    return JpegReader(path).read(part);
+}

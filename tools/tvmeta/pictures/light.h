@@ -1,0 +1,30 @@
+// The light in a picture: its samples as numbers, and as the library's statistics use them.
+#pragma once
+
+#include "pictures/picture.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+// Shared-exponent pixels for hdrMinMax(): per row one plane each of blue, green and red mantissas and of exponents.
+// A mantissa m with exponent e is m * 2^(e - 128); e = 0 means no light.
+struct HdrPlanes {
+    static constexpr size_t Count = 4;
+
+    int32_t width = 0;
+    int32_t height = 0;
+    Bytes bytes = {};
+};
+
+// Red, green and blue of each pixel of a row; grey samples three times. Integers are taken as linear light, 1 is white.
+void readLight(const Picture& picture, size_t row, std::span<float> light);
+
+// The pixels with mantissas of 8 bits. A pixel with a colour that is not finite has no light.
+HdrPlanes sharedExponentPlanes(const Picture& picture);
+
+// The planes of a picture file. Those of a Radiance file are its own unless they need a correction.
+HdrPlanes loadPlanes(const std::string& path, const Picture& picture);
+
+// Pixels with a colour at the upper end: white in integers, the largest finite value of the picture in floats.
+uint64_t clippedPixels(const Picture& picture);

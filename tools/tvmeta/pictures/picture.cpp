@@ -1,0 +1,79 @@
+#include "pictures/picture.h"
+
+#include "output/failure.h"
+
+#if __has_include(<sys/mman.h>)
+#include <sys/mman.h>
+#endif
+
+#include <filesystem>
+#include <limits>
+#include <new>
+#include <system_error>
+
+namespace {
+
+// Large pages spare most page faults, which cost as much time as the copying of the samples.
+void useLargePages([[maybe_unused]] unsigned char* memory, [[maybe_unused]] size_t size) {
+#ifdef MADV_HUGEPAGE
+    constexpr size_t PageSize = size_t{1} << 21;
+    const auto skipped = (PageSize - reinterpret_cast<uintptr_t>(memory) % PageSize) % PageSize;
+    if (size > PageSize + skipped) {
+        madvise(memory + skipped, size - skipped, MADV_HUGEPAGE);
+    }
+#endif
+}
+
+} // namespace
+
+void Samples::resize(size_t size) {
+    auto* const resized = static_cast<unsigned char*>(std::realloc(bytes.get(), size == 0 ? 1 : size));
+    if (resized == nullptr) {
+        throw std::bad_alloc();
+    }
+    static_cast<void>(bytes.release());
+    bytes.reset(resized);
+    useLargePages(resized, size);
+    count = size;
+}
+
+size_t rowBytes(const Picture& picture) {
+    return static_cast<size_t>(picture.width) * static_cast<size_t>(picture.channels) *
+           static_cast<size_t>(bytesPerSample(picture.depth));
+}
+
+size_t sampleBytes(const Picture& picture) {
+    return rowBytes(picture) * static_cast<size_t>(picture.height);
+}
+
+Picture announcedPicture(const std::string& path, int64_t width, int64_t height, int32_t channels, Depth depth) {
+    constexpr int64_t MaxSide = std::numeric_limits<int32_t>::max();
+    constexpr int64_t MaxBytes = std::numeric_limits<int32_t>::max() - 8; // after the header of a TIFF file
+    const int64_t pixelBytes = int64_t{channels} * bytesPerSample(depth);
+    if (width < 1 || height < 1 || width > MaxSide || height > MaxSide || width > MaxBytes / pixelBytes / height) {
+        throw Failure(path, "expected a picture of 1 pixel to 2 GiB, found " + std::to_string(width) + " x " +
+                                std::to_string(height) + " pixels of " + std::to_string(pixelBytes) + " bytes");
+    }
+    return {static_cast<int32_t>(width), static_cast<int32_t>(height), channels, depth};
+}
+
+void requireFileBytes(const std::string& path, const Picture& picture, uint64_t leastBytes) {
+    std::error_code error;
+    const std::uintmax_t fileSize = std::filesystem::file_size(path, error);
+    if (!error && leastBytes > fileSize) {
+        throw Failure(path, "it is too short for " + std::to_string(picture.width) + " x " +
+                                std::to_string(picture.height) + " pixels: expected " + std::to_string(leastBytes) +
+                                " bytes or more, found " + std::to_string(fileSize));
+    }
+}
+
+File openPicture(const std::string& path) {
+    constexpr size_t BufferSize = size_t{1} << 18;
+    File file = openFile(path);
+    std::setvbuf(file.get(), nullptr, _IOFBF, BufferSize);
+    return file;
+}
+
+std::string colourSpaceOf(const Bytes& profile) {
+    return profile.size() < 20 ? "" : std::string(asText(profile).substr(16, 4));
+}

@@ -1,0 +1,74 @@
+// A picture in memory: what every decoder returns, and what the commands write and measure.
+#pragma once
+
+#include "output/files.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+// Sample formats; the values are the bitsCode of TifImageInfo.
+enum class Depth : int32_t { Integer8 = 8, Integer16 = 16, Float32 = 32, Float16 = 3216 };
+
+constexpr int32_t bytesPerSample(Depth depth) {
+    return depth == Depth::Float16 ? 2 : static_cast<int32_t>(depth) / 8;
+}
+
+constexpr bool isFloat(Depth depth) {
+    return depth == Depth::Float16 || depth == Depth::Float32;
+}
+
+// Sample bytes. New ones are not cleared, so memory that no decoder has written yet costs nothing.
+class Samples {
+  public:
+    // Keeps the bytes up to the smaller of both sizes. Throws std::bad_alloc.
+    void resize(size_t size);
+
+    unsigned char* data() { return bytes.get(); }
+    const unsigned char* data() const { return bytes.get(); }
+    size_t size() const { return count; }
+
+  private:
+    struct Free {
+        void operator()(unsigned char* memory) const { std::free(memory); }
+    };
+
+    std::unique_ptr<unsigned char, Free> bytes;
+    size_t count = 0;
+};
+
+// Interleaved samples in machine byte order, rows from the top without padding. Of two or four channels the last is
+// alpha, which the library does not write.
+struct Picture {
+    int32_t width = 0;
+    int32_t height = 0;
+    int32_t channels = 0;
+    Depth depth = Depth::Integer8;
+    Samples samples = {};
+    Bytes profile = {};                      // its own ICC profile, empty if it has none
+    std::optional<int32_t> orientation = {}; // its own TIFF orientation code
+    std::vector<std::string> dropped = {};   // what the file has beyond this
+    std::vector<std::string> metadata = {};  // blocks of it that are not read: EXIF, IPTC, XMP
+};
+
+constexpr int32_t colourChannels(const Picture& picture) {
+    return picture.channels >= 3 ? 3 : 1;
+}
+
+size_t rowBytes(const Picture& picture);
+size_t sampleBytes(const Picture& picture);
+
+// The picture that a header announces, without its samples. Throws Failure for a size that no result may have.
+Picture announcedPicture(const std::string& path, int64_t width, int64_t height, int32_t channels, Depth depth);
+
+// Throws Failure when `leastBytes`, which the announced pixels need at least, exceed the size of the file.
+void requireFileBytes(const std::string& path, const Picture& picture, uint64_t leastBytes);
+
+// Opens a picture for reading from front to back.
+File openPicture(const std::string& path);
+
+// The colour space of an ICC profile (ICC.1, profile header), such as "RGB " or "GRAY".
+std::string colourSpaceOf(const Bytes& profile);

@@ -1,0 +1,51 @@
+// The text at the start of a Radiance HDR picture, and the bytes after it.
+#pragma once
+
+#include "output/files.h"
+#include "pictures/picture.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+using ByteSpan = std::span<const unsigned char>;
+
+// The bytes of a file, from front to back, through one window.
+class ByteSource {
+  public:
+    explicit ByteSource(const std::string& name) : path(name), file(openFile(name)), window(WindowSize) {}
+
+    // The next `count` bytes, at most WindowSize; at the end of the file peek returns fewer, take throws Failure. They
+    // are valid until the next call.
+    ByteSpan peek(size_t count);
+    ByteSpan take(size_t count);
+
+    // The next line, without its line feed.
+    std::string line();
+
+    static constexpr size_t WindowSize = size_t{1} << 18;
+
+    const std::string& path;
+
+  private:
+    File file;
+    Bytes window;
+    size_t first = 0; // unread bytes of the window
+    size_t last = 0;
+};
+
+struct RadianceHeader {
+    int32_t width = 0;
+    int32_t height = 0;
+    bool isBottomUp = false;
+    std::array<double, 3> correction = {1, 1, 1}; // what the colours were multiplied by since they were light
+    Bytes profile = {};
+    std::vector<std::string> dropped = {};
+
+    bool isCorrected() const { return correction != std::array<double, 3>{1, 1, 1}; }
+};
+
+// Throws Failure for a header that is damaged or of a kind that is not supported.
+RadianceHeader readRadianceHeader(ByteSource& source);

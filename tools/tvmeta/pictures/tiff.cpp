@@ -1,0 +1,352 @@
+// TIFF pictures, through libtiff: the first one of a file.
+
+#include "output/failure.h"
+#include "pictures/decoders.h"
+
+#include <tiffio.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+namespace {
+
+struct TiffCloser {
+    void operator()(TIFF* tiff) const { TIFFClose(tiff); }
+};
+
+struct OptionsFreer {
+    void operator()(TIFFOpenOptions* options) const { TIFFOpenOptionsFree(options); }
+};
+
+// What libtiff reports: the first error, of which later ones are consequences, and whether it skipped a damaged tag.
+struct Report {
+    std::array<char, 200> reason = {};
+    bool ignoredTag = false;
+};
+
+int onError(TIFF*, void* data, const char*, const char* format, std::va_list arguments) {
+    auto& reason = static_cast<Report*>(data)->reason;
+    if (reason.front() == 0) {
+        std::vsnprintf(reason.data(), reason.size(), format, arguments);
+    }
+    return 1; // handled
+}
+
+int onWarning(TIFF*, void* data, const char*, const char* format, std::va_list) {
+    auto* const report = static_cast<Report*>(data);
+    report->ignoredTag = report->ignoredTag || std::strstr(format, "tag ignored") != nullptr;
+    return 1;
+}
+
+// How the samples are stored (TIFF 6.0).
+struct Layout {
+    uint32_t width = 0;
+    uint32_t height = 0;
+    uint16_t samples = 1; // of a pixel, in the file
+    uint16_t bits = 1;
+    uint16_t format = SAMPLEFORMAT_UINT;
+    uint16_t photometric = PHOTOMETRIC_MINISBLACK;
+    uint16_t compression = COMPRESSION_NONE;
+    bool isPlanar = false;
+    bool isTiled = false;
+};
+
+class TiffReader {
+  public:
+    explicit TiffReader(const std::string& name);
+    Picture read(Part part);
+
+  private:
+    template <typename Value>
+    Value field(uint32_t tag, Value otherwise) const {
+        TIFFGetFieldDefaulted(tiff.get(), tag, &otherwise);
+        return otherwise;
+    }
+
+    [[noreturn]] void fail() const;
+    void require(bool isRead) const {
+        if (!isRead) {
+            fail();
+        }
+    }
+
+    void readLayout();
+    int32_t colours();
+    Depth depth() const;
+    Picture announced();
+
+    void readPixels(Picture& picture);
+    void readStrips(Picture& picture);
+    void readRows(Picture& picture, uint16_t plane);
+    void readTiles(Picture& picture, uint16_t plane);
+    void copyPixels(const unsigned char* from, Picture& picture, size_t x, size_t y, size_t count, uint16_t plane);
+
+    void takeProfile(Picture& picture) const;
+    void noteRest(Picture& picture) const;
+
+    const std::string& path;
+    Report report;
+    std::unique_ptr<TIFF, TiffCloser> tiff;
+    Layout layout;
+};
+
+TiffReader::TiffReader(const std::string& name) : path(name) {
+    openFile(path); // for the reason if it cannot be read
+    const std::unique_ptr<TIFFOpenOptions, OptionsFreer> options(TIFFOpenOptionsAlloc());
+    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), onError, &report);
+    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), onWarning, &report);
+    tiff.reset(TIFFOpenExt(path.c_str(), "rm", options.get())); // m: pages of a mapped file would count as memory
+    require(tiff != nullptr);
+    readLayout();
+}
+
+void TiffReader::fail() const {
+    throw Failure(path, std::string("it cannot be decoded as TIFF: ") +
+                            (report.reason.front() == 0 ? "its pixels are incomplete" : report.reason.data()));
+}
+
+void TiffReader::readLayout() {
+    layout.width = field<uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
+    layout.height = field<uint32_t>(TIFFTAG_IMAGELENGTH, 0);
+    layout.samples = field<uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1);
+    layout.bits = field<uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
+    layout.format = field<uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
+    layout.photometric = field<uint16_t>(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+    layout.compression = field<uint16_t>(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+    layout.isPlanar = field<uint16_t>(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE;
+    layout.isTiled = TIFFIsTiled(tiff.get()) != 0;
+}
+
+std::string nameOf(uint16_t photometric) {
+    constexpr std::pair<uint16_t, const char*> Names[] = {
+        {PHOTOMETRIC_PALETTE, "a palette"}, {PHOTOMETRIC_MASK, "a mask"},       {PHOTOMETRIC_SEPARATED, "CMYK"},
+        {PHOTOMETRIC_YCBCR, "YCbCr"},       {PHOTOMETRIC_CIELAB, "CIE L*a*b*"}, {PHOTOMETRIC_CFA, "raw sensor data"},
+        {PHOTOMETRIC_LOGL, "LogL"},         {PHOTOMETRIC_LOGLUV, "LogLuv"},
+    };
+    const auto* const name = std::ranges::find(Names, photometric, [](const auto& entry) { return entry.first; });
+    return name == std::end(Names) ? "photometric interpretation " + std::to_string(photometric) : name->second;
+}
+
+// Samples of a pixel that are colours. The JPEG codec converts YCbCr itself.
+int32_t TiffReader::colours() {
+    switch (layout.photometric) {
+    case PHOTOMETRIC_MINISWHITE:
+    case PHOTOMETRIC_MINISBLACK:
+        return 1;
+    case PHOTOMETRIC_YCBCR:
+        if (layout.compression == COMPRESSION_JPEG && !layout.isPlanar) {
+            TIFFSetField(tiff.get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+            return 3;
+        }
+        break;
+    case PHOTOMETRIC_RGB:
+        return 3;
+    default:
+        break;
+    }
+    throw Failure(path, "expected a grey or RGB picture, found " + nameOf(layout.photometric) + "; convert it first");
+}
+
+Depth TiffReader::depth() const {
+    const bool isInteger = layout.format == SAMPLEFORMAT_UINT || layout.format == SAMPLEFORMAT_VOID;
+    const bool isReal = layout.format == SAMPLEFORMAT_IEEEFP;
+    if (isInteger && layout.bits == 8) {
+        return Depth::Integer8;
+    }
+    if (isInteger && layout.bits == 16) {
+        return Depth::Integer16;
+    }
+    if (isReal && layout.bits == 16) {
+        return Depth::Float16;
+    }
+    if (isReal && layout.bits == 32) {
+        return Depth::Float32;
+    }
+    const char* const kind = isReal ? "floats" : isInteger ? "unsigned integers" : "signed or complex numbers";
+    throw Failure(path, "expected unsigned integers of 8 or 16 bits or floats of 16 or 32 bits, found " +
+                            std::string(kind) + " of " + std::to_string(layout.bits) + " bits");
+}
+
+// The picture keeps a single alpha sample, which the library then leaves out: rows can be read in place.
+Picture TiffReader::announced() {
+    const int32_t kept = colours();
+    const Depth samples = depth();
+    if (layout.samples < kept) {
+        throw Failure(path, "expected 3 samples for each RGB pixel, found " + std::to_string(layout.samples));
+    }
+    if (layout.photometric == PHOTOMETRIC_MINISWHITE && isFloat(samples)) {
+        throw Failure(path, "expected floats with black as zero, found white as zero");
+    }
+    if (TIFFIsCODECConfigured(layout.compression) == 0) {
+        throw Failure(path, "its compression, code " + std::to_string(layout.compression) +
+                                ", is not supported by the TIFF library of this system");
+    }
+    const bool hasOneMore = layout.samples == kept + 1 && !layout.isPlanar;
+    Picture picture = announcedPicture(path, layout.width, layout.height, hasOneMore ? kept + 1 : kept, samples);
+    if (layout.compression == COMPRESSION_NONE) {
+        requireFileBytes(path, picture, sampleBytes(picture));
+    }
+    return picture;
+}
+
+// Copies `count` pixels of a row to their place, from a buffer with all samples of a pixel or those of one plane.
+void TiffReader::copyPixels(const unsigned char* from, Picture& picture, size_t x, size_t y, size_t count,
+                            uint16_t plane) {
+    const auto sampleSize = static_cast<size_t>(bytesPerSample(picture.depth));
+    const size_t pixelSize = sampleSize * static_cast<size_t>(picture.channels);
+    const size_t step = layout.isPlanar ? sampleSize : sampleSize * layout.samples;
+    const size_t copied = layout.isPlanar ? sampleSize : pixelSize;
+    unsigned char* to = picture.samples.data() + y * rowBytes(picture) + x * pixelSize + plane * sampleSize;
+    for (size_t i = 0; i < count; ++i) {
+        std::memcpy(to, from, copied);
+        from += step;
+        to += pixelSize;
+    }
+}
+
+// Strips whose rows are those of the picture are decoded in place.
+void TiffReader::readStrips(Picture& picture) {
+    const size_t rowSize = rowBytes(picture);
+    const uint32_t stripRows =
+        std::clamp<uint32_t>(field<uint32_t>(TIFFTAG_ROWSPERSTRIP, layout.height), 1, layout.height);
+    for (uint32_t row = 0; row < layout.height; row += std::min(stripRows, layout.height - row)) {
+        const auto size = static_cast<tmsize_t>(std::min(stripRows, layout.height - row) * rowSize);
+        const uint32_t strip = TIFFComputeStrip(tiff.get(), row, 0);
+        require(TIFFReadEncodedStrip(tiff.get(), strip, picture.samples.data() + row * rowSize, size) == size);
+    }
+}
+
+void TiffReader::readRows(Picture& picture, uint16_t plane) {
+    Bytes row(static_cast<size_t>(TIFFScanlineSize64(tiff.get())));
+    for (uint32_t y = 0; y < layout.height; ++y) {
+        require(TIFFReadScanline(tiff.get(), row.data(), y, plane) == 1);
+        copyPixels(row.data(), picture, 0, y, layout.width, plane);
+    }
+}
+
+void TiffReader::readTiles(Picture& picture, uint16_t plane) {
+    constexpr uint64_t MaxTileBytes = uint64_t{1} << 28;
+    const auto width = field<uint32_t>(TIFFTAG_TILEWIDTH, 0);
+    const auto height = field<uint32_t>(TIFFTAG_TILELENGTH, 0);
+    const uint64_t rowSize = TIFFTileRowSize64(tiff.get());
+    const uint64_t size = TIFFTileSize64(tiff.get());
+    const uint64_t pixelSize =
+        static_cast<uint64_t>(bytesPerSample(picture.depth)) * (layout.isPlanar ? 1 : layout.samples);
+    if (width == 0 || height == 0 || size > MaxTileBytes || rowSize / pixelSize < width || size / rowSize < height) {
+        throw Failure(path, "expected tiles of 256 MiB at most, found " + std::to_string(width) + " x " +
+                                std::to_string(height) + " pixels");
+    }
+    Samples tile;
+    tile.resize(size);
+    for (uint64_t y = 0; y < layout.height; y += height) {
+        for (uint64_t x = 0; x < layout.width; x += width) {
+            require(TIFFReadTile(tiff.get(), tile.data(), static_cast<uint32_t>(x), static_cast<uint32_t>(y), 0,
+                                 plane) >= 0);
+            for (uint64_t row = 0; row < std::min<uint64_t>(height, layout.height - y); ++row) {
+                copyPixels(tile.data() + row * rowSize, picture, x, y + row,
+                           std::min<uint64_t>(width, layout.width - x), plane);
+            }
+        }
+    }
+}
+
+// White as zero becomes black as zero.
+void invert(Picture& picture) {
+    unsigned char* const bytes = picture.samples.data();
+    for (size_t i = 0; i < picture.samples.size(); ++i) {
+        bytes[i] = static_cast<unsigned char>(~bytes[i]); // of 16 bits both
+    }
+}
+
+void TiffReader::readPixels(Picture& picture) {
+    const uint64_t samples = layout.isPlanar ? 1 : layout.samples;
+    const uint64_t pixelsSize = samples * static_cast<uint64_t>(bytesPerSample(picture.depth)) * layout.width;
+    if (!layout.isTiled && TIFFScanlineSize64(tiff.get()) != pixelsSize) {
+        throw Failure(path, "expected rows of " + std::to_string(pixelsSize) + " bytes, found " +
+                                std::to_string(TIFFScanlineSize64(tiff.get())));
+    }
+    picture.samples.resize(sampleBytes(picture));
+    const auto planes = static_cast<uint16_t>(layout.isPlanar ? picture.channels : 1);
+    for (uint16_t plane = 0; plane < planes; ++plane) {
+        if (layout.isTiled) {
+            readTiles(picture, plane);
+        } else if (pixelsSize == rowBytes(picture)) {
+            readStrips(picture);
+        } else {
+            readRows(picture, plane);
+        }
+    }
+    if (layout.photometric == PHOTOMETRIC_MINISWHITE) {
+        invert(picture);
+    }
+}
+
+void TiffReader::takeProfile(Picture& picture) const {
+    uint32_t length = 0;
+    const unsigned char* bytes = nullptr;
+    if (TIFFGetField(tiff.get(), TIFFTAG_ICCPROFILE, &length, &bytes) == 1 && bytes != nullptr) {
+        picture.profile.assign(bytes, bytes + length);
+    }
+    const void* values = nullptr;
+    if (picture.profile.empty() && TIFFGetField(tiff.get(), TIFFTAG_PRIMARYCHROMATICITIES, &values) == 1) {
+        picture.dropped.emplace_back("chromaticities");
+    }
+}
+
+void TiffReader::noteRest(Picture& picture) const {
+    const int extra = layout.samples - colourChannels(picture);
+    uint16_t count = 0;
+    const uint16_t* kinds = nullptr;
+    const bool isKnown = TIFFGetField(tiff.get(), TIFFTAG_EXTRASAMPLES, &count, &kinds) == 1 && count > 0;
+    if (extra == 1 && isKnown && kinds[0] != EXTRASAMPLE_UNSPECIFIED) {
+        picture.dropped.emplace_back(kinds[0] == EXTRASAMPLE_ASSOCALPHA ? "alpha (colours stay multiplied by it)"
+                                                                        : "alpha");
+    } else if (extra > 0) {
+        picture.dropped.push_back(std::to_string(extra) + " more " + (extra == 1 ? "channel" : "channels"));
+    }
+    if (TIFFLastDirectory(tiff.get()) == 0) {
+        picture.dropped.emplace_back("further pages");
+    }
+    if (report.ignoredTag) {
+        picture.dropped.emplace_back("damaged tags");
+    }
+    uint64_t directory = 0;
+    if (TIFFGetField(tiff.get(), TIFFTAG_EXIFIFD, &directory) == 1) {
+        picture.metadata.emplace_back("EXIF");
+    }
+    if (TIFFGetField(tiff.get(), TIFFTAG_GPSIFD, &directory) == 1) {
+        picture.metadata.emplace_back("GPS");
+    }
+    uint32_t length = 0;
+    const void* block = nullptr;
+    if (TIFFGetField(tiff.get(), TIFFTAG_RICHTIFFIPTC, &length, &block) == 1) {
+        picture.metadata.emplace_back("IPTC");
+    }
+    if (TIFFGetField(tiff.get(), TIFFTAG_XMLPACKET, &length, &block) == 1) {
+        picture.metadata.emplace_back("XMP");
+    }
+}
+
+Picture TiffReader::read(Part part) {
+    Picture picture = announced();
+    uint16_t code = 0;
+    if (TIFFGetField(tiff.get(), TIFFTAG_ORIENTATION, &code) == 1 && code >= 1 && code <= 8) {
+        picture.orientation = code;
+    }
+    takeProfile(picture);
+    noteRest(picture);
+    if (part == Part::Everything) {
+        readPixels(picture);
+    }
+    return picture;
+}
+
+} // namespace
+
+Picture readTiff(const std::string& path, Part part) {
+    return TiffReader(path).read(part);
+}
