@@ -66,7 +66,7 @@ def _resources(file: BinaryIO) -> Iterator[tuple[int, Place]]:
         head = file.read(7)
         if len(head) < 7 or head[:4] != b"8BIM":
             return
-        file.seek(head[6] | 1, os.SEEK_CUR)  # the name and its length byte take an even size
+        file.seek(head[6] | 1, os.SEEK_CUR)  # the name and its length byte occupy an even size
         length = int.from_bytes(file.read(4), "big")
         place = Place(file.tell(), length)
         yield int.from_bytes(head[4:6], "big"), place
