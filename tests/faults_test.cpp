@@ -212,7 +212,7 @@ struct Bench {
              [this] { return write_xmp(out.c_str(), 11, settings); },
              isPacket,
              {{-4}, {-1}, {}, {}, {}, {-3}, {-3}},
-             [this, isOld] { return monitor.failing != Allocation || isOld(); }},
+             [isOld] { return monitor.failing != Allocation || isOld(); }},
             {"update_tif_profile",
              restore,
              [this] { return replaceProfile(); },
