@@ -1,4 +1,4 @@
-// tvmeta icc: describes a profile, or replaces that of a TIFF file.
+// tvmeta icc: describes a profile, or replaces the profile of a TIFF file.
 
 #include "commands/icc.h"
 

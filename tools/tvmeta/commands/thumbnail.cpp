@@ -1,4 +1,4 @@
-// tvmeta thumbnail: the JPEG thumbnails inside photographs as files.
+// tvmeta thumbnail: writes the JPEG thumbnails of photographs to files.
 
 #include "commands/commands.h"
 #include "output/failure.h"
@@ -29,7 +29,7 @@ struct Options {
 Bytes readThumbnail(const Photo& photo) {
     Bytes thumbnail = readRegion(photo.path, photo.parts.thumbnail);
     if (!asText(thumbnail).starts_with("\xFF\xD8")) {
-        throw Failure(photo.path, "it has no JPEG thumbnail");
+        throw Failure(photo.path, "no JPEG thumbnail");
     }
     return thumbnail;
 }
@@ -38,12 +38,12 @@ void writeThumbnail(const Photo& photo, const std::string& path, bool force) {
     const Bytes thumbnail = readThumbnail(photo);
     std::error_code error;
     if (!force && fs::is_regular_file(path, error)) {
-        throw Failure(path, "it exists; left unchanged (--force replaces it)");
+        throw Failure(path, "already exists; left unchanged (use --force to replace it)");
     }
     writeOutput(path, {photo.path}, [&](OutputFile& output) { output.write(asText(thumbnail)); });
 }
 
-// The photograph's name in the folder, with the subfolders in which it was found.
+// The path of the photograph relative to the folder that was searched.
 fs::path targetOf(const Photo& photo, const Options& options) {
     fs::path name = fs::path(photo.path).filename();
     std::error_code error;
@@ -108,7 +108,7 @@ void addThumbnailCommand(CLI::App& app) {
     command->add_flag("-r,--recursive", options->recursive, "Read the photographs in folders and subfolders");
     command->add_flag("--force", options->force, "Replace existing files");
     command->footer("In a folder, thumbnails have the names and subfolders of their photographs;\n"
-                    "names that do not end in .jpg get that ending.\n\n"
+                    "the extension .jpg is added to other names.\n\n"
                     "Examples:\n"
                     "  tvmeta thumbnail scene.jpg -o small.jpg\n"
                     "  tvmeta thumbnail -r photos -o small");

@@ -43,7 +43,7 @@ struct ProfileCloser {
     void operator()(void* profile) const { cmsCloseProfile(profile); }
 };
 
-// In UTF-8, which is the encoding of the process.
+// In UTF-8, the encoding of the process.
 std::string narrow(const wchar_t* text) {
     std::string bytes;
     std::mbstate_t state = {};

@@ -1,11 +1,11 @@
-// What ICC profiles say about themselves (ICC.1).
+// The description of ICC profiles (ICC.1).
 #pragma once
 
 #include "output/files.h"
 
 #include <string>
 
-// The name of a profile of any version, in English where it has several; empty if it has none.
+// The name of a profile of any version, in English if it has several; empty if it has none.
 std::string profileName(const Bytes& profile);
 
 // Version, class and colour space from the header of 128 bytes.
