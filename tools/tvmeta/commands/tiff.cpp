@@ -85,12 +85,12 @@ Metadata collectMetadata(const Options& options, const Picture& picture) {
     return metadata;
 }
 
-// The depth of the file, which unless chosen is that of the picture.
+// The depth of the file (default: that of the picture).
 Depth depthOf(const Options& options, const Picture& picture) {
     return options.depth.empty() ? picture.depth : DepthNames.at(options.depth);
 }
 
-// The picture with samples for that depth. 16-bit samples are left to the library where 8-bit ones are wanted.
+// Converts the picture to that depth, except from 16 to 8 bits, which the library does.
 Picture pictureFor(const Options& options) {
     Picture picture = loadPicture(options.image);
     const Depth depth = depthOf(options, picture);
@@ -162,7 +162,7 @@ void writePicture(const Options& options, const Metadata& metadata, const Pictur
         .pixelMode = isReduced ? 1 : 0,
         .orientation = orientationOf(options, picture, metadata),
     };
-    // In samples where the library reduces them, else in bytes.
+    // In samples if the library converts them, else in bytes.
     const int32_t rowPitch = checkedSize(isReduced ? rowBytes(picture) / 2 : rowBytes(picture));
     const int32_t packetLength = metadata.packet.empty() ? 0 : textSize(metadata.packet);
     const std::string path = output.libraryPath();
