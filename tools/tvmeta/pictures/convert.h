@@ -1,4 +1,4 @@
-// Changes the sample format of a picture, within its memory.
+// Converts the sample format of a picture in place.
 #pragma once
 
 #include "pictures/picture.h"

@@ -1,5 +1,5 @@
-// One decoder per picture format. Each throws Failure for a file that is damaged or of a kind that it does not support.
-// A decoder whose library the build lacks is null.
+// One decoder per picture format. Each throws Failure if the file is damaged or not supported. A decoder is null if its
+// library is missing in the build.
 #pragma once
 
 #include "pictures/picture.h"

@@ -42,8 +42,8 @@ std::string joined(const Names& names) {
     return list.empty() ? "none" : list;
 }
 
-// The channels to read: red, green and blue, or the luminance alone. With colour differences beside it the luminance
-// would be only a part of the picture.
+// The channels to read: red, green and blue, or only the luminance. With colour differences, the luminance would be
+// only a part of the picture.
 Names chosenChannels(const std::string& path, const Imf::ChannelList& channels) {
     Names names = {"R", "G", "B"};
     const bool isGrey = channels.findChannel("Y") != nullptr && channels.findChannel("RY") == nullptr;
@@ -56,7 +56,7 @@ Names chosenChannels(const std::string& path, const Imf::ChannelList& channels) 
             throw Failure(path, "expected channels R, G and B or Y alone, found " + joined(namesOf(channels)));
         }
         if (channel->xSampling != 1 || channel->ySampling != 1) {
-            throw Failure(path, "expected channels of full size, found a reduced " + name);
+            throw Failure(path, "expected channels of full size, found a subsampled " + name);
         }
     }
     return names;
@@ -74,7 +74,7 @@ Picture announced(const std::string& path, const Imf::Header& header, const Name
                             areHalf(header.channels(), names) ? Depth::Float16 : Depth::Float32);
 }
 
-// The file's description of its colours; without one they are unknown, as in most files.
+// The chromaticities of the file; unknown in most files.
 void takeColours(const Imf::Header& header, Picture& picture) {
     if (!Imf::hasChromaticities(header)) {
         return;
@@ -107,7 +107,7 @@ void noteRest(const Imf::MultiPartInputFile& file, const Names& names, Picture& 
         picture.dropped.push_back((others.size() == 1 ? "channel " : "channels ") + joined(others));
     }
     if (hasIntegers) {
-        picture.dropped.emplace_back("digits of 32-bit integers that floats lack");
+        picture.dropped.emplace_back("precision of 32-bit integers");
     }
     if (file.parts() > 1) {
         picture.dropped.emplace_back("further parts");
@@ -135,7 +135,7 @@ Picture readFirstPart(const std::string& path, Part part) {
     Imf::MultiPartInputFile file(path.c_str(), 0);
     const Imf::Header& header = file.header(0);
     if (header.hasType() && Imf::isDeepData(header.type())) {
-        throw Failure(path, "expected a picture with one sample in each pixel, found a deep one");
+        throw Failure(path, "expected a picture with one sample in each pixel, found a deep picture");
     }
     const Names names = chosenChannels(path, header.channels());
     Picture picture = announced(path, header, names);
@@ -150,7 +150,7 @@ Picture readFirstPart(const std::string& path, Part part) {
 } // namespace
 
 Picture readExr(const std::string& path, Part part) {
-    openFile(path); // for the reason if it cannot be read
+    openFile(path); // reports why the file cannot be read
     try {
         return readFirstPart(path, part);
     } catch (const Failure&) {
@@ -158,6 +158,6 @@ Picture readExr(const std::string& path, Part part) {
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& error) {
-        throw Failure(path, std::string("it cannot be decoded as OpenEXR: ") + error.what());
+        throw Failure(path, std::string("cannot be decoded as OpenEXR: ") + error.what());
     }
 }

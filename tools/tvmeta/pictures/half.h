@@ -1,4 +1,4 @@
-// 16-bit floats (IEEE 754 binary16), of which the compilers have no type yet.
+// 16-bit floats (IEEE 754 binary16), for which compilers have no standard type.
 #pragma once
 
 #include <algorithm>
@@ -15,8 +15,8 @@ inline float floatFromHalf(uint16_t half) {
     return std::bit_cast<float>(bits);
 }
 
-// Rounds to the nearest, half-way values to even. Values beyond the range become the largest finite number, since an
-// infinite pixel would spoil every later calculation.
+// Rounds to nearest, ties to even. Values out of range become the largest finite number, because an infinite pixel
+// would spoil every later calculation.
 inline uint16_t halfFromFloat(float value) {
     constexpr float Largest = 65504;
     constexpr float SmallestNormal = 0x1p-14F;

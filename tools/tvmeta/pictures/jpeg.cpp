@@ -4,7 +4,7 @@
 #include "pictures/decoders.h"
 #include "pictures/exif_orientation.h"
 
-#include <cstdio> // before the header of libjpeg, which needs it
+#include <cstdio> // jpeglib.h requires it
 
 #include <jpeglib.h>
 
@@ -22,7 +22,7 @@ constexpr int Exif = JPEG_APP0 + 1;
 constexpr int IccProfile = JPEG_APP0 + 2;
 constexpr int Photoshop = JPEG_APP0 + 13;
 
-// The error manager, which libjpeg passes to the functions below, with what they need.
+// The error manager and its data. libjpeg passes it to the functions below.
 struct ErrorManager : jpeg_error_mgr {
     std::jmp_buf environment;
     std::array<char, JMSG_LENGTH_MAX> reason;
@@ -35,7 +35,7 @@ struct ErrorManager : jpeg_error_mgr {
     std::longjmp(errors->environment, 1);
 }
 
-// libjpeg fills in what a damaged file lacks, and only warns. A result should not contain such pixels.
+// For a damaged file, libjpeg invents the missing pixels and only warns. A result must not contain them.
 void onMessage(j_common_ptr jpeg, int level) {
     constexpr std::array Harmless = {JWRN_ADOBE_XFORM,     JWRN_BOGUS_ICC,  JWRN_BOGUS_PROGRESSION,
                                      JWRN_EXTRANEOUS_DATA, JWRN_JFIF_MAJOR, JWRN_NOT_SEQUENTIAL};
@@ -46,7 +46,7 @@ void onMessage(j_common_ptr jpeg, int level) {
     }
 }
 
-// A small file can ask for thousands of passes over a large picture.
+// A small file can require thousands of passes over a large picture.
 void onProgress(j_common_ptr jpeg) {
     constexpr int MaxScans = 500;
     if (reinterpret_cast<j_decompress_ptr>(jpeg)->input_scan_number > MaxScans) {
@@ -71,11 +71,11 @@ class JpegReader {
     Picture read(Part part);
 
   private:
-    // Runs calls of libjpeg. On an error libjpeg jumps out of `calls`, which therefore owns nothing.
+    // Runs calls of libjpeg. On an error, libjpeg jumps out of `calls`, so `calls` must not own resources.
     template <typename Calls>
     void run(const Calls& calls) {
         if (setjmp(errors.environment) != 0) {
-            throw Failure(path, std::string("it cannot be decoded as JPEG: ") + errors.reason.data());
+            throw Failure(path, std::string("cannot be decoded as JPEG: ") + errors.reason.data());
         }
         calls();
     }
@@ -113,7 +113,7 @@ Picture JpegReader::announced() const {
     constexpr uint64_t MaxCompression = 8 * 64; // one bit for a block of 8 x 8 pixels
     requireFileBytes(path, picture,
                      static_cast<uint64_t>(picture.width) * static_cast<uint64_t>(picture.height) / MaxCompression);
-    constexpr size_t MaxProgressiveBytes = size_t{1} << 29; // its coefficients need twice as much memory again
+    constexpr size_t MaxProgressiveBytes = size_t{1} << 29; // the coefficients need twice as much memory
     if (jpeg.progressive_mode != FALSE && sampleBytes(picture) > MaxProgressiveBytes) {
         throw Failure(path, "expected a progressive picture of 512 MiB at most, found " +
                                 std::to_string(picture.width) + " x " + std::to_string(picture.height) + " pixels");

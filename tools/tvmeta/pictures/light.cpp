@@ -30,7 +30,7 @@ void readSamples(const Picture& picture, size_t row, std::span<float> light, con
     }
 }
 
-// The exponent with which the brightest colour uses all 8 bits of its mantissa; 0, no light, for a pixel that is black,
+// The exponent for which the brightest colour uses all 8 bits of its mantissa; 0 (no light) for a pixel that is black,
 // too dark, or not finite.
 uint32_t sharedExponent(std::span<const float, Colours> pixel) {
     constexpr uint32_t InfiniteField = 0xFF;

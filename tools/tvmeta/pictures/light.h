@@ -1,4 +1,4 @@
-// The light in a picture: its samples as numbers, and as the library's statistics use them.
+// The samples of a picture as linear light, and in the form of the library's statistics.
 #pragma once
 
 #include "pictures/picture.h"
@@ -17,14 +17,15 @@ struct HdrPlanes {
     Bytes bytes = {};
 };
 
-// Red, green and blue of each pixel of a row; grey samples three times. Integers are taken as linear light, 1 is white.
+// Red, green and blue of each pixel of a row; grey samples three times. Integers are treated as linear light, 1 is
+// white.
 void readLight(const Picture& picture, size_t row, std::span<float> light);
 
-// The pixels with mantissas of 8 bits. A pixel with a colour that is not finite has no light.
+// Converts the pixels to 8-bit mantissas. A pixel with a colour that is not finite has no light.
 HdrPlanes sharedExponentPlanes(const Picture& picture);
 
-// The planes of a picture file. Those of a Radiance file are its own unless they need a correction.
+// The planes of a picture file. Those of a Radiance file are used unchanged unless they need a correction.
 HdrPlanes loadPlanes(const std::string& path, const Picture& picture);
 
-// Pixels with a colour at the upper end: white in integers, the largest finite value of the picture in floats.
+// Counts clipped pixels: a colour is white (integers) or the largest finite value of the picture (floats).
 uint64_t clippedPixels(const Picture& picture);

@@ -42,11 +42,11 @@ Picture decode(const std::string& path, Part part) {
     const Bytes start = readStart(path, 4);
     const Format* const format = findFormat(start);
     if (format == nullptr) {
-        throw Failure(path, "it is not a PNG, JPEG, TIFF, OpenEXR, Radiance HDR, PFM or binary PGM or PPM picture: " +
+        throw Failure(path, "not a PNG, JPEG, TIFF, OpenEXR, Radiance HDR, PFM or binary PGM or PPM picture: " +
                                 beginning(start));
     }
     if (format->decoder == nullptr) {
-        throw Failure(path, "this build of tvmeta reads no " + std::string(format->name) + " pictures");
+        throw Failure(path, "this build of tvmeta does not support " + std::string(format->name) + " pictures");
     }
     return format->decoder(path, part);
 }

@@ -5,11 +5,11 @@
 
 #include <string>
 
-// The picture of a file, recognised by its first bytes, with the samples as the file has them. Throws Failure when the
-// file is damaged, of no supported format, or of one that this build cannot read.
+// Reads the picture of a file, whose format is recognised by its first bytes, with unconverted samples. Throws Failure
+// if the file is damaged or its format is not supported by this build.
 Picture loadPicture(const std::string& path);
 
-// Whether the file begins like a picture of such a format.
+// Does the file start like a picture of a supported format?
 bool isPicture(const std::string& path);
 
 // The ICC profile of a picture, empty if it has none.

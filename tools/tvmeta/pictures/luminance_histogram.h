@@ -1,4 +1,4 @@
-// How often each luminance occurs in a picture.
+// A histogram of the luminances of a picture.
 #pragma once
 
 #include "pictures/light.h"
@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-// Luminances as hdrMinMax() weighs them. They have 8 bits and an exponent, so that counting loses nothing.
+// Luminances with the weights of hdrMinMax(): 8 bits and an exponent, so the histogram is exact.
 class LuminanceHistogram {
   public:
     struct Bin {

@@ -13,7 +13,7 @@
 
 namespace {
 
-// Large pages spare most page faults, which cost as much time as the copying of the samples.
+// Large pages avoid most page faults, which cost as much time as copying the samples.
 void useLargePages([[maybe_unused]] unsigned char* memory, [[maybe_unused]] size_t size) {
 #ifdef MADV_HUGEPAGE
     constexpr size_t PageSize = size_t{1} << 21;
@@ -61,9 +61,9 @@ void requireFileBytes(const std::string& path, const Picture& picture, uint64_t 
     std::error_code error;
     const std::uintmax_t fileSize = std::filesystem::file_size(path, error);
     if (!error && leastBytes > fileSize) {
-        throw Failure(path, "it is too short for " + std::to_string(picture.width) + " x " +
-                                std::to_string(picture.height) + " pixels: expected " + std::to_string(leastBytes) +
-                                " bytes or more, found " + std::to_string(fileSize));
+        throw Failure(path, "too short for " + std::to_string(picture.width) + " x " + std::to_string(picture.height) +
+                                " pixels: expected " + std::to_string(leastBytes) + " bytes or more, found " +
+                                std::to_string(fileSize));
     }
 }
 

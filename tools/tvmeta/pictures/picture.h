@@ -21,10 +21,10 @@ constexpr bool isFloat(Depth depth) {
     return depth == Depth::Float16 || depth == Depth::Float32;
 }
 
-// Sample bytes. New ones are not cleared, so memory that no decoder has written yet costs nothing.
+// Sample bytes, not cleared: memory that no decoder has written costs nothing.
 class Samples {
   public:
-    // Keeps the bytes up to the smaller of both sizes. Throws std::bad_alloc.
+    // Keeps the bytes up to the smaller size. Throws std::bad_alloc.
     void resize(size_t size);
 
     unsigned char* data() { return bytes.get(); }
@@ -50,8 +50,8 @@ struct Picture {
     Samples samples = {};
     Bytes profile = {};                      // its own ICC profile, empty if it has none
     std::optional<int32_t> orientation = {}; // its own TIFF orientation code
-    std::vector<std::string> dropped = {};   // what the file has beyond this
-    std::vector<std::string> metadata = {};  // blocks of it that are not read: EXIF, IPTC, XMP
+    std::vector<std::string> dropped = {};   // contents of the file that are not kept
+    std::vector<std::string> metadata = {};  // metadata blocks that are not read: EXIF, IPTC, XMP
 };
 
 constexpr int32_t colourChannels(const Picture& picture) {
@@ -61,13 +61,13 @@ constexpr int32_t colourChannels(const Picture& picture) {
 size_t rowBytes(const Picture& picture);
 size_t sampleBytes(const Picture& picture);
 
-// The picture that a header announces, without its samples. Throws Failure for a size that no result may have.
+// A picture with the size from a header, without samples. Throws Failure for a size that a result cannot have.
 Picture announcedPicture(const std::string& path, int64_t width, int64_t height, int32_t channels, Depth depth);
 
-// Throws Failure when `leastBytes`, which the announced pixels need at least, exceed the size of the file.
+// Throws Failure if `leastBytes`, the minimum for the pixels, exceeds the size of the file.
 void requireFileBytes(const std::string& path, const Picture& picture, uint64_t leastBytes);
 
-// Opens a picture for reading from front to back.
+// Opens a picture for sequential reading.
 File openPicture(const std::string& path);
 
 // The colour space of an ICC profile (ICC.1, profile header), such as "RGB " or "GRAY".

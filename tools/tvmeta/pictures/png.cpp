@@ -16,7 +16,7 @@
 
 namespace {
 
-// What libpng reports: the reason why it gave up, and whether it refused the ICC profile.
+// The error of libpng, and whether it refused the ICC profile.
 struct Report {
     std::array<char, 128> reason = {};
     bool refusedProfile = false;
@@ -51,11 +51,11 @@ class PngReader {
     Picture read(Part part);
 
   private:
-    // Runs calls of libpng. On an error libpng jumps out of `calls`, which therefore owns nothing.
+    // Runs calls of libpng. On an error, libpng jumps out of `calls`, so `calls` must not own resources.
     template <typename Calls>
     void run(const Calls& calls) {
         if (setjmp(png_jmpbuf(png)) != 0) {
-            throw Failure(path, std::string("it cannot be decoded as PNG: ") + report.reason.data());
+            throw Failure(path, std::string("cannot be decoded as PNG: ") + report.reason.data());
         }
         calls();
     }
@@ -125,8 +125,8 @@ void PngReader::readPixels(Picture& picture) {
     });
 }
 
-// An sRGB chunk becomes a profile, which a TIFF file can contain. It has precedence over no other chunk but gAMA and
-// cHRM (PNG, section 11.3.3), so that with either profile these are not missed.
+// Converts an sRGB chunk to a profile for the TIFF file. It overrides only gAMA and cHRM chunks (PNG, section 11.3.3),
+// so these are not reported as dropped.
 void PngReader::takeProfile(Picture& picture) const {
     png_charp name = nullptr;
     png_bytep bytes = nullptr;
@@ -137,7 +137,7 @@ void PngReader::takeProfile(Picture& picture) const {
         return;
     }
     if (report.refusedProfile) {
-        picture.dropped.emplace_back("ICC profile (damaged, or not for its colours)");
+        picture.dropped.emplace_back("ICC profile (damaged or for other colours)");
     }
     if (has(PNG_INFO_sRGB)) {
         picture.profile = picture.channels == 3 ? srgbProfile() : Bytes();

@@ -16,8 +16,8 @@ bool isBlank(int character) {
     return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
-// The next word of a header, after white space and comments, which extend to the end of their line. One blank after the
-// word is read with it; after the last word of the header it is what separates the header from the pixels.
+// The next word of a header, after white space and comments, which end with their line. Also reads one blank after the
+// word; after the last word it separates the header from the pixels.
 std::string nextWord(std::FILE* file) {
     constexpr size_t MaxLength = 32;
     int character = std::fgetc(file);
@@ -40,7 +40,7 @@ std::string found(const std::string& word) {
     return word.empty() ? "none" : word;
 }
 
-// The number that a word is, or 0.
+// The value of a word, or 0 if it is not a number.
 template <typename Number>
 Number numberOf(const std::string& word) {
     Number number = 0;
@@ -112,7 +112,7 @@ void readPixels(const std::string& path, std::FILE* file, const Layout& layout, 
     for (size_t i = 0; i < rows; ++i) {
         unsigned char* const row = picture.samples.data() + (layout.isBottomUp ? rows - 1 - i : i) * rowSize;
         if (std::fread(row, 1, rowSize, file) != rowSize) {
-            throw Failure(path, "its pixels cannot be read to the end");
+            throw Failure(path, "the pixels are incomplete");
         }
         makeNative(row, rowSize, picture.depth, layout.order);
     }

@@ -1,5 +1,5 @@
 // Radiance HDR pictures: pixels of three mantissas and one exponent, plain or with run-length coded planes.
-// There is no maintained small library for them.
+// No small maintained library reads them.
 
 #include "pictures/radiance.h"
 
@@ -33,8 +33,8 @@ void readPlane(ByteSource& source, std::span<unsigned char> plane) {
         const unsigned char code = source.take(1).front();
         const size_t count = code > 128 ? code - 128U : code;
         if (count == 0 || count > plane.size()) {
-            throw Failure(source.path, "its pixels are damaged: expected a run of 1 to " +
-                                           std::to_string(plane.size()) + ", found " + std::to_string(count));
+            throw Failure(source.path, "damaged pixels: expected a run of 1 to " + std::to_string(plane.size()) +
+                                           ", found " + std::to_string(count));
         }
         if (code > 128) {
             std::memset(plane.data(), source.take(1).front(), count);
@@ -59,8 +59,7 @@ void readRow(ByteSource& source, std::span<unsigned char> row) {
         const ByteSpan pixel = source.take(PlaneOf.size());
         // Three ones are not the colour of a pixel but the repeat mark of an older run-length form.
         if (pixel[0] == 1 && pixel[1] == 1 && pixel[2] == 1) {
-            throw Failure(source.path,
-                          "expected plain or run-length coded planes of pixels, found the old form of runs");
+            throw Failure(source.path, "expected plain or run-length coded planes, found the old run-length form");
         }
         for (size_t i = 0; i < PlaneOf.size(); ++i) {
             row[PlaneOf[i] * width + x] = pixel[i];
@@ -68,7 +67,7 @@ void readRow(ByteSource& source, std::span<unsigned char> row) {
     }
 }
 
-// The value of a mantissa's unit for each exponent, the correction of a colour undone.
+// The value of one mantissa unit for each exponent, without the colour correction.
 using Scale = std::array<float, 256>;
 
 Scale scaleOf(double correction) {
@@ -101,7 +100,7 @@ void readPixels(ByteSource& source, const RadianceHeader& header, Picture& pictu
     }
 }
 
-// Throws Failure for a size that is too large for a result, or for the file.
+// Throws Failure if the size is too large for a result or for the file.
 Picture announced(const std::string& path, const RadianceHeader& header) {
     constexpr uint64_t MaxCompression = 64; // two bytes for a run of 127
     Picture picture = announcedPicture(path, header.width, header.height, Colours, Depth::Float32);

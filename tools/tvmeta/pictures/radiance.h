@@ -6,6 +6,6 @@
 #include <optional>
 #include <string>
 
-// The pixels as they are in the file; none when it is no Radiance picture, or one with an exposure or colour
-// correction. Throws Failure when it cannot be read.
+// The unconverted pixels of the file; empty if it is not a Radiance picture or has an exposure or colour correction.
+// Throws Failure if it cannot be read.
 std::optional<HdrPlanes> radiancePlanes(const std::string& path);

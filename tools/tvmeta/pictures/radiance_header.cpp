@@ -11,7 +11,7 @@
 
 namespace {
 
-// As much of a line as a message should contain.
+// Maximum size of a line in a message.
 std::string shownLine(const std::string& line) {
     constexpr size_t MaxShown = 40;
     return line.empty() ? "none" : "\"" + line.substr(0, MaxShown) + "\"";
@@ -45,7 +45,7 @@ void applyFactors(const std::string& path, const std::string& line, size_t count
         header.correction[i] *= factors[i % count];
     }
     if (!std::ranges::all_of(header.correction, isFactor)) {
-        throw Failure(path, "its EXPOSURE and COLORCORR lines multiply beyond the range of numbers");
+        throw Failure(path, "the product of the EXPOSURE and COLORCORR lines is out of range");
     }
 }
 
@@ -97,7 +97,7 @@ ByteSpan ByteSource::peek(size_t count) {
 ByteSpan ByteSource::take(size_t count) {
     const ByteSpan bytes = peek(count);
     if (bytes.size() < count) {
-        throw Failure(path, "it ends in the middle of the picture");
+        throw Failure(path, "the file ends inside the picture");
     }
     first += count;
     return bytes;
@@ -108,7 +108,7 @@ std::string ByteSource::line() {
     const std::string_view text = asText(peek(MaxLine));
     const size_t length = text.find('\n');
     if (length == std::string_view::npos && text.size() == MaxLine) {
-        throw Failure(path, "expected lines of less than " + std::to_string(MaxLine) + " bytes in its header");
+        throw Failure(path, "expected lines of less than " + std::to_string(MaxLine) + " bytes in the header");
     }
     std::string line(text.substr(0, length));
     take(line.size() + 1);

@@ -12,7 +12,7 @@
 
 using ByteSpan = std::span<const unsigned char>;
 
-// The bytes of a file, from front to back, through one window.
+// Reads a file sequentially through one window.
 class ByteSource {
   public:
     explicit ByteSource(const std::string& name) : path(name), file(openFile(name)), window(WindowSize) {}
@@ -40,12 +40,12 @@ struct RadianceHeader {
     int32_t width = 0;
     int32_t height = 0;
     bool isBottomUp = false;
-    std::array<double, 3> correction = {1, 1, 1}; // what the colours were multiplied by since they were light
+    std::array<double, 3> correction = {1, 1, 1}; // the factors by which the colours were multiplied
     Bytes profile = {};
     std::vector<std::string> dropped = {};
 
     bool isCorrected() const { return correction != std::array<double, 3>{1, 1, 1}; }
 };
 
-// Throws Failure for a header that is damaged or of a kind that is not supported.
+// Throws Failure if the header is damaged or not supported.
 RadianceHeader readRadianceHeader(ByteSource& source);

@@ -9,7 +9,7 @@
 
 namespace {
 
-// Version 2 is what every reader knows, the library's get_profile_name() among them.
+// All readers support version 2, including the library's get_profile_name().
 constexpr double ProfileVersion = 2.1;
 
 void describe(cmsHPROFILE profile, const char* text) {
@@ -19,7 +19,7 @@ void describe(cmsHPROFILE profile, const char* text) {
     cmsMLUfree(description);
 }
 
-// The bytes of a profile, which is closed. The date is a fixed one, so that equal pictures give equal files.
+// Closes the profile and returns its bytes. The date is fixed, so that equal pictures give equal files.
 Bytes saved(cmsHPROFILE profile, const char* description) {
     constexpr std::array<unsigned char, 12> Date = {7, 230, 0, 1, 0, 1}; // ICC.1, dateTimeNumber: 2022-01-01
     constexpr size_t DateOffset = 24;

@@ -1,4 +1,4 @@
-// ICC profiles for the colour spaces that pictures describe in other ways.
+// ICC profiles for colour spaces that pictures describe without a profile.
 #pragma once
 
 #include "output/files.h"
@@ -16,7 +16,7 @@ struct Chromaticities {
     Point white;
 };
 
-// A matrix profile without a tone curve, or that of sRGB. Empty when there is none for these points, or the build lacks
-// the library that makes them.
+// A matrix profile without a tone curve, or that of sRGB. Empty if there is none for these points or the build
+// has no library for it.
 Bytes linearRgbProfile(const Chromaticities& chromaticities);
 Bytes srgbProfile();

@@ -22,7 +22,7 @@ struct OptionsFreer {
     void operator()(TIFFOpenOptions* options) const { TIFFOpenOptionsFree(options); }
 };
 
-// What libtiff reports: the first error, of which later ones are consequences, and whether it skipped a damaged tag.
+// The first error of libtiff (later ones are consequences), and whether it skipped a damaged tag.
 struct Report {
     std::array<char, 200> reason = {};
     bool ignoredTag = false;
@@ -42,7 +42,7 @@ int onWarning(TIFF*, void* data, const char*, const char* format, std::va_list) 
     return 1;
 }
 
-// How the samples are stored (TIFF 6.0).
+// The storage of the samples (TIFF 6.0).
 struct Layout {
     uint32_t width = 0;
     uint32_t height = 0;
@@ -95,18 +95,19 @@ class TiffReader {
 };
 
 TiffReader::TiffReader(const std::string& name) : path(name) {
-    openFile(path); // for the reason if it cannot be read
+    openFile(path); // reports why the file cannot be read
     const std::unique_ptr<TIFFOpenOptions, OptionsFreer> options(TIFFOpenOptionsAlloc());
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), onError, &report);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), onWarning, &report);
-    tiff.reset(TIFFOpenExt(path.c_str(), "rm", options.get())); // m: pages of a mapped file would count as memory
+    tiff.reset(
+        TIFFOpenExt(path.c_str(), "rm", options.get())); // m: no memory mapping, whose pages would count as memory
     require(tiff != nullptr);
     readLayout();
 }
 
 void TiffReader::fail() const {
-    throw Failure(path, std::string("it cannot be decoded as TIFF: ") +
-                            (report.reason.front() == 0 ? "its pixels are incomplete" : report.reason.data()));
+    throw Failure(path, std::string("cannot be decoded as TIFF: ") +
+                            (report.reason.front() == 0 ? "the pixels are incomplete" : report.reason.data()));
 }
 
 void TiffReader::readLayout() {
@@ -131,7 +132,7 @@ std::string nameOf(uint16_t photometric) {
     return name == std::end(Names) ? "photometric interpretation " + std::to_string(photometric) : name->second;
 }
 
-// Samples of a pixel that are colours. The JPEG codec converts YCbCr itself.
+// The number of colour samples per pixel. The JPEG codec converts YCbCr itself.
 int32_t TiffReader::colours() {
     switch (layout.photometric) {
     case PHOTOMETRIC_MINISWHITE:
@@ -171,7 +172,7 @@ Depth TiffReader::depth() const {
                             std::string(kind) + " of " + std::to_string(layout.bits) + " bits");
 }
 
-// The picture keeps a single alpha sample, which the library then leaves out: rows can be read in place.
+// Keeps a single alpha sample, which the library omits: rows can be read in place.
 Picture TiffReader::announced() {
     const int32_t kept = colours();
     const Depth samples = depth();
@@ -182,7 +183,7 @@ Picture TiffReader::announced() {
         throw Failure(path, "expected floats with black as zero, found white as zero");
     }
     if (TIFFIsCODECConfigured(layout.compression) == 0) {
-        throw Failure(path, "its compression, code " + std::to_string(layout.compression) +
+        throw Failure(path, "compression code " + std::to_string(layout.compression) +
                                 ", is not supported by the TIFF library of this system");
     }
     const bool hasOneMore = layout.samples == kept + 1 && !layout.isPlanar;
@@ -193,7 +194,7 @@ Picture TiffReader::announced() {
     return picture;
 }
 
-// Copies `count` pixels of a row to their place, from a buffer with all samples of a pixel or those of one plane.
+// Copies `count` pixels into a row, from a buffer with all samples of a pixel or those of one plane.
 void TiffReader::copyPixels(const unsigned char* from, Picture& picture, size_t x, size_t y, size_t count,
                             uint16_t plane) {
     const auto sampleSize = static_cast<size_t>(bytesPerSample(picture.depth));
@@ -208,7 +209,7 @@ void TiffReader::copyPixels(const unsigned char* from, Picture& picture, size_t 
     }
 }
 
-// Strips whose rows are those of the picture are decoded in place.
+// Strips with rows of the picture's layout are decoded in place.
 void TiffReader::readStrips(Picture& picture) {
     const size_t rowSize = rowBytes(picture);
     const uint32_t stripRows =
