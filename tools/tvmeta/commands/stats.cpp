@@ -2,21 +2,26 @@
 
 #include "commands/commands.h"
 #include "output/failure.h"
+#include "output/output_file.h"
 #include "output/table.h"
 #include "output/terminal.h"
 #include "output/text.h"
 #include "pictures/load_picture.h"
 #include "pictures/luminance_histogram.h"
+#include "pictures/stop_histogram.h"
 
 #include <tvmeta.h>
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <filesystem>
 #include <iomanip>
 #include <iostream>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -37,6 +42,8 @@ struct Statistics {
     double average = 0;      // in stops
     double clippedShare = 0; // of all pixels
     double blackShare = 0;
+    StopHistogram histogram = {}; // for a terminal
+    StopHistogram plot = {};      // with narrower bins
 
     double stopsFromMaximum(double luminance) const { return std::log2(luminance / maximum); }
     double range() const { return std::log2(maximum / minimum); }
@@ -62,6 +69,8 @@ void measureDistribution(const HdrPlanes& planes, double pixels, Statistics& sta
         statistics.percentiles[i] = decimal(static_cast<float>(histogram.percentile(Percentiles[i])));
     }
     statistics.average = decimal(static_cast<float>(histogram.average()));
+    statistics.histogram = stopHistogram(histogram.bins(), 1, 40);
+    statistics.plot = stopHistogram(histogram.bins(), 0.25, 160);
     statistics.blackShare = (pixels - static_cast<double>(histogram.litPixels())) / pixels;
 }
 
@@ -151,26 +160,83 @@ void printRows(const std::vector<Statistics>& all) {
     printTable(std::move(columns), outputWidth());
 }
 
-// Measures one picture after the other. A file that cannot be read does not stop the others.
-void showStatistics(const std::vector<std::string>& paths, bool json) {
+struct Options {
+    std::vector<std::string> paths;
+    bool json = false;
+    bool histogram = false;
+    std::string plot;
+};
+
+void printHistogram(const Statistics& s) {
+    constexpr int UsualWidth = 80;
+    std::cout << "\n"
+              << printable(s.path) << ": pixels with light, by stops from the maximum\n"
+              << histogramBars(s.histogram, outputWidth().value_or(UsualWidth));
+}
+
+// The name of a plot, with that of the picture in place of %s.
+std::string plotName(const Options& options, const std::string& picture) {
+    const size_t place = options.plot.find("%s");
+    const std::string stem = std::filesystem::path(picture).stem().string();
+    return place == std::string::npos ? options.plot : std::string(options.plot).replace(place, 2, stem);
+}
+
+// Asked before the work: the plot of one picture must not replace that of another.
+void requirePlotNames(const Options& options) {
+    if (options.plot.empty()) {
+        return;
+    }
+    std::set<std::string> names;
+    for (const std::string& path : options.paths) {
+        if (const auto [name, isNew] = names.insert(plotName(options, path)); !isNew) {
+            throw WrongCommandLine("more than one picture has the plot " + *name +
+                                   "; %s in the name means the name of the picture");
+        }
+    }
+}
+
+void writePlot(const Options& options, const Statistics& s) {
+    constexpr int MaxTitle = 80;
+    std::vector<PlotMark> marks;
+    for (size_t i = 0; i < Percentiles.size(); ++i) {
+        marks.push_back({std::to_string(Percentiles[i]) + " %", s.stopsFromMaximum(s.percentiles[i])});
+    }
+    const std::string title = withoutStart(printable(s.path), MaxTitle);
+    const std::string name = plotName(options, s.path);
+    writeOutput(name, options.paths, [&](OutputFile& file) { file.write(histogramPlot(s.plot, title, marks)); });
+    (options.json ? std::cerr : messagesFor(name)) << "wrote " << printable(name) << "\n";
+}
+
+void showAll(const Options& options, const std::vector<Statistics>& all) {
+    if (!options.json && !all.empty()) {
+        options.paths.size() == 1 ? printList(all.front()) : printRows(all);
+    }
+    if (options.histogram) {
+        std::ranges::for_each(all, printHistogram);
+    }
+}
+
+// Measures one picture after the other. A file that cannot be read or written does not stop the others.
+void showStatistics(const Options& options) {
+    requirePlotNames(options);
     std::vector<Statistics> all;
-    for (const std::string& path : paths) {
+    bool isFailed = false;
+    for (const std::string& path : options.paths) {
         try {
             all.push_back(measure(path));
+            if (options.json) {
+                printJson(all.back());
+            }
+            if (!options.plot.empty()) {
+                writePlot(options, all.back());
+            }
         } catch (const Failure& failure) {
             complain(failure.what());
-            continue;
-        }
-        if (json) {
-            printJson(all.back());
+            isFailed = true;
         }
     }
-    if (!json && paths.size() == 1 && !all.empty()) {
-        printList(all.front());
-    } else if (!json && !all.empty()) {
-        printRows(all);
-    }
-    if (all.size() < paths.size()) {
+    showAll(options, all);
+    if (isFailed) {
         throw Reported();
     }
 }
@@ -179,17 +245,24 @@ void showStatistics(const std::vector<std::string>& paths, bool json) {
 
 void addStatsCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("stats", "Measure the luminance of HDR pictures");
-    const auto paths = std::make_shared<std::vector<std::string>>();
-    const auto json = std::make_shared<bool>(false);
+    const auto options = std::make_shared<Options>();
     command
-        ->add_option("IMAGE", *paths,
+        ->add_option("IMAGE", options->paths,
                      "Radiance HDR, OpenEXR, TIFF, PFM, PNG, JPEG, PGM or\nPPM picture; several as a table")
         ->required();
-    command->add_flag("--json", *json, "Write one JSON object per picture, on one line");
+    command->add_flag("--json", options->json, "Write one JSON object per picture, on one line");
+    command->add_flag("--histogram", options->histogram, "Show the pixels by stops, as bars")
+        ->excludes("--json")
+        ->option_text(" ");
+    command
+        ->add_option("--plot", options->plot,
+                     "SVG file to write with the histogram; %s in its name\nmeans the name of the picture")
+        ->option_text("FILE");
     command->footer("Integer samples are measured as linear light, in which 1 is white.\n\n"
                     "Examples:\n"
                     "  tvmeta stats scene.hdr\n"
                     "  tvmeta stats scene.exr result.tif\n"
+                    "  tvmeta stats *.exr --plot %s.svg\n"
                     "  tvmeta stats scene.exr --json | jq .rangeStops");
-    command->callback([paths, json] { showStatistics(*paths, *json); });
+    command->callback([options] { showStatistics(*options); });
 }
