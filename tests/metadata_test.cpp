@@ -52,6 +52,7 @@ TEST(FileType, FirstBytes) {
         {"JPEG", jpeg(""), FILE_TYPE_JPEG},
         {"JPEG, cut after its marker", "\xFF\xD8", FILE_TYPE_JPEG},
         {"PSD", psd(""), FILE_TYPE_PSD},
+        {"another marker", "\xFF\xD9", TVMETA_FILE_UNKNOWN},
         {"PSD, cut", "8BP", TVMETA_FILE_UNKNOWN},
         {"TIFF, little-endian", fullTiff(true), FILE_TYPE_TIFF},
         {"TIFF, big-endian", fullTiff(false), FILE_TYPE_TIFF},
@@ -78,7 +79,7 @@ TEST(Containers, GiveTheSameRecord) {
         EXPECT_EQ(inJpeg.result, 1);
         expectFullRecord(inJpeg.info, 2 + 8 + 4 + 6);
         // Padded: a name of three characters occupies four bytes, seven bytes of data eight.
-        const Bytes first = resource(1036, Bytes(7, 'x'), "\3abc");
+        const Bytes first = resource(1036, Bytes(7, 'x'), "\3abc") + resource(1000, "");
         const Reading inPsd = readBytes(psd(first + resource(1058, tiff)), FILE_TYPE_PSD);
         EXPECT_EQ(inPsd.result, 1);
         expectFullRecord(inPsd.info, 34 + size32(first) + 12);
@@ -101,19 +102,20 @@ TEST(Containers, Results) {
         {"no EXIF before the image", FILE_TYPE_JPEG, jpeg(segment(0xE0, "JFIF")), -2, ""},
         {"end of image before any EXIF", FILE_TYPE_JPEG, "\xFF\xD8\xFF\xD9" + exif, -2, ""},
         {"XMP before EXIF", FILE_TYPE_JPEG, jpeg(xmpSegment("x") + exif), -2, ""},
-        {"fill bytes", FILE_TYPE_JPEG, "\xFF\xD8" + fill, -1, "too many padding bytes\n"},
+        {"fill bytes", FILE_TYPE_JPEG, "\xFF\xD8" + fill.substr(1) + exif, -1, "too many padding bytes\n"},
         {"ends at a marker", FILE_TYPE_JPEG, "\xFF\xD8" + segment(0xE0, "JFIF"), -1, "too many padding bytes\n"},
         {"four fill bytes", FILE_TYPE_JPEG, "\xFF\xD8\xFF\xFF\xFF" + exif + "\xFF\xD9", -10, ""},
+        {"empty segment", FILE_TYPE_JPEG, jpeg(segment(0xE0, "") + exif), 1, ""},
         {"short segment", FILE_TYPE_JPEG, "\xFF\xD8\xFF\xE0" + be16(1), -1, "invalid marker\n"},
         {"short EXIF segment", FILE_TYPE_JPEG, "\xFF\xD8\xFF\xE1" + be16(1), -1, "invalid marker\n"},
         {"short segment before XMP", FILE_TYPE_JPEG, "\xFF\xD8" + exif + "\xFF\xE0" + be16(0), -1, "invalid marker\n"},
-        {"fill bytes before XMP", FILE_TYPE_JPEG, "\xFF\xD8" + exif + fill, -10, ""},
+        {"fill bytes before XMP", FILE_TYPE_JPEG, "\xFF\xD8" + exif + fill + be16(0), -10, ""},
         {"stray byte after EXIF", FILE_TYPE_JPEG, "\xFF\xD8" + exif + "x\xDA", -10, ""},
         {"not EXIF", FILE_TYPE_JPEG, jpeg(segment(0xE1, "Exif\1\1" + Bytes("no TIFF"))), -2, ""},
         {"short APP13", FILE_TYPE_JPEG, "\xFF\xD8" + exif + "\xFF\xED" + be16(1), -1, "invalid marker\n"},
         {"short PSD", FILE_TYPE_PSD, "8BP", -1, ""},
         {"wrong PSD signature", FILE_TYPE_PSD, tiff, -2, ""},
-        {"grey PSD", FILE_TYPE_PSD, psd(resource(1058, tiff), 1), -3, ""},
+        {"PSD of two channels", FILE_TYPE_PSD, psd(resource(1058, tiff), 2), -3, ""},
         {"CMYK PSD", FILE_TYPE_PSD, psd(resource(1058, tiff), 4, 4), -3, ""},
         {"PSD without EXIF", FILE_TYPE_PSD, psd(resource(1028, "x")), -1, ""},
         {"PSD with another signature", FILE_TYPE_PSD, psd("8BIX" + resource(1058, tiff).substr(4)), -1, ""},
@@ -192,12 +194,26 @@ TEST(ImageDirectories, ModelTexts) {
         {"a line feed ends it", 2, 12, Bytes("TV\n100\0\0\0\0\0\0", 12), "TV\n"},
         {"63 characters at most", 2, 100, Bytes(100, 'm'), Bytes(63, 'm')},
         {"two shorts are inline", 3, 2, "ABCD", "ABCD"},
+        {"two longs are ignored", 4, 2, "ABCDEFGH", ""},
         {"three shorts are text of two characters", 3, 3, "ABCDEF", "AB"},
     };
     for (const auto& test : cases) {
         Tiff tiff;
         const Bytes file = tiff.finish(tiff.add({{272, test.type, test.count, test.value}}));
         EXPECT_EQ(readBytes(file, FILE_TYPE_TIFF).info.model, test.model) << test.what;
+    }
+}
+
+// The number of values of each type that fit in an entry. The others are at an offset past the end.
+TEST(ImageDirectories, InlineCounts) {
+    constexpr std::uint32_t Fit[] = {4, 4, 4, 2, 1, 0, 4, 4, 2, 1, 0, 1, 0, 0, 4};
+    for (unsigned type = 0; type < std::size(Fit); ++type) {
+        for (const std::uint32_t count : {1U, 2U, 4U, 5U}) {
+            Tiff tiff;
+            const Bytes file = tiff.finish(tiff.add({{272, type, count, "ABCD"}}));
+            const bool isInline = readBytes(file, FILE_TYPE_TIFF).info.model[0] == 'A';
+            EXPECT_EQ(isInline, count <= Fit[type]) << type << ' ' << count;
+        }
     }
 }
 
@@ -227,7 +243,9 @@ TEST(ImageDirectories, AtMostThreeAndNoneAfterOneOf255Entries) {
     const std::uint32_t third = tiff.add({tiff.shortEntry(274, 3)}, fourth);
     const std::uint32_t second = tiff.add({tiff.shortEntry(274, 2)}, third);
     EXPECT_EQ(readBytes(tiff.finish(tiff.add({}, second)), FILE_TYPE_TIFF).info.orientation, 3);
-    const std::uint32_t last = tiff.add(std::vector<Tiff::Entry>(255, tiff.shortEntry(274, 8)), second);
+    std::vector<Tiff::Entry> entries(254, tiff.shortEntry(274, 5));
+    entries.push_back(tiff.shortEntry(274, 8));
+    const std::uint32_t last = tiff.add(entries, second);
     EXPECT_EQ(readBytes(tiff.finish(last), FILE_TYPE_TIFF).info.orientation, 8);
 }
 
@@ -242,12 +260,21 @@ TEST(ExifDirectory, Fallbacks) {
     } cases[] = {
         {"shutter speed", {tiff.rationalEntry(37377, 6, 1)}, 0.015625F, 0, 0},
         {"exposure time wins", {tiff.rationalEntry(37377, 6, 1), tiff.rationalEntry(33434, 1, 60)}, 1.0F / 60.0F, 0, 0},
+        {"shutter speed below 0", {tiff.rationalEntry(37377, 2, 0xFFFFFFFFU)}, 4.0F, 0, 0},
         {"shutter speed 0", {tiff.rationalEntry(37377, 0, 1)}, 0, 0, 0},
         {"shutter speed over 0", {tiff.rationalEntry(37377, 3, 0)}, 0.125F, 0, 0},
         {"aperture is not converted", {tiff.rationalEntry(37378, 5, 1)}, 0, 5.0F, 0},
+        {"maximum aperture", {tiff.rationalEntry(37381, 5, 1)}, 0, 5.0F, 0},
         {"f-number wins", {tiff.rationalEntry(33437, 4, 1), tiff.rationalEntry(37381, 5, 1)}, 0, 4.0F, 0},
         {"exposure index", {tiff.rationalEntry(41493, 400, 3)}, 0, 0, 133},
         {"exposure index over 0", {tiff.rationalEntry(41493, 400, 0)}, 0, 0, 400},
+        {"denominators of 0 and below",
+         {tiff.rationalEntry(33434, 1, 0), tiff.rationalEntry(33437, 28, 0xFFFFFFFFU),
+          tiff.rationalEntry(41493, 400, 0xFFFFFFFFU)},
+         0,
+         0,
+         400},
+        {"the first of two ISO speeds", {{34855, 3, 2, le16(200) + le16(100)}}, 0, 0, 200},
         {"ISO wins", {tiff.shortEntry(34855, 200), tiff.rationalEntry(41493, 400, 1)}, 0, 0, 200},
     };
     for (const auto& test : cases) {
@@ -265,6 +292,23 @@ TEST(ExifDirectory, Fallbacks) {
     }
 }
 
+// The reader's windows are far apart, and it moves backwards between them.
+TEST(ImageDirectories, FarPlaces) {
+    const auto fileWith = [](const Bytes& entry) {
+        Bytes file = "II" + le16(42) + le32(8) + le16(1) + le16(272) + le16(2) + le32(12) + le32(20000) + le32(8192);
+        file.resize(25000);
+        return file.replace(8192, 14, le16(1) + entry);
+    };
+    const Bytes rotated = fileWith(le16(274) + le16(3) + le32(1) + le32(6));
+    EXPECT_EQ(readBytes(rotated, FILE_TYPE_TIFF).info.orientation, 6);
+    Bytes file = fileWith(le16(33434) + le16(5) + le32(1) + le32(0));
+    const Stream stream = streamOf(file);
+    std::fseek(stream.get(), 8192, SEEK_SET);
+    ExifInfo info{};
+    parse_exif_data(stream.get(), 0, 0x4949, 0, &info);
+    EXPECT_EQ(std::ftell(stream.get()), 8192 + 14); // after the directory, although its value is at the start
+}
+
 // If an offset is before the start of the file, the bytes after the entry are read. Past the end of the file, the
 // readers return their end-of-file values.
 TEST(ExifDirectory, OffsetsOutsideTheFile) {
@@ -279,6 +323,23 @@ TEST(ExifDirectory, OffsetsOutsideTheFile) {
     EXPECT_EQ(info.exposureTime, static_cast<float>(36867 + (2 << 16)) / 20.0F); // the next entry's first eight bytes
     EXPECT_STREQ(info.dateTimeOriginal, "before");
     EXPECT_EQ(info.isoSpeed, 100);
+}
+
+TEST(GpsDirectory, CountsAndTypes) {
+    Tiff tiff(false);
+    const Bytes rationals = tiff.rational(48, 1) + tiff.rational(51, 1);
+    const std::uint32_t shortDate = tiff.add({{29, 2, 5, "2013:"}, {2, 3, 2, rationals}, {4, 3, 0, rationals}});
+    tiff.add({{29, 2, 6, "2013:0"}});
+    Bytes bytes = tiff.finish(shortDate);
+    const Stream stream = streamOf(bytes);
+    std::fseek(stream.get(), static_cast<long>(shortDate), SEEK_SET);
+    ExifInfo info{};
+    EXPECT_EQ(parse_gps_data(stream.get(), 0, 0x4D4D, 0, &info), 1);
+    EXPECT_STREQ(info.gpsDateStamp, "");
+    EXPECT_EQ(std::tie(info.gpsLatitude[0], info.gpsLatitude[2], info.gpsLongitude[0]), std::tuple(48U, 51U, 0U));
+    std::fseek(stream.get(), 8 + 2 + 3 * 12 + 4 + 5 + 16 + 16, SEEK_SET);
+    parse_gps_data(stream.get(), 0, 0x4D4D, 0, &info);
+    EXPECT_STREQ(info.gpsDateStamp, "2013:");
 }
 
 TEST(ByteReaders, OrdersAndEndOfFile) {
