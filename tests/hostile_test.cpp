@@ -167,7 +167,7 @@ TEST(Hostile, Arguments) {
         CASE(parse_image_description(stream.get(), INT32_MAX, &info), -1),
         CASE(parse_photoshop_data(nullptr, 1, &info), -4), CASE(get_profile_name(99, nullptr, text), -1),
         CASE(get_profile_name(INT32_MIN, bytes, text), -1), CASE(read_iptc(nullptr, 1, 0, bytes), -1),
-        CASE(read_iptc("/", 1, 0, nullptr), -1), CASE(read_iptc("/proc/self/exe", INT32_MAX, INT32_MAX, bytes), 0),
+        CASE(read_iptc("/proc/self/exe", 1, 0, nullptr), -1), CASE(read_iptc("/proc/self/exe", INT32_MAX, INT32_MAX, bytes), 0),
         CASE(get_tif_tag(nullptr, 1, &n, &n), -3), CASE(time_from_datetime(nullptr, 0, floats), -1),
         CASE(get_settings_from_xmp(-1, 9, nullptr, nullptr, nullptr), -3),
         CASE(get_settings_from_xmp(-1, INT32_MIN, text, nullptr, nullptr), -3),

@@ -26,12 +26,18 @@ TEST(ImageDescription, Fields) {
         {"well-formed", lead + "1/250s, R30, G30, B30", 30, 0.004F, 400, 2},
         {"colours in one field", lead + "1/250s, R30 G60 B0, ", 0, 0.004F, 400, 0},
         {"last colour 0", lead + "1/250s, R30, G30, B0", 0, 0.004F, 200, 0},
-        {"no fraction", lead + "2s, R30, G30, B30", 30, 0, 400, 0},
+        {"no fraction", lead + "2s, R30, G29, B30", 30, 0, 200, 0},
         {"six separators", "a, b, c, d, e, f, g", 0, 0, 0, 0},
         {"a token can cross separators", lead + "1/60, R30, G30, B30", 30, 1.0F / 596.0F, 400, 2},
         {"starts after the last point", lead + "1.5/250s, R30, G30, B30", 30, 5.0F / 250.0F, 400, 2},
         {"after a numerator of 0 the next one is read", lead + "0/5s, R30, G30, B30", 30, 1.0F / 2.0F, 400, 2},
         {"token of seven", lead + "1/250s, R1234567, G30, B30", 0, 0, 0, 0},
+        {"denominator of seven", lead + "1/1234567s, R30, G30, B30", 0, 0, 0, 0},
+        {"second slash", lead + "1/2/3s, R30, G30, B30", 30, 1.0F / 193.0F, 400, 2}, // '/' is one below '0'
+        {"no colours after B", lead + "1/250s, R30, B30, G30", 30, 0, 0, 0},
+        {"largest numerator", lead + "99998/1s, R30, G30, B30", 30, 99998.0F, 400, 2},
+        {"denominator below 0", lead + "1/-s, R30, G30, B30", 30, 0, 400, 0}, // '-' is three below '0'
+        {"a fourth field of colours", lead + "1/250s, R30, G30, x, B30", 30, 0, 0, 0},
         {"zero byte ends it", lead + "1/250s, R30, G30, B3" + zeros(1) + "0", 3, 0.004F, 200, 2},
         {"ISO saturates", lead + "1/250s, R999, G999, B999", 999, 0.004F, INT32_MAX, 2},
     };
@@ -53,11 +59,11 @@ TEST(ImageDescription, Fields) {
 TEST(Photoshop, LastThumbnailAndUnnamedIptcCount) {
     const Bytes thumbnail = be32(1) + be32(160) + be32(120) + be32(480) + be32(57600) + be32(5000) + be16(24) + be16(1);
     const Bytes named = resource(0x0404, "named", Bytes("\1x", 2));
-    Bytes block = named + resource(0x0404, "IPTC") + resource(0x040C, thumbnail);
+    Bytes block = named + "8BIM" + resource(0x0404, "IPTC") + resource(0x040C, thumbnail);
     const Stream stream = streamOf(block);
     ExifInfo info{};
     EXPECT_EQ(parse_photoshop_data(stream.get(), size32(block) + 1000, &info), 5000);
-    EXPECT_EQ(std::tie(info.iptcLength, info.iptcOffset), std::tuple(4, size32(named) + 12));
+    EXPECT_EQ(std::tie(info.iptcLength, info.iptcOffset), std::tuple(4, size32(named) + 4 + 12));
     EXPECT_EQ(std::tie(info.thumbnailWidth, info.thumbnailHeight, info.thumbnailRowBytes), std::tuple(160, 120, 480));
     EXPECT_EQ(std::tie(info.thumbnailLength, info.thumbnailOffset), std::tuple(5000, size32(block)));
     std::rewind(stream.get());
@@ -67,12 +73,14 @@ TEST(Photoshop, LastThumbnailAndUnnamedIptcCount) {
 
 // Two zero bytes past the end of the file complete a header.
 TEST(Photoshop, BytesPastTheEndAreZero) {
+    const TempDir dir;
     for (const std::int32_t announced : {7, 8, INT32_MAX}) {
-        Bytes block = "8BIM\x04\x04";
-        const Stream stream = streamOf(block);
+        const Stream stream(std::fopen(dir.write("block", "8BIM\x04\x04").c_str(), "rb"));
         ExifInfo info{};
         EXPECT_EQ(parse_photoshop_data(stream.get(), announced, &info), 1);
         EXPECT_EQ(info.iptcLength, announced == 7 ? 0 : static_cast<std::int32_t>(0xFEFEFEFFU));
+        std::fseek(stream.get(), 100, SEEK_SET);
+        EXPECT_EQ(parse_photoshop_data(stream.get(), announced, &info), 1);
     }
 }
 
@@ -85,6 +93,9 @@ TEST(Photoshop, ResourcesInSegmentsAndTags) {
     EXPECT_EQ(getExifData(dir.write("a.jpg", photo).c_str(), FILE_TYPE_JPEG, &info), 1);
     EXPECT_EQ(info.iptcLength, 4);
     EXPECT_EQ(photo.substr(static_cast<std::size_t>(info.iptcOffset), 4), "IPTC");
+    const Bytes late = jpeg(exif + segment(0xED, Bytes("Photoshop 3.0\0", 14)) + iptc);
+    EXPECT_EQ(getExifData(dir.write("late.jpg", late).c_str(), FILE_TYPE_JPEG, &info), 1);
+    EXPECT_EQ(info.iptcLength, 4); // the scan reaches 16 bytes past the segment
     const Bytes other = jpeg(exif + segment(0xED, "Other") + segment(0xED, Bytes("Photoshop 3.0\0", 14) + iptc));
     EXPECT_EQ(getExifData(dir.write("b.jpg", other).c_str(), FILE_TYPE_JPEG, &info), 1);
     EXPECT_EQ(info.iptcLength, 0); // only the first APP13 segment is read
@@ -113,8 +124,11 @@ TEST(ProfileName, FromDescription) {
         {profile("A colour space of no renown at all, really"), 32, "A colour space of no renown at a"},
         {zeros(48), -1, ""},
         {zeros(200), -1, ""},
-        {zeros(30) + "desc" + zeros(40), -1, ""},                   // starts too early
-        {zeros(32) + "desc" + zeros(7) + "\x05short", 32, "short"}, // ends with the profile
+        {zeros(31) + "desc" + zeros(40), -1, ""},                             // starts too early
+        {zeros(32) + "desc" + zeros(7) + "\x05short", 32, "short"},           // ends with the profile
+        {zeros(32) + "desc" + zeros(7) + "\1xsRGB" + zeros(27), 32, "xsRGB"}, // the name starts too late
+        {zeros(32) + "desc" + zeros(7) + "\2xsRGB" + zeros(27), 4, "sRGB"},
+        {zeros(33) + "desc" + zeros(7) + "\4late", -1, ""},
         {zeros(32) + "desc" + zeros(6) + "\1" + zeros(40), -1, ""}, // 256 characters and more
     };
     for (const auto& test : cases) {
@@ -166,8 +180,10 @@ TEST(TifTag, SearchesTheChainOfDirectories) {
         {"short value", file, 257, static_cast<std::int32_t>(first) + 2, 1, 9},
         {"absent", file, 258, -1, 0, 0},
         {"out of range", file, -1, -1, 0, 0},
+        {"cut in an entry", "II" + le16(42) + le32(8) + le16(2) + "\1", 65535, 21, -0x1010101, -0x1010101},
         {"a loop", looping.finish(forth), 258, -1, 0, 0},
         {"big-endian", Tiff(false).finish(8), 256, -2, 0, 0},
+        {"no byte-order mark", "IM" + le16(42) + le32(8), 256, -2, 0, 0},
         {"wrong magic number", "II" + le16(43) + le32(8), 256, -2, 0, 0},
         {"empty directory", "II" + le16(42) + le32(8) + le16(0), 256, -2, 0, 0},
         {"no directory", "II" + le16(42) + le32(0), 256, -1, 0, 0},
@@ -214,6 +230,8 @@ TEST(TimeFromDatetime, UsesTheTimeZoneOfTheProcess) {
                  {"CET-1CEST,M3.5.0,M10.5.0/3", "2013:05:01 12:00:00", 1367402400}, // summer time
                  {"CET-1CEST,M3.5.0,M10.5.0/3", "2013: 1:01\t12:00:0", 1357038000},
                  {"<+1245>-12:45", "2013:05:01 12:00:00", 1367363700},
+                 {"<UTC>0", "1970:01:01 596524:00:-2147483648", 2752},
+                 {"<UTC>0", "1970:01:01 00:00:2147483647", 2147483647},
                  {"UTC0", "1970:01:01 00:00:90", 90}}; // carries over
     for (const auto& test : cases) {
         if (!HasTimeZoneRules && std::strlen(test.zone) > 4) {
@@ -225,8 +243,9 @@ TEST(TimeFromDatetime, UsesTheTimeZoneOfTheProcess) {
         EXPECT_EQ(seconds, 3600.0F) << test.zone;
     }
     float seconds = 7.0F;
-    for (const char* text : {"", "2013-05-01 12:00:00", "2013:05:01 12:00", "2013:05:01T12:00:00",
-                             "2013:05:01 12:00:99999999999", "-2147483648:01:01 00:00:00"}) {
+    for (const char* text :
+         {"", "2013-05-01 12:00:00", "2013:05:01 12:00", "2013:05:01T12:00:00", "2013:05:01 12:00:99999999999",
+          "-2147483648:01:01 00:00:00", "2013:-2147483648:01 00:00:00"}) {
         EXPECT_EQ(time_from_datetime(text, 0, &seconds), -1) << text;
     }
     EXPECT_EQ(seconds, 7.0F);
