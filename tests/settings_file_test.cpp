@@ -101,6 +101,7 @@ TEST(PacketWriter, Values) {
         {"Smoothing", 1, 5, Nan, "Very High"},
         {"Smoothing", 1, 16, 1.9F, "3.5"},
         {"SmoothingMode", 1, 16, 1.9F, "Slider"},
+        {"SmoothingMode", 1, 16, 1, "Slider"},
         {"SmoothingMode", 1, 16, 2, "Light"},
         {"SmoothingMode", 1, 16, Nan, "Light"},
         {"IsPano360", 1, 15, 0.5F, "Yes"},
@@ -199,6 +200,8 @@ TEST(SettingsFile, Results) {
     }
     EXPECT_EQ(read_xmp(dir.write("empty", "").c_str(), 1, settings), 0);
     EXPECT_EQ(read_xmp(dir.path("none").c_str(), MODE_LENS, nullptr), -5);
+    std::filesystem::resize_file(dir.path("empty"), INT32_MAX); // with its terminator, too long for 32 bits
+    EXPECT_EQ(read_xmp(dir.path("empty").c_str(), METHOD_DETECT, nullptr), -1);
 }
 
 TEST(ExtractXmp, Regions) {
@@ -252,6 +255,7 @@ TEST(InsertXmp, PlacesTheDescription) {
         {"no room for it", meta, "", -34 - 65},
         {"RDF before xmpmeta", rdf + meta + zeros(70), "", size(rdf + meta + zeros(70))},
         {"two bytes follow", meta + rdf, "xx", -1},
+        {"two bytes follow a line feed", meta + rdf, "\n\nx", -1},
     };
     const std::int32_t shift = insert_xmp(0, 11, IntensiveSettings, 0, 0, nullptr);
     EXPECT_EQ(shift, size32(added));

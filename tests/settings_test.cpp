@@ -9,6 +9,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
+#include <vector>
 
 using namespace test;
 
@@ -56,7 +57,7 @@ TEST(Detection, Methods) {
         {"attributes", packet(attribute("Version", "5.0") + attribute("Method", "Fusion/Adjust")), 10},
         {"no version", packet(element("Method", "Fusion/Adjust")), -5},
         {"version with a letter as minor part", elementPacket("Fusion/Adjust", "", "5.x"), -5},
-        {"version without a minor part", elementPacket("Fusion/Adjust", "", "5"), -5},
+        {"version without a minor part", elementPacket("Fusion/Adjust", "", "5,0"), -5},
         {"second version",
          packet(element("Version", "x") + element("Version", " 2.4") + element("Method", "Fusion/Adjust")), 10},
         {"method before version", packet(element("Method", "Fusion/Adjust") + element("Version", "5.0")), -5},
@@ -132,6 +133,7 @@ TEST(Parameters, ValuesByFormAndVersion) {
     } cases[] = {
         {"float", details, "Details Enhancer", "5.0", element("Strength", "45.7"), 1, 45.7F},
         {"integer in old packets", details, "Details Enhancer", "2.4", element("Strength", "45.7"), 1, 45.0F},
+        {"version of two digits", details, "Details Enhancer", "12.4", element("Strength", "45.7"), 1, 45.7F},
         {"fraction in old packets", details, "Details Enhancer", "2.4", element("WhiteClip", "0.25"), 3, 0.25F},
         {"integer saturates", details, "Details Enhancer", "2.4", element("Strength", "-99999999999"), 1,
          -2147483648.0F},
@@ -163,6 +165,7 @@ TEST(Parameters, ValuesByFormAndVersion) {
         {"attribute in an element packet", details, "Details Enhancer", "5.0", attribute("Strength", "8"), 1, 8.0F},
         {"only the first tag", details, "Details Enhancer", "5.0",
          element("Strength", "a b") + element("Strength", "2"), 1, Untouched},
+        {"the same first and last letter", details, "Details Enhancer", "5.0", element("Slowpath", "9"), 1, Untouched},
         {"prefix of a longer name", details, "Details Enhancer", "5.0", "tvtm:StrengthX9", 1, 9.0F},
         {"integer beyond 64 bits", details, "Details Enhancer", "2.4", element("Strength", "99999999999999999999"), 1,
          2147483648.0F},
@@ -192,6 +195,7 @@ TEST(Parameters, ValuesByFormAndVersion) {
         {"gamma NaN", details, "Details Enhancer", "5.0", element("Gamma", "nan"), 8, Nan},
         {"clip below 0", optimizer, "Contrast Optimizer", "5.0", element("WhiteClip", "-1"), 3, -Nan},
         {"panorama", details, "Details Enhancer", "5.0", element("IsPano360", "Yes"), 15, 1.0F},
+        {"another word is no", details, "Details Enhancer", "5.0", element("IsPano360", "Y"), 15, 0.0F},
         {"lower case is no", details, "Details Enhancer", "5.0", element("IsPano360", "yes"), 15, 0.0F},
         {"clip", optimizer, "Contrast Optimizer", "5.0", element("WhiteClip", "10.0"), 3, 10.0F},
         {"clip curve", optimizer, "Contrast Optimizer", "5.0", element("BlackClip", "5.0"), 4, 1.1958244F},
@@ -205,6 +209,26 @@ TEST(Parameters, ValuesByFormAndVersion) {
         EXPECT_EQ(std::bit_cast<std::uint32_t>(slots[static_cast<std::size_t>(test.slot)]),
                   std::bit_cast<std::uint32_t>(test.value))
             << test.what << ' ' << slots[static_cast<std::size_t>(test.slot)];
+    }
+}
+
+// Up to version 2, some numbers of the first two methods are integers.
+TEST(Parameters, IntegersInOldPackets) {
+    const struct {
+        std::int32_t method;
+        std::vector<int> integers; // slots
+    } cases[] = {
+        {1, {0, 1, 2, 6, 7, 9, 10, 11, 12, 13, 14}}, {2, {0, 1, 2, 12, 13}}, {3, {}}, {10, {}}, {11, {}}, {15, {}}};
+    for (const auto& [method, integers] : cases) {
+        tvmeta_Parameter parameter;
+        for (std::int32_t i = 0; tvmeta_parameter(method, i, &parameter) > 0; ++i) {
+            if (parameter.kind == TVMETA_NUMBER || parameter.kind == TVMETA_FRACTION) {
+                Slots slots;
+                parse(method, elementPacket(tvmeta_method_name(method), element(parameter.name, "1.5"), "2.5"), slots);
+                const bool isInteger = std::ranges::count(integers, parameter.slot) > 0;
+                EXPECT_EQ(slots[static_cast<std::size_t>(parameter.slot)], isInteger ? 1.0F : 1.5F) << parameter.name;
+            }
+        }
     }
 }
 
@@ -227,6 +251,9 @@ TEST(Parameters, SmoothingFollowsItsMode) {
         {"Low", details(element("SmoothingMode", "Light") + element("Smoothing", "Low     ")), 0, 3, Untouched},
         {"Very High", details(element("SmoothingMode", "Light") + element("Smoothing", "Very High")), 0, 0, Untouched},
         {"slider", details(element("SmoothingMode", "Slider") + element("Smoothing", "35.5")), 1, Untouched, 35.5F},
+        {"before the method",
+         packet(element("Version", "5.0") + element("SmoothingMode", "Light") + element("Method", "Details Enhancer")),
+         Untouched, Untouched, Untouched},
         {"the caller's mode", details(element("Smoothing", "Low     ")), Untouched, Untouched, Untouched},
         {"unknown mode", details(element("SmoothingMode", "None") + element("Smoothing", "3")), Untouched, Untouched,
          Untouched},
@@ -268,6 +295,7 @@ TEST(Lens, FormsAndLengths) {
         {"attribute", lensPacket("aux:Lens=\"TV\""), "TV", 2},
         {"single closing quote", lensPacket("aux:Lens='TV'") + zeros(64), "", 64},
         {"longer name first", lensPacket("<aux:LensInfo>1</aux:LensInfo><aux:Lens>TV</aux:Lens>"), "TV", 2},
+        {"adjacent names", lensPacket("aux:Lensaux:Lens=\"TV\""), "TV", 2},
         {"longest", lensPacket("<aux:Lens>" + longest + "</aux:Lens>"), longest, 63},
         {"too long", lensPacket("<aux:Lens>" + tooLong + "</aux:Lens>"), "", 64},
         {"empty", lensPacket("<aux:Lens></aux:Lens>"), "", 0},
@@ -291,6 +319,7 @@ TEST(Lens, FormsAndLengths) {
     char lens[64] = {};
     EXPECT_EQ(get_settings_from_xmp(MODE_LENS, 101, Bytes(100, 'x').c_str(), lens, nullptr), 101 - 44);
     EXPECT_EQ(get_settings_from_xmp(MODE_LENS, 1, "", lens, nullptr), 0);
+    EXPECT_EQ(get_settings_from_xmp(MODE_LENS, 45, "xmlns:aux='http://ns.adobe.com/exif/1.0/aux/", lens, nullptr), 44);
 }
 
 TEST(Occurrences, BothQuotesCount) {
