@@ -90,6 +90,8 @@ TEST(Keyword, FollowsItsAnchor) {
         {"after the last dataset", caption + city, ""},
         {"a keyword followed by another dataset does not count", first + city, ""},
         {"after a keyword at the end", caption + first, ""},
+        {"an empty dataset at the end does not count", caption, dataset(2, 90, "")},
+        {"after an empty dataset", dataset(2, 90, ""), ""},
     };
     for (const auto& test : cases) {
         const Bytes block = test.before + test.after;
@@ -109,6 +111,8 @@ TEST(Keyword, Rejections) {
     for (const auto& [length, keywordLength] : {std::pair{8, 1}, {4, 1}, {-1, 1}, {0, 32768}, {0, -1}}) {
         EXPECT_EQ(add_iptc_keyword(length, raw(overrun), keywordLength, "k", raw(out)), -1) << length;
     }
+    Bytes longest(7 + 5 + 32767, '!');
+    EXPECT_EQ(add_iptc_keyword(0, nullptr, 32767, Bytes(32767, 'k').c_str(), raw(longest)), 7);
     EXPECT_EQ(add_iptc_keyword(8, nullptr, 1, "k", raw(out)), -1);
     EXPECT_EQ(add_iptc_keyword(0, raw(overrun), 1, nullptr, raw(out)), -1);
     EXPECT_EQ(out, Bytes(32, '!'));

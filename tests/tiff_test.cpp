@@ -36,7 +36,8 @@ struct Counts {
 };
 
 Counts count(const MetadataBuf& metadata, const GpsBuf& gps) {
-    Counts c{};
+    Counts c;
+    std::memset(&c, 0xA5, sizeof c);
     c.result = get_exif_count(&metadata, &c.exif, &c.exifBytes, &gps, &c.gps, &c.gpsBytes, &c.model, &c.make, &c.date,
                               &c.gpsDate, &c.lens, c.makeText);
     return c;
@@ -198,10 +199,14 @@ TEST(ExifCount, TextsAndMakes) {
     std::memset(&full, 'x', sizeof full);
     GpsBuf reference{};
     reference.latitudeRef = 'N';
+    reference.longitudeRef = '\x80'; // not a letter: counts as absent
     const Counts counts = count(full, reference);
     EXPECT_EQ(std::tie(counts.model, counts.lens, counts.date), std::tuple(63, 63, 21));
     EXPECT_EQ(std::tie(counts.exif, counts.exifBytes, counts.gps, counts.gpsBytes, counts.result),
               std::tuple(5, 3 * 8 + 21, 2, 0, 7));
+    full.exposureTime[1] = 0;
+    full.focalLength[1] = -1;
+    EXPECT_EQ(count(full, reference).exif, 3); // denominators of 0 and below count as absent
 }
 
 // The EXIF and GPS directories at offset `at`.
@@ -242,11 +247,25 @@ TEST(ExifBlock, IsATiffStructure) {
     Bytes block = zeros(expected.size()) + "!";
     EXPECT_EQ(write(6, block), size32(expected));
     EXPECT_EQ(block, expected + "!");
-    EXPECT_EQ(write_exif_buf(0, 9, 0, 9, 0, 0, 9, 9, 1, &metadata, &gps, c.makeText, nullptr), -1);
+    EXPECT_EQ(write_exif_buf(0, 9, 0, 9, 0, 0, 9, 9, 1, &metadata, &gps, c.makeText, raw(block)), -1);
     // Counts smaller than the records: nothing is written past the size that they define.
-    Bytes small = zeros(14 + 3 * 12 + 2 + 12 + 4 + 4) + "!!";
-    EXPECT_EQ(write_exif_buf(0, 0, 1, 4, 4, 0, 0, 0, 9, &metadata, &gps, c.makeText, raw(small)), size32(small) - 2);
-    EXPECT_EQ(small.substr(small.size() - 2), "!!");
+    Bytes small = zeros(14 + 3 * 12 + 2 + 12 + 4) + Bytes(99, '!');
+    EXPECT_EQ(write_exif_buf(0, 0, 1, 0, 4, 0, 0, 0, 9, &metadata, &gps, c.makeText, raw(small)), size32(small) - 99);
+    EXPECT_EQ(small.substr(small.size() - 103), le32(0) + Bytes(99, '!'));
+}
+
+TEST(ExifBlock, WithoutDate) {
+    MetadataBuf metadata = {};
+    metadata.focalLength[0] = metadata.focalLength[1] = 7;
+    const GpsBuf gps = {};
+    const Bytes expected = "II" + le16(42) + le32(8) + le16(2) + entry(274, 3, 1, le16(1)) +
+                           entry(34665, 4, 1, le32(38)) + le32(0) + le16(1) + entry(37386, 5, 1, le32(56)) + le32(0) +
+                           le32(7) + le32(7);
+    Bytes block = zeros(expected.size());
+    EXPECT_EQ(write_exif_buf(1, 8, 0, 0, 0, 0, 0, 0, 1, &metadata, &gps, zeros(64).c_str(), raw(block)),
+              size32(expected));
+    EXPECT_EQ(block, expected);
+    EXPECT_EQ(write_exif_buf(0, 0, 0, 0, 0, 4, 0, 0, 1, &metadata, &gps, zeros(64).c_str(), raw(block)), 38);
 }
 
 TEST(Tiff, MinimalFile) {
@@ -295,6 +314,17 @@ TEST(Tiff, FileWithAllMetadata) {
     EXPECT_EQ(packet.substr(packet.size() - 14), "</x:xmpmeta>\n ");
 }
 
+TEST(Tiff, LargestShortAndWholeLongs) {
+    Job job;
+    job.info.width = 65535;
+    job.info.channels = 1;
+    job.pixels = zeros(65535);
+    job.iptc = "IPTC";
+    const Bytes file = job.file();
+    EXPECT_NE(file.find(entry(256, 3, 1, le16(65535))), Bytes::npos);
+    EXPECT_NE(file.find(entry(33723, 4, 1, "IPTC")), Bytes::npos);
+}
+
 TEST(Tiff, XmpDecision) {
     const Bytes settings = elementPacket("Fusion/Adjust", "");
     const Bytes plain = "<x:xmpmeta>" + Bytes(80, 'x');
@@ -341,8 +371,15 @@ TEST(Tiff, XmpDecision) {
     }
 }
 
+TEST(Tiff, LongestLens) {
+    Job job;
+    std::memset(job.metadata.lens, 'l', sizeof job.metadata.lens);
+    EXPECT_NE(job.file().find("<aux:Lens>" + Bytes(63, 'l') + "</aux:Lens>"), Bytes::npos);
+}
+
 TEST(Tiff, OmitsProfilesOfOtherColourSpaces) {
     for (const auto& [icc, kept] : {std::pair{Bytes(16, 'i') + "GRAY" + Bytes(8, 'i'), false},
+                                    {Bytes(16, 'i') + "RGXi" + "i", false},
                                     {Bytes(16, 'i') + "GRAY", true},
                                     {Bytes(16, 'i') + "RGBx" + "i", true},
                                     {"ab", true}}) {
@@ -393,8 +430,12 @@ TEST(TiffPixels, EveryLayout) {
 }
 
 TEST(TiffPixels, BlocksAndTheirRows) {
-    for (const auto& [width, height, channels, rows] :
-         {std::array{4000, 3000, 3, 42}, {400000, 3, 3, 1}, {7, 0, 3, 0}, {1000, 300, 4, 300 - 262}, {5, 9, 1, 9}}) {
+    for (const auto& [width, height, channels, rows] : {std::array{4000, 3000, 3, 42},
+                                                        {400000, 4, 3, 1},
+                                                        {7, 0, 3, 0},
+                                                        {1000, 300, 4, 300 - 262},
+                                                        {1024, 1025, 1, 1},
+                                                        {5, 9, 1, 9}}) {
         const TempDir dir;
         Job job;
         job.info = {width, height, channels, 8, 300, 0, 0, 1};
@@ -423,7 +464,7 @@ TEST(Tiff, Failures) {
                                      // Sizes that are 8 and 0 modulo 2^64, and one byte too many next to the directory.
                                      {1073793636, 1431586686, 3, 32, 1, 0, 0, 1},
                                      {1 << 30, 1 << 30, 4, 32, 1, 0, 0, 1},
-                                     {INT32_MAX - 8 - 177, 1, 1, 8, 1, 0, 0, 1}};
+                                     {INT32_MAX - 8 - 189, 1, 1, 8, 1, 0, 0, 1}};
     for (const TifImageInfo& info : rejected) {
         Job job;
         job.info = info;
@@ -438,6 +479,8 @@ TEST(Tiff, Failures) {
     if (hasFullDevice()) {
         EXPECT_EQ(job.save(FullDevice), -2);
     }
+    job.info = {INT32_MAX - 8 - 190, 1, 1, 8, 1, 0, 0, 1}; // the largest file
+    EXPECT_EQ(job.save(dir.path("none/a.tif")), -1);
 }
 
 } // namespace
