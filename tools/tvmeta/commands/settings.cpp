@@ -52,12 +52,7 @@ std::string inserted(const std::string& path, const Settings& settings) {
                             "grow");
     }
     std::string packet(asText(readFile(path)));
-    const int32_t length = librarySize(packet);
-    const float* values = settings.values.data();
-    const int32_t shift = insert_xmp(0, settings.method, values, length, 0, nullptr);
-    packet.resize(packet.size() + static_cast<size_t>(shift));
-    textSize(packet); // refuses texts of 2 GiB and more
-    const int32_t result = insert_xmp(1, settings.method, values, length, shift, packet.data());
+    const int32_t result = insertDescription(packet, settings);
     if (result == -1) {
         throw Failure(path, "the packet ends right after its RDF opening");
     }

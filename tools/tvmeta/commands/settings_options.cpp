@@ -141,6 +141,20 @@ Settings settingsFrom(const SettingsOptions& options) {
     return settings;
 }
 
+int32_t insertDescription(std::string& packet, const Settings& settings) {
+    const size_t size = packet.size();
+    const int32_t length = librarySize(packet);
+    const float* values = settings.values.data();
+    const int32_t shift = insert_xmp(0, settings.method, values, length, 0, nullptr);
+    packet.resize(size + static_cast<size_t>(shift));
+    textSize(packet); // refuses texts of 2 GiB and more
+    const int32_t result = insert_xmp(1, settings.method, values, length, shift, packet.data());
+    if (result < 0) {
+        packet.resize(size);
+    }
+    return result;
+}
+
 std::vector<Setting> settingsInPacket(int32_t method, const std::string& packet) {
     PacketSlots slots = readSlots(method, packet, Unset);
     const bool hasMode = slots.values[DETAILS_ENHANCER_SMOOTHING_MODE] != Unset;

@@ -40,5 +40,9 @@ std::vector<std::string> settingNames(const std::string& method);
 // The settings that the options request; empty without a method. Throws WrongCommandLine for invalid names and values.
 Settings settingsFrom(const SettingsOptions& options);
 
+// Inserts the description of the settings into an XMP packet. Returns the result of insert_xmp(); if it is negative,
+// the packet is unchanged.
+int32_t insertDescription(std::string& packet, const Settings& settings);
+
 // The method and the settings that a packet of that method contains, in the order of the library's table.
 std::vector<Setting> settingsInPacket(int32_t method, const std::string& packet);

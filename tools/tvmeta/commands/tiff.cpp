@@ -2,6 +2,7 @@
 
 #include "commands/commands.h"
 #include "commands/icc.h"
+#include "commands/result_packet.h"
 #include "commands/settings_options.h"
 #include "output/failure.h"
 #include "output/output_file.h"
@@ -47,7 +48,7 @@ struct Metadata {
     Bytes profile;
     Settings settings;
     std::string packet;
-    std::string unkept; // values of the photograph
+    std::vector<std::string> unkept; // values of the photograph
 };
 
 // A damaged block of the photograph is omitted and the rest of its metadata is kept.
@@ -61,6 +62,14 @@ Block readOrLeaveOut(const Photo& photo, Block (*read)(const Photo& photo)) {
     }
 }
 
+// Pixels are saved as they are, so unless chosen the orientation is that of the picture, which is upright without one.
+int32_t orientationOf(const Options& options, const Picture& picture, const WriterRecords& records) {
+    const int32_t orientation = options.orientation == "photo" ? records.metadata.orientation
+                                : options.orientation.empty()  ? picture.orientation.value_or(1)
+                                                               : options.orientation.front() - '0';
+    return orientation >= 1 && orientation <= 8 ? orientation : 1;
+}
+
 Metadata collectMetadata(const Options& options, const Picture& picture) {
     Metadata metadata;
     metadata.settings = settingsFrom(options.settings);
@@ -72,12 +81,13 @@ Metadata collectMetadata(const Options& options, const Picture& picture) {
     if (!options.photo.empty()) {
         const Photo photo = readPhoto(options.photo);
         metadata.records = writerRecords(photo.info);
-        metadata.unkept = unkeptValues(photo);
         metadata.iptc = readOrLeaveOut(photo, readIptcBlock);
-        // The photograph's packet would take precedence over the settings of this run.
-        if (metadata.settings.method == METHOD_NONE) {
-            metadata.packet = readOrLeaveOut(photo, readPacket);
-        }
+        const int32_t orientation = orientationOf(options, picture, metadata.records);
+        ResultPacket packet =
+            resultPacket(readOrLeaveOut(photo, readPacket), metadata.settings, fieldText(photo.info.lens), orientation);
+        metadata.packet = std::move(packet.text);
+        metadata.unkept = unkeptValues(photo);
+        metadata.unkept.insert(metadata.unkept.end(), packet.unkept.begin(), packet.unkept.end());
     }
     for (const std::string& keyword : options.keywords) {
         metadata.iptc = withKeyword(options.photo.empty() ? "--keyword" : options.photo, metadata.iptc, keyword);
@@ -112,16 +122,17 @@ Picture pictureFor(const Options& options) {
     return picture;
 }
 
-// Pixels are saved as they are, so unless chosen the orientation is that of the picture, which is upright without one.
-int32_t orientationOf(const Options& options, const Picture& picture, const Metadata& metadata) {
-    if (options.orientation == "photo") {
-        return metadata.records.metadata.orientation;
+std::string joined(const std::vector<std::string>& words) {
+    std::string list;
+    for (const std::string& word : words) {
+        list += (list.empty() ? "" : ", ") + word;
     }
-    return options.orientation.empty() ? picture.orientation.value_or(1) : options.orientation.front() - '0';
+    return list;
 }
 
-// What of the picture has no place in the file, in one line. Its metadata is kept when it is the photograph, too.
-void reportLosses(const Options& options, const Picture& picture) {
+// What of picture and photograph has no place in the file, in one line. The metadata of the picture is kept when it is
+// the photograph, too.
+void reportLosses(const Options& options, const Picture& picture, const std::vector<std::string>& unkept) {
     std::vector<std::string> losses = picture.dropped;
     if (options.profile.empty() && !options.profileFromPhoto && !canUse(picture.profile, picture)) {
         losses.push_back("ICC profile for " + colourSpaceOf(picture.profile));
@@ -130,12 +141,11 @@ void reportLosses(const Options& options, const Picture& picture) {
     if (!std::filesystem::equivalent(options.image, options.photo, error)) {
         losses.insert(losses.end(), picture.metadata.begin(), picture.metadata.end());
     }
-    std::string list;
-    for (const std::string& loss : losses) {
-        list += (list.empty() ? "" : ", ") + loss;
-    }
-    if (!list.empty()) {
-        complain(options.image + ": not copied to the result: " + list);
+    if (!losses.empty()) {
+        complain(options.image + ": not copied to the result: " + joined(losses) +
+                 (unkept.empty() ? "" : "; from " + options.photo + ": " + joined(unkept)));
+    } else if (!unkept.empty()) {
+        complain(options.photo + ": not copied to the result: " + joined(unkept));
     }
 }
 
@@ -160,7 +170,7 @@ void writePicture(const Options& options, const Metadata& metadata, const Pictur
         .resolution = options.resolution,
         .iccLength = librarySize(metadata.profile),
         .pixelMode = isReduced ? 1 : 0,
-        .orientation = orientationOf(options, picture, metadata),
+        .orientation = orientationOf(options, picture, metadata.records),
     };
     // In samples if the library converts them, else in bytes.
     const int32_t rowPitch = checkedSize(isReduced ? rowBytes(picture) / 2 : rowBytes(picture));
@@ -181,17 +191,14 @@ void writeTiff(const Options& options) {
         throw WrongCommandLine("--orientation photo requires --photo");
     }
     Picture picture;
-    std::string unkept;
+    std::vector<std::string> unkept;
     writeOutput(options.output, {options.image, options.photo, options.profile}, [&](OutputFile& output) {
         picture = pictureFor(options);
         const Metadata metadata = collectMetadata(options, picture);
         writePicture(options, metadata, picture, output);
         unkept = metadata.unkept;
     });
-    reportLosses(options, picture);
-    if (!unkept.empty()) {
-        complain(options.photo + ": not copied to the result: " + unkept);
-    }
+    reportLosses(options, picture, unkept);
     messagesFor(options.output) << "wrote " << printable(options.output) << ": " << picture.width << " x "
                                 << picture.height << " pixels\n";
 }

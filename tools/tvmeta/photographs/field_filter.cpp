@@ -4,6 +4,7 @@
 #include "photographs/natural_order.h"
 
 #include <charconv>
+#include <cmath>
 #include <optional>
 #include <string_view>
 
@@ -13,7 +14,8 @@ std::optional<double> parseDecimal(std::string_view text) {
     double number = 0;
     const char* end = text.data() + text.size();
     const auto [parsed, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && parsed == end ? std::optional(number) : std::nullopt;
+    const bool isValid = error == std::errc() && parsed == end && std::isfinite(number);
+    return isValid ? std::optional(number) : std::nullopt;
 }
 
 // Parses numbers, also in the notation of photographers: 1/125, f/2.8.
@@ -27,6 +29,17 @@ std::optional<double> parseNumber(std::string_view text) {
     }
     const auto numerator = parseDecimal(text.substr(0, slash)), denominator = parseDecimal(text.substr(slash + 1));
     return numerator && denominator && *denominator != 0 ? std::optional(*numerator / *denominator) : std::nullopt;
+}
+
+// The value that a field is compared with; missing for an empty text.
+Value wantedValue(const Field& field, const std::string& text) {
+    if (text.empty() || field.kind != Field::Kind::Number) {
+        return text.empty() ? Value() : text;
+    }
+    if (const std::optional<double> number = parseNumber(text)) {
+        return *number;
+    }
+    throw WrongCommandLine("expected a number for " + std::string(field.key) + ", found '" + text + "'");
 }
 
 // Longer operators first, because they contain the shorter ones.
@@ -57,7 +70,7 @@ FieldFilter::FieldFilter(const std::string& condition) {
                        : name == "<=" ? Relation::LessOrEqual
                        : name == ">"  ? Relation::Greater
                                       : Relation::GreaterOrEqual;
-            text = condition.substr(place + name.size());
+            wanted = wantedValue(*field, condition.substr(place + name.size()));
             return;
         }
     }
@@ -67,16 +80,8 @@ FieldFilter::FieldFilter(const std::string& condition) {
 
 bool FieldFilter::accepts(const Shot& shot) const {
     const Value value = field->value(shot);
-    if (isMissing(value) || text.empty()) {
-        return relation == (isMissing(value) == text.empty() ? Relation::Equal : Relation::Unequal);
-    }
-    Value wanted = text;
-    if (isNumber(value)) {
-        const std::optional<double> number = parseNumber(text);
-        if (!number) {
-            throw WrongCommandLine("expected a number for " + std::string(field->key) + ", found '" + text + "'");
-        }
-        wanted = *number;
+    if (isMissing(value) || isMissing(wanted)) {
+        return relation == (isMissing(value) == isMissing(wanted) ? Relation::Equal : Relation::Unequal);
     }
     const int order = compareValues(value, wanted);
     switch (relation) {

@@ -7,7 +7,8 @@
 
 class FieldFilter {
   public:
-    // Throws WrongCommandLine for a condition that is not FIELD, one of = != < <= > >=, and VALUE.
+    // Throws WrongCommandLine for a condition that is not FIELD, one of = != < <= > >=, and VALUE, a number for fields
+    // that are numbers.
     explicit FieldFilter(const std::string& condition);
 
     // A photograph without the field meets only !=. An empty VALUE with = selects photographs without the field.
@@ -18,7 +19,7 @@ class FieldFilter {
 
     const Field* field;
     Relation relation;
-    std::string text;
+    Value wanted;
 };
 
 // Compares two values that are not missing: below 0, 0 or above 0. Numbers that are the same float are equal, texts

@@ -17,8 +17,8 @@ struct Shot {
 };
 
 struct Field {
-    // How a table may shorten the value.
-    enum class Kind { Plain, Date, Text, Path };
+    // Tables shorten dates, texts and paths, each in its own way.
+    enum class Kind { Number, Word, Date, Text, Path };
 
     const char* key;                  // in command lines, JSON and CSV
     const char* label;                // in lists
@@ -26,7 +26,7 @@ struct Field {
     Value (*value)(const Shot& shot); // missing if the photograph lacks it
     const char* unit = "";
     std::string (*words)(const Value& value) = plainWords;
-    Kind kind = Kind::Plain;
+    Kind kind = Kind::Number;
 };
 
 std::span<const Field> allFields();

@@ -65,7 +65,7 @@ struct Unkept {
 
 } // namespace
 
-std::string unkeptValues(const Photo& photo) {
+std::vector<std::string> unkeptValues(const Photo& photo) {
     Unkept unkept;
     const MetadataBuf metadata = writerRecords(photo.info).metadata;
     const auto needs = [&](bool isUnkept, const char* name) {
@@ -78,13 +78,9 @@ std::string unkeptValues(const Photo& photo) {
     unkept.add(photo.parts.image, ImageKept, ImageNames);
     unkept.add(photo.parts.camera, CameraKept, CameraNames);
     unkept.add(photo.parts.gps, GpsKept, GpsNames);
-    std::string text;
-    for (const std::string& name : unkept.names) {
-        text += (text.empty() ? "" : ", ") + name;
-    }
     if (unkept.others > 0) {
-        text += (text.empty() ? "" : ", ") + std::to_string(unkept.others) +
-                (unkept.others == 1 ? " other EXIF tag" : " other EXIF tags");
+        unkept.names.push_back(std::to_string(unkept.others) +
+                               (unkept.others == 1 ? " other EXIF tag" : " other EXIF tags"));
     }
-    return text;
+    return unkept.names;
 }

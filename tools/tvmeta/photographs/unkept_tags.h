@@ -4,6 +4,7 @@
 #include "photographs/photo.h"
 
 #include <string>
+#include <vector>
 
 // The names of these values, for a message; empty if there are none.
-std::string unkeptValues(const Photo& photo);
+std::vector<std::string> unkeptValues(const Photo& photo);
