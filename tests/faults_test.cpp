@@ -70,6 +70,7 @@ void __wrap_free(void* block) {
 std::FILE* __wrap_fopen(const char* path, const char* mode) {
     const bool fails = monitor.fails(Open);
     if (monitor.armed) {
+        EXPECT_NE(std::string_view(mode).find('e'), std::string_view::npos) << "programs would inherit the file";
         monitor.beforeOpen(monitor.calls[Open]);
     }
     std::FILE* stream = fails ? nullptr : __real_fopen(path, mode);
@@ -344,6 +345,9 @@ TEST(Faults, DiskIsFullAtEveryByte) {
             succeeded = operation.whole(result);
             ASSERT_TRUE(succeeded || (result < 0 && operation.intact()))
                 << operation.name << " with " << limit << " bytes: " << result;
+            if (!succeeded && std::string_view(operation.name).starts_with("buf2tif")) {
+                ASSERT_EQ(result, limit < 8 ? -2 : limit < 8 + 8 * 30 ? -3 : -12) << limit; // header, rows, directory
+            }
         }
     }
 }

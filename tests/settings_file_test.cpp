@@ -259,6 +259,9 @@ TEST(InsertXmp, PlacesTheDescription) {
     };
     const std::int32_t shift = insert_xmp(0, 11, IntensiveSettings, 0, 0, nullptr);
     EXPECT_EQ(shift, size32(added));
+    Bytes numberless = meta + rdf + "\n  " + added;
+    EXPECT_EQ(insert_xmp(-1, 11, IntensiveSettings, size32(meta + rdf) + 3, shift, numberless.data()), shift);
+    EXPECT_EQ(numberless, meta + rdf + added + "\n  ");
     for (const auto& test : cases) {
         const Bytes data = test.before + test.after;
         Bytes buffer = data + Bytes(added.size() + 1, '!');
