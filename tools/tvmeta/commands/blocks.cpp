@@ -59,7 +59,7 @@ Bytes exifBlock(const std::string& path) {
                                           c.dateCount, c.gpsDateCount, records.metadata.orientation, &records.metadata,
                                           &records.gps, c.make, block.data());
     if (result < 0) {
-        throw Failure(path, explain(result, {{-1, "no camera, exposure or position to write"}}));
+        throw Failure(path, explain(result, {{WRITE_EXIF_NOTHING, "no camera, exposure or position to write"}}));
     }
     return block;
 }

@@ -80,9 +80,10 @@ void replaceProfile(const std::string& profilePath, const std::string& path) {
         errno = 0;
         const int32_t result = update_tif_profile(librarySize(profile), profile.data(), copy.c_str());
         if (result <= 0) {
-            throw Failure(path, explain(result, {{0, "no ICC profile to replace"},
-                                                 {-1, systemReason()},
-                                                 {-2, errno == 0 ? "the file would exceed 2 GiB" : systemReason()}}));
+            throw Failure(path, explain(result, {{UPDATE_PROFILE_NO_ENTRY, "no ICC profile to replace"},
+                                                 {UPDATE_PROFILE_CANNOT_OPEN, systemReason()},
+                                                 {UPDATE_PROFILE_FAILED,
+                                                  errno == 0 ? "the file would exceed 2 GiB" : systemReason()}}));
         }
     });
     std::cout << "replaced the profile of " << printable(path) << "\n";

@@ -25,8 +25,8 @@ void showSettings(const std::string& path) {
     const std::string packet = packetIn(path);
     const int32_t method = get_settings_from_xmp(METHOD_DETECT, textSize(packet), packet.c_str(), nullptr, nullptr);
     if (method <= 0) {
-        throw Failure(path, explain(method, {{0, "no settings, or settings of an unknown method"},
-                                             {-5, "the settings have no version or no method"}}));
+        throw Failure(path, explain(method, {{XMP_NO_SETTINGS, "no settings, or settings of an unknown method"},
+                                             {XMP_OTHER_METHOD, "the settings have no version or no method"}}));
     }
     for (const Setting& setting : settingsInPacket(method, packet)) {
         std::cout << std::left << std::setw(22) << setting.name << printable(setting.value) << "\n";
@@ -38,9 +38,10 @@ void writeSettings(const std::string& path, const Settings& settings) {
         const std::string libraryPath = output.libraryPath();
         errno = 0;
         const int32_t result = write_xmp(libraryPath.c_str(), settings.method, settings.values.data());
-        if (result != 1) {
-            throw Failure(path,
-                          explain(result, {{-1, systemReason()}, {-3, systemReason()}, {-4, "not enough memory"}}));
+        if (result != WRITE_XMP_OK) {
+            throw Failure(path, explain(result, {{WRITE_XMP_CANNOT_OPEN, systemReason()},
+                                                 {WRITE_XMP_FAILED, systemReason()},
+                                                 {WRITE_XMP_NO_MEMORY, "not enough memory"}}));
         }
     });
     messagesFor(path) << "wrote " << printable(path) << "\n";
@@ -53,10 +54,10 @@ std::string inserted(const std::string& path, const Settings& settings) {
     }
     std::string packet(asText(readFile(path)));
     const int32_t result = insertDescription(packet, settings);
-    if (result == -1) {
+    if (result == INSERT_XMP_NOTHING_FOLLOWS) {
         throw Failure(path, "the packet ends right after its RDF opening");
     }
-    if (result == -4) {
+    if (result == INSERT_XMP_NO_MEMORY) {
         throw std::bad_alloc();
     }
     if (result < 0) {

@@ -150,13 +150,14 @@ void reportLosses(const Options& options, const Picture& picture, const std::vec
 }
 
 std::string writingProblem(int32_t result, const Picture& picture) {
-    return explain(result, {{-1, systemReason()},
-                            {-2, systemReason()},
-                            {-3, systemReason()},
-                            {-4, "not enough memory"},
-                            {-6, "expected an image of less than 2 GiB, found " + std::to_string(picture.width) +
-                                     " x " + std::to_string(picture.height) + " pixels"},
-                            {-12, systemReason()}});
+    return explain(result, {{BUF2TIF_CANNOT_OPEN, systemReason()},
+                            {BUF2TIF_HEADER_FAILED, systemReason()},
+                            {BUF2TIF_PIXELS_FAILED, systemReason()},
+                            {BUF2TIF_NO_PIXEL_MEMORY, "not enough memory"},
+                            {BUF2TIF_BAD_ARGUMENTS, "expected an image of less than 2 GiB, found " +
+                                                        std::to_string(picture.width) + " x " +
+                                                        std::to_string(picture.height) + " pixels"},
+                            {BUF2TIF_DIRECTORY_FAILED, systemReason()}});
 }
 
 void writePicture(const Options& options, const Metadata& metadata, const Picture& picture, OutputFile& output) {
