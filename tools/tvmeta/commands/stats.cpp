@@ -248,7 +248,7 @@ void addStatsCommand(CLI::App& app) {
     const auto options = std::make_shared<Options>();
     command
         ->add_option("IMAGE", options->paths,
-                     "Radiance HDR, OpenEXR, TIFF, PFM, PNG, JPEG, PGM or\nPPM picture; several as a table")
+                     "Radiance HDR, OpenEXR, TIFF, PFM, PNG, JPEG, PGM\nor PPM picture; several as a table")
         ->required();
     command->add_flag("--json", options->json, "Write one JSON object per picture, on one line");
     command->add_flag("--histogram", options->histogram, "Show the pixels by stops, as bars")
@@ -256,7 +256,7 @@ void addStatsCommand(CLI::App& app) {
         ->option_text(" ");
     command
         ->add_option("--plot", options->plot,
-                     "SVG file to write with the histogram; %s in its name\nmeans the name of the picture")
+                     "SVG file to write with the histogram; %s in its\nname means the name of the picture")
         ->option_text("FILE");
     command->footer("Integer samples are measured as linear light, in which 1 is white.\n\n"
                     "Examples:\n"
