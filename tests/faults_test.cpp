@@ -309,7 +309,7 @@ TEST(Faults, RefusesToPatchAReplacedFile) {
     const Operation replace = bench.writers().back();
     Tiff tiff;
     const Bytes profiled = tiff.finish(tiff.add({{34675, 7, 6, "before"}}));
-    for (const Bytes& other : {zeros(1000), profiled + "longer", Bytes("short")}) {
+    for (const Bytes& other : {zeros(profiled.size()), profiled + "longer", Bytes("short")}) {
         replace.prepare();
         bench.dir.write("out", profiled);
         monitor = {};
