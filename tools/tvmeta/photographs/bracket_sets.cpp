@@ -148,7 +148,7 @@ class RunSplitter {
         addSet(run.subspan(rest), run.size() - rest);
     }
 
-    // Sets of `count` shots. Of the shots at the start that can be left out, so many are that the sets have the most
+    // Sets of `count` shots. Shots at the start are left out where that gives the sets the most
     // different exposures.
     void splitByCount(Run run, size_t count) {
         const size_t groups = run.size() / count;
