@@ -22,7 +22,7 @@ bool isSupported(const TifImageInfo& info) {
     const bool dimensions = info.width >= 1 && info.height >= 0 && info.channels >= 1 && info.channels <= 4;
     const bool mode = info.pixelMode == pixel_mode::Unchanged ||
                       (info.pixelMode == pixel_mode::HighBytes && info.bitsCode == bits_code::Integer8);
-    return dimensions && mode && bytesPerSample(info.bitsCode) > 0 && info.iccLength >= 0;
+    return dimensions && mode && bytesPerSample(info.bitsCode) > 0;
 }
 
 } // namespace

@@ -17,31 +17,24 @@ std::span<const unsigned char> bytesOf(std::string_view text) {
     return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
 }
 
-// The part of the caller's packet that would be stored: all but its last byte, which should be a terminator. Without a
+// The part of the caller's packet that is stored: all but its last byte, which should be a terminator. Without a
 // terminator, the packet is stored whole if the method is 0.
-struct CallersPacket {
-    std::string_view stored;
-    bool holdsSettings;
-};
+std::string_view storedPart(std::string_view packet, std::int32_t method) {
+    const bool isWhole = packet.back() != '\0' && method == METHOD_NONE;
+    return isWhole ? packet : packet.substr(0, packet.size() - 1);
+}
 
-CallersPacket examine(std::string_view packet, std::int32_t method) {
-    const bool terminated = packet.back() == '\0';
-    if (!terminated && method == METHOD_NONE) {
-        return {packet, isMethodCode(detectMethod(packet))};
-    }
-    const std::string_view stored = packet.substr(0, packet.size() - 1);
-    return {stored, terminated && isMethodCode(detectMethod(stored))};
+// Settings are found only in a packet with a terminator.
+bool hasSettings(std::string_view packet) {
+    return packet.back() == '\0' && isMethodCode(detectMethod(packet.substr(0, packet.size() - 1)));
 }
 
 } // namespace
 
 std::optional<XmpPacket> chooseXmp(std::string_view callersPacket, std::int32_t method, const float* settings,
                                    const MetadataBuf& metadata, std::size_t lensCount) {
-    if (!callersPacket.empty()) {
-        const CallersPacket examined = examine(callersPacket, method);
-        if (examined.holdsSettings || method <= METHOD_NONE) {
-            return XmpPacket{std::nullopt, bytesOf(examined.stored)};
-        }
+    if (!callersPacket.empty() && (method <= METHOD_NONE || hasSettings(callersPacket))) {
+        return XmpPacket{std::nullopt, bytesOf(storedPart(callersPacket, method))};
     }
     if (method <= METHOD_NONE && lensCount == 0) {
         return XmpPacket{};

@@ -9,4 +9,7 @@
 // become \xNN.
 std::string markup(std::string_view text);
 
+// The distance between the ticks of an axis: the smallest power of two from 1 that gives at most `maxTicks`.
+double tickStep(double range, double maxTicks);
+
 std::string base64(std::span<const unsigned char> bytes);

@@ -1,5 +1,7 @@
 #include "photographs/exposure_diagram.h"
 
+#include "output/markup.h"
+
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -12,15 +14,7 @@ constexpr double Margin = 24;
 constexpr double RowHeight = 22;
 constexpr double AxisHeight = 24;
 
-// The distance between ticks, for at most twelve of them.
-double tickStep(double range) {
-    constexpr double MaxTicks = 12;
-    double step = 1;
-    while (range / step > MaxTicks) {
-        step *= 2;
-    }
-    return step;
-}
+constexpr double MaxTicks = 12;
 
 struct Axis {
     double low;
@@ -32,7 +26,7 @@ struct Axis {
 void drawAxis(std::ostream& svg, const Axis& axis, double y) {
     svg << "<line x1=\"" << axis.at(axis.low) << "\" x2=\"" << axis.at(axis.high) << "\" y1=\"" << y << "\" y2=\"" << y
         << "\"/>";
-    const double step = tickStep(axis.high - axis.low);
+    const double step = tickStep(axis.high - axis.low, MaxTicks);
     for (double tick = std::ceil(axis.low / step) * step; tick <= axis.high; tick += step) {
         const double x = axis.at(tick);
         svg << "<line x1=\"" << x << "\" x2=\"" << x << "\" y1=\"" << y << "\" y2=\"" << y + 4 << "\"/><text x=\"" << x

@@ -3,6 +3,7 @@
 #include "output/failure.h"
 #include "output/suggestion.h"
 #include "output/text.h"
+#include "photographs/bracket_sets.h"
 
 #include <algorithm>
 #include <array>
@@ -78,14 +79,14 @@ Value gpsTime(const Shot& shot) {
     return text.str();
 }
 
-// The exposure value at ISO 100: log2(N^2 / t) minus the stops of the sensitivity above ISO 100.
-Value exposureValue(const Shot& shot) {
+Value exposureValueAt100(const Shot& shot) {
     const ExifInfo& info = shot.photo.info;
-    if (!(info.exposureTime > 0 && info.fNumber > 0 && info.isoSpeed > 0)) {
-        return {};
-    }
-    const double stop = decimal(info.fNumber);
-    return std::log2(stop * stop / decimal(info.exposureTime)) - std::log2(info.isoSpeed / 100.0);
+    BracketShot exposure;
+    exposure.exposureTime = decimal(info.exposureTime);
+    exposure.fNumber = decimal(info.fNumber);
+    exposure.isoSpeed = info.isoSpeed;
+    const std::optional<double> value = exposureValue(exposure);
+    return value ? Value(*value) : Value();
 }
 
 // For names that JSON and CSV cannot represent.
@@ -153,7 +154,7 @@ constexpr auto Fields = std::to_array<Field>({
     {"exposureTime", "Exposure time", "Exposure", number<&I::exposureTime>, " s", exposureWords},
     {"fNumber", "F-number", "Stop", number<&I::fNumber>, "", apertureWords},
     {"isoSpeed", "ISO speed", "ISO", integer<&I::isoSpeed>},
-    {"ev100", "EV at ISO 100", "EV", exposureValue, "", evWords},
+    {"ev100", "EV at ISO 100", "EV", exposureValueAt100, "", evWords},
     {"exposureSource", "Exposure source", "Exposure source", integer<&I::exposureSource>, "", sourceWords},
     {"focalLength", "Focal length", "Focal", number<&I::focalLength>, " mm"},
     {"focalLength35mm", "Focal length in 35 mm", "In 35 mm", integer<&I::focalLength35mm>, " mm"},

@@ -62,15 +62,7 @@ text { fill: var(--ink); font: 13px system-ui, sans-serif; text-anchor: middle; 
 </style>
 )";
 
-// The distance of ticks, in stops, that gives at most 20.
-double tickStep(double range) {
-    constexpr double MaxTicks = 20;
-    double step = 1;
-    while (range / step > MaxTicks) {
-        step *= 2;
-    }
-    return step;
-}
+constexpr double MaxTicks = 20;
 
 void drawLine(std::ostream& svg, const char* name, double x1, double y1, double x2, double y2) {
     svg << "<line class=\"" << name << "\" x1=\"" << x1 << "\" y1=\"" << y1 << "\" x2=\"" << x2 << "\" y2=\"" << y2
@@ -87,7 +79,7 @@ void drawAxes(std::ostream& svg, const Plot& plot) {
         drawLine(svg, "line", Plot::Left, y, Plot::Width - Plot::Right, y);
         drawText(svg, "share", Plot::Left - 8, y + 4, percent(part * plot.largest));
     }
-    const double step = tickStep(-plot.histogram.start);
+    const double step = tickStep(-plot.histogram.start, MaxTicks);
     for (double stops = 0; stops >= plot.histogram.start; stops -= step) {
         drawLine(svg, "line", plot.x(stops), plot.y(0), plot.x(stops), plot.y(0) + 6);
         std::ostringstream label;
