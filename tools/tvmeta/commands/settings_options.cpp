@@ -5,6 +5,8 @@
 #include "output/suggestion.h"
 #include "output/text.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <iterator>
 #include <limits>

@@ -5,11 +5,13 @@
 
 #include <tvmeta.h>
 
-#include <CLI/CLI.hpp>
-
 #include <cstdint>
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 struct Settings {
     int32_t method = METHOD_NONE;

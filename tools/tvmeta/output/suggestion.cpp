@@ -43,10 +43,11 @@ bool equalsIgnoringCase(std::string_view first, std::string_view second) {
 }
 
 std::string wordList(std::span<const std::string> words, std::string_view conjunction) {
+    const std::string beforeLast = std::string(" ").append(conjunction).append(" ");
     std::string list;
     for (size_t i = 0; i < words.size(); ++i) {
         const bool isLast = i + 1 == words.size();
-        list += i == 0 ? "" : isLast ? " " + std::string(conjunction) + " " : ", ";
+        list += i == 0 ? "" : isLast ? beforeLast : ", ";
         list += words[i];
     }
     return list;

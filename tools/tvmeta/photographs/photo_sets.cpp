@@ -91,13 +91,15 @@ std::string stopsText(double stops) {
 }
 
 std::string offsetText(double stops) {
-    return (nominalStops(stops) > 0 ? "+" : "") + stopsText(stops);
+    const std::string sign = nominalStops(stops) > 0 ? "+" : "";
+    return sign + stopsText(stops);
 }
 
 std::string offsetsText(const PhotoSet& set) {
     std::string text;
     for (const double offset : set.offsets) {
-        text += (text.empty() ? "" : " ") + offsetText(offset);
+        text += text.empty() ? "" : " ";
+        text += offsetText(offset);
     }
     return text;
 }
