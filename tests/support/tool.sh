@@ -1,10 +1,16 @@
 # shellcheck shell=bash disable=SC2034
-# Sourced by the tests of the tool. Arguments: the tool, the folder of examples.
+# Sourced by the tests of the tool. Arguments: the tool, the folder of examples, and the emulator of a foreign tool.
 set -u
 tvmeta=$(realpath "$1")
 examples=$(realpath "$2")
 dir=$(mktemp -d)
-trap 'rm -rf "$dir"' EXIT
+runner=$(mktemp)
+trap 'rm -rf "$dir" "$runner"' EXIT
+if [ $# -gt 2 ]; then
+    printf '#!/bin/sh\nexec%s "$@"\n' "$(printf ' %q' "${@:3}" "$tvmeta")" >"$runner"
+    chmod +x "$runner"
+    tvmeta=$runner
+fi
 failed=0
 
 fail() {

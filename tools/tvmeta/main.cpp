@@ -4,8 +4,10 @@
 #include "commands/lists.h"
 #include "output/failure.h"
 #include "output/suggestion.h"
-#include "output/temporary_file.h"
 #include "output/text.h"
+#include "system/files.h"
+#include "system/system.h"
+#include "system/temporary_file.h"
 
 #include <tvmeta.h>
 
@@ -92,7 +94,8 @@ std::optional<std::string> strayOption(const CLI::App& app, std::span<const char
         }
         if (isDash && !isOption(command, word)) {
             std::error_code error;
-            const bool isFile = word.find_first_of("./") != std::string::npos || std::filesystem::exists(word, error);
+            const bool isFile =
+                word.find_first_of("./") != std::string::npos || std::filesystem::exists(pathOf(word), error);
             return "unknown option '" + word + "'" +
                    (isFile ? "; a file of that name is ./" + word : nearestName(word, optionNames(command)));
         }
@@ -145,10 +148,11 @@ int run(CLI::App& app, int argc, const char* const* argv) {
 int main(int argc, char** argv) {
     try {
         prepareProcess();
-        expectUtf8();
+        removeTemporaryFileOnSignals();
         CLI::App app("Reads, writes and checks the metadata of HDR photographs.", "tvmeta");
         app.set_version_flag("--version", versionText());
         app.footer(Footer);
+        app.allow_windows_style_options(false); // a path may begin with a slash
         addCommands(app);
         return run(app, argc, argv);
     } catch (const std::bad_alloc&) {

@@ -10,6 +10,7 @@
 #include "photographs/photo_profile.h"
 #include "photographs/profile_description.h"
 #include "pictures/load_picture.h"
+#include "system/files.h"
 
 #include <tvmeta.h>
 
@@ -65,7 +66,7 @@ void requireReplaceable(const std::string& path, const Bytes& profile) {
     if (start.front() != 'I') {
         throw Failure(path, "big-endian TIFF files are not supported");
     }
-    if (std::filesystem::file_size(path) > MaxSize - std::min<uint64_t>(profile.size(), MaxSize)) {
+    if (std::filesystem::file_size(pathOf(path)) > MaxSize - std::min<uint64_t>(profile.size(), MaxSize)) {
         throw Failure(path, "the file would exceed 2 GiB");
     }
 }

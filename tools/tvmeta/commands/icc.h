@@ -1,8 +1,8 @@
 // ICC profiles, in files or in photographs.
 #pragma once
 
-#include "output/files.h"
 #include "pictures/picture.h"
+#include "system/files.h"
 
 #include <string>
 

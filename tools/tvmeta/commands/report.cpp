@@ -7,6 +7,7 @@
 #include "output/text.h"
 #include "photographs/photo_sets.h"
 #include "photographs/report_page.h"
+#include "system/files.h"
 
 #include <filesystem>
 #include <iostream>
@@ -25,7 +26,7 @@ struct Options {
 // Photographs in folders are inputs too, even unreadable ones.
 void requireNoPhoto(const std::string& output) {
     std::error_code error;
-    if (std::filesystem::is_regular_file(output, error) && findFileType(output)) {
+    if (std::filesystem::is_regular_file(pathOf(output), error) && findFileType(output)) {
         throw Failure(output, "output is a photograph; left unchanged");
     }
 }

@@ -1,7 +1,7 @@
 #include "commands/result_packet.h"
 
-#include "output/files.h"
 #include "output/markup.h"
+#include "system/files.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,9 +1,9 @@
 #include "commands/settings_options.h"
 
 #include "output/failure.h"
-#include "output/files.h"
 #include "output/suggestion.h"
 #include "output/text.h"
+#include "system/files.h"
 
 #include <CLI/CLI.hpp>
 

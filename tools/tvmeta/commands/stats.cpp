@@ -9,6 +9,7 @@
 #include "pictures/load_picture.h"
 #include "pictures/luminance_histogram.h"
 #include "pictures/stop_histogram.h"
+#include "system/files.h"
 
 #include <tvmeta.h>
 
@@ -177,7 +178,7 @@ void printHistogram(const Statistics& s) {
 // The name of a plot, with that of the picture in place of %s.
 std::string plotName(const Options& options, const std::string& picture) {
     const size_t place = options.plot.find("%s");
-    const std::string stem = std::filesystem::path(picture).stem().string();
+    const std::string stem = nameOf(pathOf(picture).stem());
     return place == std::string::npos ? options.plot : std::string(options.plot).replace(place, 2, stem);
 }
 

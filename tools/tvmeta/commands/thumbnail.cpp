@@ -5,6 +5,7 @@
 #include "output/output_file.h"
 #include "output/text.h"
 #include "photographs/read_photos.h"
+#include "system/files.h"
 
 #include <algorithm>
 #include <cctype>
@@ -37,7 +38,7 @@ Bytes readThumbnail(const Photo& photo) {
 void writeThumbnail(const Photo& photo, const std::string& path, bool force) {
     const Bytes thumbnail = readThumbnail(photo);
     std::error_code error;
-    if (!force && fs::is_regular_file(path, error)) {
+    if (!force && fs::is_regular_file(pathOf(path), error)) {
         throw Failure(path, "already exists; left unchanged (use --force to replace it)");
     }
     writeOutput(path, {photo.path}, [&](OutputFile& output) { output.write(asText(thumbnail)); });
@@ -45,20 +46,21 @@ void writeThumbnail(const Photo& photo, const std::string& path, bool force) {
 
 // The path of the photograph relative to the folder that was searched.
 fs::path targetOf(const Photo& photo, const Options& options) {
-    fs::path name = fs::path(photo.path).filename();
+    const fs::path path = pathOf(photo.path);
+    fs::path name = path.filename();
     std::error_code error;
     for (const std::string& folder : options.names) {
-        const fs::path relative = fs::path(photo.path).lexically_relative(folder);
-        if (fs::is_directory(folder, error) && !relative.empty() && *relative.begin() != "..") {
+        const fs::path relative = path.lexically_relative(pathOf(folder));
+        if (fs::is_directory(pathOf(folder), error) && !relative.empty() && *relative.begin() != "..") {
             name = relative;
         }
     }
-    std::string extension = name.extension().string();
+    std::string extension = nameOf(name.extension());
     std::ranges::transform(extension, extension.begin(), [](unsigned char c) { return std::tolower(c); });
     if (extension != ".jpg" && extension != ".jpeg") {
         name += ".jpg";
     }
-    return fs::path(options.output) / name;
+    return pathOf(options.output) / name;
 }
 
 void writeThumbnails(const Options& options) {
@@ -68,13 +70,13 @@ void writeThumbnails(const Options& options) {
         try {
             const fs::path target = targetOf(photo, options);
             fs::create_directories(target.parent_path());
-            writeThumbnail(photo, target.string(), options.force);
+            writeThumbnail(photo, nameOf(target), options.force);
             ++written;
         } catch (const Failure& failure) {
             complain(failure.what());
             ++failures;
         } catch (const fs::filesystem_error& error) {
-            complain(error.path1().string() + ": " + error.code().message());
+            complain(nameOf(error.path1()) + ": " + error.code().message());
             ++failures;
         }
     });
@@ -89,7 +91,7 @@ void writeThumbnails(const Options& options) {
 
 void writeOutputs(const Options& options) {
     std::error_code error;
-    if (options.names.size() > 1 || options.recursive || fs::is_directory(options.output, error)) {
+    if (options.names.size() > 1 || options.recursive || fs::is_directory(pathOf(options.output), error)) {
         return writeThumbnails(options);
     }
     writeThumbnail(readPhoto(options.names.front()), options.output, options.force);

@@ -13,6 +13,7 @@
 #include "photographs/writer_records.h"
 #include "pictures/convert.h"
 #include "pictures/load_picture.h"
+#include "system/files.h"
 
 #include <cerrno>
 #include <filesystem>
@@ -138,7 +139,7 @@ void reportLosses(const Options& options, const Picture& picture, const std::vec
         losses.push_back("ICC profile for " + colourSpaceOf(picture.profile));
     }
     std::error_code error;
-    if (!std::filesystem::equivalent(options.image, options.photo, error)) {
+    if (!std::filesystem::equivalent(pathOf(options.image), pathOf(options.photo), error)) {
         losses.insert(losses.end(), picture.metadata.begin(), picture.metadata.end());
     }
     if (!losses.empty()) {

@@ -1,11 +1,8 @@
 #include "output/output_file.h"
 
 #include "output/failure.h"
+#include "system/system.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -18,26 +15,9 @@ namespace {
 void requireNoInput(const std::string& path, const std::vector<std::string>& inputs) {
     std::error_code error;
     for (const std::string& input : inputs) {
-        if (std::filesystem::equivalent(path, input, error)) {
+        if (std::filesystem::equivalent(pathOf(path), pathOf(input), error)) {
             throw Failure(path, "output is the same file as input");
         }
-    }
-}
-
-void writeBytes(std::FILE* file, std::string_view bytes, const std::string& name) {
-    if (std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size()) {
-        failWithErrno(name);
-    }
-}
-
-void copyBytes(std::FILE* from, std::FILE* to, const std::string& name) {
-    std::array<char, 65536> piece;
-    std::rewind(from);
-    while (const size_t got = std::fread(piece.data(), 1, piece.size(), from)) {
-        writeBytes(to, {piece.data(), got}, name);
-    }
-    if (std::ferror(from)) {
-        failWithErrno(name);
     }
 }
 
@@ -82,7 +62,9 @@ void OutputFile::commit() {
     if (spool) {
         direct = openDirect(target);
         isBegun = true;
-        copyBytes(spool.get(), direct.get(), target.name);
+        std::rewind(spool.get());
+        readPieces(spool.get(), target.name,
+                   [this](std::string_view piece) { writeBytes(direct.get(), piece, target.name); });
     }
     // A full disk can fail only at the last buffered bytes.
     if (direct && std::fflush(direct.get()) != 0) {
@@ -100,7 +82,7 @@ const char* OutputFile::fate() const {
 void writeOutput(const std::string& path, const std::vector<std::string>& inputs,
                  const std::function<void(OutputFile&)>& write) {
     std::error_code error;
-    std::string fate = std::filesystem::is_regular_file(path, error) ? "left unchanged" : "not written";
+    std::string fate = std::filesystem::is_regular_file(pathOf(path), error) ? "left unchanged" : "not written";
     std::optional<OutputFile> output;
     try {
         requireNoInput(path, inputs);
@@ -120,9 +102,5 @@ std::string systemReason() {
 }
 
 std::ostream& messagesFor(const std::string& output) {
-    struct stat file = {};
-    struct stat standard = {};
-    const bool isKnown = stat(output.c_str(), &file) == 0 && fstat(STDOUT_FILENO, &standard) == 0;
-    const bool isSame = file.st_dev == standard.st_dev && file.st_ino == standard.st_ino;
-    return isKnown && isSame ? std::cerr : std::cout;
+    return isStandardOutput(output) ? std::cerr : std::cout;
 }

@@ -1,8 +1,8 @@
 // Output files.
 #pragma once
 
-#include "output/files.h"
-#include "output/temporary_file.h"
+#include "system/files.h"
+#include "system/temporary_file.h"
 
 #include <functional>
 #include <iosfwd>

@@ -2,9 +2,9 @@
 
 #include "output/failure.h"
 #include "output/output_file.h"
+#include "system/files.h"
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <initializer_list>
 #include <system_error>
@@ -16,10 +16,10 @@ namespace fs = std::filesystem;
 // A new folder. The destructor removes it with its files unless it is kept.
 class NewFolder {
   public:
-    explicit NewFolder(const std::string& name) : path(name) {
+    explicit NewFolder(const std::string& name) : path(pathOf(name)) {
         std::error_code error;
         if (!fs::create_directory(path, error)) {
-            throw Failure(path.string(), error ? error.message() : "already exists");
+            throw Failure(nameOf(path), error ? error.message() : "already exists");
         }
     }
     ~NewFolder() {
@@ -33,7 +33,7 @@ class NewFolder {
     NewFolder& operator=(const NewFolder&) = delete;
 
     void add(const std::string& file, Placement placement) {
-        const fs::path target = path / fs::path(file).filename();
+        const fs::path target = path / pathOf(file).filename();
         placement == Placement::Link ? link(file, target) : copy(file, target);
         files.push_back(target);
     }
@@ -51,12 +51,12 @@ class NewFolder {
     // Symbolic links are followed: a relative link would break in the new folder.
     static void link(const std::string& file, const fs::path& target) {
         std::error_code error;
-        const fs::path original = fs::canonical(file, error);
+        const fs::path original = fs::canonical(pathOf(file), error);
         if (!error) {
             fs::create_hard_link(original, target, error);
         }
         if (isOneOf(error, {std::errc::cross_device_link})) {
-            throw Failure(file, "on another file system than " + target.parent_path().string() +
+            throw Failure(file, "on another file system than " + nameOf(target.parent_path()) +
                                     ", so hard links are not possible; use --copy");
         }
         if (isOneOf(error, {std::errc::operation_not_permitted, std::errc::operation_not_supported,
@@ -64,25 +64,17 @@ class NewFolder {
             throw Failure(file, "cannot make a hard link (" + error.message() + "); use --copy");
         }
         if (error) {
-            throw Failure(target.string(), error.message());
+            throw Failure(nameOf(target), error.message());
         }
     }
 
     // The copy keeps the time of the file.
     static void copy(const std::string& file, const fs::path& target) {
-        writeOutput(target.string(), {file}, [&](OutputFile& output) {
-            const File input = openFile(file);
-            std::array<char, 65536> piece;
-            size_t got = 0;
-            while ((got = std::fread(piece.data(), 1, piece.size(), input.get())) > 0) {
-                output.write({piece.data(), got});
-            }
-            if (std::ferror(input.get()) != 0) {
-                failWithErrno(file);
-            }
+        writeOutput(nameOf(target), {file}, [&](OutputFile& output) {
+            readPieces(openFile(file).get(), file, [&](std::string_view piece) { output.write(piece); });
         });
         std::error_code error;
-        const fs::file_time_type time = fs::last_write_time(file, error);
+        const fs::file_time_type time = fs::last_write_time(pathOf(file), error);
         if (!error) {
             fs::last_write_time(target, time, error);
         }
@@ -99,13 +91,13 @@ std::string setFolder(const std::string& folder, size_t number) {
     constexpr size_t Digits = 3;
     const std::string digits = std::to_string(number);
     const std::string zeros(Digits - std::min(Digits, digits.size()), '0');
-    return (fs::path(folder) / ("set-" + zeros + digits)).string();
+    return nameOf(pathOf(folder) / ("set-" + zeros + digits));
 }
 
 void requireNewFolders(const std::string& folder, size_t sets) {
     std::error_code error;
     for (size_t i = 1; i <= sets; ++i) {
-        if (fs::exists(fs::symlink_status(setFolder(folder, i), error))) {
+        if (fs::exists(fs::symlink_status(pathOf(setFolder(folder, i)), error))) {
             throw Failure(setFolder(folder, i), "already exists; use another folder");
         }
     }
@@ -114,7 +106,7 @@ void requireNewFolders(const std::string& folder, size_t sets) {
 void fillSetFolders(const std::string& folder, const std::vector<std::vector<std::string>>& sets, Placement placement,
                     const std::function<void(size_t set)>& report) {
     std::error_code error;
-    const bool isNew = fs::create_directories(folder, error);
+    const bool isNew = fs::create_directories(pathOf(folder), error);
     if (error) {
         throw Failure(folder, error.message());
     }
@@ -128,7 +120,7 @@ void fillSetFolders(const std::string& folder, const std::vector<std::vector<std
         }
     } catch (const Failure& failure) {
         if (isNew) {
-            fs::remove(folder, error); // if it is empty
+            fs::remove(pathOf(folder), error); // if it is empty
         }
         const std::string fate = done == 0 ? "no folder was made" : std::to_string(done) + " sets are complete";
         throw Failure(std::string(failure.what()) + "; " + fate);

@@ -1,7 +1,6 @@
 #include "output/terminal.h"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
+#include "system/system.h"
 
 #include <charconv>
 #include <cstdlib>
@@ -12,11 +11,6 @@ namespace {
 
 constexpr auto Interval = std::chrono::milliseconds(200);
 constexpr std::string_view EraseLine = "\r\033[K";
-
-bool canErase() {
-    const char* terminal = std::getenv("TERM");
-    return isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
-}
 
 std::optional<int> chosenWidth() {
     const char* text = std::getenv("COLUMNS");
@@ -30,20 +24,12 @@ std::optional<int> chosenWidth() {
 } // namespace
 
 std::optional<int> outputWidth() {
-    if (const std::optional<int> width = chosenWidth()) {
-        return width;
-    }
-    if (isatty(STDOUT_FILENO) != 1) {
-        return std::nullopt;
-    }
-    constexpr int UsualWidth = 80;
-    winsize size = {};
-    const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-    return isKnown ? size.ws_col : UsualWidth;
+    const std::optional<int> width = chosenWidth();
+    return width ? width : terminalWidth();
 }
 
 // Work that is soon done shows nothing.
-Progress::Progress() : isTerminal(canErase()), next(Clock::now() + Interval) {}
+Progress::Progress() : isTerminal(canEraseLines()), next(Clock::now() + Interval) {}
 
 void Progress::found(size_t count) {
     if (isDue()) {

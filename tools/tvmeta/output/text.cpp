@@ -1,11 +1,14 @@
 #include "output/text.h"
 
+#include "system/system.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <clocale>
 #include <cstdint>
+#include <cstring>
 #include <cwchar>
+#include <locale>
 #include <vector>
 
 namespace {
@@ -17,19 +20,39 @@ struct Character {
     int width = -1; // columns; below 0: not printable
 };
 
+struct Decoded {
+    char32_t code = 0;
+    size_t length = 0; // 0: not UTF-8
+};
+
+// The first character of a text that is not empty.
+Decoded decodeFirst(std::string_view text) {
+    using Utf8 = std::codecvt<char32_t, char8_t, std::mbstate_t>;
+    static const auto& utf8 = std::use_facet<Utf8>(std::locale::classic());
+    std::array<char8_t, 4> bytes = {};
+    const size_t size = std::min(text.size(), bytes.size());
+    std::memcpy(bytes.data(), text.data(), size);
+    std::mbstate_t state = {};
+    Decoded decoded;
+    const char8_t* end = nullptr;
+    char32_t* next = nullptr;
+    utf8.in(state, bytes.data(), bytes.data() + size, end, &decoded.code, &decoded.code + 1, next);
+    const bool isSurrogate = decoded.code >= 0xD800 && decoded.code <= 0xDFFF;
+    decoded.length = next == &decoded.code || isSurrogate ? 0 : static_cast<size_t>(end - bytes.data());
+    return decoded;
+}
+
 // Unicode's marks and embeddings of direction, with which a name can pretend to be another.
-bool turnsDirection(wchar_t code) {
+bool turnsDirection(char32_t code) {
     return code == 0x61C || code == 0x200E || code == 0x200F || (code >= 0x202A && code <= 0x202E) ||
            (code >= 0x2066 && code <= 0x2069);
 }
 
 Character takeCharacter(std::string_view& text) {
-    wchar_t code = 0;
-    std::mbstate_t state = {};
-    const size_t length = std::mbrtowc(&code, text.data(), text.size(), &state);
-    const bool isWhole = length > 0 && length <= text.size();
-    const Character character = {text.substr(0, isWhole ? length : 1),
-                                 isWhole && !turnsDirection(code) ? wcwidth(code) : -1};
+    const Decoded decoded = decodeFirst(text);
+    const bool isSafe = decoded.length > 0 && !turnsDirection(decoded.code);
+    const Character character = {text.substr(0, std::max<size_t>(decoded.length, 1)),
+                                 isSafe ? characterWidth(decoded.code) : -1};
     text.remove_prefix(character.bytes.size());
     return character;
 }
@@ -55,10 +78,6 @@ size_t fittingBytes(Iterator first, Iterator last, int width) {
 
 } // namespace
 
-void expectUtf8() {
-    std::setlocale(LC_CTYPE, "C.UTF-8");
-}
-
 std::string printable(std::string_view text) {
     constexpr std::string_view HexDigits = "0123456789ABCDEF";
     std::string safe;
@@ -79,12 +98,11 @@ std::string printable(std::string_view text) {
 
 bool isUtf8(std::string_view text) {
     while (!text.empty()) {
-        std::mbstate_t state = {};
-        const size_t length = std::mbrtowc(nullptr, text.data(), text.size(), &state);
-        if (length > text.size()) {
+        const size_t length = decodeFirst(text).length;
+        if (length == 0) {
             return false;
         }
-        text.remove_prefix(std::max<size_t>(length, 1)); // 0 for a zero byte
+        text.remove_prefix(length);
     }
     return true;
 }

@@ -5,9 +5,6 @@
 #include <string>
 #include <string_view>
 
-// Lets the functions below know UTF-8. Called once, at the start.
-void expectUtf8();
-
 // Replaces bytes that are not printable UTF-8, and characters that change the writing direction, by \xNN.
 std::string printable(std::string_view text);
 

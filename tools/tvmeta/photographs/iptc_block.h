@@ -1,7 +1,7 @@
 // IPTC blocks (IPTC-IIM 4.1): sequences of datasets.
 #pragma once
 
-#include "output/files.h"
+#include "system/files.h"
 
 #include <optional>
 #include <string>

@@ -1,5 +1,7 @@
 #include "photographs/jpeg_segments.h"
 
+#include "system/system.h"
+
 #include <tvmeta.h>
 
 #include <string>
@@ -24,12 +26,12 @@ std::vector<JpegSegment> readJpegSegments(std::FILE* file) {
     constexpr size_t MaxSegments = 4096; // of up to 64 KiB: more than any file has before its image data
     constexpr int StartOfScan = 0xDA;
     std::vector<JpegSegment> segments;
-    std::fseek(file, 2, SEEK_SET);
+    seekTo(file, 2);
     for (int marker = nextMarker(file); marker != 0 && marker != StartOfScan && segments.size() < MaxSegments;
          marker = nextMarker(file)) {
         const int32_t length = (fgetm2(file) & 0xFFFF) - 2;
-        const int64_t offset = std::ftell(file);
-        if (length < 0 || std::feof(file) != 0 || std::fseek(file, length, SEEK_CUR) != 0) {
+        const int64_t offset = positionOf(file);
+        if (length < 0 || std::feof(file) != 0 || !seekBy(file, length)) {
             break;
         }
         segments.push_back({marker, {offset, length}});
@@ -43,7 +45,7 @@ Region afterIdentifier(std::FILE* file, const JpegSegment& segment, int marker, 
         return {};
     }
     std::string found(identifier.size(), '\0');
-    std::fseek(file, segment.data.offset, SEEK_SET);
+    seekTo(file, segment.data.offset);
     found.resize(std::fread(found.data(), 1, found.size(), file));
     return found == identifier ? Region{segment.data.offset + size, segment.data.length - size} : Region{};
 }

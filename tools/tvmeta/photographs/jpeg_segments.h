@@ -1,7 +1,7 @@
 // The segments of JPEG files before the image data (ITU-T T.81, annex B).
 #pragma once
 
-#include "output/files.h"
+#include "system/files.h"
 
 #include <cstdio>
 #include <string_view>

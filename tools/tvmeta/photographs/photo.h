@@ -1,9 +1,9 @@
 // Source photographs: the library's record of one, and the blocks that the record points to.
 #pragma once
 
-#include "output/files.h"
 #include "photographs/capture_time.h"
 #include "photographs/photo_parts.h"
+#include "system/files.h"
 
 #include <tvmeta.h>
 

@@ -2,6 +2,8 @@
 
 #include "output/failure.h"
 #include "photographs/natural_order.h"
+#include "system/files.h"
+#include "system/system.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -11,16 +13,21 @@ namespace {
 
 namespace fs = std::filesystem;
 
+struct Entry {
+    std::string name;
+    fs::directory_entry file;
+};
+
 class Search {
   public:
     explicit Search(Progress& shown) : progress(shown) {}
 
     void takeName(const std::string& name, bool recursive) {
         std::error_code error;
-        if (!fs::is_directory(name, error)) {
+        if (!fs::is_directory(pathOf(name), error)) {
             found.files.push_back({name, true}); // reading it reports errors
         } else if (recursive) {
-            descend(name);
+            descend(pathOf(name));
         } else {
             fail(name + ": is a folder; use -r to read its photographs");
         }
@@ -34,17 +41,16 @@ class Search {
         ++found.failures;
     }
 
-    std::vector<fs::directory_entry> entriesOf(const fs::path& folder) {
-        std::vector<fs::directory_entry> entries;
+    std::vector<Entry> entriesOf(const fs::path& folder) {
+        std::vector<Entry> entries;
         std::error_code error;
         for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-            entries.push_back(*entry);
+            entries.push_back({nameOf(entry->path()), *entry});
         }
         if (error) {
-            fail(folder.string() + ": " + error.message());
+            fail(nameOf(folder) + ": " + error.message());
         }
-        std::ranges::sort(entries, naturalLess,
-                          [](const auto& entry) -> const std::string& { return entry.path().native(); });
+        std::ranges::sort(entries, naturalLess, &Entry::name);
         return entries;
     }
 
@@ -55,12 +61,12 @@ class Search {
             const fs::path folder = folders.back();
             folders.pop_back();
             const auto subfolders = static_cast<std::ptrdiff_t>(folders.size());
-            for (const fs::directory_entry& entry : entriesOf(folder)) {
+            for (const auto& [name, entry] : entriesOf(folder)) {
                 std::error_code error;
                 if (entry.is_regular_file(error)) {
-                    found.files.push_back({entry.path().string(), false});
+                    found.files.push_back({name, false});
                     progress.found(found.files.size());
-                } else if (entry.is_directory(error) && !entry.is_symlink(error)) {
+                } else if (entry.is_directory(error) && !isLink(entry.path())) {
                     folders.push_back(entry.path());
                 }
             }

@@ -3,6 +3,7 @@
 #include "photographs/jpeg_segments.h"
 #include "photographs/psd_resources.h"
 #include "photographs/tags.h"
+#include "system/system.h"
 
 #include <tvmeta.h>
 
@@ -44,7 +45,7 @@ TiffDirectory fullPicture(const TiffStructure& tiff, const TiffDirectory& first)
     }
     const Region offsets = tiff.region(*children);
     for (uint32_t i = 0; i < std::min(children->count, MaxChildren); ++i) {
-        std::fseek(tiff.file, offsets.offset + 4 * int64_t{i}, SEEK_SET);
+        seekTo(tiff.file, offsets.offset + 4 * int64_t{i});
         const auto offset = static_cast<uint32_t>(fgetmi4(tiff.file, tiff.order));
         if (TiffDirectory child = tiff.directory(offset); isFullPicture(child)) {
             return child;
@@ -83,7 +84,7 @@ bool isFrameHeader(int marker) {
 void takeJpeg(std::FILE* file, PhotoParts& parts) {
     for (const JpegSegment& segment : readJpegSegments(file)) {
         if (isFrameHeader(segment.marker)) {
-            std::fseek(file, segment.data.offset + 1, SEEK_SET); // after the precision
+            seekTo(file, segment.data.offset + 1); // after the precision
             parts.height = fgetm2(file) & 0xFFFF;
             parts.width = fgetm2(file) & 0xFFFF;
         }

@@ -1,7 +1,7 @@
 // ICC profiles inside photographs, which the library's record does not contain.
 #pragma once
 
-#include "output/files.h"
+#include "system/files.h"
 
 #include <cstdint>
 #include <string>

@@ -2,6 +2,7 @@
 
 #include "output/text.h"
 #include "photographs/natural_order.h"
+#include "system/files.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,7 +15,7 @@
 namespace {
 
 std::filesystem::path normalPath(const Photo& photo) {
-    return std::filesystem::path(photo.path).lexically_normal();
+    return pathOf(photo.path).lexically_normal();
 }
 
 // Sorted by name, which decides the order of equal times; each file once.
@@ -22,7 +23,7 @@ std::vector<Photo> readByName(const std::vector<std::string>& names, bool recurs
     std::vector<Photo> photos;
     std::unordered_set<std::string> paths;
     reading = readPhotos(names, recursive, [&](Photo&& photo) {
-        if (paths.insert(normalPath(photo).string()).second) {
+        if (paths.insert(nameOf(normalPath(photo))).second) {
             photos.push_back(std::move(photo));
         }
     });
@@ -57,7 +58,7 @@ double PhotoSet::range() const {
 
 BracketShot bracketShot(const Photo& photo) {
     BracketShot shot;
-    shot.folder = normalPath(photo).parent_path().string();
+    shot.folder = nameOf(normalPath(photo).parent_path());
     shot.camera = fieldText(photo.info.model);
     shot.fileType = photo.fileType;
     if (photo.taken) {

@@ -1,7 +1,7 @@
 // The description of ICC profiles (ICC.1).
 #pragma once
 
-#include "output/files.h"
+#include "system/files.h"
 
 #include <string>
 

@@ -1,5 +1,7 @@
 #include "photographs/psd_resources.h"
 
+#include "system/system.h"
+
 #include <tvmeta.h>
 
 namespace {
@@ -12,16 +14,16 @@ uint32_t readSize(std::FILE* file) {
 
 // The file contains the header, the colour table and the resources; sizes precede the last two.
 PsdHeader readPsdHeader(std::FILE* file) {
-    constexpr long SizePlace = 14; // after the signature, the version, a reserve and the number of channels
-    constexpr long HeaderSize = 26;
+    constexpr int64_t SizePlace = 14; // after the signature, the version, a reserve and the number of channels
+    constexpr int64_t HeaderSize = 26;
     PsdHeader header;
-    std::fseek(file, SizePlace, SEEK_SET);
+    seekTo(file, SizePlace);
     header.height = fgetm4(file);
     header.width = fgetm4(file);
-    std::fseek(file, HeaderSize, SEEK_SET);
-    std::fseek(file, long{readSize(file)}, SEEK_CUR);
+    seekTo(file, HeaderSize);
+    seekBy(file, readSize(file));
     header.resources.length = readSize(file);
-    header.resources.offset = std::ftell(file);
+    header.resources.offset = positionOf(file);
     return header;
 }
 
@@ -30,16 +32,16 @@ PsdHeader readPsdHeader(std::FILE* file) {
 Region findResource(std::FILE* file, const Region& resources, PsdResource number) {
     constexpr int32_t Signature = 0x3842494D; // 8BIM
     const int64_t end = resources.offset + resources.length;
-    std::fseek(file, resources.offset, SEEK_SET);
-    while (std::ftell(file) < end && fgetm4(file) == Signature) {
+    seekTo(file, resources.offset);
+    while (positionOf(file) < end && fgetm4(file) == Signature) {
         const int32_t found = fgetm2(file) & 0xFFFF;
         const int nameLength = std::fgetc(file);
-        std::fseek(file, nameLength | 1, SEEK_CUR);
+        seekBy(file, nameLength | 1);
         const int64_t length = readSize(file);
         if (found == static_cast<int32_t>(number)) {
-            return {std::ftell(file), length};
+            return {positionOf(file), length};
         }
-        std::fseek(file, length + (length & 1), SEEK_CUR);
+        seekBy(file, length + (length & 1));
     }
     return {};
 }

@@ -1,7 +1,7 @@
 // Photoshop's image resources (Photoshop file format), in PSD files and in the APP13 segments of JPEG files.
 #pragma once
 
-#include "output/files.h"
+#include "system/files.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -7,6 +7,7 @@
 #include "photographs/jpeg_size.h"
 #include "photographs/natural_order.h"
 #include "photographs/report_style.h"
+#include "system/files.h"
 
 #include <algorithm>
 #include <array>
@@ -33,7 +34,7 @@ std::string counted(size_t count, const std::string& thing) {
 }
 
 std::string fileName(const Photo& photo) {
-    return std::filesystem::path(photo.path).filename().string();
+    return nameOf(pathOf(photo.path).filename());
 }
 
 std::string attribute(const std::string& name, const std::string& value) {
@@ -247,7 +248,7 @@ class ReportPage {
                           std::to_string(set.photos.size()) + missing + " photographs, " + offsetsText(set) + " stops",
                       attribute("id", id + "-title")) +
               "\n");
-        const std::string folder = std::filesystem::path(first.path).parent_path().string();
+        const std::string folder = nameOf(pathOf(first.path).parent_path());
         write(element("p",
                       fieldWords(first, "dateTimeOriginal") + ", " + markup(cameraOf(set)) +
                           (first.info.focalLength > 0 ? ", " + fieldWords(first, "focalLength") : "") + ", range " +

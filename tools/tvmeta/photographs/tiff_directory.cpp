@@ -1,5 +1,7 @@
 #include "photographs/tiff_directory.h"
 
+#include "system/system.h"
+
 #include <tvmeta.h>
 
 #include <algorithm>
@@ -17,7 +19,7 @@ TiffEntry readEntry(std::FILE* file, int32_t order) {
     entry.tag = fgetmi2(file, order) & 0xFFFF;
     entry.type = fgetmi2(file, order) & 0xFFFF;
     entry.count = read4(file, order);
-    entry.valueField = std::ftell(file);
+    entry.valueField = positionOf(file);
     if (entry.type == Short && entry.count == 1) {
         entry.value = static_cast<uint32_t>(fgetmi2(file, order) & 0xFFFF);
         fgetmi2(file, order);
@@ -47,7 +49,7 @@ std::optional<uint32_t> TiffDirectory::value(int32_t tag) const {
 
 std::optional<TiffStructure> TiffStructure::find(std::FILE* file, int64_t base) {
     constexpr int32_t LittleEndian = 0x4949, BigEndian = 0x4D4D, Magic = 42;
-    if (std::fseek(file, base, SEEK_SET) != 0) {
+    if (!seekTo(file, base)) {
         return std::nullopt;
     }
     const int32_t order = fgetm2(file);
@@ -58,7 +60,7 @@ std::optional<TiffStructure> TiffStructure::find(std::FILE* file, int64_t base) 
 }
 
 void TiffStructure::seek(uint32_t offset) const {
-    std::fseek(file, base + int64_t{offset}, SEEK_SET);
+    seekTo(file, base + int64_t{offset});
 }
 
 TiffDirectory TiffStructure::directory(uint32_t offset) const {

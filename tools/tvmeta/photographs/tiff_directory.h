@@ -1,7 +1,7 @@
 // TIFF structures (TIFF 6.0, section 2), in TIFF files or inside JPEG and PSD files.
 #pragma once
 
-#include "output/files.h"
+#include "system/files.h"
 
 #include <cstdint>
 #include <cstdio>

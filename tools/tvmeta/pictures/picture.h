@@ -1,7 +1,7 @@
 // A picture in memory: what every decoder returns, and what the commands write and measure.
 #pragma once
 
-#include "output/files.h"
+#include "system/files.h"
 
 #include <cstdint>
 #include <cstdlib>

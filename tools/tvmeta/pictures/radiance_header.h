@@ -1,8 +1,8 @@
 // The text at the start of a Radiance HDR picture, and the bytes after it.
 #pragma once
 
-#include "output/files.h"
 #include "pictures/picture.h"
+#include "system/files.h"
 
 #include <array>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // ICC profiles for colour spaces that pictures describe without a profile.
 #pragma once
 
-#include "output/files.h"
+#include "system/files.h"
 
 // CIE 1931 xy of a linear RGB colour space.
 struct Chromaticities {

@@ -1,7 +1,7 @@
-// System functions for writing files. temporary_file_posix.cpp implements them for POSIX systems.
+// Output files that replace others. temporary_file_posix.cpp and temporary_file_windows.cpp implement them.
 #pragma once
 
-#include "output/files.h"
+#include "system/files.h"
 
 #include <optional>
 #include <string>
@@ -25,12 +25,14 @@ File openDirect(const OutputTarget& target);
 // A path that opens a file that is already open.
 std::string reopeningPath(std::FILE* file);
 
-// Called once at the start: lets signals remove the temporary file, and writes beyond a size limit fail. Occupies the
-// standard streams that are closed; otherwise the next file that is opened becomes one of them and gets the messages.
-void prepareProcess();
+// Called once at the start: a signal, or Ctrl+C in a console, removes the temporary file and ends the process.
+void removeTemporaryFileOnSignals();
 
-// A new file with an unpredictable name in the folder of a target. It is removed at the end of its scope, or when a
-// signal ends the process, unless it has replaced the target. Only one can exist at a time.
+// A new unpredictable name in the folder of a file.
+std::string temporaryName(const std::string& path);
+
+// A new file in the folder of a target. It is removed at the end of its scope, or when a signal ends the process,
+// unless it has replaced the target. Only one can exist at a time.
 class TemporaryFile {
   public:
     explicit TemporaryFile(const OutputTarget& target);
@@ -41,12 +43,12 @@ class TemporaryFile {
     const std::string& path() const { return temporaryPath; }
     std::FILE* stream() const { return file.get(); }
 
-    // Synchronises the file with the disk and renames it. It gets the permissions of the file that it replaces, and its
-    // owner, group and extended attributes as far as the system allows.
+    // Synchronises the file with the disk and renames it. It gets the permissions and attributes of the file that it
+    // replaces, and on POSIX systems its owner, group and extended attributes, as far as the system allows.
     void replace(const OutputTarget& target);
 
   private:
     std::string temporaryPath;
     File file;
-    unsigned newFileMode = 0; // the permissions that the system gives a new file
+    unsigned newFileMode = 0; // the permissions that a POSIX system gives a new file
 };

@@ -1,12 +1,12 @@
-#include "output/files.h"
+#include "system/files.h"
 
 #include "output/failure.h"
+#include "system/system.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <limits>
 #include <system_error>
 
@@ -15,9 +15,9 @@ namespace {
 // The largest size that the library accepts.
 constexpr size_t SizeLimit = std::numeric_limits<int32_t>::max();
 
-Bytes readBytes(const std::string& path, long offset, size_t length) {
+Bytes readBytes(const std::string& path, int64_t offset, size_t length) {
     const File file = openFile(path);
-    if (std::fseek(file.get(), offset, SEEK_SET) != 0) {
+    if (!seekTo(file.get(), offset)) {
         failWithErrno(path);
     }
     Bytes bytes;
@@ -38,13 +38,22 @@ Bytes readBytes(const std::string& path, long offset, size_t length) {
 
 } // namespace
 
+std::filesystem::path pathOf(std::string_view name) {
+    return std::u8string(name.begin(), name.end());
+}
+
+std::string nameOf(const std::filesystem::path& path) {
+    const std::u8string name = path.generic_u8string();
+    return {name.begin(), name.end()};
+}
+
 void failWithErrno(const std::string& path) {
     throw Failure(path, std::strerror(errno));
 }
 
 void requireRegularFile(const std::string& path) {
     std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    const std::filesystem::file_status status = std::filesystem::status(pathOf(path), error);
     if (std::filesystem::is_directory(status)) {
         throw Failure(path, "is a folder");
     }
@@ -76,7 +85,7 @@ Bytes readStart(const std::string& path, size_t length) {
 
 Bytes readRegion(const std::string& path, const Region& region) {
     std::error_code error;
-    const std::uintmax_t fileSize = std::filesystem::file_size(path, error);
+    const std::uintmax_t fileSize = std::filesystem::file_size(pathOf(path), error);
     if (error) {
         throw Failure(path, error.message());
     }
@@ -91,12 +100,31 @@ Bytes readRegion(const std::string& path, const Region& region) {
     return readBytes(path, region.offset, static_cast<size_t>(length));
 }
 
+void readPieces(std::FILE* file, const std::string& path, const std::function<void(std::string_view piece)>& take) {
+    std::array<char, 65536> piece;
+    while (const size_t size = std::fread(piece.data(), 1, piece.size(), file)) {
+        take({piece.data(), size});
+    }
+    if (std::ferror(file) != 0) {
+        failWithErrno(path);
+    }
+}
+
+void writeBytes(std::FILE* file, std::string_view bytes, const std::string& path) {
+    if (std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size()) {
+        failWithErrno(path);
+    }
+}
+
 void copyFile(const std::string& path, const std::string& copy) {
-    requireRegularFile(path);
-    std::error_code error;
-    std::filesystem::copy_file(path, copy, std::filesystem::copy_options::overwrite_existing, error);
-    if (error) {
-        throw Failure(path, error.message());
+    const File from = openFile(path);
+    const File to(std::fopen(copy.c_str(), "wb"));
+    if (!to) {
+        failWithErrno(path);
+    }
+    readPieces(from.get(), path, [&](std::string_view piece) { writeBytes(to.get(), piece, path); });
+    if (std::fflush(to.get()) != 0) {
+        failWithErrno(path);
     }
 }
 

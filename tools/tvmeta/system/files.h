@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <span>
@@ -17,6 +19,10 @@ struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
+
+// File names in texts are UTF-8 with slashes on Windows and any bytes elsewhere.
+std::filesystem::path pathOf(std::string_view name);
+std::string nameOf(const std::filesystem::path& path);
 
 // Throws Failure if the path is a folder, or a pipe or device, from which reading might never end.
 void requireRegularFile(const std::string& path);
@@ -39,8 +45,14 @@ Bytes readRegion(const std::string& path, const Region& region);
 // Reads up to `length` bytes from the start of a file.
 Bytes readStart(const std::string& path, size_t length);
 
+// Calls `take` with the rest of an open file, piece by piece.
+void readPieces(std::FILE* file, const std::string& path, const std::function<void(std::string_view piece)>& take);
+
 // Overwrites `copy` with the contents of a regular file.
 void copyFile(const std::string& path, const std::string& copy);
+
+// Throws Failure if the file does not take all bytes.
+void writeBytes(std::FILE* file, std::string_view bytes, const std::string& path);
 
 // Throws Failure with the path and the system's reason.
 [[noreturn]] void failWithErrno(const std::string& path);

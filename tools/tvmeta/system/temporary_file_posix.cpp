@@ -1,5 +1,5 @@
 #include "output/failure.h"
-#include "output/temporary_file.h"
+#include "system/temporary_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -14,7 +14,6 @@
 #include <charconv>
 #include <csignal>
 #include <filesystem>
-#include <random>
 #include <string_view>
 #include <system_error>
 #include <vector>
@@ -36,32 +35,6 @@ extern "C" void removeRegistered(int number) {
         unlink(path);
     }
     raise(number);
-}
-
-// A signal that is ignored from the start, as nohup does, stays ignored.
-void removeOnSignals() {
-    struct sigaction action = {};
-    action.sa_handler = removeRegistered;
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
-    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGXCPU}) {
-        struct sigaction former = {};
-        if (sigaction(number, nullptr, &former) == 0 && former.sa_handler == SIG_DFL) {
-            sigaction(number, &action, nullptr);
-        }
-    }
-    // Beyond the limit on file sizes, a write then fails with EFBIG.
-    signal(SIGXFSZ, SIG_IGN);
-}
-
-std::string randomName() {
-    constexpr std::string_view Digits = "0123456789abcdefghijklmnopqrstuv";
-    constexpr int Length = 16;
-    std::random_device random;
-    std::string name = ".tvmeta-";
-    for (int i = 0; i < Length; ++i) {
-        name += Digits[random() % Digits.size()];
-    }
-    return name + ".tmp";
 }
 
 bool isWritable(const std::string& path) {
@@ -195,17 +168,20 @@ std::string reopeningPath(std::FILE* file) {
     return "/dev/fd/" + std::to_string(fileno(file));
 }
 
-void prepareProcess() {
-    removeOnSignals();
-    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        if (fcntl(descriptor, F_GETFD) < 0) {
-            open("/dev/null", O_RDONLY); // the lowest free descriptor; writing to it fails, as it did before
+// A signal that is ignored from the start, as nohup does, stays ignored.
+void removeTemporaryFileOnSignals() {
+    struct sigaction action = {};
+    action.sa_handler = removeRegistered;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGXCPU}) {
+        struct sigaction former = {};
+        if (sigaction(number, nullptr, &former) == 0 && former.sa_handler == SIG_DFL) {
+            sigaction(number, &action, nullptr);
         }
     }
 }
 
-TemporaryFile::TemporaryFile(const OutputTarget& target)
-    : temporaryPath((folderOf(target.path) / randomName()).string()) {
+TemporaryFile::TemporaryFile(const OutputTarget& target) : temporaryPath(temporaryName(target.path)) {
     // A file that is to replace a private one is private from the start. Otherwise the umask or the folder's default
     // access control list decides.
     constexpr mode_t Usual = Private | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;

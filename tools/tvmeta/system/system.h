@@ -1,0 +1,31 @@
+// What differs between operating systems. system_posix.cpp and system_windows.cpp implement it.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+// Called once at the start: makes standard streams usable and their contents the same on every system.
+void prepareProcess();
+
+// Positions have 64 bits everywhere.
+bool seekTo(std::FILE* file, int64_t position);
+bool seekBy(std::FILE* file, int64_t distance);
+int64_t positionOf(std::FILE* file);
+
+// The columns of the terminal that shows standard output; none if it goes to a file or another program.
+std::optional<int> terminalWidth();
+
+// True if standard error is a terminal that can erase a line.
+bool canEraseLines();
+
+// True if standard output goes to this file.
+bool isStandardOutput(const std::string& path);
+
+// True for a symbolic link, or another name that Windows follows.
+bool isLink(const std::filesystem::path& path);
+
+// The columns of a character in a terminal; -1 if it is not printable.
+int characterWidth(char32_t character);

@@ -1,0 +1,107 @@
+#include "system/files.h"
+#include "system/system.h"
+#include "system/windows_handle.h"
+
+#include <fcntl.h>
+#include <io.h>
+
+#include <array>
+#include <cstdlib>
+
+namespace {
+
+UINT formerCodePage = 0;
+
+// The code page belongs to the console, which outlives the process.
+void restoreCodePage() {
+    SetConsoleOutputCP(formerCodePage);
+}
+
+HANDLE handleOf(std::FILE* stream) {
+    const int descriptor = _fileno(stream);
+    return descriptor < 0 ? INVALID_HANDLE_VALUE : reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
+}
+
+} // namespace
+
+Handle openHandle(const std::string& path, DWORD access) {
+    constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE handle = CreateFileW(pathOf(path).c_str(), access, ShareAll, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr); // folders require the flag
+    return Handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
+}
+
+void prepareProcess() {
+    for (std::FILE* const stream : {stdout, stderr}) {
+        if (const int descriptor = _fileno(stream); descriptor >= 0) {
+            _setmode(descriptor, _O_BINARY); // lines end as on other systems
+        }
+    }
+    formerCodePage = GetConsoleOutputCP();
+    if (formerCodePage != 0 && formerCodePage != CP_UTF8 && SetConsoleOutputCP(CP_UTF8) != 0) {
+        std::atexit(restoreCodePage);
+    }
+}
+
+bool seekTo(std::FILE* file, int64_t position) {
+    return _fseeki64(file, position, SEEK_SET) == 0;
+}
+
+bool seekBy(std::FILE* file, int64_t distance) {
+    return _fseeki64(file, distance, SEEK_CUR) == 0;
+}
+
+int64_t positionOf(std::FILE* file) {
+    return _ftelli64(file);
+}
+
+std::optional<int> terminalWidth() {
+    CONSOLE_SCREEN_BUFFER_INFO screen = {};
+    const bool isConsole = GetConsoleScreenBufferInfo(handleOf(stdout), &screen) != 0;
+    return isConsole ? std::optional(screen.srWindow.Right - screen.srWindow.Left + 1) : std::nullopt;
+}
+
+bool canEraseLines() {
+    const HANDLE console = handleOf(stderr);
+    DWORD mode = 0;
+    return GetConsoleMode(console, &mode) != 0 &&
+           SetConsoleMode(console, mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
+bool isStandardOutput(const std::string& path) {
+    const Handle file = openHandle(path, 0);
+    BY_HANDLE_FILE_INFORMATION named = {};
+    BY_HANDLE_FILE_INFORMATION output = {};
+    return file && GetFileInformationByHandle(file.get(), &named) != 0 &&
+           GetFileInformationByHandle(handleOf(stdout), &output) != 0 &&
+           named.dwVolumeSerialNumber == output.dwVolumeSerialNumber && named.nFileIndexHigh == output.nFileIndexHigh &&
+           named.nFileIndexLow == output.nFileIndexLow;
+}
+
+// Files in cloud folders have other tags.
+bool isLink(const std::filesystem::path& path) {
+    WIN32_FIND_DATAW found = {};
+    const HANDLE search = FindFirstFileW(path.c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    FindClose(search);
+    return (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+           (found.dwReserved0 == IO_REPARSE_TAG_SYMLINK || found.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT);
+}
+
+// Windows classifies UTF-16 units. Of the characters that have two, most are ideographs and pictures.
+int characterWidth(char32_t character) {
+    constexpr WORD Wide = C3_FULLWIDTH | C3_IDEOGRAPH | C3_HIRAGANA | C3_KATAKANA;
+    if (character > 0xFFFF) {
+        return 2;
+    }
+    const auto unit = static_cast<wchar_t>(character);
+    WORD type = 0;
+    WORD form = 0;
+    if (GetStringTypeW(CT_CTYPE1, &unit, 1, &type) == 0 || GetStringTypeW(CT_CTYPE3, &unit, 1, &form) == 0 ||
+        (type & C1_CNTRL) != 0 || (type & C1_DEFINED) == 0) {
+        return -1;
+    }
+    return (form & C3_NONSPACING) != 0 ? 0 : (form & Wide) != 0 && (form & C3_HALFWIDTH) == 0 ? 2 : 1;
+}

@@ -1,0 +1,194 @@
+#include "output/failure.h"
+#include "system/system.h"
+#include "system/temporary_file.h"
+#include "system/windows_handle.h"
+
+#include <fcntl.h>
+#include <io.h>
+
+#include <mutex>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+namespace {
+
+[[noreturn]] void failWithSystem(const std::string& path, DWORD error = GetLastError()) {
+    throw Failure(path, std::system_category().message(static_cast<int>(error)));
+}
+
+// The temporary file that Ctrl+C must remove; empty if there is none.
+std::mutex registration;
+std::wstring registeredPath;
+
+// Runs on a thread of its own. Files that the library has open cannot be removed before its call has ended. The lock is
+// kept, so that the file is not moved into place any more.
+BOOL WINAPI removeRegistered(DWORD /*event*/) {
+    constexpr DWORD Pause = 10; // milliseconds
+    registration.lock();
+    while (!registeredPath.empty() && DeleteFileW(registeredPath.c_str()) == 0 &&
+           GetLastError() == ERROR_SHARING_VIOLATION) {
+        Sleep(Pause);
+    }
+    return FALSE; // the handler of the system ends the process
+}
+
+// The path of a file without links. Paths with the prefix \\?\ are not for every function.
+std::string finalPath(HANDLE file, const std::string& name) {
+    constexpr std::wstring_view Prefix = L"\\\\?\\";
+    constexpr std::wstring_view NetworkPrefix = L"\\\\?\\UNC\\";
+    std::wstring path(GetFinalPathNameByHandleW(file, nullptr, 0, FILE_NAME_NORMALIZED), L'\0');
+    const DWORD size = static_cast<DWORD>(path.size());
+    const DWORD length = GetFinalPathNameByHandleW(file, path.data(), size, FILE_NAME_NORMALIZED);
+    if (length == 0 || length >= size) {
+        failWithSystem(name);
+    }
+    path.resize(length);
+    if (path.starts_with(NetworkPrefix)) {
+        path.replace(0, NetworkPrefix.size(), L"\\\\");
+    } else if (path.starts_with(Prefix)) {
+        path.erase(0, Prefix.size());
+    }
+    return nameOf(path);
+}
+
+// The access control list decides who may read a file that replaces a private one.
+void copyAccessControl(const std::wstring& from, const std::wstring& to) {
+    DWORD size = 0;
+    GetFileSecurityW(from.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
+    std::vector<unsigned char> list(size);
+    if (GetFileSecurityW(from.c_str(), DACL_SECURITY_INFORMATION, list.data(), size, &size) != 0) {
+        SetFileSecurityW(to.c_str(), DACL_SECURITY_INFORMATION, list.data());
+    }
+}
+
+void copyAttributes(const std::wstring& from, const std::wstring& to) {
+    constexpr DWORD Copied = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+    const DWORD attributes = GetFileAttributesW(from.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & Copied) != 0) {
+        SetFileAttributesW(to.c_str(), attributes & Copied);
+    }
+}
+
+// Moves a file over another. Virus scanners and indexers open new files for a moment.
+bool moveOver(const std::wstring& from, const std::wstring& to) {
+    constexpr int Attempts = 20;
+    constexpr DWORD Pause = 50; // milliseconds
+    for (int attempt = 1;; ++attempt) {
+        if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0) {
+            return true;
+        }
+        const DWORD error = GetLastError();
+        if (attempt == Attempts || (error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED)) {
+            return false;
+        }
+        Sleep(Pause);
+    }
+}
+
+// A stream of a new file, which can be removed while it is open.
+File createFile(const std::wstring& path, const std::string& name) {
+    constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE handle = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, ShareAll, nullptr, CREATE_NEW,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        failWithSystem(name);
+    }
+    const int descriptor = _open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_RDWR | _O_BINARY | _O_NOINHERIT);
+    File file(descriptor < 0 ? nullptr : _fdopen(descriptor, "w+b"));
+    if (!file) {
+        const DWORD error = GetLastError();
+        descriptor < 0 ? CloseHandle(handle) : _close(descriptor);
+        DeleteFileW(path.c_str());
+        failWithSystem(name, error);
+    }
+    return file;
+}
+
+} // namespace
+
+// Devices such as NUL, and pipes, cannot be replaced.
+OutputTarget resolveTarget(const std::string& name) {
+    OutputTarget target = {.name = name, .path = name};
+    const Handle file = openHandle(name, FILE_READ_ATTRIBUTES);
+    if (!file) {
+        if (GetLastError() != ERROR_FILE_NOT_FOUND || !pathOf(name).has_filename()) {
+            failWithSystem(name);
+        }
+        return target;
+    }
+    BY_HANDLE_FILE_INFORMATION information = {};
+    if (GetFileType(file.get()) != FILE_TYPE_DISK || GetFileInformationByHandle(file.get(), &information) == 0) {
+        target.isDirect = true;
+        return target;
+    }
+    if ((information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        throw Failure(name, "is a folder");
+    }
+    if ((information.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0) {
+        throw Failure(name, "is read-only");
+    }
+    if (!openHandle(name, GENERIC_WRITE)) {
+        failWithSystem(name);
+    }
+    target.exists = true;
+    if (isLink(pathOf(name))) {
+        target.path = finalPath(file.get(), name);
+    }
+    return target;
+}
+
+File openDirect(const OutputTarget& target) {
+    File file(_wfopen(pathOf(target.path).c_str(), L"wbN"));
+    if (!file) {
+        failWithErrno(target.name);
+    }
+    return file;
+}
+
+// No target is spooled on Windows, which has no path for an open file.
+std::string reopeningPath(std::FILE* /*file*/) {
+    throw Failure("a spooled output cannot be opened");
+}
+
+void removeTemporaryFileOnSignals() {
+    SetConsoleCtrlHandler(removeRegistered, TRUE);
+}
+
+TemporaryFile::TemporaryFile(const OutputTarget& target) : temporaryPath(temporaryName(target.path)) {
+    const std::scoped_lock lock(registration);
+    const std::wstring path = pathOf(temporaryPath).wstring();
+    file = createFile(path, target.name);
+    registeredPath = path;
+    if (target.exists) {
+        copyAccessControl(pathOf(target.path).wstring(), path);
+    }
+}
+
+TemporaryFile::~TemporaryFile() {
+    const std::scoped_lock lock(registration);
+    if (registeredPath == pathOf(temporaryPath).wstring()) {
+        file.reset();
+        DeleteFileW(registeredPath.c_str());
+        registeredPath.clear();
+    }
+}
+
+void TemporaryFile::replace(const OutputTarget& target) {
+    // The library has written through a stream of its own; _commit() covers it.
+    if (std::fflush(file.get()) != 0 || _commit(_fileno(file.get())) != 0) {
+        failWithErrno(target.name);
+    }
+    const std::wstring path = pathOf(target.path).wstring();
+    const std::scoped_lock lock(registration);
+    if (target.exists) {
+        copyAttributes(path, registeredPath);
+    }
+    if (std::fclose(file.release()) != 0) {
+        failWithErrno(target.name);
+    }
+    if (!moveOver(registeredPath, path)) {
+        failWithSystem(target.name);
+    }
+    registeredPath.clear();
+}
