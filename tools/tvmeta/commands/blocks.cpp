@@ -112,28 +112,47 @@ void runIptc(const IptcOptions& options) {
 
 } // namespace
 
-void addExifCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("exif", "Write camera, exposure and position as EXIF block");
+Command exifCommand() {
     const auto photo = std::make_shared<std::string>();
     const auto output = std::make_shared<std::string>();
-    command->add_option("PHOTO", *photo, "Photograph")->required();
-    command->add_option("-o,--output", *output, "File to write: the TIFF structure of a JPEG EXIF\nsegment")
-        ->required();
-    command->footer("Example:\n"
-                    "  tvmeta exif scene.jpg -o block");
-    command->callback([photo, output] { writeBlock(*photo, *output, [&] { return exifBlock(*photo); }); });
+    return {
+        .name = "exif",
+        .purpose = "Write camera, exposure and position as EXIF block",
+        .options =
+            {
+                {.names = {"PHOTO"}, .target = photo.get(), .help = "Photograph", .isRequired = true},
+                {.names = {"-o", "--output"},
+                 .target = output.get(),
+                 .help = "File to write: the TIFF structure of a JPEG EXIF\nsegment",
+                 .value = "FILE",
+                 .isRequired = true},
+            },
+        .footer = "Example:\n"
+                  "  tvmeta exif scene.jpg -o block",
+        .run = [photo, output] { writeBlock(*photo, *output, [&] { return exifBlock(*photo); }); },
+    };
 }
 
-void addIptcCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("iptc", "List or write the IPTC block of a photograph");
+Command iptcCommand() {
     const auto options = std::make_shared<IptcOptions>();
-    command->add_option("PHOTO", options->photo, "Photograph")->required();
-    command->add_option("-o,--output", options->output, "Write the block to this file instead of listing it");
-    command->add_option("--add-keyword", options->keywords, "Add a keyword to the block; can be repeated")
-        ->option_text("TEXT")
-        ->allow_extra_args(false);
-    command->footer("Examples:\n"
-                    "  tvmeta iptc scene.jpg\n"
-                    "  tvmeta iptc scene.jpg --add-keyword sun --add-keyword evening -o block");
-    command->callback([options] { runIptc(*options); });
+    return {
+        .name = "iptc",
+        .purpose = "List or write the IPTC block of a photograph",
+        .options =
+            {
+                {.names = {"PHOTO"}, .target = &options->photo, .help = "Photograph", .isRequired = true},
+                {.names = {"-o", "--output"},
+                 .target = &options->output,
+                 .help = "Write the block to this file instead of listing it",
+                 .value = "FILE"},
+                {.names = {"--add-keyword"},
+                 .target = &options->keywords,
+                 .help = "Add a keyword to the block; can be repeated",
+                 .value = "TEXT"},
+            },
+        .footer = "Examples:\n"
+                  "  tvmeta iptc scene.jpg\n"
+                  "  tvmeta iptc scene.jpg --add-keyword sun --add-keyword evening -o block",
+        .run = [options] { runIptc(*options); },
+    };
 }

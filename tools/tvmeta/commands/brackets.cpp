@@ -223,44 +223,65 @@ void showBrackets(const Options& options) {
 
 } // namespace
 
-void addBracketOptions(CLI::App& command, BracketOptions& options) {
+std::vector<Option> bracketOptions(BracketOptions& options) {
     constexpr double MaxGap = 86400;
-    constexpr size_t MaxCount = 100;
-    command.add_option("PATH", options.names, "Photographs; with -r also folders")->required();
-    command.add_flag("-r,--recursive", options.recursive, "Read the photographs in folders and subfolders");
-    command.add_option("--gap", options.rules.gap, "Maximum pause within a set (default 2)")
-        ->check(CLI::Range(0.0, MaxGap))
-        ->option_text("SECONDS");
-    command.add_option("--count", options.rules.count, "Photographs per set (default: as they repeat)")
-        ->check(CLI::Range(size_t{2}, MaxCount))
-        ->option_text("N");
+    constexpr double MaxCount = 100;
+    return {
+        {.names = {"PATH"}, .target = &options.names, .help = "Photographs; with -r also folders", .isRequired = true},
+        {.names = {"-r", "--recursive"},
+         .target = &options.recursive,
+         .help = "Read the photographs in folders and subfolders"},
+        {.names = {"--gap"},
+         .target = &options.rules.gap,
+         .help = "Maximum pause within a set (default 2)",
+         .value = "SECONDS",
+         .range = {0, MaxGap}},
+        {.names = {"--count"},
+         .target = &options.rules.count,
+         .help = "Photographs per set (default: as they repeat)",
+         .value = "N",
+         .range = {2, MaxCount}},
+    };
 }
 
-void addBracketsCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("brackets", "Find the bracketed sets among photographs");
+Command bracketsCommand() {
     const auto options = std::make_shared<Options>();
-    addBracketOptions(*command, options->input);
-    CLI::Option* const forms[] = {
-        command->add_flag("--json", options->json, "Write JSON Lines, one object per set"),
-        command->add_flag("--csv", options->csv, "Write CSV, one line per photograph"),
-        command->add_flag("--files0", options->files0,
-                          "Write file names with a NUL after each, and one\nmore between sets"),
-        command->add_option("--into", options->folder, "Make a folder per set in this folder, with hard\nlinks"),
+    Command command = {
+        .name = "brackets",
+        .purpose = "Find the bracketed sets among photographs",
+        .options = bracketOptions(options->input),
+        .footer = "A set is a sequence of photographs of one camera, folder and focal length\n"
+                  "with different exposures. When the exposures repeat, a new set begins.\n\n"
+                  "Examples:\n"
+                  "  tvmeta brackets -r photos\n"
+                  "  tvmeta brackets -r photos --into sets\n"
+                  "  tvmeta brackets -r photos --json | jq -r 'select(.range > 4).files[]'",
+        .run = [options] { showBrackets(*options); },
     };
-    for (CLI::Option* form : forms) {
-        for (CLI::Option* other : forms) {
-            form == other ? form : form->excludes(other);
-        }
-        form->option_text(form == forms[3] ? "FOLDER" : " "); // else it shows the options that it excludes
-    }
-    CLI::Option* into = forms[3];
-    command->add_flag("--copy", options->copy, "With --into: copy instead of link")->needs(into)->option_text(" ");
-    command->add_flag("--dry-run", options->dryRun, "With --into: only print the plan")->needs(into)->option_text(" ");
-    command->footer("A set is a sequence of photographs of one camera, folder and focal length\n"
-                    "with different exposures. When the exposures repeat, a new set begins.\n\n"
-                    "Examples:\n"
-                    "  tvmeta brackets -r photos\n"
-                    "  tvmeta brackets -r photos --into sets\n"
-                    "  tvmeta brackets -r photos --json | jq -r 'select(.range > 4).files[]'");
-    command->callback([options] { showBrackets(*options); });
+    const Option forms[] = {
+        {.names = {"--json"}, .target = &options->json, .help = "Write JSON Lines, one object per set"},
+        {.names = {"--csv"},
+         .target = &options->csv,
+         .help = "Write CSV, one line per photograph",
+         .excludes = {"--json"}},
+        {.names = {"--files0"},
+         .target = &options->files0,
+         .help = "Write file names with a NUL after each, and one\nmore between sets",
+         .excludes = {"--json", "--csv"}},
+        {.names = {"--into"},
+         .target = &options->folder,
+         .help = "Make a folder per set in this folder, with hard\nlinks",
+         .value = "FOLDER",
+         .excludes = {"--json", "--csv", "--files0"}},
+        {.names = {"--copy"},
+         .target = &options->copy,
+         .help = "With --into: copy instead of link",
+         .needs = {"--into"}},
+        {.names = {"--dry-run"},
+         .target = &options->dryRun,
+         .help = "With --into: only print the plan",
+         .needs = {"--into"}},
+    };
+    command.options.insert(command.options.end(), std::begin(forms), std::end(forms));
+    return command;
 }

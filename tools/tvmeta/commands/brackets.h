@@ -1,9 +1,8 @@
 // The options that define a bracketed set.
 #pragma once
 
+#include "commands/command_line.h"
 #include "photographs/bracket_sets.h"
-
-#include <CLI/CLI.hpp>
 
 #include <string>
 #include <vector>
@@ -14,4 +13,4 @@ struct BracketOptions {
     BracketRules rules;
 };
 
-void addBracketOptions(CLI::App& command, BracketOptions& options);
+std::vector<Option> bracketOptions(BracketOptions& options);

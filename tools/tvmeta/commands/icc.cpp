@@ -117,23 +117,32 @@ Bytes profileFor(const Picture& picture, const std::string& path) {
     return readRgbProfile(path);
 }
 
-void addIccCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("icc", "Describe an ICC profile, or replace one in a TIFF");
+Command iccCommand() {
     const auto options = std::make_shared<Options>();
-    command
-        ->add_option("FILE", options->file,
-                     "Profile, or photograph that contains one; with\n--replace: the TIFF file to change")
-        ->required();
-    command->add_option("--replace", options->replacement, "New profile, or photograph that contains it")
-        ->option_text("PROFILE");
-    command->footer("Examples:\n"
-                    "  tvmeta icc scene.jpg\n"
-                    "  tvmeta icc --replace wide.icc result.tif");
-    command->callback([options] {
-        if (options->replacement.empty()) {
-            describeProfile(options->file);
-        } else {
-            replaceProfile(options->replacement, options->file);
-        }
-    });
+    return {
+        .name = "icc",
+        .purpose = "Describe an ICC profile, or replace one in a TIFF",
+        .options =
+            {
+                {.names = {"FILE"},
+                 .target = &options->file,
+                 .help = "Profile, or photograph that contains one; with\n--replace: the TIFF file to change",
+                 .isRequired = true},
+                {.names = {"--replace"},
+                 .target = &options->replacement,
+                 .help = "New profile, or photograph that contains it",
+                 .value = "PROFILE"},
+            },
+        .footer = "Examples:\n"
+                  "  tvmeta icc scene.jpg\n"
+                  "  tvmeta icc --replace wide.icc result.tif",
+        .run =
+            [options] {
+                if (options->replacement.empty()) {
+                    describeProfile(options->file);
+                } else {
+                    replaceProfile(options->replacement, options->file);
+                }
+            },
+    };
 }

@@ -228,37 +228,53 @@ std::string fieldHelp() {
 
 } // namespace
 
-void addInfoCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("info", "Show the metadata of photographs (JPEG, TIFF, PSD)");
+Command infoCommand() {
     const auto options = std::make_shared<Options>();
-    command->add_option("FILE", options->names, "Photographs; with -r also folders")->required();
-    command->add_flag("-r,--recursive", options->recursive, "Read the photographs in folders and subfolders");
-    command->add_flag("--json", options->json, "Write JSON Lines, one object per photograph")->option_text(" ");
-    command->add_flag("--csv", options->csv, "Write CSV for spreadsheets (RFC 4180)")
-        ->option_text(" ")
-        ->excludes("--json");
-    command->add_flag("--list", options->list, "Write lists instead of a table")
-        ->option_text(" ") // else it shows the options that it excludes
-        ->excludes("--json", "--csv");
-    command->add_option("--fields", options->fields, "Fields to show, from the list below")
-        ->option_text("NAME,...")
-        ->delimiter(',')
-        ->allow_extra_args(false);
-    command->add_option("--sort", options->sort, "Sort by a field (-NAME: descending)\ninstead of capture time")
-        ->option_text("NAME");
-    command
-        ->add_option("--filter", options->conditions,
-                     "Show photographs that meet all conditions with\n=, !=, <, <=, > or >=, such as 'isoSpeed>800'")
-        ->option_text("CONDITION")
-        ->allow_extra_args(false);
-    command->footer("One photograph is shown as a list, several as a table by capture time\n"
-                    "that fits the terminal. Fields without a value are omitted.\n\n" +
-                    fieldHelp() +
-                    "Examples:\n"
-                    "  tvmeta info scene.jpg\n"
-                    "  tvmeta info -r photos --fields file,lens,exposureTime\n"
-                    "  tvmeta info -r photos --filter 'isoSpeed>800' --filter 'exposureTime<1/60'\n"
-                    "  tvmeta info -r photos --csv --sort -ev100 >photos.csv\n"
-                    "  tvmeta info -r photos --json | jq -r .file");
-    command->callback([options] { showInfo(*options); });
+    return {
+        .name = "info",
+        .purpose = "Show the metadata of photographs (JPEG, TIFF, PSD)",
+        .options =
+            {
+                {.names = {"FILE"},
+                 .target = &options->names,
+                 .help = "Photographs; with -r also folders",
+                 .isRequired = true},
+                {.names = {"-r", "--recursive"},
+                 .target = &options->recursive,
+                 .help = "Read the photographs in folders and subfolders"},
+                {.names = {"--json"}, .target = &options->json, .help = "Write JSON Lines, one object per photograph"},
+                {.names = {"--csv"},
+                 .target = &options->csv,
+                 .help = "Write CSV for spreadsheets (RFC 4180)",
+                 .excludes = {"--json"}},
+                {.names = {"--list"},
+                 .target = &options->list,
+                 .help = "Write lists instead of a table",
+                 .excludes = {"--json", "--csv"}},
+                {.names = {"--fields"},
+                 .target = &options->fields,
+                 .help = "Fields to show, from the list below",
+                 .value = "NAME,...",
+                 .separator = ','},
+                {.names = {"--sort"},
+                 .target = &options->sort,
+                 .help = "Sort by a field (-NAME: descending)\ninstead of capture time",
+                 .value = "NAME"},
+                {.names = {"--filter"},
+                 .target = &options->conditions,
+                 .help = "Show photographs that meet all conditions with\n=, !=, <, <=, > or >=, such as "
+                         "'isoSpeed>800'",
+                 .value = "CONDITION"},
+            },
+        .footer = "One photograph is shown as a list, several as a table by capture time\n"
+                  "that fits the terminal. Fields without a value are omitted.\n\n" +
+                  fieldHelp() +
+                  "Examples:\n"
+                  "  tvmeta info scene.jpg\n"
+                  "  tvmeta info -r photos --fields file,lens,exposureTime\n"
+                  "  tvmeta info -r photos --filter 'isoSpeed>800' --filter 'exposureTime<1/60'\n"
+                  "  tvmeta info -r photos --csv --sort -ev100 >photos.csv\n"
+                  "  tvmeta info -r photos --json | jq -r .file",
+        .run = [options] { showInfo(*options); },
+    };
 }

@@ -4,21 +4,20 @@
 #include "output/failure.h"
 #include "photographs/fields.h"
 
+#include <algorithm>
 #include <iostream>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace {
 
 // The command that the words name; other words are ignored.
-const CLI::App& commandNamed(const CLI::App& app, std::span<const char* const> words) {
-    const CLI::App* command = &app;
-    for (const char* word : words) {
-        for (const CLI::App* candidate : command->get_subcommands({})) {
-            if (candidate->check_name(word)) {
-                command = candidate;
-                break;
-            }
-        }
+const Command& commandNamed(const Command& tool, std::span<const char* const> words) {
+    const Command* command = &tool;
+    for (const std::string_view word : words) {
+        const auto found = std::ranges::find(command->commands, word, &Command::name);
+        command = found == command->commands.end() ? command : &*found;
     }
     return *command;
 }
@@ -31,14 +30,14 @@ std::vector<std::string> fieldNames() {
     return names;
 }
 
-std::vector<std::string> namesFor(const CLI::App& app, std::span<const char* const> words) {
+std::vector<std::string> namesFor(const Command& tool, std::span<const char* const> words) {
     const std::string_view kind = words.empty() ? "" : words.front();
     const auto rest = words.subspan(words.empty() ? 0 : 1);
     if (kind == "commands") {
-        return commandNames(commandNamed(app, rest));
+        return commandNames(commandNamed(tool, rest));
     }
     if (kind == "options") {
-        return optionNames(commandNamed(app, rest));
+        return optionNames(commandNamed(tool, rest));
     }
     if (kind == "fields") {
         return fieldNames();
@@ -54,29 +53,8 @@ std::vector<std::string> namesFor(const CLI::App& app, std::span<const char* con
 
 } // namespace
 
-std::vector<std::string> commandNames(const CLI::App& command) {
-    std::vector<std::string> names;
-    for (const CLI::App* subcommand : command.get_subcommands({})) {
-        names.push_back(subcommand->get_name());
-    }
-    return names;
-}
-
-std::vector<std::string> optionNames(const CLI::App& command) {
-    std::vector<std::string> names;
-    for (const CLI::Option* option : command.get_options()) {
-        for (const std::string& name : option->get_snames()) {
-            names.push_back("-" + name);
-        }
-        for (const std::string& name : option->get_lnames()) {
-            names.push_back("--" + name);
-        }
-    }
-    return names;
-}
-
-void printNames(const CLI::App& app, std::span<const char* const> words) {
-    for (const std::string& name : namesFor(app, words)) {
+void printNames(const Command& tool, std::span<const char* const> words) {
+    for (const std::string& name : namesFor(tool, words)) {
         std::cout << name << "\n";
     }
 }

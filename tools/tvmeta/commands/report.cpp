@@ -43,15 +43,23 @@ void makeReport(const Options& options) {
 
 } // namespace
 
-void addReportCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("report", "Show the bracketed sets as a page for a browser");
+Command reportCommand() {
     const auto options = std::make_shared<Options>();
-    addBracketOptions(*command, options->input);
-    command->add_option("-o,--output", options->output, "HTML file to write")->option_text("FILE")->required();
-    command->footer("The page shows the thumbnails of each set, its exposures as diagram and table,\n"
-                    "single photographs, and unreadable files. It requires no other file,\n"
-                    "no network and no script.\n\n"
-                    "Example:\n"
-                    "  tvmeta report -r photos -o report.html");
-    command->callback([options] { makeReport(*options); });
+    Command command = {
+        .name = "report",
+        .purpose = "Show the bracketed sets as a page for a browser",
+        .options = bracketOptions(options->input),
+        .footer = "The page shows the thumbnails of each set, its exposures as diagram and table,\n"
+                  "single photographs, and unreadable files. It requires no other file,\n"
+                  "no network and no script.\n\n"
+                  "Example:\n"
+                  "  tvmeta report -r photos -o report.html",
+        .run = [options] { makeReport(*options); },
+    };
+    command.options.push_back({.names = {"-o", "--output"},
+                               .target = &options->output,
+                               .help = "HTML file to write",
+                               .value = "FILE",
+                               .isRequired = true});
+    return command;
 }

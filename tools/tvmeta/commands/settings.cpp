@@ -88,32 +88,51 @@ struct Options {
 
 } // namespace
 
-void addSettingsCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("settings", "Show, write or insert processing settings");
-    command->callback([command] { requireSubcommand(*command); });
-    command->footer("Each has its own help: tvmeta settings show --help.");
+Command settingsCommand() {
     const auto options = std::make_shared<Options>();
-
-    CLI::App* show = command->add_subcommand("show", "Show the settings in a photograph or settings file");
-    show->add_option("FILE", options->file, "File with a settings packet")->required();
-    show->footer("Example:\n"
-                 "  tvmeta settings show result.tif");
-    show->callback([options] { showSettings(options->file); });
-
-    CLI::App* write = command->add_subcommand("write", "Write a settings file");
-    write->add_option("OUT", options->output, "Settings file to write")->required();
-    addSettingsOptions(*write, options->settings, true);
-    write->footer(methodHelp() + "Example:\n"
+    Command show = {
+        .name = "show",
+        .purpose = "Show the settings in a photograph or settings file",
+        .options =
+            {{.names = {"FILE"}, .target = &options->file, .help = "File with a settings packet", .isRequired = true}},
+        .footer = "Example:\n"
+                  "  tvmeta settings show result.tif",
+        .run = [options] { showSettings(options->file); },
+    };
+    Command write = {
+        .name = "write",
+        .purpose = "Write a settings file",
+        .options =
+            {{.names = {"OUT"}, .target = &options->output, .help = "Settings file to write", .isRequired = true}},
+        .footer = methodHelp() + "Example:\n"
                                  "  tvmeta settings write my.xmp --method 'Details Enhancer' \\\n"
-                                 "    --set Strength=70 --set Gamma=1.20");
-    write->callback([options] { writeSettings(options->output, settingsFrom(options->settings)); });
-
-    CLI::App* insert = command->add_subcommand("insert", "Insert settings into an XMP packet");
-    insert->add_option("PACKET", options->file, "File with an XMP packet")->required();
-    insert->add_option("-o,--output", options->output, "File to write")->required();
-    addSettingsOptions(*insert, options->settings, true);
-    insert->footer(methodHelp() + "Example:\n"
-                                  "  tvmeta settings insert packet.xmp -o new.xmp \\\n"
-                                  "    --method Fusion/Intensive --set Radius=70");
-    insert->callback([options] { insertSettings(options->file, settingsFrom(options->settings), options->output); });
+                                 "    --set Strength=70 --set Gamma=1.20",
+        .run = [options] { writeSettings(options->output, settingsFrom(options->settings)); },
+    };
+    Command insert = {
+        .name = "insert",
+        .purpose = "Insert settings into an XMP packet",
+        .options =
+            {
+                {.names = {"PACKET"}, .target = &options->file, .help = "File with an XMP packet", .isRequired = true},
+                {.names = {"-o", "--output"},
+                 .target = &options->output,
+                 .help = "File to write",
+                 .value = "FILE",
+                 .isRequired = true},
+            },
+        .footer = methodHelp() + "Example:\n"
+                                 "  tvmeta settings insert packet.xmp -o new.xmp \\\n"
+                                 "    --method Fusion/Intensive --set Radius=70",
+        .run = [options] { insertSettings(options->file, settingsFrom(options->settings), options->output); },
+    };
+    for (Command* const command : {&write, &insert}) {
+        addSettingsOptions(command->options, options->settings, true);
+    }
+    return {
+        .name = "settings",
+        .purpose = "Show, write or insert processing settings",
+        .footer = "Each has its own help: tvmeta settings show --help.",
+        .commands = {show, write, insert},
+    };
 }

@@ -5,8 +5,6 @@
 #include "output/text.h"
 #include "system/files.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <iterator>
 #include <limits>
@@ -100,15 +98,17 @@ bool isContained(const tvmeta_Parameter& parameter, const PacketSlots& slots, co
 
 } // namespace
 
-void addSettingsOptions(CLI::App& command, SettingsOptions& options, bool required) {
-    CLI::Option* method = command.add_option("--method", options.method, "Processing method, listed below");
-    method->required(required)->option_text(required ? "NAME REQUIRED" : "NAME");
-    command
-        .add_option("--set", options.assignments,
-                    "A setting of the method, as settings show prints\nit; can be repeated")
-        ->option_text("NAME=VALUE")
-        ->allow_extra_args(false)
-        ->needs(method);
+void addSettingsOptions(std::vector<Option>& options, SettingsOptions& settings, bool isRequired) {
+    options.push_back({.names = {"--method"},
+                       .target = &settings.method,
+                       .help = "Processing method, listed below",
+                       .value = "NAME",
+                       .isRequired = isRequired});
+    options.push_back({.names = {"--set"},
+                       .target = &settings.assignments,
+                       .help = "A setting of the method, as settings show prints\nit; can be repeated",
+                       .value = "NAME=VALUE",
+                       .needs = {"--method"}});
 }
 
 std::string methodHelp() {

@@ -1,6 +1,7 @@
 // Processing settings by name.
 #pragma once
 
+#include "commands/command_line.h"
 #include "commands/setting_values.h"
 
 #include <tvmeta.h>
@@ -8,10 +9,6 @@
 #include <cstdint>
 #include <string>
 #include <vector>
-
-namespace CLI {
-class App;
-}
 
 struct Settings {
     int32_t method = METHOD_NONE;
@@ -29,7 +26,7 @@ struct SettingsOptions {
     std::vector<std::string> assignments;
 };
 
-void addSettingsOptions(CLI::App& command, SettingsOptions& options, bool required);
+void addSettingsOptions(std::vector<Option>& options, SettingsOptions& settings, bool isRequired);
 
 // The list of methods for the help of a command.
 std::string methodHelp();

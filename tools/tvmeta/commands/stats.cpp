@@ -244,26 +244,35 @@ void showStatistics(const Options& options) {
 
 } // namespace
 
-void addStatsCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("stats", "Measure the luminance of HDR pictures");
+Command statsCommand() {
     const auto options = std::make_shared<Options>();
-    command
-        ->add_option("IMAGE", options->paths,
-                     "Radiance HDR, OpenEXR, TIFF, PFM, PNG, JPEG, PGM\nor PPM picture; several as a table")
-        ->required();
-    command->add_flag("--json", options->json, "Write one JSON object per picture, on one line");
-    command->add_flag("--histogram", options->histogram, "Show the pixels by stops, as bars")
-        ->excludes("--json")
-        ->option_text(" ");
-    command
-        ->add_option("--plot", options->plot,
-                     "SVG file to write with the histogram; %s in its\nname means the name of the picture")
-        ->option_text("FILE");
-    command->footer("Integer samples are measured as linear light, in which 1 is white.\n\n"
-                    "Examples:\n"
-                    "  tvmeta stats scene.hdr\n"
-                    "  tvmeta stats scene.exr result.tif\n"
-                    "  tvmeta stats *.exr --plot %s.svg\n"
-                    "  tvmeta stats scene.exr --json | jq .rangeStops");
-    command->callback([options] { showStatistics(*options); });
+    return {
+        .name = "stats",
+        .purpose = "Measure the luminance of HDR pictures",
+        .options =
+            {
+                {.names = {"IMAGE"},
+                 .target = &options->paths,
+                 .help = "Radiance HDR, OpenEXR, TIFF, PFM, PNG, JPEG, PGM\nor PPM picture; several as a table",
+                 .isRequired = true},
+                {.names = {"--json"},
+                 .target = &options->json,
+                 .help = "Write one JSON object per picture, on one line"},
+                {.names = {"--histogram"},
+                 .target = &options->histogram,
+                 .help = "Show the pixels by stops, as bars",
+                 .excludes = {"--json"}},
+                {.names = {"--plot"},
+                 .target = &options->plot,
+                 .help = "SVG file to write with the histogram; %s in its\nname means the name of the picture",
+                 .value = "FILE"},
+            },
+        .footer = "Integer samples are measured as linear light, in which 1 is white.\n\n"
+                  "Examples:\n"
+                  "  tvmeta stats scene.hdr\n"
+                  "  tvmeta stats scene.exr result.tif\n"
+                  "  tvmeta stats *.exr --plot %s.svg\n"
+                  "  tvmeta stats scene.exr --json | jq .rangeStops",
+        .run = [options] { showStatistics(*options); },
+    };
 }

@@ -100,19 +100,32 @@ void writeOutputs(const Options& options) {
 
 } // namespace
 
-void addThumbnailCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("thumbnail", "Write the thumbnails of photographs to files");
+Command thumbnailCommand() {
     const auto options = std::make_shared<Options>();
-    command->add_option("PHOTO", options->names, "Photographs; with -r also folders")->required();
-    command->add_option("-o,--output", options->output, "File to write, or folder for several")
-        ->option_text("OUT")
-        ->required();
-    command->add_flag("-r,--recursive", options->recursive, "Read the photographs in folders and subfolders");
-    command->add_flag("--force", options->force, "Replace existing files");
-    command->footer("In a folder, thumbnails have the names and subfolders of their photographs;\n"
-                    "the extension .jpg is added to other names.\n\n"
-                    "Examples:\n"
-                    "  tvmeta thumbnail scene.jpg -o small.jpg\n"
-                    "  tvmeta thumbnail -r photos -o small");
-    command->callback([options] { writeOutputs(*options); });
+    return {
+        .name = "thumbnail",
+        .purpose = "Write the thumbnails of photographs to files",
+        .options =
+            {
+                {.names = {"PHOTO"},
+                 .target = &options->names,
+                 .help = "Photographs; with -r also folders",
+                 .isRequired = true},
+                {.names = {"-o", "--output"},
+                 .target = &options->output,
+                 .help = "File to write, or folder for several",
+                 .value = "OUT",
+                 .isRequired = true},
+                {.names = {"-r", "--recursive"},
+                 .target = &options->recursive,
+                 .help = "Read the photographs in folders and subfolders"},
+                {.names = {"--force"}, .target = &options->force, .help = "Replace existing files"},
+            },
+        .footer = "In a folder, thumbnails have the names and subfolders of their photographs;\n"
+                  "the extension .jpg is added to other names.\n\n"
+                  "Examples:\n"
+                  "  tvmeta thumbnail scene.jpg -o small.jpg\n"
+                  "  tvmeta thumbnail -r photos -o small",
+        .run = [options] { writeOutputs(*options); },
+    };
 }

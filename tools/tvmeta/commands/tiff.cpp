@@ -207,45 +207,59 @@ void writeTiff(const Options& options) {
 
 } // namespace
 
-void addTiffCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("tiff", "Save an image as TIFF with a photograph's metadata");
+Command tiffCommand() {
+    constexpr double MaxResolution = 4294967; // stored in thousandths, in 32 bits
     const auto options = std::make_shared<Options>();
-    command
-        ->add_option("IMAGE", options->image,
-                     "PNG, JPEG, TIFF, binary PGM or PPM, PFM, Radiance\nHDR or OpenEXR picture")
-        ->required();
-    command->add_option("OUT", options->output, "TIFF file to write")->required();
-    command
-        ->add_option("--photo", options->photo, "Copy metadata from this photograph: camera,\nexposure, GPS, IPTC, XMP")
-        ->option_text("PHOTO");
-    command->add_option("--keyword", options->keywords, "Add a keyword to the IPTC block; can be repeated")
-        ->option_text("TEXT")
-        ->allow_extra_args(false);
-    addSettingsOptions(*command, options->settings, false);
-    command
-        ->add_option("--icc", options->profile,
-                     "ICC profile of the image, or a photograph or\npicture with it; else the image's own")
-        ->option_text("PROFILE");
-    command->add_flag("--icc-from-photo", options->profileFromPhoto, "Use the ICC profile of the --photo photograph")
-        ->option_text(" ") // else it shows the option that it needs
-        ->needs("--photo")
-        ->excludes("--icc");
-    command->add_option("--resolution", options->resolution, "Dots per inch (default 300)")
-        ->check(CLI::Range(1, 4294967)) // stored in thousandths, in 32 bits
-        ->option_text("N");
-    command
-        ->add_option("--depth", options->depth,
-                     "8 or 16 for integers; 32 or 16f (half floats) for\nfloats; else that of the image")
-        ->check(CLI::IsMember(DepthNames))
-        ->option_text("DEPTH");
-    command
-        ->add_option("--orientation", options->orientation,
-                     "TIFF orientation code, or 'photo' for that of\n--photo; else the image's own, or 1 (upright)")
-        ->check(CLI::IsMember({"photo", "1", "2", "3", "4", "5", "6", "7", "8"}))
-        ->option_text("CODE");
-    command->footer(methodHelp() + "Examples:\n"
-                                   "  tvmeta tiff result.png result.tif --photo scene.jpg --icc-from-photo\n"
-                                   "  tvmeta tiff light.exr light.tif --photo scene.jpg --depth 16f\n"
-                                   "  tvmeta tiff result.png result.tif --method Fusion/Intensive --set Radius=70");
-    command->callback([options] { writeTiff(*options); });
+    Command command = {
+        .name = "tiff",
+        .purpose = "Save an image as TIFF with a photograph's metadata",
+        .options =
+            {
+                {.names = {"IMAGE"},
+                 .target = &options->image,
+                 .help = "PNG, JPEG, TIFF, binary PGM or PPM, PFM, Radiance\nHDR or OpenEXR picture",
+                 .isRequired = true},
+                {.names = {"OUT"}, .target = &options->output, .help = "TIFF file to write", .isRequired = true},
+                {.names = {"--photo"},
+                 .target = &options->photo,
+                 .help = "Copy metadata from this photograph: camera,\nexposure, GPS, IPTC, XMP",
+                 .value = "PHOTO"},
+                {.names = {"--keyword"},
+                 .target = &options->keywords,
+                 .help = "Add a keyword to the IPTC block; can be repeated",
+                 .value = "TEXT"},
+                {.names = {"--icc"},
+                 .target = &options->profile,
+                 .help = "ICC profile of the image, or a photograph or\npicture with it; else the image's own",
+                 .value = "PROFILE"},
+                {.names = {"--icc-from-photo"},
+                 .target = &options->profileFromPhoto,
+                 .help = "Use the ICC profile of the --photo photograph",
+                 .needs = {"--photo"},
+                 .excludes = {"--icc"}},
+                {.names = {"--resolution"},
+                 .target = &options->resolution,
+                 .help = "Dots per inch (default 300)",
+                 .value = "N",
+                 .range = {1, MaxResolution}},
+                {.names = {"--depth"},
+                 .target = &options->depth,
+                 .help = "8 or 16 for integers; 32 or 16f (half floats) for\nfloats; else that of the image",
+                 .value = "DEPTH",
+                 .choices = {"8", "16", "32", "16f"}},
+                {.names = {"--orientation"},
+                 .target = &options->orientation,
+                 .help = "TIFF orientation code, or 'photo' for that of\n--photo; else the image's own, or 1 "
+                         "(upright)",
+                 .value = "CODE",
+                 .choices = {"photo", "1", "2", "3", "4", "5", "6", "7", "8"}},
+            },
+        .footer = methodHelp() + "Examples:\n"
+                                 "  tvmeta tiff result.png result.tif --photo scene.jpg --icc-from-photo\n"
+                                 "  tvmeta tiff light.exr light.tif --photo scene.jpg --depth 16f\n"
+                                 "  tvmeta tiff result.png result.tif --method Fusion/Intensive --set Radius=70",
+        .run = [options] { writeTiff(*options); },
+    };
+    addSettingsOptions(command.options, options->settings, false);
+    return command;
 }
