@@ -2,6 +2,7 @@
 
 #include "commands/commands.h"
 #include "output/failure.h"
+#include "output/json.h"
 #include "output/output_file.h"
 #include "output/table.h"
 #include "output/terminal.h"
@@ -13,14 +14,13 @@
 
 #include <tvmeta.h>
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -122,21 +122,24 @@ void printList(const Statistics& s) {
 }
 
 void printJson(const Statistics& s) {
-    nlohmann::ordered_json object = {
+    std::vector<NamedValue> members = {
         {"file", s.path},       {"width", s.width},     {"height", s.height},
         {"minimum", s.minimum}, {"maximum", s.maximum}, {"mean", s.mean},
     };
     for (size_t i = 0; i < Percentiles.size(); ++i) {
-        object["percentile" + std::to_string(Percentiles[i])] = s.percentiles[i];
+        members.push_back({"percentile" + std::to_string(Percentiles[i]), s.percentiles[i]});
     }
-    object["average"] = s.average;
-    object["clippedShare"] = s.clippedShare;
-    object["blackShare"] = s.blackShare;
-    object["minimumStops"] = s.stopsFromMaximum(s.minimum);
-    object["meanStops"] = s.stopsFromMaximum(s.mean);
-    object["averageStops"] = s.stopsFromMaximum(s.average);
-    object["rangeStops"] = s.range();
-    std::cout << object.dump(-1, ' ', true, nlohmann::ordered_json::error_handler_t::replace) << "\n";
+    const NamedValue others[] = {
+        {"average", s.average},
+        {"clippedShare", s.clippedShare},
+        {"blackShare", s.blackShare},
+        {"minimumStops", s.stopsFromMaximum(s.minimum)},
+        {"meanStops", s.stopsFromMaximum(s.mean)},
+        {"averageStops", s.stopsFromMaximum(s.average)},
+        {"rangeStops", s.range()},
+    };
+    members.insert(members.end(), std::begin(others), std::end(others));
+    std::cout << jsonObject(members) << "\n";
 }
 
 // One row for each picture; positions in its range are in stops from the maximum.
