@@ -13,15 +13,13 @@
 #include "photographs/writer_records.h"
 #include "pictures/convert.h"
 #include "pictures/load_picture.h"
-#include "system/files.h"
+#include "system/system.h"
 
 #include <cerrno>
-#include <filesystem>
 #include <iostream>
 #include <map>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <vector>
 
 namespace {
@@ -138,8 +136,7 @@ void reportLosses(const Options& options, const Picture& picture, const std::vec
     if (options.profile.empty() && !options.profileFromPhoto && !canUse(picture.profile, picture)) {
         losses.push_back("ICC profile for " + colourSpaceOf(picture.profile));
     }
-    std::error_code error;
-    if (!std::filesystem::equivalent(pathOf(options.image), pathOf(options.photo), error)) {
+    if (!isSameFile(options.image, options.photo)) {
         losses.insert(losses.end(), picture.metadata.begin(), picture.metadata.end());
     }
     if (!losses.empty()) {

@@ -13,9 +13,8 @@
 namespace {
 
 void requireNoInput(const std::string& path, const std::vector<std::string>& inputs) {
-    std::error_code error;
     for (const std::string& input : inputs) {
-        if (std::filesystem::equivalent(pathOf(path), pathOf(input), error)) {
+        if (isSameFile(path, input)) {
             throw Failure(path, "output is the same file as input");
         }
     }

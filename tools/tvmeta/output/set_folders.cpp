@@ -68,7 +68,7 @@ class NewFolder {
         }
     }
 
-    // The copy keeps the time of the file.
+    // The copy keeps the time of the file, on Windows to the second.
     static void copy(const std::string& file, const fs::path& target) {
         writeOutput(nameOf(target), {file}, [&](OutputFile& output) {
             readPieces(openFile(file).get(), file, [&](std::string_view piece) { output.write(piece); });

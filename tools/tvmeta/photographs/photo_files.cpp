@@ -45,7 +45,11 @@ class Search {
         std::vector<Entry> entries;
         std::error_code error;
         for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-            entries.push_back({nameOf(entry->path()), *entry});
+            try {
+                entries.push_back({nameOf(entry->path()), *entry});
+            } catch (const std::system_error&) { // unpaired surrogates, which NTFS allows
+                fail(nameOf(folder) + ": contains a file whose name is not Unicode");
+            }
         }
         if (error) {
             fail(nameOf(folder) + ": " + error.message());

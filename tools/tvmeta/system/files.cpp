@@ -43,8 +43,12 @@ std::filesystem::path pathOf(std::string_view name) {
 }
 
 std::string nameOf(const std::filesystem::path& path) {
-    const std::u8string name = path.generic_u8string();
-    return {name.begin(), name.end()};
+    const std::u8string text = path.u8string(); // generic_u8string() takes one slash from \\server
+    std::string name(text.begin(), text.end());
+    if constexpr (std::filesystem::path::preferred_separator != '/') {
+        std::ranges::replace(name, '\\', '/');
+    }
+    return name;
 }
 
 void failWithErrno(const std::string& path) {
@@ -53,11 +57,10 @@ void failWithErrno(const std::string& path) {
 
 void requireRegularFile(const std::string& path) {
     std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(pathOf(path), error);
-    if (std::filesystem::is_directory(status)) {
+    if (std::filesystem::is_directory(pathOf(path), error)) {
         throw Failure(path, "is a folder");
     }
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+    if (isDevice(path)) {
         throw Failure(path, "not a regular file but a pipe or device");
     }
 }

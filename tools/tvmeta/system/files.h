@@ -1,4 +1,4 @@
-// Reads files and parts of files. Every function throws Failure with the system's reason.
+// Reads, copies and writes files. Functions that fail throw Failure with the system's reason.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// File names in texts are UTF-8 with slashes on Windows and any bytes elsewhere.
+// File names in strings are UTF-8 with slashes on Windows, and any bytes elsewhere.
 std::filesystem::path pathOf(std::string_view name);
 std::string nameOf(const std::filesystem::path& path);
 

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-// Called once at the start: makes standard streams usable and their contents the same on every system.
+// Called once at the start: makes the standard streams usable, and what is written to them the same on every system.
 void prepareProcess();
 
 // Positions have 64 bits everywhere.
@@ -21,10 +21,16 @@ std::optional<int> terminalWidth();
 // True if standard error is a terminal that can erase a line.
 bool canEraseLines();
 
+// True if both paths name the same existing file.
+bool isSameFile(const std::string& path, const std::string& other);
+
+// True for a path from which reading might never end.
+bool isDevice(const std::string& path);
+
 // True if standard output goes to this file.
 bool isStandardOutput(const std::string& path);
 
-// True for a symbolic link, or another name that Windows follows.
+// True for a symbolic link, or a junction, which Windows follows like one.
 bool isLink(const std::filesystem::path& path);
 
 // The columns of a character in a terminal; -1 if it is not printable.

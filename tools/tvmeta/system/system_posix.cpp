@@ -61,6 +61,18 @@ bool canEraseLines() {
     return isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
 }
 
+bool isSameFile(const std::string& path, const std::string& other) {
+    std::error_code error;
+    return std::filesystem::equivalent(path, other, error);
+}
+
+bool isDevice(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
+           !std::filesystem::is_directory(status);
+}
+
 bool isStandardOutput(const std::string& path) {
     struct stat file = {};
     struct stat output = {};

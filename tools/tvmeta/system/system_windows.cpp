@@ -8,6 +8,12 @@
 #include <array>
 #include <cstdlib>
 
+#ifdef __MINGW32__
+extern "C" {
+int _dowildcard = -1; // names such as *.jpg are expanded, as shells do elsewhere
+}
+#endif
+
 namespace {
 
 UINT formerCodePage = 0;
@@ -15,6 +21,19 @@ UINT formerCodePage = 0;
 // The code page belongs to the console, which outlives the process.
 void restoreCodePage() {
     SetConsoleOutputCP(formerCodePage);
+}
+
+BOOL WINAPI restoreCodePageOnEvent(DWORD /*event*/) {
+    restoreCodePage();
+    return FALSE; // the next handler ends the process
+}
+
+bool isSame(HANDLE file, HANDLE other) {
+    BY_HANDLE_FILE_INFORMATION first = {};
+    BY_HANDLE_FILE_INFORMATION second = {};
+    return GetFileInformationByHandle(file, &first) != 0 && GetFileInformationByHandle(other, &second) != 0 &&
+           first.dwVolumeSerialNumber == second.dwVolumeSerialNumber && first.nFileIndexHigh == second.nFileIndexHigh &&
+           first.nFileIndexLow == second.nFileIndexLow;
 }
 
 HANDLE handleOf(std::FILE* stream) {
@@ -40,6 +59,7 @@ void prepareProcess() {
     formerCodePage = GetConsoleOutputCP();
     if (formerCodePage != 0 && formerCodePage != CP_UTF8 && SetConsoleOutputCP(CP_UTF8) != 0) {
         std::atexit(restoreCodePage);
+        SetConsoleCtrlHandler(restoreCodePageOnEvent, TRUE);
     }
 }
 
@@ -68,17 +88,25 @@ bool canEraseLines() {
            SetConsoleMode(console, mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
-bool isStandardOutput(const std::string& path) {
-    const Handle file = openHandle(path, 0);
-    BY_HANDLE_FILE_INFORMATION named = {};
-    BY_HANDLE_FILE_INFORMATION output = {};
-    return file && GetFileInformationByHandle(file.get(), &named) != 0 &&
-           GetFileInformationByHandle(handleOf(stdout), &output) != 0 &&
-           named.dwVolumeSerialNumber == output.dwVolumeSerialNumber && named.nFileIndexHigh == output.nFileIndexHigh &&
-           named.nFileIndexLow == output.nFileIndexLow;
+// The standard library takes one file for two if it is reached through two drive letters.
+bool isSameFile(const std::string& path, const std::string& other) {
+    const Handle first = openHandle(path, 0);
+    const Handle second = openHandle(other, 0);
+    return first && second && isSame(first.get(), second.get());
 }
 
-// Files in cloud folders have other tags.
+// Names such as COM1 and CON open a device in every folder, and have no file status.
+bool isDevice(const std::string& path) {
+    const Handle file = openHandle(path, GENERIC_READ); // CON requires the access
+    return file && GetFileType(file.get()) != FILE_TYPE_DISK;
+}
+
+bool isStandardOutput(const std::string& path) {
+    const Handle file = openHandle(path, 0);
+    return file && isSame(file.get(), handleOf(stdout));
+}
+
+// Reparse points with other tags, such as files in cloud folders, are no links.
 bool isLink(const std::filesystem::path& path) {
     WIN32_FIND_DATAW found = {};
     const HANDLE search = FindFirstFileW(path.c_str(), &found);
@@ -94,6 +122,12 @@ bool isLink(const std::filesystem::path& path) {
 int characterWidth(char32_t character) {
     constexpr WORD Wide = C3_FULLWIDTH | C3_IDEOGRAPH | C3_HIRAGANA | C3_KATAKANA;
     if (character > 0xFFFF) {
+        return 2;
+    }
+    if (character == 0x2028 || character == 0x2029) { // line and paragraph separator
+        return -1;
+    }
+    if ((character >= 0x1100 && character <= 0x115F) || (character >= 0xAC00 && character <= 0xD7A3)) { // Hangul
         return 2;
     }
     const auto unit = static_cast<wchar_t>(character);

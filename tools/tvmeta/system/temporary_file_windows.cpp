@@ -13,27 +13,46 @@
 
 namespace {
 
-[[noreturn]] void failWithSystem(const std::string& path, DWORD error = GetLastError()) {
-    throw Failure(path, std::system_category().message(static_cast<int>(error)));
+[[noreturn]] void failWithSystem(const std::string& path) {
+    throw Failure(path, std::system_category().message(static_cast<int>(GetLastError())));
 }
 
 // The temporary file that Ctrl+C must remove; empty if there is none.
 std::mutex registration;
 std::wstring registeredPath;
 
-// Runs on a thread of its own. Files that the library has open cannot be removed before its call has ended. The lock is
-// kept, so that the file is not moved into place any more.
-BOOL WINAPI removeRegistered(DWORD /*event*/) {
-    constexpr DWORD Pause = 10; // milliseconds
-    registration.lock();
-    while (!registeredPath.empty() && DeleteFileW(registeredPath.c_str()) == 0 &&
-           GetLastError() == ERROR_SHARING_VIOLATION) {
+constexpr DWORD ScannerTime = 2000;  // milliseconds for which virus scanners and indexers open new files
+constexpr DWORD LibraryTime = 30000; // for which the library writes a file
+
+// Repeats an action on a file that is open elsewhere, for at most a time.
+template <typename Action>
+bool retry(DWORD milliseconds, Action action) {
+    constexpr DWORD Pause = 50;
+    for (DWORD waited = 0; !action(); waited += Pause) {
+        const DWORD error = GetLastError();
+        if (waited >= milliseconds || (error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED)) {
+            return false;
+        }
         Sleep(Pause);
+    }
+    return true;
+}
+
+bool removeFile(const std::wstring& path, DWORD milliseconds) {
+    return retry(milliseconds, [&] { return DeleteFileW(path.c_str()) != 0; });
+}
+
+// Runs on a thread of its own. Files that the library has open cannot be removed before its call has ended. The lock is
+// kept, so that the file is no longer moved into place.
+BOOL WINAPI removeRegistered(DWORD /*event*/) {
+    registration.lock();
+    if (!registeredPath.empty()) {
+        removeFile(registeredPath, LibraryTime);
     }
     return FALSE; // the handler of the system ends the process
 }
 
-// The path of a file without links. Paths with the prefix \\?\ are not for every function.
+// The path of a file without links. The prefix \\?\ is removed, because not every function accepts it.
 std::string finalPath(HANDLE file, const std::string& name) {
     constexpr std::wstring_view Prefix = L"\\\\?\\";
     constexpr std::wstring_view NetworkPrefix = L"\\\\?\\UNC\\";
@@ -66,41 +85,26 @@ void copyAttributes(const std::wstring& from, const std::wstring& to) {
     constexpr DWORD Copied = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
     const DWORD attributes = GetFileAttributesW(from.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & Copied) != 0) {
-        SetFileAttributesW(to.c_str(), attributes & Copied);
+        SetFileAttributesW(to.c_str(), (attributes & Copied) | FILE_ATTRIBUTE_ARCHIVE); // backups copy the new file
     }
 }
 
-// Moves a file over another. Virus scanners and indexers open new files for a moment.
-bool moveOver(const std::wstring& from, const std::wstring& to) {
-    constexpr int Attempts = 20;
-    constexpr DWORD Pause = 50; // milliseconds
-    for (int attempt = 1;; ++attempt) {
-        if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0) {
-            return true;
-        }
-        const DWORD error = GetLastError();
-        if (attempt == Attempts || (error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED)) {
-            return false;
-        }
-        Sleep(Pause);
-    }
-}
-
-// A stream of a new file, which can be removed while it is open.
-File createFile(const std::wstring& path, const std::string& name) {
+// Creates a file that can be removed while it is open.
+File createFile(const std::wstring& path, DWORD attributes, const std::string& name) {
     constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const HANDLE handle = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, ShareAll, nullptr, CREATE_NEW,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE handle =
+        CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, ShareAll, nullptr, CREATE_NEW, attributes, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         failWithSystem(name);
     }
     const int descriptor = _open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_RDWR | _O_BINARY | _O_NOINHERIT);
     File file(descriptor < 0 ? nullptr : _fdopen(descriptor, "w+b"));
     if (!file) {
-        const DWORD error = GetLastError();
-        descriptor < 0 ? CloseHandle(handle) : _close(descriptor);
+        const int reason = errno;
+        descriptor < 0 ? static_cast<void>(CloseHandle(handle)) : static_cast<void>(_close(descriptor));
         DeleteFileW(path.c_str());
-        failWithSystem(name, error);
+        errno = reason;
+        failWithErrno(name);
     }
     return file;
 }
@@ -115,12 +119,18 @@ OutputTarget resolveTarget(const std::string& name) {
         if (GetLastError() != ERROR_FILE_NOT_FOUND || !pathOf(name).has_filename()) {
             failWithSystem(name);
         }
+        if (isLink(pathOf(name))) {
+            throw Failure(name, "is a link to a file that does not exist");
+        }
+        return target;
+    }
+    if (GetFileType(file.get()) != FILE_TYPE_DISK) {
+        target.isDirect = true;
         return target;
     }
     BY_HANDLE_FILE_INFORMATION information = {};
-    if (GetFileType(file.get()) != FILE_TYPE_DISK || GetFileInformationByHandle(file.get(), &information) == 0) {
-        target.isDirect = true;
-        return target;
+    if (GetFileInformationByHandle(file.get(), &information) == 0) {
+        failWithSystem(name);
     }
     if ((information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         throw Failure(name, "is a folder");
@@ -128,7 +138,7 @@ OutputTarget resolveTarget(const std::string& name) {
     if ((information.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0) {
         throw Failure(name, "is read-only");
     }
-    if (!openHandle(name, GENERIC_WRITE)) {
+    if (!openHandle(name, GENERIC_WRITE | DELETE)) { // what writing and replacing it require
         failWithSystem(name);
     }
     target.exists = true;
@@ -158,10 +168,13 @@ void removeTemporaryFileOnSignals() {
 TemporaryFile::TemporaryFile(const OutputTarget& target) : temporaryPath(temporaryName(target.path)) {
     const std::scoped_lock lock(registration);
     const std::wstring path = pathOf(temporaryPath).wstring();
-    file = createFile(path, target.name);
+    const std::wstring former = pathOf(target.path).wstring();
+    const DWORD attributes = target.exists ? GetFileAttributesW(former.c_str()) : INVALID_FILE_ATTRIBUTES;
+    const bool isEncrypted = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_ENCRYPTED) != 0;
+    file = createFile(path, isEncrypted ? FILE_ATTRIBUTE_ENCRYPTED : FILE_ATTRIBUTE_NORMAL, target.name);
     registeredPath = path;
     if (target.exists) {
-        copyAccessControl(pathOf(target.path).wstring(), path);
+        copyAccessControl(former, path);
     }
 }
 
@@ -169,7 +182,7 @@ TemporaryFile::~TemporaryFile() {
     const std::scoped_lock lock(registration);
     if (registeredPath == pathOf(temporaryPath).wstring()) {
         file.reset();
-        DeleteFileW(registeredPath.c_str());
+        removeFile(registeredPath, ScannerTime);
         registeredPath.clear();
     }
 }
@@ -187,7 +200,10 @@ void TemporaryFile::replace(const OutputTarget& target) {
     if (std::fclose(file.release()) != 0) {
         failWithErrno(target.name);
     }
-    if (!moveOver(registeredPath, path)) {
+    if (!retry(ScannerTime, [&] {
+            return MoveFileExW(registeredPath.c_str(), path.c_str(),
+                               MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+        })) {
         failWithSystem(target.name);
     }
     registeredPath.clear();
