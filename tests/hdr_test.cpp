@@ -52,7 +52,7 @@ struct NamedKernels {
 // All kernels that this processor can run.
 std::vector<NamedKernels> runnableKernels() {
     std::vector<NamedKernels> runnable = {{"portable", &PortableKernels}};
-#ifdef TVMETA_X86_64
+#if defined(TVMETA_X86_64) && defined(__GNUC__)
     if (__builtin_cpu_supports("avx2")) {
         runnable.push_back({"AVX2", &Avx2Kernels});
     }
@@ -81,7 +81,7 @@ void expectExact(int width, int height, const Buffer& pixels, const char* what) 
     EXPECT_EQ(std::memcmp(results, expected, sizeof results), 0) << what;
 }
 
-#ifdef TVMETA_X86_64
+#if defined(TVMETA_X86_64) && defined(__GNUC__)
 TEST(Kernels, AreTheFastestOfTheProcessor) {
     EXPECT_EQ(&fastestKernels(), runnableKernels().back().kernels);
 }

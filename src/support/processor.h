@@ -3,7 +3,7 @@
 
 #include "support/platform.h"
 
-#if defined(__x86_64__) // gcc and clang; elsewhere the portable code does everything
+#if defined(__x86_64__) || defined(_M_X64) // elsewhere the portable code does everything
 #define TVMETA_X86_64 1
 #endif
 
