@@ -90,6 +90,8 @@ void takeJpeg(std::FILE* file, PhotoParts& parts) {
         }
         takeRegion(parts.exif, afterIdentifier(file, segment, App1, "Exif\0\0"sv));
         takeRegion(parts.xmp, afterIdentifier(file, segment, App1, "http://ns.adobe.com/xap/1.0/\0"sv));
+        parts.hasExtendedXmp |=
+            afterIdentifier(file, segment, App1, "http://ns.adobe.com/xmp/extension/\0"sv).length > 0;
         const Region resources = afterIdentifier(file, segment, App13, "Photoshop 3.0\0"sv);
         if (resources.length > 0) {
             takeResources(file, resources, parts);

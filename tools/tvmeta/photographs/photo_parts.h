@@ -12,10 +12,11 @@
 struct PhotoParts {
     int64_t width = 0; // pixels; 0 unknown
     int64_t height = 0;
-    Region exif;      // the TIFF structure; the file itself for TIFF
-    Region xmp;       // the packet
-    Region iptc;      // the block
-    Region thumbnail; // a JPEG stream
+    Region exif;                 // the TIFF structure; the file itself for TIFF
+    Region xmp;                  // the packet
+    bool hasExtendedXmp = false; // in JPEG segments of its own, beyond 64 KiB (XMP part 3)
+    Region iptc;                 // the block
+    Region thumbnail;            // a JPEG stream
     TiffDirectory image;
     TiffDirectory camera; // the EXIF directory
     TiffDirectory gps;

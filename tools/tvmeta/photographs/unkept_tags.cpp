@@ -75,6 +75,7 @@ std::vector<std::string> unkeptValues(const Photo& photo) {
     };
     needs(photo.info.exposureTime > 0 && metadata.exposureTime[0] == 0, "exposure time");
     needs(photo.info.isoSpeed > metadata.isoSpeed, "ISO speed above 65535");
+    needs(photo.parts.hasExtendedXmp, "XMP beyond 64 KiB");
     unkept.add(photo.parts.image, ImageKept, ImageNames);
     unkept.add(photo.parts.camera, CameraKept, CameraNames);
     unkept.add(photo.parts.gps, GpsKept, GpsNames);
