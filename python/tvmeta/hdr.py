@@ -11,7 +11,7 @@ from .errors import Error
 
 
 class HdrStatistics(NamedTuple):
-    """Luminance of the pixels with light; all 0 if there is none."""
+    """Luminance of the pixels above zero; all 0 if there is none."""
 
     minimum: float
     maximum: float

@@ -4,7 +4,7 @@
 #include "commands/lists.h"
 #include "output/failure.h"
 #include "output/suggestion.h"
-#include "system/files.h"
+#include "system/paths.h"
 
 #include <CLI/CLI.hpp>
 

@@ -10,7 +10,9 @@
 #include "photographs/photo_profile.h"
 #include "photographs/profile_description.h"
 #include "pictures/load_picture.h"
+#include "system/file_copy.h"
 #include "system/files.h"
+#include "system/paths.h"
 
 #include <tvmeta.h>
 

@@ -7,7 +7,7 @@
 #include "output/text.h"
 #include "photographs/photo_sets.h"
 #include "photographs/report_page.h"
-#include "system/files.h"
+#include "system/paths.h"
 
 #include <filesystem>
 #include <iostream>

@@ -11,6 +11,7 @@
 #include "pictures/luminance_histogram.h"
 #include "pictures/stop_histogram.h"
 #include "system/files.h"
+#include "system/paths.h"
 
 #include <tvmeta.h>
 
@@ -174,7 +175,7 @@ struct Options {
 void printHistogram(const Statistics& s) {
     constexpr int UsualWidth = 80;
     std::cout << "\n"
-              << printable(s.path) << ": pixels with light, by stops from the maximum\n"
+              << printable(s.path) << ": pixels above zero, by stops from the maximum\n"
               << histogramBars(s.histogram, outputWidth().value_or(UsualWidth));
 }
 

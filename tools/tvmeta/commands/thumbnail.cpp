@@ -6,6 +6,7 @@
 #include "output/text.h"
 #include "photographs/read_photos.h"
 #include "system/files.h"
+#include "system/paths.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,6 +1,8 @@
 #include "output/output_file.h"
 
 #include "output/failure.h"
+#include "system/file_copy.h"
+#include "system/paths.h"
 #include "system/system.h"
 
 #include <cerrno>

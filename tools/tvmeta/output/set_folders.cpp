@@ -2,7 +2,9 @@
 
 #include "output/failure.h"
 #include "output/output_file.h"
+#include "system/file_copy.h"
 #include "system/files.h"
+#include "system/paths.h"
 
 #include <algorithm>
 #include <filesystem>

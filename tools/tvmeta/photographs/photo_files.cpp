@@ -2,7 +2,7 @@
 
 #include "output/failure.h"
 #include "photographs/natural_order.h"
-#include "system/files.h"
+#include "system/paths.h"
 #include "system/system.h"
 
 #include <algorithm>
@@ -70,7 +70,7 @@ class Search {
                 if (entry.is_regular_file(error)) {
                     found.files.push_back({name, false});
                     progress.found(found.files.size());
-                } else if (entry.is_directory(error) && !isLink(entry.path())) {
+                } else if (entry.is_directory(error) && !isLink(name)) {
                     folders.push_back(entry.path());
                 }
             }

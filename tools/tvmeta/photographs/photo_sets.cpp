@@ -2,7 +2,7 @@
 
 #include "output/text.h"
 #include "photographs/natural_order.h"
-#include "system/files.h"
+#include "system/paths.h"
 
 #include <algorithm>
 #include <cmath>

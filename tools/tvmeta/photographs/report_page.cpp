@@ -8,6 +8,7 @@
 #include "photographs/natural_order.h"
 #include "photographs/report_style.h"
 #include "system/files.h"
+#include "system/paths.h"
 
 #include <algorithm>
 #include <array>

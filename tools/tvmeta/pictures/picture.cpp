@@ -1,6 +1,7 @@
 #include "pictures/picture.h"
 
 #include "output/failure.h"
+#include "system/paths.h"
 
 #if __has_include(<sys/mman.h>)
 #include <sys/mman.h>

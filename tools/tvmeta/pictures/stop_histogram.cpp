@@ -87,7 +87,7 @@ void drawAxes(std::ostream& svg, const Plot& plot) {
         drawText(svg, "tick", plot.x(stops), plot.y(0) + 21, label.str());
     }
     std::ostringstream words;
-    words << "stops from the maximum; pixels with light in each " << plot.histogram.step << " stops";
+    words << "stops from the maximum; pixels above zero in each " << plot.histogram.step << " stops";
     drawText(svg, "axis", (Plot::Left + Plot::Width - Plot::Right) / 2, Plot::Height - 12, words.str());
 }
 

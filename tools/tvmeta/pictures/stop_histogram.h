@@ -12,7 +12,7 @@
 struct StopHistogram {
     double start = 0;           // stops at the lower end of the first bin, a multiple of the step
     double step = 1;            // stops of a bin; the last one ends at the maximum, 0
-    std::vector<double> shares; // of the pixels with light
+    std::vector<double> shares; // of the pixels above zero
 };
 
 // The bins have the smallest step from `step`, doubled until there are at most `maxBins`. There must be luminances.

@@ -2,6 +2,7 @@
 
 #include "output/failure.h"
 #include "pictures/decoders.h"
+#include "system/paths.h"
 
 #include <tiffio.h>
 

@@ -1,6 +1,7 @@
 #include "system/files.h"
 
 #include "output/failure.h"
+#include "system/paths.h"
 #include "system/system.h"
 
 #include <algorithm>
@@ -37,19 +38,6 @@ Bytes readBytes(const std::string& path, int64_t offset, size_t length) {
 }
 
 } // namespace
-
-std::filesystem::path pathOf(std::string_view name) {
-    return std::u8string(name.begin(), name.end());
-}
-
-std::string nameOf(const std::filesystem::path& path) {
-    const std::u8string text = path.u8string(); // generic_u8string() takes one slash from \\server
-    std::string name(text.begin(), text.end());
-    if constexpr (std::filesystem::path::preferred_separator != '/') {
-        std::ranges::replace(name, '\\', '/');
-    }
-    return name;
-}
 
 void failWithErrno(const std::string& path) {
     throw Failure(path, std::strerror(errno));
@@ -101,34 +89,6 @@ Bytes readRegion(const std::string& path, const Region& region) {
         throw Failure(path, "contains a block of more than 2 GiB");
     }
     return readBytes(path, region.offset, static_cast<size_t>(length));
-}
-
-void readPieces(std::FILE* file, const std::string& path, const std::function<void(std::string_view piece)>& take) {
-    std::array<char, 65536> piece;
-    while (const size_t size = std::fread(piece.data(), 1, piece.size(), file)) {
-        take({piece.data(), size});
-    }
-    if (std::ferror(file) != 0) {
-        failWithErrno(path);
-    }
-}
-
-void writeBytes(std::FILE* file, std::string_view bytes, const std::string& path) {
-    if (std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size()) {
-        failWithErrno(path);
-    }
-}
-
-void copyFile(const std::string& path, const std::string& copy) {
-    const File from = openFile(path);
-    const File to(std::fopen(copy.c_str(), "wb"));
-    if (!to) {
-        failWithErrno(path);
-    }
-    readPieces(from.get(), path, [&](std::string_view piece) { writeBytes(to.get(), piece, path); });
-    if (std::fflush(to.get()) != 0) {
-        failWithErrno(path);
-    }
 }
 
 int32_t checkedSize(uint64_t size) {

@@ -1,11 +1,9 @@
-// Reads, copies and writes files. Functions that fail throw Failure with the system's reason.
+// Reads files and parts of files. Functions that fail throw Failure with the system's reason.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
-#include <functional>
 #include <iterator>
 #include <memory>
 #include <span>
@@ -19,10 +17,6 @@ struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
-
-// File names in strings are UTF-8 with slashes on Windows, and any bytes elsewhere.
-std::filesystem::path pathOf(std::string_view name);
-std::string nameOf(const std::filesystem::path& path);
 
 // Throws Failure if the path is a folder, or a pipe or device, from which reading might never end.
 void requireRegularFile(const std::string& path);
@@ -44,15 +38,6 @@ Bytes readRegion(const std::string& path, const Region& region);
 
 // Reads up to `length` bytes from the start of a file.
 Bytes readStart(const std::string& path, size_t length);
-
-// Calls `take` with the rest of an open file, piece by piece.
-void readPieces(std::FILE* file, const std::string& path, const std::function<void(std::string_view piece)>& take);
-
-// Overwrites `copy` with the contents of a regular file.
-void copyFile(const std::string& path, const std::string& copy);
-
-// Throws Failure if the file does not take all bytes.
-void writeBytes(std::FILE* file, std::string_view bytes, const std::string& path);
 
 // Throws Failure with the path and the system's reason.
 [[noreturn]] void failWithErrno(const std::string& path);

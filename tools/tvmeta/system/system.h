@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -31,7 +30,7 @@ bool isDevice(const std::string& path);
 bool isStandardOutput(const std::string& path);
 
 // True for a symbolic link, or a junction, which Windows follows like one.
-bool isLink(const std::filesystem::path& path);
+bool isLink(const std::string& path);
 
 // The columns of a character in a terminal; -1 if it is not printable.
 int characterWidth(char32_t character);

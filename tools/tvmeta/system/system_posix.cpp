@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cwchar>
+#include <filesystem>
 #include <string_view>
 #include <system_error>
 
@@ -80,7 +81,7 @@ bool isStandardOutput(const std::string& path) {
            file.st_ino == output.st_ino;
 }
 
-bool isLink(const std::filesystem::path& path) {
+bool isLink(const std::string& path) {
     std::error_code error;
     return std::filesystem::is_symlink(path, error);
 }

@@ -1,4 +1,4 @@
-#include "system/files.h"
+#include "system/paths.h"
 #include "system/system.h"
 #include "system/windows_handle.h"
 
@@ -107,9 +107,9 @@ bool isStandardOutput(const std::string& path) {
 }
 
 // Reparse points with other tags, such as files in cloud folders, are no links.
-bool isLink(const std::filesystem::path& path) {
+bool isLink(const std::string& path) {
     WIN32_FIND_DATAW found = {};
-    const HANDLE search = FindFirstFileW(path.c_str(), &found);
+    const HANDLE search = FindFirstFileW(pathOf(path).c_str(), &found);
     if (search == INVALID_HANDLE_VALUE) {
         return false;
     }

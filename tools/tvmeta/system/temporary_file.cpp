@@ -1,5 +1,7 @@
 #include "system/temporary_file.h"
 
+#include "system/paths.h"
+
 #include <random>
 #include <string_view>
 

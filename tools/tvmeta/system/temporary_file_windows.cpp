@@ -1,4 +1,5 @@
 #include "output/failure.h"
+#include "system/paths.h"
 #include "system/system.h"
 #include "system/temporary_file.h"
 #include "system/windows_handle.h"
@@ -119,7 +120,7 @@ OutputTarget resolveTarget(const std::string& name) {
         if (GetLastError() != ERROR_FILE_NOT_FOUND || !pathOf(name).has_filename()) {
             failWithSystem(name);
         }
-        if (isLink(pathOf(name))) {
+        if (isLink(name)) {
             throw Failure(name, "is a link to a file that does not exist");
         }
         return target;
@@ -142,7 +143,7 @@ OutputTarget resolveTarget(const std::string& name) {
         failWithSystem(name);
     }
     target.exists = true;
-    if (isLink(pathOf(name))) {
+    if (isLink(name)) {
         target.path = finalPath(file.get(), name);
     }
     return target;

@@ -1,0 +1,16 @@
+#include "system/paths.h"
+
+#include <algorithm>
+
+std::filesystem::path pathOf(std::string_view name) {
+    return std::u8string(name.begin(), name.end());
+}
+
+std::string nameOf(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string(); // generic_u8string() takes one slash from \\server
+    std::string name(text.begin(), text.end());
+    if constexpr (std::filesystem::path::preferred_separator != '/') {
+        std::ranges::replace(name, '\\', '/');
+    }
+    return name;
+}

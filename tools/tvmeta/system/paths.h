@@ -1,0 +1,9 @@
+// File names in strings are UTF-8 with slashes on Windows, and any bytes elsewhere.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+std::filesystem::path pathOf(std::string_view name);
+std::string nameOf(const std::filesystem::path& path);
