@@ -137,5 +137,6 @@ int characterWidth(char32_t character) {
         (type & C1_CNTRL) != 0 || (type & C1_DEFINED) == 0) {
         return -1;
     }
-    return (form & C3_NONSPACING) != 0 ? 0 : (form & Wide) != 0 && (form & C3_HALFWIDTH) == 0 ? 2 : 1;
+    const bool isMark = (form & C3_NONSPACING) != 0 && (form & C3_ALPHA) == 0; // letters with accents have both
+    return isMark ? 0 : (form & Wide) != 0 && (form & C3_HALFWIDTH) == 0 ? 2 : 1;
 }
