@@ -14,7 +14,7 @@ struct PhotoParts {
     int64_t height = 0;
     Region exif;                 // the TIFF structure; the file itself for TIFF
     Region xmp;                  // the packet
-    bool hasExtendedXmp = false; // in JPEG segments of its own, beyond 64 KiB (XMP part 3)
+    bool hasExtendedXmp = false; // in JPEG segments of its own, beyond the 64 KiB of the first
     Region iptc;                 // the block
     Region thumbnail;            // a JPEG stream
     TiffDirectory image;

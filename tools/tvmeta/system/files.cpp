@@ -44,11 +44,11 @@ void failWithErrno(const std::string& path) {
 }
 
 void requireRegularFile(const std::string& path) {
-    std::error_code error;
-    if (std::filesystem::is_directory(pathOf(path), error)) {
+    const FileKind kind = fileKind(path);
+    if (kind == FileKind::Folder) {
         throw Failure(path, "is a folder");
     }
-    if (isDevice(path)) {
+    if (kind == FileKind::Device) {
         throw Failure(path, "not a regular file but a pipe or device");
     }
 }

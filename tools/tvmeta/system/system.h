@@ -23,8 +23,9 @@ bool canEraseLines();
 // True if both paths name the same existing file.
 bool isSameFile(const std::string& path, const std::string& other);
 
-// True for a path from which reading might never end.
-bool isDevice(const std::string& path);
+// Reading from a device or a pipe might never end. A file that cannot be examined is Other.
+enum class FileKind { Folder, Device, Other };
+FileKind fileKind(const std::string& path);
 
 // True if standard output goes to this file.
 bool isStandardOutput(const std::string& path);

@@ -67,11 +67,12 @@ bool isSameFile(const std::string& path, const std::string& other) {
     return std::filesystem::equivalent(path, other, error);
 }
 
-bool isDevice(const std::string& path) {
-    std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(path, error);
-    return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
-           !std::filesystem::is_directory(status);
+FileKind fileKind(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode)) {
+        return FileKind::Other;
+    }
+    return S_ISDIR(status.st_mode) ? FileKind::Folder : FileKind::Device;
 }
 
 bool isStandardOutput(const std::string& path) {

@@ -96,9 +96,14 @@ bool isSameFile(const std::string& path, const std::string& other) {
 }
 
 // Names such as COM1 and CON open a device in every folder, and have no file status.
-bool isDevice(const std::string& path) {
+FileKind fileKind(const std::string& path) {
     const Handle file = openHandle(path, GENERIC_READ); // CON requires the access
-    return file && GetFileType(file.get()) != FILE_TYPE_DISK;
+    if (file && GetFileType(file.get()) != FILE_TYPE_DISK) {
+        return FileKind::Device;
+    }
+    const DWORD attributes = GetFileAttributesW(pathOf(path).c_str());
+    const bool isKnown = attributes != INVALID_FILE_ATTRIBUTES;
+    return isKnown && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? FileKind::Folder : FileKind::Other;
 }
 
 bool isStandardOutput(const std::string& path) {
