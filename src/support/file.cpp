@@ -6,6 +6,7 @@
 #ifdef _WIN32
 #include "support/zeroed_buffer.h"
 
+#include <algorithm>
 #include <windows.h>
 #endif
 
@@ -39,18 +40,19 @@ struct Mode {
 };
 
 #ifdef _WIN32
-std::FILE* open(const char* path, const char* mode) {
+// A path as the system's functions require it; empty if it is not UTF-8.
+ZeroedBuffer wideText(const char* path) {
     const int length = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, nullptr, 0);
-    if (length <= 0) {
-        return nullptr; // not UTF-8
+    ZeroedBuffer block(static_cast<std::size_t>(std::max(length, 0)) * sizeof(wchar_t));
+    if (block) {
+        MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, reinterpret_cast<wchar_t*>(block.data()), length);
     }
-    ZeroedBuffer block(static_cast<std::size_t>(length) * sizeof(wchar_t));
-    if (!block) {
-        return nullptr;
-    }
-    auto* const wide = reinterpret_cast<wchar_t*>(block.data());
-    MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide, length);
-    return _wfopen(wide, Mode<wchar_t>(mode).text);
+    return block;
+}
+
+std::FILE* open(const char* path, const char* mode) {
+    const ZeroedBuffer wide = wideText(path);
+    return wide.size() > 0 ? _wfopen(reinterpret_cast<const wchar_t*>(wide.data()), Mode<wchar_t>(mode).text) : nullptr;
 }
 
 bool move(std::FILE* stream, std::int64_t offset, int origin) {
@@ -69,6 +71,16 @@ bool move(std::FILE* stream, std::int64_t offset, int origin) {
 #endif
 
 } // namespace
+
+#ifdef _WIN32
+void* openHandle(const char* path) {
+    const ZeroedBuffer wide = wideText(path);
+    return wide.size() == 0 ? INVALID_HANDLE_VALUE
+                            : CreateFileW(reinterpret_cast<const wchar_t*>(wide.data()), GENERIC_READ,
+                                          FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+#endif
 
 File openUnbuffered(const char* path, const char* mode) {
     File file(path != nullptr ? open(path, mode) : nullptr);

@@ -21,6 +21,11 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 // can arrange that. The path is UTF-8 on Windows. Returns an empty File on failure, a null path included.
 File openUnbuffered(const char* path, const char* mode);
 
+#ifdef _WIN32
+// The same for reading at any position by several threads. Returns a HANDLE, INVALID_HANDLE_VALUE on failure.
+void* openHandle(const char* path);
+#endif
+
 // Closes a file that was written. Returns false if the system could not store all of it.
 bool closeWritten(File& file);
 

@@ -18,6 +18,7 @@ class ZeroedBuffer {
     explicit operator bool() const { return bytes_ != nullptr; }
 
     unsigned char* data() { return bytes_.get(); }
+    const unsigned char* data() const { return bytes_.get(); }
     std::size_t size() const { return size_; }
     std::span<unsigned char> bytes() { return {bytes_.get(), size_}; }
     char* text() { return reinterpret_cast<char*>(bytes_.get()); }
