@@ -157,7 +157,14 @@ enum {
 TVMETA_API int64_t tvmeta_read_text(const tvmeta_Source* source, const tvmeta_Photo* photo, int32_t text, int32_t index,
                                     char* buffer, int64_t capacity) TVMETA_NOEXCEPT;
 
-enum { TVMETA_IMAGE, TVMETA_THUMBNAIL_IMAGE, TVMETA_EXIF_DIRECTORY, TVMETA_GPS_DIRECTORY, TVMETA_INTEROPERABILITY };
+enum {
+    TVMETA_IMAGE,
+    TVMETA_THUMBNAIL_IMAGE,
+    TVMETA_EXIF_DIRECTORY,
+    TVMETA_GPS_DIRECTORY,
+    TVMETA_INTEROPERABILITY,
+    TVMETA_SUB_IMAGE
+};
 
 typedef struct tvmeta_Tag { /* 32 bytes */
     int32_t directory;
@@ -165,7 +172,7 @@ typedef struct tvmeta_Tag { /* 32 bytes */
     uint64_t count;
     int64_t position; /* of the value, in the source */
     int32_t isBigEndian;
-    int32_t reserved;
+    int32_t directoryNumber; /* of the directory in the photograph, from 0 */
 } tvmeta_Tag;
 
 /* All entries. Returns their number, also if there is room for fewer. */

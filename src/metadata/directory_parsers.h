@@ -6,6 +6,7 @@
 #include "tvmeta.h"
 
 #include <cstdint>
+#include <string_view>
 
 namespace tvmeta {
 
@@ -21,5 +22,8 @@ void readGpsDirectory(const TiffReader& tiff, WorkBudget& budget, ExifInfo& info
 // payload beyond the budget is skipped.
 std::int32_t readImageDescription(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info);
 std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info);
+
+// Exposure and colour values of a description, which a zero byte ends. Returns the last colour value.
+std::int32_t parseDescription(std::string_view text, ExifInfo& info);
 
 } // namespace tvmeta

@@ -166,9 +166,12 @@ std::int32_t readImageDescription(StreamReader& reader, std::int32_t size, WorkB
     if (!buffer || reader.read(buffer.bytes()) < buffer.size()) {
         return PARSE_DESCRIPTION_UNREADABLE;
     }
-    // The count of a TIFF text includes its terminator, which must not count as a digit.
-    const std::string_view bytes(buffer.text(), buffer.size());
-    const Description description = parseFields(bytes.substr(0, bytes.find('\0')));
+    return parseDescription({buffer.text(), buffer.size()}, info);
+}
+
+// The count of a TIFF text includes its terminator, which must not count as a digit.
+std::int32_t parseDescription(std::string_view text, ExifInfo& info) {
+    const Description description = parseFields(text.substr(0, text.find('\0')));
     copyValues(description, info);
     return description.lastColor;
 }

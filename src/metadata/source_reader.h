@@ -34,6 +34,9 @@ class SourceReader {
     // Whether the source has reported an error.
     bool failed() const { return failed_; }
 
+    // The size of the windows from now on.
+    void setWindowSize(std::size_t size) { windowSize_ = size < MaxWindowSize ? size : MaxWindowSize; }
+
     // Moves to a position. Returns false if it is before the start.
     bool seek(std::int64_t position);
     bool skip(std::int64_t count) { return seek(position_ + count); }

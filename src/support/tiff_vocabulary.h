@@ -1,6 +1,6 @@
 // Support: the names of the tags and field types that readers and writers share.
 //
-// Standards: TIFF 6.0 (section 2, appendix A), EXIF 2.3 (sections 4.6.2 to 4.6.6), XMP storage in files, ICC.1
+// Standards: TIFF 6.0 (section 2, appendix A), EXIF 2.32 (sections 4.6.2 to 4.6.6), XMP storage in files, ICC.1
 // annex B.4.
 #pragma once
 
@@ -28,6 +28,7 @@ inline constexpr std::uint16_t Undefined = 7;
 } // namespace tiff_type
 
 namespace tiff_tag {
+inline constexpr std::uint16_t NewSubfileType = 254;
 inline constexpr std::uint16_t ImageWidth = 256;
 inline constexpr std::uint16_t ImageLength = 257;
 inline constexpr std::uint16_t BitsPerSample = 258;
@@ -46,30 +47,68 @@ inline constexpr std::uint16_t YResolution = 283;
 inline constexpr std::uint16_t PlanarConfiguration = 284;
 inline constexpr std::uint16_t ResolutionUnit = 296;
 inline constexpr std::uint16_t Software = 305;
+inline constexpr std::uint16_t Artist = 315;
+inline constexpr std::uint16_t SubIfds = 330;
 inline constexpr std::uint16_t SampleFormat = 339;
 inline constexpr std::uint16_t JpegInterchangeFormat = 513;
 inline constexpr std::uint16_t JpegInterchangeFormatLength = 514;
 inline constexpr std::uint16_t Xmp = 700;
+inline constexpr std::uint16_t Rating = 18246;
+inline constexpr std::uint16_t Copyright = 33432;
 inline constexpr std::uint16_t Iptc = 33723;
 inline constexpr std::uint16_t Photoshop = 34377;
 inline constexpr std::uint16_t ExifIfd = 34665;
 inline constexpr std::uint16_t IccProfile = 34675;
 inline constexpr std::uint16_t GpsIfd = 34853;
+inline constexpr std::uint16_t XpTitle = 40091;
+inline constexpr std::uint16_t XpAuthor = 40093;
+inline constexpr std::uint16_t XpKeywords = 40094;
+inline constexpr std::uint16_t CameraSerialNumber = 50735; // DNG
 } // namespace tiff_tag
+
+// In the first directory of RW2 files.
+namespace rw2_tag {
+inline constexpr std::uint16_t TopBorder = 4;
+inline constexpr std::uint16_t LeftBorder = 5;
+inline constexpr std::uint16_t BottomBorder = 6;
+inline constexpr std::uint16_t RightBorder = 7;
+inline constexpr std::uint16_t IsoSpeed = 23;
+inline constexpr std::uint16_t Jpeg = 46;
+} // namespace rw2_tag
 
 namespace exif_tag {
 inline constexpr std::uint16_t ExposureTime = 33434;
 inline constexpr std::uint16_t FNumber = 33437;
+inline constexpr std::uint16_t ExposureProgram = 34850;
 inline constexpr std::uint16_t IsoSpeedRatings = 34855;
+inline constexpr std::uint16_t SensitivityType = 34864;
+inline constexpr std::uint16_t StandardOutputSensitivity = 34865;
+inline constexpr std::uint16_t RecommendedExposureIndex = 34866;
+inline constexpr std::uint16_t IsoSpeed = 34867;
 inline constexpr std::uint16_t DateTimeOriginal = 36867;
+inline constexpr std::uint16_t DateTimeDigitized = 36868;
+inline constexpr std::uint16_t OffsetTimeOriginal = 36881;
+inline constexpr std::uint16_t OffsetTimeDigitized = 36882;
 inline constexpr std::uint16_t ShutterSpeedValue = 37377;
 inline constexpr std::uint16_t ApertureValue = 37378;
+inline constexpr std::uint16_t ExposureBiasValue = 37380;
 inline constexpr std::uint16_t MaxApertureValue = 37381;
+inline constexpr std::uint16_t MeteringMode = 37383;
+inline constexpr std::uint16_t Flash = 37385;
 inline constexpr std::uint16_t FocalLength = 37386;
+inline constexpr std::uint16_t SubSecTimeOriginal = 37521;
+inline constexpr std::uint16_t SubSecTimeDigitized = 37522;
+inline constexpr std::uint16_t PixelXDimension = 40962;
+inline constexpr std::uint16_t PixelYDimension = 40963;
+inline constexpr std::uint16_t InteroperabilityIfd = 40965;
 inline constexpr std::uint16_t FocalPlaneXResolution = 41486;
 inline constexpr std::uint16_t FocalPlaneResolutionUnit = 41488;
 inline constexpr std::uint16_t ExposureIndex = 41493;
+inline constexpr std::uint16_t ExposureMode = 41986;
+inline constexpr std::uint16_t WhiteBalance = 41987;
 inline constexpr std::uint16_t FocalLengthIn35mmFilm = 41989;
+inline constexpr std::uint16_t BodySerialNumber = 42033;
+inline constexpr std::uint16_t LensModel = 42036;
 } // namespace exif_tag
 
 namespace gps_tag {

@@ -1,0 +1,58 @@
+#include "containers/boxes.h"
+
+#include "metadata/byte_cursor.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace tvmeta {
+
+bool BoxWalker::next(Box& box) {
+    constexpr std::uint32_t SizeFollows = 1;
+    constexpr std::uint32_t ToTheEnd = 0;
+    std::array<unsigned char, 16> header{};
+    const std::int64_t left = end_ - position_;
+    if (left < 8 || boxesLeft_-- == 0) {
+        return false;
+    }
+    ByteCursor cursor(readStart(reader_, {position_, left}, header));
+    std::uint64_t size = cursor.get32();
+    box.type = cursor.get32();
+    if (size == SizeFollows) {
+        size = cursor.get64();
+    } else if (size == ToTheEnd) {
+        size = static_cast<std::uint64_t>(left);
+    }
+    if (!cursor || size < cursor.position()) {
+        layout_.markBroken(position_);
+        return false;
+    }
+    box.isCut = size > static_cast<std::uint64_t>(left);
+    const std::int64_t present = box.isCut ? left : static_cast<std::int64_t>(size);
+    const auto headerSize = static_cast<std::int64_t>(cursor.position());
+    box.content = {position_ + headerSize, std::max<std::int64_t>(present - headerSize, 0)};
+    position_ += present;
+    return true;
+}
+
+Region findBox(SourceReader& reader, const Region& region, std::uint32_t type, Layout& layout) {
+    BoxWalker boxes(reader, region, layout);
+    for (Box box; boxes.next(box);) {
+        if (box.type == type) {
+            return box.content;
+        }
+    }
+    return {};
+}
+
+Region findJpegIn(SourceReader& reader, const Region& region) {
+    std::array<unsigned char, 34> start{};
+    const std::span<const unsigned char> bytes = readStart(reader, region, start);
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const std::size_t offset = text.find("\xFF\xD8\xFF");
+    const auto skipped = static_cast<std::int64_t>(offset);
+    return offset == std::string_view::npos ? Region() : Region{region.position + skipped, region.size - skipped};
+}
+
+} // namespace tvmeta

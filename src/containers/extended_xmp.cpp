@@ -1,0 +1,98 @@
+#include "containers/extended_xmp.h"
+
+#include "containers/joined_regions.h"
+#include "support/zeroed_buffer.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
+namespace tvmeta {
+
+namespace {
+
+constexpr std::string_view RdfStart = "<rdf:RDF";
+constexpr std::string_view RdfEnd = "</rdf:RDF>";
+constexpr std::size_t NotFound = std::string_view::npos;
+
+struct Span {
+    std::int64_t begin;
+    std::int64_t end;
+};
+
+// The attribute that names the extended packet, which a joined packet does not have; an empty span if there is none.
+Span referenceIn(std::string_view packet) {
+    constexpr std::string_view Reference = "xmpNote:HasExtendedXMP=";
+    constexpr std::size_t ValueSize = 34; // 32 digits in quotes
+    const std::size_t begin = packet.find(Reference);
+    const std::size_t size = Reference.size() + ValueSize;
+    return begin == NotFound || packet.size() - begin < size
+               ? Span{0, 0}
+               : Span{static_cast<std::int64_t>(begin), static_cast<std::int64_t>(begin + size)};
+}
+
+// The bytes between the tags of the RDF element. Empty if its opening declares names that the joined packet would lack.
+std::optional<Span> descriptionsIn(SourceReader& reader, const JoinedRegions& packet) {
+    std::array<unsigned char, 2048> block{};
+    const std::int64_t size = std::min(packet.size(), static_cast<std::int64_t>(block.size()));
+    const auto bytes = std::span(block).first(static_cast<std::size_t>(size));
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    if (!packet.read(reader, 0, bytes)) {
+        return std::nullopt;
+    }
+    const std::size_t start = text.find(RdfStart);
+    const std::size_t end = start == NotFound ? NotFound : text.find('>', start);
+    if (end == NotFound) {
+        return std::nullopt;
+    }
+    const std::string_view opening(text.data() + start, end - start);
+    const std::size_t names = opening.find("xmlns:");
+    if (names != NotFound &&
+        (!opening.substr(names).starts_with("xmlns:rdf=") || opening.find("xmlns:", names + 1) != NotFound)) {
+        return std::nullopt;
+    }
+    const auto begin = static_cast<std::int64_t>(end) + 1;
+    const std::int64_t tail = packet.size() - size;
+    if (!packet.read(reader, tail, bytes)) {
+        return std::nullopt;
+    }
+    const std::size_t close = text.rfind(RdfEnd);
+    const std::int64_t last = tail + static_cast<std::int64_t>(close);
+    return close == NotFound || last < begin ? std::nullopt : std::optional(Span{begin, last});
+}
+
+} // namespace
+
+void joinExtendedXmp(SourceReader& reader, Layout& layout) {
+    std::array<Region, Layout::MaxPieces> chunks;
+    const std::size_t count = layout.regionsOf(ExtendedXmp, chunks);
+    layout.removePieces(ExtendedXmp);
+    Region standard;
+    if (count == 0 || layout.regionsOf(TVMETA_XMP, std::span(&standard, 1)) == 0) {
+        return;
+    }
+    const JoinedRegions extended{std::span<const Region>(chunks).first(count)};
+    const auto add = [&](const Region& region) { layout.addPiece(TVMETA_XMP, region); };
+    ZeroedBuffer packet(static_cast<std::size_t>(standard.size)); // one segment
+    if (!packet || !readAt(reader, standard.position, packet.bytes())) {
+        return;
+    }
+    const std::string_view text(packet.text(), packet.size());
+    const std::size_t close = text.rfind(RdfEnd);
+    const std::optional<Span> descriptions = descriptionsIn(reader, extended);
+    if (!descriptions || close == NotFound) {
+        return extended.slice(0, extended.size(), add);
+    }
+    const Span reference = referenceIn(text);
+    const auto split = static_cast<std::int64_t>(close);
+    const JoinedRegions whole(std::span<const Region>(&standard, 1));
+    layout.removePieces(TVMETA_XMP);
+    whole.slice(0, reference.begin, add);
+    whole.slice(reference.end, split - reference.end, add);
+    extended.slice(descriptions->begin, descriptions->end - descriptions->begin, add);
+    whole.slice(split, standard.size - split, add);
+}
+
+} // namespace tvmeta

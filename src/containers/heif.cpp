@@ -1,0 +1,295 @@
+// HEIF and AVIF: the items of the 'meta' box. The first image is the primary item; EXIF and XMP are items of their own.
+#include "containers/boxes.h"
+#include "metadata/byte_cursor.h"
+#include "support/zeroed_buffer.h"
+
+#include <array>
+#include <string_view>
+
+namespace tvmeta {
+
+namespace {
+
+// The boxes in 'meta', of size 0 if they are missing.
+struct Meta {
+    Region primary;
+    Region itemInfo;
+    Region locations;
+    Region properties;
+    Region data;
+};
+
+Meta readMeta(SourceReader& reader, const Region& content, Layout& layout) {
+    Meta meta;
+    BoxWalker boxes(reader, content, layout);
+    for (Box box; boxes.next(box);) {
+        switch (box.type) {
+        case boxType("pitm"):
+            meta.primary = box.content;
+            break;
+        case boxType("iinf"):
+            meta.itemInfo = box.content;
+            break;
+        case boxType("iloc"):
+            meta.locations = box.content;
+            break;
+        case boxType("iprp"):
+            meta.properties = box.content;
+            break;
+        case boxType("idat"):
+            meta.data = box.content;
+            break;
+        default:
+            break;
+        }
+    }
+    return meta;
+}
+
+// The content of a box in memory. Tables of a photograph have some kilobytes.
+class BoxBytes {
+  public:
+    BoxBytes(SourceReader& reader, const Region& region)
+        : buffer_(region.size <= MaxSize ? static_cast<std::size_t>(region.size) : 0) {
+        if (!buffer_ || !readAt(reader, region.position, buffer_.bytes())) {
+            isRead_ = false;
+        }
+    }
+
+    ByteCursor cursor() { return ByteCursor(isRead_ ? buffer_.bytes() : std::span<unsigned char>()); }
+
+  private:
+    static constexpr std::int64_t MaxSize = 1 << 20;
+
+    ZeroedBuffer buffer_;
+    bool isRead_ = true;
+};
+
+struct Version {
+    std::uint8_t number;
+    std::uint32_t flags;
+};
+
+Version getVersion(ByteCursor& cursor) {
+    const std::uint8_t number = cursor.get8();
+    return {number, static_cast<std::uint32_t>(cursor.number(3))};
+}
+
+std::uint32_t primaryItem(SourceReader& reader, const Region& region) {
+    BoxBytes bytes(reader, region);
+    ByteCursor cursor = bytes.cursor();
+    return getVersion(cursor).number == 0 ? cursor.get16() : cursor.get32();
+}
+
+// A text with a terminator.
+std::string_view getText(ByteCursor& cursor) {
+    ByteCursor ahead = cursor;
+    std::size_t size = 0;
+    while (ahead && ahead.get8() != 0) {
+        ++size;
+    }
+    const std::span<const unsigned char> bytes = cursor.take(size);
+    cursor.skip(1);
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+struct Items {
+    std::uint32_t exif = 0; // identifiers; 0 if there is none
+    std::uint32_t xmp = 0;
+};
+
+void readItemInfo(ByteCursor cursor, Items& items) {
+    const std::uint8_t version = getVersion(cursor).number;
+    if (version < 2) {
+        return;
+    }
+    const std::uint32_t id = version == 2 ? cursor.get16() : cursor.get32();
+    cursor.skip(2); // protection
+    const std::uint32_t type = cursor.get32();
+    if (type == boxType("Exif") && items.exif == 0) {
+        items.exif = id;
+    } else if (type == boxType("mime") && items.xmp == 0) {
+        getText(cursor); // name
+        if (getText(cursor) == "application/rdf+xml") {
+            items.xmp = id;
+        }
+    }
+}
+
+Items findItems(SourceReader& reader, const Region& itemInfo, Layout& layout) {
+    std::array<unsigned char, 1> version{};
+    Items items;
+    if (itemInfo.size == 0 || !readAt(reader, itemInfo.position, version)) {
+        return items;
+    }
+    const std::int64_t header = 4 + (version[0] == 0 ? 2 : 4); // version, flags and number of items
+    BoxWalker boxes(reader, {itemInfo.position + header, itemInfo.size - header}, layout);
+    for (Box box; boxes.next(box);) {
+        if (box.type == boxType("infe")) {
+            BoxBytes bytes(reader, box.content);
+            readItemInfo(bytes.cursor(), items);
+        }
+    }
+    return items;
+}
+
+// The sizes of the numbers in the table of locations.
+struct LocationSizes {
+    std::size_t offset;
+    std::size_t length;
+    std::size_t base;
+    std::size_t index;
+};
+
+LocationSizes getLocationSizes(ByteCursor& cursor, std::uint8_t version) {
+    const std::uint8_t first = cursor.get8();
+    const std::uint8_t second = cursor.get8();
+    const auto size = [](int nibble) { return static_cast<std::size_t>(nibble > 8 ? 8 : nibble); };
+    return {size(first >> 4), size(first & 15), size(second >> 4), version > 0 ? size(second & 15) : 0};
+}
+
+// Calls `take` with the item and the region of each extent that is inside of the file.
+template <typename Take>
+void forEachExtent(ByteCursor cursor, const Region& file, const Region& data, Take take) {
+    const std::uint8_t version = getVersion(cursor).number;
+    const LocationSizes sizes = getLocationSizes(cursor, version);
+    const std::uint32_t count = version < 2 ? cursor.get16() : cursor.get32();
+    for (std::uint32_t i = 0; i < count && cursor; ++i) {
+        const std::uint32_t id = version < 2 ? cursor.get16() : cursor.get32();
+        const int method = version > 0 ? cursor.get16() & 15 : 0; // 0: in the file, 1: in 'idat', 2: in another item
+        cursor.skip(2);                                           // data reference
+        const std::uint64_t base = cursor.number(sizes.base);
+        const Region& space = method == 1 ? data : file;
+        const auto spaceSize = static_cast<std::uint64_t>(space.size);
+        const std::uint32_t extents = cursor.get16();
+        for (std::uint32_t extent = 0; extent < extents && cursor; ++extent) {
+            cursor.skip(sizes.index);
+            const std::uint64_t offset = cursor.number(sizes.offset);
+            const std::uint64_t length = cursor.number(sizes.length);
+            const bool isInside =
+                base <= spaceSize && offset <= spaceSize - base && length <= spaceSize - base - offset;
+            if (cursor && method <= 1 && isInside) {
+                const std::uint64_t size = length > 0 ? length : spaceSize - base - offset; // 0: all of it
+                take(id, Region{space.position + static_cast<std::int64_t>(base + offset),
+                                static_cast<std::int64_t>(size)});
+            }
+        }
+    }
+}
+
+// The item starts with the offset of the TIFF header after this number.
+void addExif(SourceReader& reader, const Region& item, Layout& layout) {
+    std::array<unsigned char, 4> bytes{};
+    const std::int64_t skipped =
+        4 + (readAt(reader, item.position, bytes) ? std::int64_t{ByteCursor(bytes).get32()} : 0);
+    if (skipped < item.size) {
+        layout.addStructure({item.position + skipped, item.size - skipped});
+    } else {
+        layout.markBroken(item.position);
+    }
+}
+
+void addItems(SourceReader& reader, const Meta& meta, const Items& items, const Region& file, Layout& layout) {
+    BoxBytes table(reader, meta.locations);
+    forEachExtent(table.cursor(), file, meta.data, [&](std::uint32_t id, const Region& extent) {
+        if (id == items.exif && id != 0 && layout.structures().empty()) {
+            addExif(reader, extent, layout);
+        } else if (id == items.xmp && id != 0) {
+            layout.addPiece(TVMETA_XMP, extent);
+        }
+    });
+    if (items.exif != 0 && layout.structures().empty()) {
+        layout.markBroken(meta.locations.position);
+    }
+}
+
+// How the primary image is turned: a rotation by quarters counter-clockwise, and a mirror after it.
+struct Transform {
+    enum Mirror { None, TopBottom, LeftRight };
+
+    unsigned quarters = 0;
+    Mirror mirror = None;
+
+    std::int32_t orientation() const {
+        static constexpr std::int32_t Orientations[3][4] = {{1, 8, 3, 6}, {4, 5, 2, 7}, {2, 7, 4, 5}};
+        return Orientations[mirror][quarters];
+    }
+};
+
+void readProperty(SourceReader& reader, const Box& property, Transform& transform, Layout& layout) {
+    std::array<unsigned char, 12> bytes{};
+    ByteCursor cursor(readStart(reader, property.content, bytes));
+    switch (property.type) {
+    case boxType("ispe"):
+        cursor.skip(4); // version and flags
+        layout.width = static_cast<std::int32_t>(cursor.get32() & INT32_MAX);
+        layout.height = static_cast<std::int32_t>(cursor.get32() & INT32_MAX);
+        break;
+    case boxType("irot"):
+        transform.quarters = (transform.quarters + cursor.get8()) & 3;
+        break;
+    case boxType("imir"):
+        transform.mirror = (cursor.get8() & 1) != 0 ? Transform::LeftRight : Transform::TopBottom;
+        break;
+    case boxType("colr"):
+        if (const std::uint32_t kind = cursor.get32(); kind == boxType("prof") || kind == boxType("rICC")) {
+            layout.addPiece(TVMETA_ICC, {property.content.position + 4, property.content.size - 4});
+        }
+        break;
+    default:
+        break;
+    }
+}
+
+// The property at an index from 1 on.
+bool findProperty(SourceReader& reader, const Region& container, unsigned index, Box& property, Layout& layout) {
+    BoxWalker boxes(reader, container, layout);
+    for (unsigned i = 1; boxes.next(property); ++i) {
+        if (i == index) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void readPrimaryImage(SourceReader& reader, const Meta& meta, Layout& layout) {
+    const std::uint32_t primary = primaryItem(reader, meta.primary);
+    const Region container = findBox(reader, meta.properties, boxType("ipco"), layout);
+    BoxBytes table(reader, findBox(reader, meta.properties, boxType("ipma"), layout));
+    ByteCursor cursor = table.cursor();
+    const Version version = getVersion(cursor);
+    const bool isWide = (version.flags & 1) != 0;
+    Transform transform;
+    bool isTransformed = false;
+    for (std::uint32_t items = cursor.get32(); items > 0 && cursor; --items) {
+        const std::uint32_t id = version.number == 0 ? cursor.get16() : cursor.get32();
+        for (unsigned left = cursor.get8(); left > 0 && cursor; --left) {
+            const unsigned index = isWide ? cursor.get16() & 0x7FFFU : cursor.get8() & 0x7FU;
+            Box property;
+            if (id == primary && findProperty(reader, container, index, property, layout)) {
+                isTransformed |= property.type == boxType("irot") || property.type == boxType("imir");
+                readProperty(reader, property, transform, layout);
+            }
+        }
+    }
+    // Readers of HEIF turn the picture by these properties alone. Files without any may still say it in EXIF.
+    if (isTransformed) {
+        layout.orientation = transform.orientation();
+    }
+}
+
+} // namespace
+
+void findInHeif(SourceReader& reader, const Region& file, Layout& layout) {
+    constexpr std::int64_t VersionAndFlags = 4;
+    const Region content = findBox(reader, file, boxType("meta"), layout);
+    if (content.size <= VersionAndFlags) {
+        layout.markBroken(file.position);
+        return;
+    }
+    const Meta meta = readMeta(reader, {content.position + VersionAndFlags, content.size - VersionAndFlags}, layout);
+    addItems(reader, meta, findItems(reader, meta.itemInfo, layout), file, layout);
+    readPrimaryImage(reader, meta, layout);
+}
+
+} // namespace tvmeta

@@ -1,0 +1,77 @@
+#include "containers/layout.h"
+
+#include <algorithm>
+
+namespace tvmeta {
+
+void Layout::addStructure(Region region, Content content) {
+    if (structureCount_ < structures_.size() && region.size > 0) {
+        structures_[structureCount_++] = {region, content};
+    }
+}
+
+void Layout::addPiece(std::int32_t block, Region region, std::uint32_t order) {
+    if (region.size <= 0) {
+        return;
+    }
+    if (pieceCount_ == pieces_.size()) {
+        markBroken(region.position);
+        return;
+    }
+    pieces_[pieceCount_++] = {block, order, region};
+}
+
+void Layout::addCompressed(std::int32_t block, Region region) {
+    if (!has(block)) {
+        addPiece(block, region);
+        compressed_ |= 1U << block;
+    }
+}
+
+void Layout::offerLarger(std::int32_t block, Region region) {
+    const auto present = std::ranges::find(pieces(), block, &Piece::block);
+    if (present == pieces().end()) {
+        addPiece(block, region);
+    } else if (present->region.size < region.size) {
+        present->region = region;
+    }
+}
+
+void Layout::removePieces(std::int32_t block) {
+    pieceCount_ -= std::ranges::remove(pieces(), block, &Piece::block).size();
+}
+
+std::size_t Layout::regionsOf(std::int32_t block, std::span<Region> regions) const {
+    std::size_t count = 0;
+    for (const Piece& piece : pieces()) {
+        if (piece.block == block && count < regions.size()) {
+            regions[count++] = piece.region;
+        }
+    }
+    return count;
+}
+
+// By insertion, which needs no memory, and one pass for pieces in order.
+void Layout::sortPieces() {
+    for (auto piece = pieces().begin(); piece != pieces().end(); ++piece) {
+        const auto place = std::upper_bound(pieces().begin(), piece, *piece,
+                                            [](const Piece& a, const Piece& b) { return a.order < b.order; });
+        std::rotate(place, piece, piece + 1);
+    }
+}
+
+bool Layout::has(std::int32_t block) const {
+    return std::ranges::find(pieces(), block, &Piece::block) != pieces().end();
+}
+
+bool readAt(SourceReader& reader, std::int64_t position, std::span<unsigned char> block) {
+    return reader.seek(position) && reader.read(block) == block.size();
+}
+
+std::span<const unsigned char> readStart(SourceReader& reader, const Region& region, std::span<unsigned char> block) {
+    const auto wanted = static_cast<std::uint64_t>(std::max<std::int64_t>(region.size, 0));
+    block = block.first(static_cast<std::size_t>(std::min<std::uint64_t>(wanted, block.size())));
+    return reader.seek(region.position) ? block.first(reader.read(block)) : std::span<unsigned char>();
+}
+
+} // namespace tvmeta

@@ -1,0 +1,100 @@
+#include "photo/read_block.h"
+
+#include "containers/joined_regions.h"
+
+#include <array>
+#include <cstddef>
+#include <utility>
+
+namespace tvmeta {
+
+std::int64_t blockSize(const Layout& layout, std::int32_t block) {
+    std::int64_t size = 0;
+    for (const Piece& piece : layout.pieces()) {
+        size += piece.block == block ? piece.region.size : 0;
+    }
+    return size;
+}
+
+bool copyBlock(OpenPhoto& photo, std::int32_t block, std::span<unsigned char> bytes) {
+    std::array<Region, Layout::MaxPieces> regions;
+    const std::size_t count = photo.layout.regionsOf(block, regions);
+    return JoinedRegions{std::span<const Region>(regions).first(count)}.read(photo.reader, 0, bytes);
+}
+
+// The pieces are inside of the source, so no more is allocated than the source has.
+ZeroedBuffer loadBlock(OpenPhoto& photo, std::int32_t block) {
+    constexpr std::int64_t MaxSize = 64 << 20;
+    const std::int64_t size = photo.layout.isCompressed(block) ? 0 : blockSize(photo.layout, block);
+    ZeroedBuffer buffer(static_cast<std::size_t>(size <= MaxSize ? size : 0));
+    return buffer && copyBlock(photo, block, buffer.bytes()) ? std::move(buffer) : ZeroedBuffer(0);
+}
+
+namespace {
+
+// The EXIF block is the structure that the record names.
+void addExifPiece(Layout& layout) {
+    const auto structures = layout.structures();
+    if (structures.size() == 1 && structures[0].region.position > 0 && !layout.has(TVMETA_EXIF)) {
+        layout.addPiece(TVMETA_EXIF, structures[0].region);
+    }
+}
+
+// The place that the caller's record has, if that suffices: a block in one piece.
+bool isRecorded(const tvmeta_Photo* photo, std::int32_t block) {
+    constexpr std::size_t End = offsetof(tvmeta_Photo, blocks) + sizeof(tvmeta_Photo::blocks);
+    return photo != nullptr && photo->recordSize >= End && photo->blocks[block].size > 0 &&
+           photo->blocks[block].position >= 0;
+}
+
+std::int64_t readRecorded(const tvmeta_Source& source, const tvmeta_Block& block, void* buffer, std::int64_t capacity) {
+    if (buffer == nullptr) {
+        return block.size;
+    }
+    if (capacity < block.size) {
+        return TVMETA_TOO_SMALL;
+    }
+    const Source bytes = sourceOf(source);
+    const std::int64_t read = bytes.read(bytes.context, block.position, buffer, block.size);
+    if (read < 0) {
+        return TVMETA_READ_FAILED;
+    }
+    return read == block.size ? read : std::int64_t{TVMETA_BROKEN};
+}
+
+std::int64_t readBlock(const tvmeta_Source& source, std::int32_t block, void* buffer, std::int64_t capacity) {
+    OpenPhoto photo(source);
+    photo.walkToEnd();
+    addExifPiece(photo.layout);
+    if (photo.reader.failed() || photo.status != TVMETA_OK) {
+        return photo.result();
+    }
+    if (photo.layout.isCompressed(block)) {
+        return TVMETA_REFUSED_KIND;
+    }
+    const std::int64_t size = blockSize(photo.layout, block);
+    if (buffer == nullptr) {
+        return size;
+    }
+    if (capacity < size) {
+        return TVMETA_TOO_SMALL;
+    }
+    const std::span bytes(static_cast<unsigned char*>(buffer), static_cast<std::size_t>(size));
+    if (copyBlock(photo, block, bytes)) {
+        return size;
+    }
+    return photo.reader.failed() ? TVMETA_READ_FAILED : TVMETA_BROKEN;
+}
+
+} // namespace
+
+} // namespace tvmeta
+
+std::int64_t tvmeta_read_block(const tvmeta_Source* source, const tvmeta_Photo* photo, std::int32_t block, void* buffer,
+                               std::int64_t capacity) noexcept {
+    if (!tvmeta::isUsable(source) || block < 0 || block >= TVMETA_BLOCKS || capacity < 0) {
+        return TVMETA_BAD_ARGUMENT;
+    }
+    return tvmeta::isRecorded(photo, block) ? tvmeta::readRecorded(*source, photo->blocks[block], buffer, capacity)
+                                            : tvmeta::readBlock(*source, block, buffer, capacity);
+}

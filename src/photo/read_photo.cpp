@@ -1,0 +1,107 @@
+// Reads any photograph into the record.
+#include "photo/open_photo.h"
+#include "photo/photo_fields.h"
+#include "photo/xmp_text.h"
+#include "support/zeroed_buffer.h"
+
+#include <algorithm>
+#include <cstring>
+
+using namespace tvmeta;
+
+namespace {
+
+// What every caller's record has, and a size that none has: a record that was not initialised.
+constexpr std::uint32_t MinRecordSize = 48;
+constexpr std::uint32_t MaxRecordSize = 1 << 16;
+
+void fillBlocks(const Layout& layout, tvmeta_Photo& photo) {
+    for (std::int32_t i = 0; i < TVMETA_BLOCKS; ++i) {
+        tvmeta_Block& block = photo.blocks[i];
+        for (const Piece& piece : layout.pieces()) {
+            if (piece.block == i) {
+                block.position = block.pieces++ == 0 ? piece.region.position : -1;
+                block.size += piece.region.size;
+            }
+        }
+        if (layout.isCompressed(i)) {
+            block.position = -1;
+            block.isCompressed = 1;
+        }
+    }
+    // A file that is a TIFF structure itself has no block of it.
+    const auto structures = layout.structures();
+    if (structures.size() == 1 && structures[0].region.position > 0) {
+        photo.blocks[TVMETA_EXIF] = {structures[0].region.position, structures[0].region.size, 1, 0};
+    }
+}
+
+// Containers know these better than the directories of the EXIF data, which programs forget to change.
+void fillImage(const Layout& layout, const PhotoFields& fields) {
+    tvmeta_Photo& photo = fields.photo;
+    if (layout.width > 0 && layout.height > 0) {
+        photo.width = layout.width;
+        photo.height = layout.height;
+        fields.set(TVMETA_SIZE);
+    }
+    if (layout.orientation > 0) {
+        photo.orientation = layout.orientation;
+        fields.set(TVMETA_ORIENTATION);
+    }
+}
+
+// The lens of older photographs is in XMP only. A larger packet than any segment has is not searched.
+void findLens(const OpenPhoto& open, SourceReader& reader, const PhotoFields& fields) {
+    constexpr std::int64_t MaxPacket = 1 << 16;
+    Region packet;
+    if (fields.has(TVMETA_LENS) || open.layout.isCompressed(TVMETA_XMP) ||
+        open.layout.regionsOf(TVMETA_XMP, std::span(&packet, 1)) == 0) {
+        return;
+    }
+    ZeroedBuffer buffer(static_cast<std::size_t>(std::min(packet.size, MaxPacket)));
+    if (!buffer || !readAt(reader, packet.position, buffer.bytes())) {
+        return;
+    }
+    const std::string_view text(buffer.text(), buffer.size());
+    for (const std::string_view property : {"aux:Lens", "exifEX:LensModel"}) {
+        char lens[sizeof fields.photo.lens];
+        TextWriter writer(lens);
+        if (findProperty(text, property, writer) && writer.size() > 0) {
+            return setText(fields, TVMETA_LENS, fields.photo.lens, {lens, writer.written()});
+        }
+    }
+}
+
+std::int32_t readPhoto(const tvmeta_Source& source, tvmeta_Photo& photo) {
+    OpenPhoto open(source);
+    TagSet tags;
+    for (tvmeta_Tag tag; open.tags.next(tag);) {
+        tags.offer(tag);
+    }
+    photo.format = open.layout.format;
+    const PhotoFields fields{open.reader, tags, photo};
+    fillImage(open.layout, fields);
+    fields.fill();
+    findLens(open, open.reader, fields);
+    fillBlocks(open.layout, photo);
+    photo.brokenAt = open.layout.brokenAt;
+    return open.result();
+}
+
+} // namespace
+
+std::int32_t tvmeta_read_photo(const tvmeta_Source* source, tvmeta_Photo* photo) noexcept {
+    if (photo == nullptr || photo->recordSize < MinRecordSize || photo->recordSize > MaxRecordSize) {
+        return TVMETA_BAD_ARGUMENT;
+    }
+    const std::uint32_t recordSize = photo->recordSize;
+    tvmeta_Photo record{};
+    record.recordSize = recordSize;
+    record.brokenAt = -1;
+    const std::int32_t status =
+        isUsable(source) ? readPhoto(*source, record) : static_cast<std::int32_t>(TVMETA_BAD_ARGUMENT);
+    // A caller that was compiled with another version has a shorter or a longer record.
+    std::memset(photo, 0, recordSize);
+    std::memcpy(photo, &record, std::min<std::size_t>(recordSize, sizeof record));
+    return status;
+}

@@ -1,0 +1,97 @@
+#include "photo/utf8.h"
+
+#include "support/bytes.h"
+#include "support/text_search.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace tvmeta {
+
+namespace {
+
+constexpr std::string_view Space = " \t\r\n\v\f";
+
+// The length of the sequence at the start of a text (RFC 3629); 0 if there is none.
+std::size_t sequenceLength(std::string_view text) {
+    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned char first = byte(0);
+    const std::size_t length = first < 0x80   ? 1
+                               : first < 0xC2 ? 0
+                               : first < 0xE0 ? 2
+                               : first < 0xF0 ? 3
+                               : first < 0xF5 ? 4
+                                              : 0;
+    if (length > text.size()) {
+        return 0;
+    }
+    for (std::size_t i = 1; i < length; ++i) {
+        if ((byte(i) & 0xC0) != 0x80) {
+            return 0;
+        }
+    }
+    const bool isOverlong = (first == 0xE0 && byte(1) < 0xA0) || (first == 0xF0 && byte(1) < 0x90);
+    const bool isSurrogate = first == 0xED && byte(1) >= 0xA0;
+    const bool isTooLarge = first == 0xF4 && byte(1) >= 0x90;
+    return isOverlong || isSurrogate || isTooLarge ? 0 : length;
+}
+
+} // namespace
+
+bool isUtf8(std::string_view text) {
+    while (!text.empty()) {
+        const std::size_t length = sequenceLength(text);
+        if (length == 0) {
+            return false;
+        }
+        text.remove_prefix(length);
+    }
+    return true;
+}
+
+void TextWriter::put(std::string_view text) {
+    while (!text.empty()) {
+        const std::size_t length = std::max<std::size_t>(sequenceLength(text), 1);
+        if (written_ == size_ && length <= buffer_.size() - written_) {
+            copyBytes(buffer_.data() + written_, text.data(), length);
+            written_ += length;
+        }
+        size_ += length;
+        text.remove_prefix(length);
+    }
+}
+
+void TextWriter::put(char32_t character) {
+    const auto tail = [character](int shift) { return static_cast<char>(0x80 | (character >> shift & 0x3F)); };
+    if (character < 0x80) {
+        const char byte = static_cast<char>(character);
+        put(std::string_view(&byte, 1));
+    } else if (character < 0x800) {
+        const char bytes[] = {static_cast<char>(0xC0 | character >> 6), tail(0)};
+        put(std::string_view(bytes, sizeof bytes));
+    } else if (character < 0x10000) {
+        const char bytes[] = {static_cast<char>(0xE0 | character >> 12), tail(6), tail(0)};
+        put(std::string_view(bytes, sizeof bytes));
+    } else {
+        const char bytes[] = {static_cast<char>(0xF0 | character >> 18), tail(12), tail(6), tail(0)};
+        put(std::string_view(bytes, sizeof bytes));
+    }
+}
+
+void putText(TextWriter& writer, std::string_view text) {
+    if (isUtf8(text)) {
+        return writer.put(text);
+    }
+    for (const char byte : text) {
+        writer.put(static_cast<char32_t>(static_cast<unsigned char>(byte)));
+    }
+}
+
+std::string_view trimmed(std::string_view text) {
+    text = text.substr(0, text.find('\0'));
+    const std::size_t first = text.find_first_not_of(Space);
+    return first == std::string_view::npos ? std::string_view()
+                                           : textFrom(text, first).substr(0, text.find_last_not_of(Space) - first + 1);
+}
+
+} // namespace tvmeta
