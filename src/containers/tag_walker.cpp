@@ -197,6 +197,9 @@ void TagWalker::follow(const tvmeta_Tag& tag) {
     if (isImage(tag.directory) && imageCount_ > 0) {
         describeImage(tag);
     }
+    if (isImage(tag.directory) && tag.tag == tiff_tag::IccProfile) {
+        addBlock(tag); // raw files have it beside the full picture
+    }
     if (tag.directory == TVMETA_EXIF_DIRECTORY && tag.tag == exif_tag::InteroperabilityIfd) {
         enqueue(valueOf(tag), TVMETA_INTEROPERABILITY);
     }

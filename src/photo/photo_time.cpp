@@ -248,7 +248,8 @@ void PhotoFields::fillGpsTime() const {
     if (!day || !hours || *hours < 0.0 || *hours >= 25.0) {
         return damage(TVMETA_GPS_TIME);
     }
-    photo.gpsTime = *day + std::llround(*hours * 3600.0);
+    constexpr double RoundingError = 1e-4;
+    photo.gpsTime = *day + static_cast<std::int64_t>(std::floor(*hours * 3600.0 + RoundingError));
     set(TVMETA_GPS_TIME);
 }
 

@@ -6,7 +6,6 @@
 #include "output/text.h"
 #include "photographs/iptc_block.h"
 #include "photographs/photo.h"
-#include "photographs/writer_records.h"
 
 #include <functional>
 #include <iomanip>
@@ -22,6 +21,11 @@ namespace {
 struct ExifCounts {
     int32_t exifCount, exifBytes, gpsCount, gpsBytes, modelCount, makeCount, dateCount, gpsDateCount, lensCount;
     char make[64];
+};
+
+struct WriterRecords {
+    MetadataBuf metadata;
+    GpsBuf gps;
 };
 
 ExifCounts countsOf(const WriterRecords& records) {
@@ -52,7 +56,9 @@ int32_t blockSize(const ExifCounts& c) {
 }
 
 Bytes exifBlock(const std::string& path) {
-    const WriterRecords records = writerRecords(readPhoto(path).info);
+    const Photo photo = readPhoto(path);
+    WriterRecords records;
+    tvmeta_writer_records(&photo.record, &records.metadata, &records.gps);
     const ExifCounts c = countsOf(records);
     Bytes block(static_cast<size_t>(blockSize(c)));
     const int32_t result = write_exif_buf(c.exifCount, c.exifBytes, c.gpsCount, c.gpsBytes, c.modelCount, c.makeCount,
@@ -85,6 +91,18 @@ void listDatasets(std::string_view block) {
     }
 }
 
+// The IPTC block of a photograph; empty if there is none.
+Bytes photographBlock(const std::string& path) {
+    constexpr unsigned char DatasetMarker = 0x1C;
+    const OpenPhoto file(path);
+    file.read(); // throws if it is none
+    Bytes block = file.block(TVMETA_IPTC);
+    if (!block.empty() && block.front() != DatasetMarker) {
+        throw Failure(path, "expected a dataset at the start of the IPTC block: " + beginning(block));
+    }
+    return block;
+}
+
 struct IptcOptions {
     std::string photo;
     std::string output;
@@ -92,7 +110,7 @@ struct IptcOptions {
 };
 
 Bytes iptcBlock(const IptcOptions& options) {
-    Bytes block = readIptcBlock(readPhoto(options.photo));
+    Bytes block = photographBlock(options.photo);
     for (const std::string& keyword : options.keywords) {
         block = withKeyword(options.photo, block, keyword);
     }

@@ -47,7 +47,7 @@ std::string shotsText(const PhotoSet& set) {
 }
 
 std::string focalLengthText(const Photo& photo) {
-    return photo.info.focalLength > 0 ? plainWords(decimal(photo.info.focalLength)) + " mm" : "";
+    return photo.has(TVMETA_FOCAL_LENGTH) ? plainWords(quotient(photo.record.focalLength)) + " mm" : "";
 }
 
 void printSets(const std::vector<PhotoSet>& sets) {
@@ -66,8 +66,8 @@ void printSets(const std::vector<PhotoSet>& sets) {
                                      shotsText(set),
                                      offsetsText(set),
                                      stopsText(set.range()) + " EV",
-                                     printable(fieldText(first.info.dateTimeOriginal)),
-                                     printable(fieldText(first.info.model)),
+                                     printable(takenText(first)),
+                                     printable(first.record.model),
                                      focalLengthText(first)};
         for (size_t i = 0; i < columns.size(); ++i) {
             columns[i].cells.push_back(cells[i]);
@@ -101,8 +101,7 @@ double rounded(double value) {
 }
 
 // Most focal lengths are integers and are printed without decimals.
-ordered_json number(float value) {
-    const double exact = decimal(value);
+ordered_json number(double exact) {
     const bool isWhole = exact == std::floor(exact) && exact < 1e9;
     return isWhole ? ordered_json(static_cast<int64_t>(exact)) : ordered_json(exact);
 }
@@ -110,18 +109,18 @@ ordered_json number(float value) {
 void printJson(const PhotoSets& found) {
     size_t count = 0;
     for (const PhotoSet& set : found.sets) {
-        const ExifInfo& info = set.photos.front()->info;
+        const Photo& first = *set.photos.front();
         ordered_json object = {{"set", ++count}, {"files", ordered_json::array()}};
         std::ranges::for_each(set.photos, [&](const Photo* photo) { object["files"].push_back(photo->path); });
         std::ranges::for_each(set.values, [&](double value) { object["ev"].push_back(rounded(value)); });
         std::ranges::for_each(set.offsets, [&](double stops) { object["offsets"].push_back(rounded(stops)); });
         object["range"] = rounded(set.range());
-        object["taken"] = fieldText(info.dateTimeOriginal);
-        if (info.model[0] != 0) {
-            object["camera"] = fieldText(info.model);
+        object["taken"] = takenText(first);
+        if (first.has(TVMETA_MODEL)) {
+            object["camera"] = first.record.model;
         }
-        if (info.focalLength > 0) {
-            object["focalLength"] = number(info.focalLength);
+        if (first.has(TVMETA_FOCAL_LENGTH)) {
+            object["focalLength"] = number(quotient(first.record.focalLength));
         }
         std::cout << object.dump(-1, ' ', true, ordered_json::error_handler_t::replace) << "\n";
     }
@@ -143,25 +142,25 @@ std::string hundredths(double value) {
     return text.str();
 }
 
-std::string textUnlessZero(float value) {
-    return value > 0 ? plainWords(decimal(value)) : "";
+std::string textUnlessZero(double value) {
+    return value > 0 ? plainWords(value) : "";
 }
 
 // One record per photograph, those of sets first. Set number and EV are empty if unknown.
 void printCsv(const PhotoSets& found) {
     const auto print = [](const std::string& set, const Photo& photo, const std::string& ev,
                           const std::string& offset) {
-        const ExifInfo& info = photo.info;
+        const tvmeta_Photo& record = photo.record;
         const std::string fields[] = {set,
                                       photo.path,
                                       ev,
                                       offset,
-                                      fieldText(info.dateTimeOriginal),
-                                      textUnlessZero(info.exposureTime),
-                                      textUnlessZero(info.fNumber),
-                                      info.isoSpeed > 0 ? std::to_string(info.isoSpeed) : "",
-                                      fieldText(info.model),
-                                      textUnlessZero(info.focalLength)};
+                                      takenText(photo),
+                                      textUnlessZero(quotient(record.exposureTime)),
+                                      textUnlessZero(quotient(record.fNumber)),
+                                      record.isoSpeed > 0 ? std::to_string(record.isoSpeed) : "",
+                                      record.model,
+                                      textUnlessZero(quotient(record.focalLength))};
         std::cout << csvRecord(fields);
     };
     std::cout << "set,file,ev,offset,taken,exposureTime,fNumber,isoSpeed,camera,focalLength\r\n";

@@ -7,7 +7,6 @@
 #include "output/output_file.h"
 #include "output/text.h"
 #include "photographs/photo.h"
-#include "photographs/photo_profile.h"
 #include "photographs/profile_description.h"
 #include "pictures/load_picture.h"
 #include "system/file_copy.h"
@@ -39,9 +38,10 @@ void requireProfile(const std::string& path, const Bytes& profile) {
 }
 
 Bytes readProfile(const std::string& path) {
-    const std::optional<int32_t> fileType = findFileType(path);
-    const bool isImage = fileType || isPicture(path);
-    Bytes profile = fileType ? readPhotoProfile(path, *fileType) : isImage ? pictureProfile(path) : readFile(path);
+    const OpenPhoto file(path);
+    const bool isImage = file.isPhotograph() || isPicture(path);
+    const bool isReadable = file.isPhotograph() && (!file.isCompressed(TVMETA_ICC) || !isPicture(path));
+    Bytes profile = isReadable ? file.block(TVMETA_ICC) : isImage ? pictureProfile(path) : readFile(path);
     if (isImage && profile.empty()) {
         throw Failure(path, "no ICC profile");
     }
@@ -62,7 +62,7 @@ void describeProfile(const std::string& path) {
 void requireReplaceable(const std::string& path, const Bytes& profile) {
     constexpr uint64_t MaxSize = std::numeric_limits<int32_t>::max();
     const Bytes start = readStart(path, 4);
-    if (findFileType(path) != FILE_TYPE_TIFF) {
+    if (OpenPhoto(path).format() != TVMETA_FORMAT_TIFF) {
         throw Failure(path, "not a TIFF file: " + beginning(start));
     }
     if (start.front() != 'I') {

@@ -181,7 +181,7 @@ bool meetsAll(const std::vector<FieldFilter>& filters, const Shot& shot) {
 
 Reading showStreamed(const Options& options, Format format, const FieldList& fields,
                      const std::vector<FieldFilter>& filters) {
-    return readPhotos(options.names, options.recursive, [&](Photo&& photo) {
+    return readPhotos(options.names, options.recursive, {.texts = true}, [&](Photo&& photo) {
         const Shot shot = {std::move(photo)};
         if (meetsAll(filters, shot)) {
             printShot(format, shot, fields);
@@ -192,8 +192,8 @@ Reading showStreamed(const Options& options, Format format, const FieldList& fie
 Reading showTogether(const Options& options, Format format, const FieldList& fields,
                      const std::vector<FieldFilter>& filters) {
     std::vector<Photo> photos;
-    const Reading reading =
-        readPhotos(options.names, options.recursive, [&](Photo&& photo) { photos.push_back(std::move(photo)); });
+    const Reading reading = readPhotos(options.names, options.recursive, {.texts = true},
+                                       [&](Photo&& photo) { photos.push_back(std::move(photo)); });
     std::vector<Shot> shots = shotsOf(std::move(photos));
     std::erase_if(shots, [&](const Shot& shot) { return !meetsAll(filters, shot); });
     if (!options.sort.empty()) {

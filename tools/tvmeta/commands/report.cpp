@@ -26,14 +26,15 @@ struct Options {
 // Photographs in folders are inputs too, even unreadable ones.
 void requireNoPhoto(const std::string& output) {
     std::error_code error;
-    if (std::filesystem::is_regular_file(pathOf(output), error) && findFileType(output)) {
+    if (std::filesystem::is_regular_file(pathOf(output), error) && isPhotograph(output)) {
         throw Failure(output, "output is a photograph; left unchanged");
     }
 }
 
 void makeReport(const Options& options) {
     requireNoPhoto(options.output);
-    const PhotoSets found = readPhotoSets(options.input.names, options.input.recursive, options.input.rules);
+    const PhotoSets found = readPhotoSets(options.input.names, options.input.recursive, options.input.rules,
+                                          {.blocks = {TVMETA_THUMBNAIL}});
     writeOutput(options.output, options.input.names,
                 [&](OutputFile& file) { writeReport(found, [&](std::string_view text) { file.write(text); }); });
     messagesFor(options.output) << "wrote " << printable(options.output) << ": " << found.sets.size() << " sets, "

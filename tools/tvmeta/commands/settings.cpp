@@ -18,7 +18,8 @@ namespace {
 
 // The packet of a photograph or result, or the text of a settings file.
 std::string packetIn(const std::string& path) {
-    return findFileType(path) ? readPacket(readPhoto(path)) : std::string(asText(readFile(path)));
+    const OpenPhoto file(path);
+    return std::string(asText(file.isPhotograph() ? file.block(TVMETA_XMP) : readFile(path)));
 }
 
 void showSettings(const std::string& path) {
@@ -48,7 +49,7 @@ void writeSettings(const std::string& path, const Settings& settings) {
 }
 
 std::string inserted(const std::string& path, const Settings& settings) {
-    if (findFileType(path)) {
+    if (isPhotograph(path)) {
         throw Failure(path, "expected an XMP packet in a separate file, found a photograph, in which a packet cannot "
                             "grow");
     }

@@ -28,16 +28,18 @@ struct Options {
     bool force = false;
 };
 
-Bytes readThumbnail(const Photo& photo) {
-    Bytes thumbnail = readRegion(photo.path, photo.parts.thumbnail);
-    if (!asText(thumbnail).starts_with("\xFF\xD8")) {
+const Wanted WantedBlock = {.blocks = {TVMETA_THUMBNAIL}};
+
+const Bytes& thumbnailOf(const Photo& photo) {
+    const Bytes& thumbnail = photo.blocks[TVMETA_THUMBNAIL];
+    if (thumbnail.empty()) {
         throw Failure(photo.path, "no JPEG thumbnail");
     }
     return thumbnail;
 }
 
 void writeThumbnail(const Photo& photo, const std::string& path, bool force) {
-    const Bytes thumbnail = readThumbnail(photo);
+    const Bytes& thumbnail = thumbnailOf(photo);
     std::error_code error;
     if (!force && fs::is_regular_file(pathOf(path), error)) {
         throw Failure(path, "already exists; left unchanged (use --force to replace it)");
@@ -67,7 +69,7 @@ fs::path targetOf(const Photo& photo, const Options& options) {
 void writeThumbnails(const Options& options) {
     size_t written = 0;
     size_t failures = 0;
-    const Reading reading = readPhotos(options.names, options.recursive, [&](Photo&& photo) {
+    const Reading reading = readPhotos(options.names, options.recursive, WantedBlock, [&](Photo&& photo) {
         try {
             const fs::path target = targetOf(photo, options);
             fs::create_directories(target.parent_path());
@@ -95,7 +97,7 @@ void writeOutputs(const Options& options) {
     if (options.names.size() > 1 || options.recursive || fs::is_directory(pathOf(options.output), error)) {
         return writeThumbnails(options);
     }
-    writeThumbnail(readPhoto(options.names.front()), options.output, options.force);
+    writeThumbnail(readPhoto(options.names.front(), WantedBlock), options.output, options.force);
     messagesFor(options.output) << "wrote " << printable(options.output) << "\n";
 }
 

@@ -10,7 +10,6 @@
 #include "photographs/iptc_block.h"
 #include "photographs/photo.h"
 #include "photographs/unkept_tags.h"
-#include "photographs/writer_records.h"
 #include "pictures/convert.h"
 #include "pictures/load_picture.h"
 #include "system/system.h"
@@ -42,7 +41,8 @@ const std::map<std::string, Depth> DepthNames = {
 
 // The metadata of the file; without a photograph only settings and profile.
 struct Metadata {
-    WriterRecords records;
+    MetadataBuf camera = {};
+    GpsBuf gps = {};
     Bytes iptc;
     Bytes profile;
     Settings settings;
@@ -51,10 +51,9 @@ struct Metadata {
 };
 
 // A damaged block of the photograph is omitted and the rest of its metadata is kept.
-template <typename Block>
-Block readOrLeaveOut(const Photo& photo, Block (*read)(const Photo& photo)) {
+Bytes readOrLeaveOut(const OpenPhoto& photo, int32_t block) {
     try {
-        return read(photo);
+        return photo.block(block);
     } catch (const Failure& failure) {
         complain("warning: " + std::string(failure.what()) + "; omitted");
         return {};
@@ -62,8 +61,8 @@ Block readOrLeaveOut(const Photo& photo, Block (*read)(const Photo& photo)) {
 }
 
 // Pixels are saved as they are, so unless chosen the orientation is that of the picture, which is upright without one.
-int32_t orientationOf(const Options& options, const Picture& picture, const WriterRecords& records) {
-    const int32_t orientation = options.orientation == "photo" ? records.metadata.orientation
+int32_t orientationOf(const Options& options, const Picture& picture, const MetadataBuf& camera) {
+    const int32_t orientation = options.orientation == "photo" ? camera.orientation
                                 : options.orientation.empty()  ? picture.orientation.value_or(1)
                                                                : options.orientation.front() - '0';
     return orientation >= 1 && orientation <= 8 ? orientation : 1;
@@ -78,14 +77,15 @@ Metadata collectMetadata(const Options& options, const Picture& picture) {
         metadata.profile = picture.profile;
     }
     if (!options.photo.empty()) {
-        const Photo photo = readPhoto(options.photo);
-        metadata.records = writerRecords(photo.info);
-        metadata.iptc = readOrLeaveOut(photo, readIptcBlock);
-        const int32_t orientation = orientationOf(options, picture, metadata.records);
-        ResultPacket packet =
-            resultPacket(readOrLeaveOut(photo, readPacket), metadata.settings, fieldText(photo.info.lens), orientation);
+        const OpenPhoto file(options.photo);
+        const Photo photo = file.read();
+        const int64_t clamped = tvmeta_writer_records(&photo.record, &metadata.camera, &metadata.gps);
+        metadata.iptc = readOrLeaveOut(file, TVMETA_IPTC);
+        const int32_t orientation = orientationOf(options, picture, metadata.camera);
+        ResultPacket packet = resultPacket(std::string(asText(readOrLeaveOut(file, TVMETA_XMP))), metadata.settings,
+                                           photo.record.lens, orientation);
         metadata.packet = std::move(packet.text);
-        metadata.unkept = unkeptValues(photo);
+        metadata.unkept = unkeptValues(file, clamped);
         metadata.unkept.insert(metadata.unkept.end(), packet.unkept.begin(), packet.unkept.end());
     }
     for (const std::string& keyword : options.keywords) {
@@ -169,7 +169,7 @@ void writePicture(const Options& options, const Metadata& metadata, const Pictur
         .resolution = options.resolution,
         .iccLength = librarySize(metadata.profile),
         .pixelMode = isReduced ? 1 : 0,
-        .orientation = orientationOf(options, picture, metadata.records),
+        .orientation = orientationOf(options, picture, metadata.camera),
     };
     // In samples if the library converts them, else in bytes.
     const int32_t rowPitch = checkedSize(isReduced ? rowBytes(picture) / 2 : rowBytes(picture));
@@ -177,8 +177,8 @@ void writePicture(const Options& options, const Metadata& metadata, const Pictur
     const std::string path = output.libraryPath();
     errno = 0;
     const int32_t result =
-        buf2tif(picture.samples.data(), &info, rowPitch, metadata.profile.data(), &metadata.records.metadata,
-                &metadata.records.gps, librarySize(metadata.iptc), metadata.iptc.data(), metadata.settings.method,
+        buf2tif(picture.samples.data(), &info, rowPitch, metadata.profile.data(), &metadata.camera, &metadata.gps,
+                librarySize(metadata.iptc), metadata.iptc.data(), metadata.settings.method,
                 metadata.settings.values.data(), packetLength, metadata.packet.c_str(), path.c_str());
     if (result < 0) {
         throw Failure(options.output, writingProblem(result, picture));

@@ -8,11 +8,11 @@
 
 namespace {
 
-// Spreadsheets treat texts that start with these characters as formulas. Coordinates, such as "-33.8, 151.2", are
-// harmless.
+// Spreadsheets treat texts that start with these characters as formulas. Coordinates and offsets, such as
+// "-33.8, 151.2" and "+02:00", are harmless.
 bool isFormula(std::string_view text) {
     const bool isSuspect = !text.empty() && std::string_view("=+-@").find(text[0]) != std::string_view::npos;
-    return isSuspect && text.find_first_not_of("0123456789., -") != std::string_view::npos;
+    return isSuspect && text.find_first_not_of("0123456789.,:+ -") != std::string_view::npos;
 }
 
 template <typename Number>
@@ -41,13 +41,12 @@ std::string csvRecord(std::span<const std::string> fields) {
 }
 
 std::string csvField(const Value& value) {
-    if (const auto* text = std::get_if<std::string>(&value)) {
-        const std::string shown = printable(*text);
-        return (isFormula(shown) ? "'" : "") + shown;
-    }
     if (const auto* integer = std::get_if<int64_t>(&value)) {
         return digitsOf(*integer);
     }
-    const auto* number = std::get_if<double>(&value);
-    return number == nullptr ? "" : digitsOf(*number);
+    if (const auto* number = std::get_if<double>(&value)) {
+        return digitsOf(*number);
+    }
+    const std::string shown = printable(textOf(value));
+    return (isFormula(shown) ? "'" : "") + shown;
 }

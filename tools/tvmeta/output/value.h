@@ -4,9 +4,10 @@
 #include <cstdint>
 #include <string>
 #include <variant>
+#include <vector>
 
-// Nothing, an integer, a number or a text.
-using Value = std::variant<std::monostate, int64_t, double, std::string>;
+// Nothing, an integer, a number, a text or a list of texts.
+using Value = std::variant<std::monostate, int64_t, double, std::string, std::vector<std::string>>;
 
 inline bool isMissing(const Value& value) {
     return std::holds_alternative<std::monostate>(value);
@@ -21,4 +22,18 @@ inline double numberOf(const Value& value) {
     const auto* integer = std::get_if<int64_t>(&value);
     const auto* number = std::get_if<double>(&value);
     return integer != nullptr ? static_cast<double>(*integer) : number != nullptr ? *number : 0;
+}
+
+// A text, or the texts of a list with commas between them; else empty.
+inline std::string textOf(const Value& value) {
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        return *text;
+    }
+    std::string joined;
+    if (const auto* list = std::get_if<std::vector<std::string>>(&value)) {
+        for (const std::string& item : *list) {
+            joined += (joined.empty() ? "" : ", ") + item;
+        }
+    }
+    return joined;
 }

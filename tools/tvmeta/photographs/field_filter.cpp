@@ -52,11 +52,11 @@ int compareValues(const Value& a, const Value& b) {
         const double first = numberOf(a), second = numberOf(b);
         return static_cast<float>(first) == static_cast<float>(second) ? 0 : first < second ? -1 : 1;
     }
-    const auto *first = std::get_if<std::string>(&a), *second = std::get_if<std::string>(&b);
-    if (first == nullptr || second == nullptr) {
-        return first == nullptr ? -1 : 1; // numbers sort before texts
+    if (isNumber(a) || isNumber(b)) {
+        return isNumber(a) ? -1 : 1; // numbers sort before texts
     }
-    return *first == *second ? 0 : naturalLess(*first, *second) ? -1 : 1;
+    const std::string first = textOf(a), second = textOf(b);
+    return first == second ? 0 : naturalLess(first, second) ? -1 : 1;
 }
 
 FieldFilter::FieldFilter(const std::string& condition) {

@@ -21,8 +21,8 @@ std::string wordOf(const Value& value, const std::array<std::string_view, N>& wo
 } // namespace
 
 std::string plainWords(const Value& value) {
-    if (const auto* text = std::get_if<std::string>(&value)) {
-        return printable(*text);
+    if (!isNumber(value)) {
+        return printable(textOf(value));
     }
     std::ostringstream shown;
     shown << std::setprecision(9) << numberOf(value);
@@ -64,14 +64,38 @@ std::string orientationWords(const Value& value) {
     return wordOf(value, Words);
 }
 
-// EXIF 2.3, FocalPlaneResolutionUnit; 4 and 5 are in common use.
-std::string unitWords(const Value& value) {
-    static constexpr std::array<std::string_view, 6> Words = {"",           "none",       "inch",
-                                                              "centimetre", "millimetre", "micrometre"};
+std::string biasWords(const Value& value) {
+    return (numberOf(value) > 0 ? "+" : "") + plainWords(value);
+}
+
+// EXIF 2.32, section 4.6.5, as are the codes below.
+std::string exposureModeWords(const Value& value) {
+    static constexpr std::array<std::string_view, 3> Words = {"automatic", "manual", "automatic bracket"};
     return wordOf(value, Words);
 }
 
-std::string sourceWords(const Value& value) {
-    static constexpr std::array<std::string_view, 3> Words = {"", "", "image description"};
+std::string exposureProgramWords(const Value& value) {
+    static constexpr std::array<std::string_view, 9> Words = {
+        "not defined", "manual",          "program AE",    "aperture priority", "shutter priority",
+        "creative",    "action (sports)", "portrait mode", "landscape mode"};
+    return wordOf(value, Words);
+}
+
+std::string meteringModeWords(const Value& value) {
+    static constexpr std::array<std::string_view, 7> Words = {"unknown",    "average",       "centre-weighted", "spot",
+                                                              "multi-spot", "multi-segment", "partial"};
+    return wordOf(value, Words);
+}
+
+// Bit 0 says whether the flash fired; the mode is in bits 3 and 4.
+std::string flashWords(const Value& value) {
+    const auto code = static_cast<int64_t>(numberOf(value));
+    const bool fired = (code & 1) != 0;
+    const bool isAutomatic = (code >> 3 & 3) == 3;
+    return std::string(fired ? "fired" : "did not fire") + (isAutomatic ? ", automatic" : "");
+}
+
+std::string whiteBalanceWords(const Value& value) {
+    static constexpr std::array<std::string_view, 2> Words = {"automatic", "manual"};
     return wordOf(value, Words);
 }

@@ -10,6 +10,10 @@ std::string plainWords(const Value& value);
 std::string exposureWords(const Value& value);    // 1/125
 std::string apertureWords(const Value& value);    // f/2.8
 std::string evWords(const Value& value);          // 12.3
+std::string biasWords(const Value& value);        // +0.3
 std::string orientationWords(const Value& value); // rotate 90 degrees clockwise
-std::string unitWords(const Value& value);        // inch
-std::string sourceWords(const Value& value);      // image description
+std::string exposureModeWords(const Value& value);
+std::string exposureProgramWords(const Value& value);
+std::string meteringModeWords(const Value& value);
+std::string flashWords(const Value& value);
+std::string whiteBalanceWords(const Value& value);

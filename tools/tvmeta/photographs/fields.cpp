@@ -7,38 +7,95 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <chrono>
 #include <cmath>
+#include <cstdlib>
 #include <iomanip>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 namespace {
 
-double quotient(const uint32_t* rational) {
-    return rational[1] == 0 ? 0 : static_cast<double>(rational[0]) / rational[1];
+// A member of the record if the photograph has the field.
+template <int32_t FieldNumber, auto Member>
+Value integer(const Shot& shot) {
+    return shot.photo.has(FieldNumber) ? Value(int64_t{shot.photo.record.*Member}) : Value();
 }
 
-// Converts degrees, minutes and seconds to degrees, or a time to hours.
-double sexagesimal(const uint32_t (&group)[6]) {
-    return quotient(group) + quotient(group + 2) / 60 + quotient(group + 4) / 3600;
+template <int32_t FieldNumber, auto Member>
+Value number(const Shot& shot) {
+    return shot.photo.has(FieldNumber) ? Value(shot.photo.record.*Member) : Value();
 }
 
-// Decimal degrees of a coordinate, negative in the south and west.
-Value degrees(const uint32_t (&angle)[6], char reference) {
-    if (reference == 0 || angle[1] == 0) {
+template <int32_t FieldNumber, auto Member>
+Value fraction(const Shot& shot) {
+    return shot.photo.has(FieldNumber) ? Value(quotient(shot.photo.record.*Member)) : Value();
+}
+
+template <int32_t FieldNumber, auto Member>
+Value text(const Shot& shot) {
+    return shot.photo.has(FieldNumber) ? Value(std::string(shot.photo.record.*Member)) : Value();
+}
+
+template <int32_t Text>
+Value longText(const Shot& shot) {
+    const std::string& value = shot.photo.texts[Text];
+    return value.empty() ? Value() : value;
+}
+
+template <int32_t Block>
+Value lengthOf(const Shot& shot) {
+    const tvmeta_Block& block = shot.photo.record.blocks[Block];
+    return block.size == 0 ? Value() : block.size;
+}
+
+// Missing if the block is in several pieces.
+template <int32_t Block>
+Value offsetOf(const Shot& shot) {
+    const tvmeta_Block& block = shot.photo.record.blocks[Block];
+    return block.size == 0 || block.position < 0 ? Value() : block.position;
+}
+
+Value keywords(const Shot& shot) {
+    return shot.photo.keywords.empty() ? Value() : shot.photo.keywords;
+}
+
+Value rating(const Shot& shot) {
+    const std::string& text = shot.photo.texts[TVMETA_TEXT_RATING];
+    int64_t stars = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), stars);
+    return error == std::errc() ? Value(stars) : Value();
+}
+
+Value taken(const Shot& shot) {
+    const std::string value = takenText(shot.photo);
+    return value.empty() ? Value() : value;
+}
+
+Value subSecond(const Shot& shot) {
+    const tvmeta_Photo& record = shot.photo.record;
+    if (!shot.photo.has(TVMETA_SUB_SECOND)) {
         return {};
     }
-    return reference == 'S' || reference == 'W' ? -sexagesimal(angle) : sexagesimal(angle);
+    const std::string digits = std::to_string(1'000'000'000 + int64_t{record.captureNanoseconds});
+    return digits.substr(1, static_cast<size_t>(record.subSecondDigits));
 }
 
-Value latitude(const Shot& shot) {
-    return degrees(shot.photo.info.gpsLatitude, shot.photo.info.gpsLatitudeRef);
+Value utcOffset(const Shot& shot) {
+    if (!shot.photo.has(TVMETA_UTC_OFFSET)) {
+        return {};
+    }
+    const int32_t minutes = std::abs(shot.photo.record.utcOffset);
+    std::ostringstream text;
+    text << (shot.photo.record.utcOffset < 0 ? '-' : '+') << std::setfill('0') << std::setw(2) << minutes / 60 << ":"
+         << std::setw(2) << minutes % 60;
+    return text.str();
 }
 
-Value longitude(const Shot& shot) {
-    return degrees(shot.photo.info.gpsLongitude, shot.photo.info.gpsLongitudeRef);
-}
+constexpr auto latitude = number<TVMETA_LATITUDE, &tvmeta_Photo::latitude>;
+constexpr auto longitude = number<TVMETA_LONGITUDE, &tvmeta_Photo::longitude>;
 
 // Seven decimals of a degree are about a centimetre.
 std::string coordinate(const Value& degrees) {
@@ -56,35 +113,40 @@ Value position(const Shot& shot) {
     return coordinate(latitude(shot)) + ", " + coordinate(longitude(shot));
 }
 
-Value altitude(const Shot& shot) {
-    const ExifInfo& info = shot.photo.info;
-    if (info.gpsAltitude[1] == 0) {
-        return {};
-    }
-    return info.gpsAltitudeRef == 1 ? -quotient(info.gpsAltitude) : quotient(info.gpsAltitude);
+// The GPS time in UTC, as a part of a date and time.
+std::string gpsClock(const Shot& shot) {
+    Photo clock;
+    clock.taken = CivilTime(std::chrono::seconds(shot.photo.record.gpsTime));
+    return takenText(clock);
+}
+
+Value gpsDate(const Shot& shot) {
+    return shot.photo.has(TVMETA_GPS_TIME) ? Value(gpsClock(shot).substr(0, 10)) : Value();
 }
 
 Value gpsTime(const Shot& shot) {
-    const uint32_t(&time)[6] = shot.photo.info.gpsTimeStamp;
-    if (time[1] == 0) {
-        return {};
+    return shot.photo.has(TVMETA_GPS_TIME) ? Value(gpsClock(shot).substr(11)) : Value();
+}
+
+// Which values the file has in another form only: APEX, an exposure index, a description.
+Value derivedFields(const Shot& shot) {
+    std::string names;
+    for (const auto& [number, name] : {std::pair{TVMETA_EXPOSURE_TIME, "exposureTime"},
+                                       {TVMETA_F_NUMBER, "fNumber"},
+                                       {TVMETA_ISO_SPEED, "isoSpeed"}}) {
+        if ((shot.photo.record.derived >> number & 1) != 0) {
+            names += (names.empty() ? "" : " ") + std::string(name);
+        }
     }
-    const int64_t milliseconds = std::llround(sexagesimal(time) * 3600'000);
-    std::ostringstream text;
-    text << std::setfill('0') << std::setw(2) << milliseconds / 3600'000 << ":" << std::setw(2)
-         << milliseconds / 60'000 % 60 << ":" << std::setw(2) << milliseconds / 1000 % 60;
-    if (milliseconds % 1000 != 0) {
-        text << "." << std::setw(3) << milliseconds % 1000;
-    }
-    return text.str();
+    return names.empty() ? Value() : names;
 }
 
 Value exposureValueAt100(const Shot& shot) {
-    const ExifInfo& info = shot.photo.info;
+    const tvmeta_Photo& record = shot.photo.record;
     BracketShot exposure;
-    exposure.exposureTime = decimal(info.exposureTime);
-    exposure.fNumber = decimal(info.fNumber);
-    exposure.isoSpeed = info.isoSpeed;
+    exposure.exposureTime = quotient(record.exposureTime);
+    exposure.fNumber = quotient(record.fNumber);
+    exposure.isoSpeed = record.isoSpeed;
     const std::optional<double> value = exposureValue(exposure);
     return value ? Value(*value) : Value();
 }
@@ -102,82 +164,66 @@ Value secondsSinceFirst(const Shot& shot) {
     return (*shot.photo.taken - *shot.first).count();
 }
 
-// As in the library's record, 0 and the empty text mean that the photograph lacks the field.
-template <auto Member>
-Value integer(const Shot& shot) {
-    const int64_t value = shot.photo.info.*Member;
-    return value == 0 ? Value() : value;
-}
-
-template <auto Member>
-Value number(const Shot& shot) {
-    const double value = decimal(shot.photo.info.*Member);
-    return value == 0 ? Value() : value;
-}
-
-template <auto Member>
-Value text(const Shot& shot) {
-    std::string value = fieldText(shot.photo.info.*Member);
-    return value.empty() ? Value() : value;
-}
-
-template <auto Member>
-Value pixels(const Shot& shot) {
-    const int64_t value = shot.photo.parts.*Member;
-    return value <= 0 ? Value() : value;
-}
-
-template <auto Member>
-Value lengthOf(const Shot& shot) {
-    const Region& region = shot.photo.parts.*Member;
-    return region.length <= 0 ? Value() : region.length;
-}
-
-template <auto Member>
-Value offsetOf(const Shot& shot) {
-    const Region& region = shot.photo.parts.*Member;
-    return region.length <= 0 ? Value() : region.offset;
-}
-
-using I = ExifInfo;
+using P = tvmeta_Photo;
 using Kind = Field::Kind;
 constexpr auto Fields = std::to_array<Field>({
     {"file", "File", "File", [](const Shot& shot) -> Value { return shot.photo.path; }, "", plainWords, Kind::Path},
     {"fileBytes", "File name in base64", "File bytes", fileBytes, "", plainWords, Kind::Word},
-    {"container", "Container", "Type", [](const Shot& shot) -> Value { return containerName(shot.photo.fileType); }, "",
+    {"container", "Container", "Type",
+     [](const Shot& shot) -> Value { return std::string(tvmeta_format_name(shot.photo.record.format)); }, "",
      plainWords, Kind::Word},
-    {"width", "Width", "Width", pixels<&PhotoParts::width>, " pixels"},
-    {"height", "Height", "Height", pixels<&PhotoParts::height>, " pixels"},
-    {"model", "Camera model", "Camera", text<&I::model>, "", plainWords, Kind::Text},
-    {"lens", "Lens", "Lens", text<&I::lens>, "", plainWords, Kind::Text},
-    {"dateTimeOriginal", "Taken", "Taken", text<&I::dateTimeOriginal>, "", plainWords, Kind::Date},
-    {"exposureTime", "Exposure time", "Exposure", number<&I::exposureTime>, " s", exposureWords},
-    {"fNumber", "F-number", "Stop", number<&I::fNumber>, "", apertureWords},
-    {"isoSpeed", "ISO speed", "ISO", integer<&I::isoSpeed>},
+    {"width", "Width", "Width", integer<TVMETA_SIZE, &P::width>, " pixels"},
+    {"height", "Height", "Height", integer<TVMETA_SIZE, &P::height>, " pixels"},
+    {"orientation", "Orientation", "Orientation", integer<TVMETA_ORIENTATION, &P::orientation>, "", orientationWords},
+    {"make", "Camera maker", "Maker", text<TVMETA_MAKE, &P::make>, "", plainWords, Kind::Text},
+    {"model", "Camera model", "Camera", text<TVMETA_MODEL, &P::model>, "", plainWords, Kind::Text},
+    {"serialNumber", "Serial number", "Serial number", text<TVMETA_SERIAL_NUMBER, &P::serialNumber>, "", plainWords,
+     Kind::Text},
+    {"lens", "Lens", "Lens", text<TVMETA_LENS, &P::lens>, "", plainWords, Kind::Text},
+    {"dateTimeOriginal", "Taken", "Taken", taken, "", plainWords, Kind::Date},
+    {"subSecond", "Sub-second", "Sub-second", subSecond, "", plainWords, Kind::Word},
+    {"utcOffset", "Offset from UTC", "Offset", utcOffset, "", plainWords, Kind::Word},
+    {"exposureTime", "Exposure time", "Exposure", fraction<TVMETA_EXPOSURE_TIME, &P::exposureTime>, " s",
+     exposureWords},
+    {"fNumber", "F-number", "Stop", fraction<TVMETA_F_NUMBER, &P::fNumber>, "", apertureWords},
+    {"isoSpeed", "ISO speed", "ISO", integer<TVMETA_ISO_SPEED, &P::isoSpeed>},
+    {"derived", "Derived values", "Derived", derivedFields, "", plainWords, Kind::Word},
     {"ev100", "EV at ISO 100", "EV", exposureValueAt100, "", evWords},
-    {"exposureSource", "Exposure source", "Exposure source", integer<&I::exposureSource>, "", sourceWords},
-    {"focalLength", "Focal length", "Focal", number<&I::focalLength>, " mm"},
-    {"focalLength35mm", "Focal length in 35 mm", "In 35 mm", integer<&I::focalLength35mm>, " mm"},
-    {"focalPlaneXResolution", "Focal plane resolution", "Focal plane", number<&I::focalPlaneXResolution>,
-     " pixels per unit"},
-    {"focalPlaneResolutionUnit", "Focal plane unit", "Focal plane unit", integer<&I::focalPlaneResolutionUnit>, "",
-     unitWords},
-    {"orientation", "Orientation", "Orientation", integer<&I::orientation>, "", orientationWords},
+    {"exposureBias", "Exposure bias", "Bias", fraction<TVMETA_EXPOSURE_BIAS, &P::exposureBias>, " EV", biasWords},
+    {"exposureMode", "Exposure mode", "Mode", integer<TVMETA_EXPOSURE_MODE, &P::exposureMode>, "", exposureModeWords},
+    {"exposureProgram", "Exposure program", "Program", integer<TVMETA_EXPOSURE_PROGRAM, &P::exposureProgram>, "",
+     exposureProgramWords},
+    {"meteringMode", "Metering mode", "Metering", integer<TVMETA_METERING_MODE, &P::meteringMode>, "",
+     meteringModeWords},
+    {"flash", "Flash", "Flash", integer<TVMETA_FLASH, &P::flash>, "", flashWords},
+    {"whiteBalance", "White balance", "White balance", integer<TVMETA_WHITE_BALANCE, &P::whiteBalance>, "",
+     whiteBalanceWords},
+    {"focalLength", "Focal length", "Focal", fraction<TVMETA_FOCAL_LENGTH, &P::focalLength>, " mm"},
+    {"focalLength35mm", "Focal length in 35 mm", "In 35 mm", integer<TVMETA_FOCAL_LENGTH_35MM, &P::focalLength35mm>,
+     " mm"},
     {"gpsPosition", "Position", "Position", position, "", plainWords, Kind::Word},
     {"gpsLatitude", "Latitude", "Latitude", latitude, " degrees"},
     {"gpsLongitude", "Longitude", "Longitude", longitude, " degrees"},
-    {"gpsAltitude", "Altitude", "Altitude", altitude, " m"},
-    {"gpsDate", "GPS date", "GPS date", text<&I::gpsDateStamp>, "", plainWords, Kind::Date},
+    {"gpsAltitude", "Altitude", "Altitude", number<TVMETA_ALTITUDE, &P::altitude>, " m"},
+    {"gpsDate", "GPS date", "GPS date", gpsDate, "", plainWords, Kind::Date},
     {"gpsTime", "GPS time", "GPS time", gpsTime, " UTC", plainWords, Kind::Word},
-    {"thumbnailWidth", "Thumbnail width", "Thumbnail width", integer<&I::thumbnailWidth>, " pixels"},
-    {"thumbnailHeight", "Thumbnail height", "Thumbnail height", integer<&I::thumbnailHeight>, " pixels"},
-    {"thumbnailRowBytes", "Thumbnail row", "Thumbnail row", integer<&I::thumbnailRowBytes>, " bytes"},
-    {"thumbnailLength", "Thumbnail length", "Thumbnail length", lengthOf<&PhotoParts::thumbnail>, " bytes"},
-    {"thumbnailOffset", "Thumbnail offset", "Thumbnail offset", offsetOf<&PhotoParts::thumbnail>},
-    {"iptcLength", "IPTC length", "IPTC length", lengthOf<&PhotoParts::iptc>, " bytes"},
-    {"iptcOffset", "IPTC offset", "IPTC offset", offsetOf<&PhotoParts::iptc>},
-    {"xmpLength", "XMP length", "XMP length", lengthOf<&PhotoParts::xmp>, " bytes"},
-    {"xmpOffset", "XMP offset", "XMP offset", offsetOf<&PhotoParts::xmp>},
+    {"title", "Title", "Title", longText<TVMETA_TEXT_TITLE>, "", plainWords, Kind::Text},
+    {"description", "Description", "Description", longText<TVMETA_TEXT_DESCRIPTION>, "", plainWords, Kind::Text},
+    {"artist", "Artist", "Artist", longText<TVMETA_TEXT_ARTIST>, "", plainWords, Kind::Text},
+    {"copyright", "Copyright", "Copyright", longText<TVMETA_TEXT_COPYRIGHT>, "", plainWords, Kind::Text},
+    {"keywords", "Keywords", "Keywords", keywords, "", plainWords, Kind::Text},
+    {"rating", "Rating", "Rating", rating},
+    {"software", "Software", "Software", longText<TVMETA_TEXT_SOFTWARE>, "", plainWords, Kind::Text},
+    {"thumbnailLength", "Thumbnail length", "Thumbnail length", lengthOf<TVMETA_THUMBNAIL>, " bytes"},
+    {"thumbnailOffset", "Thumbnail offset", "Thumbnail offset", offsetOf<TVMETA_THUMBNAIL>},
+    {"previewLength", "Preview length", "Preview length", lengthOf<TVMETA_PREVIEW>, " bytes"},
+    {"previewOffset", "Preview offset", "Preview offset", offsetOf<TVMETA_PREVIEW>},
+    {"iccLength", "ICC length", "ICC length", lengthOf<TVMETA_ICC>, " bytes"},
+    {"iccOffset", "ICC offset", "ICC offset", offsetOf<TVMETA_ICC>},
+    {"iptcLength", "IPTC length", "IPTC length", lengthOf<TVMETA_IPTC>, " bytes"},
+    {"iptcOffset", "IPTC offset", "IPTC offset", offsetOf<TVMETA_IPTC>},
+    {"xmpLength", "XMP length", "XMP length", lengthOf<TVMETA_XMP>, " bytes"},
+    {"xmpOffset", "XMP offset", "XMP offset", offsetOf<TVMETA_XMP>},
     {"secondsSinceFirst", "Since the first", "Since first", secondsSinceFirst, " s"},
 });
 

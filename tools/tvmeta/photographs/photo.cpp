@@ -2,137 +2,124 @@
 
 #include "output/failure.h"
 #include "output/text.h"
-#include "photographs/tags.h"
 
 #include <algorithm>
-#include <limits>
+
+#include <cstdio>
+#include <new>
 
 namespace {
 
-constexpr int32_t ChainBreaksAfterExif = -10;
+constexpr const char* BlockNames[TVMETA_BLOCKS] = {"EXIF data",   "XMP packet", "IPTC block",
+                                                   "ICC profile", "thumbnail",  "preview"};
 
-// Copies the text of a region, up to its terminator, to a field of a record.
-template <size_t N>
-void copyText(const std::string& path, Region region, char (&field)[N]) {
-    region.length = std::min<int64_t>(region.length, N - 1);
-    const Bytes bytes = readRegion(path, region);
-    std::copy(bytes.begin(), std::ranges::find(bytes, 0), field);
-}
-
-// Reads what the library reads from directories. The library finds them only in their usual place: in the first APP1
-// segment of a JPEG file, and in PSD files with RGB pictures.
-void readDirectories(const TiffStructure& tiff, Photo& photo) {
-    if (tiff.base > std::numeric_limits<int32_t>::max()) {
-        return;
-    }
-    const auto base = static_cast<int32_t>(tiff.base);
-    if (const TiffEntry* model = photo.parts.image.find(tag::Model)) {
-        copyText(photo.path, tiff.region(*model), photo.info.model);
-    }
-    photo.info.orientation = static_cast<int32_t>(photo.parts.image.value(tag::Orientation).value_or(0));
-    if (const auto camera = photo.parts.image.value(tag::ExifDirectory)) {
-        tiff.seek(*camera);
-        parse_exif_data(tiff.file, 0, tiff.order, base, &photo.info);
-    }
-    if (const auto gps = photo.parts.image.value(tag::GpsDirectory)) {
-        tiff.seek(*gps);
-        parse_gps_data(tiff.file, 0, tiff.order, base, &photo.info);
-    }
-}
-
-[[noreturn]] void failAsTiff(const std::string& path) {
-    const Bytes start = readStart(path, 4);
-    const std::string_view text = asText(start);
-    if (text == std::string_view("II\x2B\0", 4) || text == std::string_view("MM\0\x2B", 4)) {
-        throw Failure(path, "BigTIFF is not supported");
-    }
-    throw Failure(path, "not a TIFF file: expected 42 after the byte-order mark");
-}
-
-// The library read no record, or only a part. A photograph without EXIF is still a photograph.
-void readDespite(int32_t result, std::FILE* file, Photo& photo) {
-    if (photo.fileType == FILE_TYPE_TIFF) {
-        failAsTiff(photo.path);
-    }
-    const auto tiff = photo.parts.exif.length > 0 ? TiffStructure::find(file, photo.parts.exif.offset) : std::nullopt;
-    if (result == ChainBreaksAfterExif) {
-        photo.damage = "the JPEG segments break off after the EXIF data";
-    } else if (tiff) {
-        readDirectories(*tiff, photo);
-    } else if (photo.parts.exif.length > 0) {
-        photo.damage = "the EXIF data is not a TIFF structure";
-    } else if (photo.parts.width <= 0) {
-        throw Failure(photo.path, "the file ends before its image data");
-    }
-}
-
-// The library reads the lens only from XMP packets of JPEG files. Newer cameras store it in EXIF.
-void findLens(std::FILE* file, Photo& photo) {
-    char(&lens)[sizeof photo.info.lens] = photo.info.lens;
-    try {
-        if (lens[0] == 0) {
-            const std::string packet = readPacket(photo);
-            get_settings_from_xmp(MODE_LENS, textSize(packet), packet.c_str(), lens, nullptr);
-        }
-        const TiffEntry* model = photo.parts.camera.find(tag::LensModel);
-        const auto tiff = TiffStructure::find(file, photo.parts.exif.offset);
-        if (lens[0] == 0 && model != nullptr && tiff) {
-            copyText(photo.path, tiff->region(*model), lens);
-        }
-    } catch (const Failure&) {
-        // A command that needs the packet itself reports what is wrong with it.
-    }
+bool isRefused(int32_t format) {
+    return format >= TVMETA_FORMAT_REFUSED;
 }
 
 } // namespace
 
-std::optional<int32_t> findFileType(const std::string& path) {
-    requireRegularFile(path);
-    const int32_t fileType = tvmeta_file_type(path.c_str());
-    if (fileType == TVMETA_FILE_UNREADABLE) {
+OpenPhoto::OpenPhoto(const std::string& path) : path_(path) {
+    if (tvmeta_open(path.c_str(), &source_) != TVMETA_OK) {
         openFile(path); // throws with the reason
+        throw Failure(path, "cannot be opened");
     }
-    return fileType < 0 ? std::nullopt : std::optional(fileType);
+    record_.recordSize = sizeof record_;
+    status_ = tvmeta_read_photo(&source_, &record_);
 }
 
-const char* containerName(int32_t fileType) {
-    return fileType == FILE_TYPE_JPEG ? "JPEG" : fileType == FILE_TYPE_PSD ? "PSD" : "TIFF";
+std::string OpenPhoto::text(int32_t text, int32_t index) const {
+    std::string value(256, '\0');
+    int64_t size = tvmeta_read_text(&source_, &record_, text, index, value.data(), std::ssize(value));
+    if (size > std::ssize(value)) {
+        value.resize(static_cast<size_t>(size));
+        size = tvmeta_read_text(&source_, &record_, text, index, value.data(), size);
+    }
+    value.resize(static_cast<size_t>(std::max<int64_t>(size, 0)));
+    return value;
 }
 
-Photo readRecord(const std::string& path) {
-    const std::optional<int32_t> fileType = findFileType(path);
-    if (!fileType) {
-        throw Failure(path, "not a JPEG, TIFF or PSD file: " + beginning(readStart(path, 4)));
+std::vector<tvmeta_Tag> OpenPhoto::tags() const {
+    std::vector<tvmeta_Tag> tags(
+        static_cast<size_t>(std::max<int64_t>(tvmeta_list_tags(&source_, &record_, nullptr, 0), 0)));
+    tvmeta_list_tags(&source_, &record_, tags.data(), std::ssize(tags));
+    return tags;
+}
+
+Bytes OpenPhoto::block(int32_t block) const {
+    if (isCompressed(block)) {
+        throw Failure(path_, std::string("the ") + BlockNames[block] + " is compressed, which is not supported");
     }
-    Photo photo = {.path = path, .fileType = *fileType};
-    const File file = openFile(path);
-    photo.parts = findParts(file.get(), *fileType);
-    const int32_t result = getExifData(path.c_str(), *fileType, &photo.info);
-    if (result < 0) {
-        readDespite(result, file.get(), photo);
+    Bytes bytes(static_cast<size_t>(record_.blocks[block].size));
+    if (!bytes.empty() &&
+        tvmeta_read_block(&source_, &record_, block, bytes.data(), std::ssize(bytes)) != std::ssize(bytes)) {
+        throw Failure(path_, std::string("the ") + BlockNames[block] + " cannot be read");
     }
-    findLens(file.get(), photo);
-    photo.taken = parseCaptureTime(fieldText(photo.info.dateTimeOriginal));
+    return bytes;
+}
+
+Photo OpenPhoto::read(const Wanted& wanted) const {
+    if (status_ == TVMETA_NO_MEMORY) {
+        throw std::bad_alloc();
+    }
+    if (isRefused(record_.format)) {
+        throw Failure(path_, std::string(tvmeta_format_name(record_.format)) + " files are not supported");
+    }
+    if (!isPhotograph()) {
+        throw Failure(path_, status_ == TVMETA_UNKNOWN_KIND ? "not a photograph: " + beginning(readStart(path_, 4))
+                                                            : tvmeta_status_text(status_));
+    }
+    Photo photo = {.path = path_, .record = record_};
+    if (photo.has(TVMETA_CAPTURE_TIME)) {
+        photo.taken = CivilTime(std::chrono::seconds(record_.captureTime));
+    }
+    if (status_ == TVMETA_BROKEN) {
+        photo.damage = "damaged at byte " + std::to_string(record_.brokenAt) + "; the rest was read";
+    }
+    if (wanted.texts) {
+        for (int32_t i = 0; i <= TVMETA_TEXT_SOFTWARE; ++i) {
+            photo.texts[static_cast<size_t>(i)] = text(i);
+        }
+        for (std::string keyword = photo.texts[TVMETA_TEXT_KEYWORD]; !keyword.empty();
+             keyword = text(TVMETA_TEXT_KEYWORD, static_cast<int32_t>(photo.keywords.size()))) {
+            photo.keywords.push_back(keyword);
+        }
+    }
+    for (const int32_t wantedBlock : wanted.blocks) {
+        photo.blocks[static_cast<size_t>(wantedBlock)] = block(wantedBlock);
+    }
     return photo;
 }
 
-Photo readPhoto(const std::string& path) {
-    Photo photo = readRecord(path);
+bool isPhotograph(const std::string& path) {
+    return OpenPhoto(path).isPhotograph();
+}
+
+Photo readPhoto(const std::string& path, const Wanted& wanted) {
+    Photo photo = OpenPhoto(path).read(wanted);
     if (!photo.damage.empty()) {
         complain("warning: " + path + ": " + photo.damage);
     }
     return photo;
 }
 
-std::string readPacket(const Photo& photo) {
-    return std::string(asText(readRegion(photo.path, photo.parts.xmp)));
+double quotient(const tvmeta_Rational& fraction) {
+    return fraction.denominator == 0 ? 0
+                                     : decimal(static_cast<float>(static_cast<double>(fraction.numerator) /
+                                                                  static_cast<double>(fraction.denominator)));
 }
 
-Bytes readIptcBlock(const Photo& photo) {
-    constexpr unsigned char DatasetMarker = 0x1C;
-    Bytes block = readRegion(photo.path, photo.parts.iptc);
-    if (!block.empty() && block.front() != DatasetMarker) {
-        throw Failure(photo.path, "expected a dataset at the start of the IPTC block: " + beginning(block));
+std::string takenText(const Photo& photo) {
+    if (!photo.taken) {
+        return {};
     }
-    return block;
+    const auto day = std::chrono::floor<std::chrono::days>(*photo.taken);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss time(*photo.taken - day);
+    char text[40];
+    std::snprintf(text, sizeof text, "%04d:%02u:%02u %02d:%02d:%02d", static_cast<int>(date.year()),
+                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                  static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
+                  static_cast<int>(time.seconds().count()));
+    return text;
 }

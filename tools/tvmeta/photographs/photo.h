@@ -1,43 +1,76 @@
-// Source photographs: the library's record of one, and the blocks that the record points to.
+// Source photographs: the library's record of one, its texts and its blocks.
 #pragma once
 
 #include "photographs/capture_time.h"
-#include "photographs/photo_parts.h"
 #include "system/files.h"
 
-#include <tvmeta.h>
+#include <tvmeta_photo.h>
 
-#include <cstring>
+#include <array>
 #include <optional>
 #include <string>
+#include <vector>
+
+// The blocks and texts that a command needs besides the record.
+struct Wanted {
+    bool texts = false;
+    std::vector<int32_t> blocks = {}; // TVMETA_THUMBNAIL, ...
+};
 
 struct Photo {
     std::string path;
-    int32_t fileType = FILE_TYPE_TIFF;
-    ExifInfo info = {};
-    PhotoParts parts = {};
+    tvmeta_Photo record = {};
     std::optional<CivilTime> taken = {};
     std::string damage = {}; // description of the damage if only a part could be read
+    std::array<std::string, TVMETA_TEXT_SOFTWARE + 1> texts = {}; // of keywords the first
+    std::vector<std::string> keywords = {};
+    std::array<Bytes, TVMETA_BLOCKS> blocks = {};
+
+    bool has(int32_t field) const { return TVMETA_HAS(&record, field) != 0; }
 };
 
-// The file type by the first bytes of a file, if it is a photograph.
-std::optional<int32_t> findFileType(const std::string& path);
+// A photograph that is open.
+class OpenPhoto {
+  public:
+    // Throws Failure if the file cannot be opened.
+    explicit OpenPhoto(const std::string& path);
+    ~OpenPhoto() { tvmeta_close(&source_); }
+    OpenPhoto(const OpenPhoto&) = delete;
+    OpenPhoto& operator=(const OpenPhoto&) = delete;
 
-const char* containerName(int32_t fileType);
+    bool isPhotograph() const { return status_ == TVMETA_OK || status_ == TVMETA_BROKEN; }
+    bool isKnown() const { return status_ != TVMETA_READ_FAILED && status_ != TVMETA_NO_MEMORY; }
+    int32_t format() const { return record_.format; }
+    bool isCompressed(int32_t block) const { return record_.blocks[block].isCompressed != 0; }
+    int64_t size() const { return source_.size; }
+    const tvmeta_Source& source() const { return source_; }
 
-// Throw Failure if the file is not a photograph or cannot be read. From a damaged one, a part is read; readPhoto prints
-// a warning.
-Photo readRecord(const std::string& path);
-Photo readPhoto(const std::string& path);
+    // Throws Failure if the file is not a photograph or cannot be read. From a damaged one, a part is read.
+    Photo read(const Wanted& wanted = {}) const;
 
-// The XMP packet; empty if there is none. Throws Failure if it is not at the recorded offset.
-std::string readPacket(const Photo& photo);
+    // The entries of all directories.
+    std::vector<tvmeta_Tag> tags() const;
 
-// The IPTC block; empty if there is none. Throws Failure if it is not at the recorded offset.
-Bytes readIptcBlock(const Photo& photo);
+    // The joined block; empty if there is none. Throws Failure if it cannot be read.
+    Bytes block(int32_t block) const;
 
-// Reads a text field of a library record, which has no terminator if it is full.
-template <size_t N>
-std::string fieldText(const char (&field)[N]) {
-    return {field, strnlen(field, N)};
-}
+  private:
+    std::string text(int32_t text, int32_t index = 0) const;
+
+    std::string path_;
+    tvmeta_Source source_ = {};
+    tvmeta_Photo record_ = {};
+    int32_t status_ = TVMETA_OK;
+};
+
+// Whether a file is a photograph. Throws Failure if it cannot be opened.
+bool isPhotograph(const std::string& path);
+
+// Reads a photograph that was named. Prints a warning if it is damaged.
+Photo readPhoto(const std::string& path, const Wanted& wanted = {});
+
+// A fraction of the record as a number; 0 if it has none.
+double quotient(const tvmeta_Rational& fraction);
+
+// The capture time as EXIF writes it, "YYYY:MM:DD HH:MM:SS"; empty without one.
+std::string takenText(const Photo& photo);

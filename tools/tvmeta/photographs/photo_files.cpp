@@ -6,7 +6,10 @@
 #include "system/system.h"
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
+#include <iterator>
+#include <string_view>
 #include <system_error>
 
 namespace {
@@ -83,6 +86,16 @@ class Search {
 };
 
 } // namespace
+
+bool hasPhotoName(const std::string& path) {
+    static constexpr std::string_view Extensions[] = {
+        ".jpg",  ".jpeg", ".tif",  ".tiff", ".btf",  ".dng", ".cr2", ".cr3", ".crw", ".nef",
+        ".nrw",  ".arw",  ".pef",  ".srw",  ".orf",  ".rw2", ".raf", ".psd", ".psb", ".heic",
+        ".heif", ".hif",  ".avif", ".jxl",  ".webp", ".x3f", ".mrw", ".iiq", ".3fr"};
+    std::string extension = nameOf(pathOf(path).extension());
+    std::ranges::transform(extension, extension.begin(), [](unsigned char c) { return std::tolower(c); });
+    return std::ranges::find(Extensions, extension) != std::end(Extensions);
+}
 
 PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, Progress& progress) {
     Search search(progress);

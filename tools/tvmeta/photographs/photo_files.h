@@ -17,6 +17,9 @@ struct PhotoFiles {
     size_t failures = 0; // folders that could not be searched; a message was printed for each
 };
 
+// Whether a file has the extension of a photograph.
+bool hasPhotoName(const std::string& path);
+
 // The named files, and all files of the named folders in natural order. Folders are searched if `recursive`, and
 // refused otherwise. Links to folders are followed where they are named, not inside of folders, so that loops of links
 // end.

@@ -19,10 +19,11 @@ std::filesystem::path normalPath(const Photo& photo) {
 }
 
 // Sorted by name, which decides the order of equal times; each file once.
-std::vector<Photo> readByName(const std::vector<std::string>& names, bool recursive, Reading& reading) {
+std::vector<Photo> readByName(const std::vector<std::string>& names, bool recursive, const Wanted& wanted,
+                              Reading& reading) {
     std::vector<Photo> photos;
     std::unordered_set<std::string> paths;
-    reading = readPhotos(names, recursive, [&](Photo&& photo) {
+    reading = readPhotos(names, recursive, wanted, [&](Photo&& photo) {
         if (paths.insert(nameOf(normalPath(photo))).second) {
             photos.push_back(std::move(photo));
         }
@@ -59,21 +60,22 @@ double PhotoSet::range() const {
 BracketShot bracketShot(const Photo& photo) {
     BracketShot shot;
     shot.folder = nameOf(normalPath(photo).parent_path());
-    shot.camera = fieldText(photo.info.model);
-    shot.fileType = photo.fileType;
+    shot.camera = photo.record.model;
+    shot.fileType = photo.record.format;
     if (photo.taken) {
         shot.start = photo.taken->time_since_epoch().count();
     }
-    shot.exposureTime = decimal(photo.info.exposureTime);
-    shot.fNumber = decimal(photo.info.fNumber);
-    shot.isoSpeed = photo.info.isoSpeed;
-    shot.focalLength = decimal(photo.info.focalLength);
+    shot.exposureTime = quotient(photo.record.exposureTime);
+    shot.fNumber = quotient(photo.record.fNumber);
+    shot.isoSpeed = photo.record.isoSpeed;
+    shot.focalLength = quotient(photo.record.focalLength);
     return shot;
 }
 
-PhotoSets readPhotoSets(const std::vector<std::string>& names, bool recursive, const BracketRules& rules) {
+PhotoSets readPhotoSets(const std::vector<std::string>& names, bool recursive, const BracketRules& rules,
+                        const Wanted& wanted) {
     PhotoSets result;
-    result.photos = readByName(names, recursive, result.reading);
+    result.photos = readByName(names, recursive, wanted, result.reading);
     std::vector<BracketShot> shots;
     std::ranges::transform(result.photos, std::back_inserter(shots), bracketShot);
     const Brackets found = findBrackets(shots, rules);

@@ -25,7 +25,8 @@ struct PhotoSets {
 };
 
 // Reads and groups photographs. A file given twice counts once.
-PhotoSets readPhotoSets(const std::vector<std::string>& names, bool recursive, const BracketRules& rules);
+PhotoSets readPhotoSets(const std::vector<std::string>& names, bool recursive, const BracketRules& rules,
+                        const Wanted& wanted = {});
 
 // The properties of a photograph that the rules use.
 BracketShot bracketShot(const Photo& photo);

@@ -4,6 +4,8 @@
 
 #include <tvmeta.h>
 
+#include <cstring>
+
 #include <array>
 #include <climits>
 #include <cwchar>
@@ -81,7 +83,7 @@ std::string profileName(const Bytes& profile) {
     std::string name = describedName(profile);
     char shortName[32] = {};
     if (name.empty() && get_profile_name(librarySize(profile), profile.data(), shortName) > 0) {
-        name = fieldText(shortName);
+        name.assign(shortName, strnlen(shortName, sizeof shortName)); // without a terminator if it is full
     }
     return name;
 }

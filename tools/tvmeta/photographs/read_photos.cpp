@@ -7,35 +7,53 @@
 
 #include <algorithm>
 #include <deque>
+#include <functional>
 #include <future>
+#include <map>
 #include <optional>
 
 namespace {
 
-// A photograph or an error; neither for other files in a folder.
+// A photograph, an error, or the kind of a file in a folder that is counted; none of them for other files.
 struct Outcome {
-    std::optional<Photo> photo;
-    std::string problem;
+    std::optional<Photo> photo = {};
+    std::string problem = {};
+    std::string kind = {};
+    bool isPhotoName = false;
 };
 
-Outcome readOne(const PhotoFile& file) {
+// What a file in a folder is that has no metadata to read.
+std::string kindOf(const OpenPhoto& file, bool isPhotoName) {
+    if (file.format() >= TVMETA_FORMAT_REFUSED) {
+        return tvmeta_format_name(file.format());
+    }
+    if (!isPhotoName) {
+        return "";
+    }
+    return file.size() == 0 ? "empty" : "not a photograph";
+}
+
+Outcome readOne(const PhotoFile& file, const Wanted& wanted) {
     try {
-        if (!file.isNamed && !findFileType(file.path)) {
-            return {};
+        const OpenPhoto open(file.path);
+        if (!file.isNamed && open.isKnown() && !open.isPhotograph()) {
+            const bool isPhotoName = hasPhotoName(file.path);
+            return {.kind = kindOf(open, isPhotoName), .isPhotoName = isPhotoName};
         }
-        Photo photo = readRecord(file.path);
+        Photo photo = open.read(wanted);
         std::string problem = photo.damage.empty() ? "" : file.path + ": " + photo.damage;
-        return {std::move(photo), std::move(problem)};
+        return {.photo = std::move(photo), .problem = std::move(problem)};
     } catch (const Failure& failure) {
-        return {std::nullopt, failure.what()};
+        return {.problem = failure.what()};
     }
 }
 
 using Batch = std::vector<Outcome>;
 
-Batch readBatch(std::span<const PhotoFile> files) {
+Batch readBatch(std::span<const PhotoFile> files, const Wanted& wanted) {
     Batch batch;
-    std::ranges::transform(files, std::back_inserter(batch), readOne);
+    std::ranges::transform(files, std::back_inserter(batch),
+                           [&](const PhotoFile& file) { return readOne(file, wanted); });
     return batch;
 }
 
@@ -43,15 +61,16 @@ Batch readBatch(std::span<const PhotoFile> files) {
 // processors. Each thread reads a batch, because starting a thread costs about as much as reading a file.
 class BatchReader {
   public:
-    explicit BatchReader(const std::vector<PhotoFile>& files)
-        : remaining(files), batchSize(std::clamp<size_t>(files.size() / (2 * MaxThreads), 1, MaxBatch)) {}
+    BatchReader(const std::vector<PhotoFile>& files, const Wanted& wantedParts)
+        : remaining(files), wanted(wantedParts),
+          batchSize(std::clamp<size_t>(files.size() / (2 * MaxThreads), 1, MaxBatch)) {}
 
     // The next batch in the order of the files; empty after the last.
     Batch next() {
         while (!remaining.empty() && reading.size() < MaxThreads) {
             const auto files = remaining.first(std::min(batchSize, remaining.size()));
             remaining = remaining.subspan(files.size());
-            reading.push_back(std::async(readBatch, files));
+            reading.push_back(std::async(readBatch, files, std::cref(wanted)));
         }
         if (reading.empty()) {
             return {};
@@ -66,22 +85,41 @@ class BatchReader {
     static constexpr size_t MaxBatch = 32;
 
     std::span<const PhotoFile> remaining;
+    const Wanted& wanted;
     size_t batchSize;
     std::deque<std::future<Batch>> reading;
 };
 
+// Files that were not read, in one line: "12 MP4, 3 empty".
+void reportKinds(const std::map<std::string, size_t>& kinds) {
+    std::string list;
+    for (const auto& [kind, count] : kinds) {
+        list += (list.empty() ? "" : ", ") + std::to_string(count) + " " + kind;
+    }
+    if (!list.empty()) {
+        complain("not read: " + list);
+    }
+}
+
 } // namespace
 
-Reading readPhotos(const std::vector<std::string>& names, bool recursive, const std::function<void(Photo&&)>& take) {
+Reading readPhotos(const std::vector<std::string>& names, bool recursive, const Wanted& wanted,
+                   const std::function<void(Photo&&)>& take) {
     Progress progress;
     const PhotoFiles found = findPhotoFiles(names, recursive, progress);
     Reading reading = {found.failures, found.failures};
+    std::map<std::string, size_t> kinds;
     size_t done = 0;
-    BatchReader reader(found.files);
+    BatchReader reader(found.files, wanted);
     for (Batch batch = reader.next(); !batch.empty(); batch = reader.next()) {
         for (Outcome& outcome : batch) {
             progress.done(done++, found.files.size());
-            reading.files += outcome.photo || !outcome.problem.empty() ? size_t{1} : 0;
+            const bool isCounted = outcome.photo || !outcome.problem.empty() || outcome.isPhotoName;
+            reading.files += isCounted ? size_t{1} : 0;
+            if (!outcome.kind.empty()) {
+                ++kinds[outcome.kind];
+                reading.failures += outcome.isPhotoName ? size_t{1} : 0;
+            }
             if (!outcome.problem.empty()) {
                 complain(outcome.problem);
                 ++reading.failures;
@@ -92,12 +130,13 @@ Reading readPhotos(const std::vector<std::string>& names, bool recursive, const 
             }
         }
     }
+    reportKinds(kinds);
     return reading;
 }
 
 void requireAllRead(const Reading& reading) {
     if (reading.files == 0) {
-        complain("no JPEG, TIFF or PSD file found");
+        complain("no photograph found");
     }
     if (reading.failures > 0 && reading.files > 1) {
         throw Failure(std::to_string(reading.failures) + " of " + std::to_string(reading.files) +

@@ -16,10 +16,12 @@ struct Reading {
 };
 
 // Passes each photograph to the callback, in the order of the names and within folders in natural order. Named files
-// must be photographs. Folders are searched if `recursive` and refused otherwise; other files in them are ignored.
+// must be photographs. Folders are searched if `recursive` and refused otherwise. Of other files in folders, those that
+// are pictures or films of another kind, or have the name of a photograph, are counted in one message at the end.
 // Prints a message for a file that cannot be read completely. Memory does not grow with the number of photographs,
 // except for their paths.
-Reading readPhotos(const std::vector<std::string>& names, bool recursive, const std::function<void(Photo&&)>& take);
+Reading readPhotos(const std::vector<std::string>& names, bool recursive, const Wanted& wanted,
+                   const std::function<void(Photo&&)>& take);
 
 // Ends the command if a file could not be read completely.
 void requireAllRead(const Reading& reading);

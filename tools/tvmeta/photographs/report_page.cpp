@@ -4,7 +4,6 @@
 #include "output/markup.h"
 #include "photographs/exposure_diagram.h"
 #include "photographs/fields.h"
-#include "photographs/jpeg_size.h"
 #include "photographs/natural_order.h"
 #include "photographs/report_style.h"
 #include "system/files.h"
@@ -56,27 +55,23 @@ std::string fieldWords(const Photo& photo, const char* key) {
 // The thumbnail as an image. Omitted unless it is a JPEG of a usual size.
 std::string thumbnail(const Photo& photo) {
     constexpr const char* None = "no thumbnail";
-    constexpr int32_t MaxBytes = 1 << 18;
+    constexpr size_t MaxBytes = 1 << 18;
     constexpr int32_t MaxSide = 2048;
-    const int32_t orientation = photo.info.orientation;
-    const Region& place = photo.parts.thumbnail;
-    if (place.length <= 0 || place.length > MaxBytes) {
+    const int32_t orientation = photo.record.orientation;
+    const Bytes& file = photo.blocks[TVMETA_THUMBNAIL];
+    tvmeta_Source source;
+    tvmeta_Photo size;
+    size.recordSize = sizeof size;
+    tvmeta_memory(file.data(), std::ssize(file), &source);
+    const auto isUsual = [](int32_t side) { return side > 0 && side <= MaxSide; };
+    if (file.empty() || file.size() > MaxBytes || tvmeta_read_photo(&source, &size) != TVMETA_OK ||
+        size.format != TVMETA_FORMAT_JPEG || !isUsual(size.width) || !isUsual(size.height)) {
         return None;
     }
-    try {
-        const Bytes file = readRegion(photo.path, place);
-        const std::optional<PixelSize> size = jpegSize(file);
-        const auto isUsual = [](int32_t side) { return side > 0 && side <= MaxSide; };
-        if (!size || !isUsual(size->width) || !isUsual(size->height)) {
-            return None;
-        }
-        const bool isTurned = orientation >= 2 && orientation <= 8;
-        return "<img" + attribute("alt", "Thumbnail of " + markup(fileName(photo))) +
-               (isTurned ? attribute("class", "o" + std::to_string(orientation)) : "") +
-               attribute("src", "data:image/jpeg;base64," + base64(file)) + ">";
-    } catch (const Failure&) {
-        return None; // outside of the file, or the file was removed
-    }
+    const bool isTurned = orientation >= 2 && orientation <= 8;
+    return "<img" + attribute("alt", "Thumbnail of " + markup(fileName(photo))) +
+           (isTurned ? attribute("class", "o" + std::to_string(orientation)) : "") +
+           attribute("src", "data:image/jpeg;base64," + base64(file)) + ">";
 }
 
 struct TableColumn {
@@ -167,7 +162,7 @@ std::vector<std::string> ofSets(const PhotoSets& found, Property property) {
 }
 
 std::string cameraOf(const PhotoSet& set) {
-    const std::string camera = fieldText(set.photos.front()->info.model);
+    const std::string camera = set.photos.front()->record.model;
     return camera.empty() ? "unknown camera" : camera;
 }
 
@@ -252,7 +247,7 @@ class ReportPage {
         const std::string folder = nameOf(pathOf(first.path).parent_path());
         write(element("p",
                       fieldWords(first, "dateTimeOriginal") + ", " + markup(cameraOf(set)) +
-                          (first.info.focalLength > 0 ? ", " + fieldWords(first, "focalLength") : "") + ", range " +
+                          (first.has(TVMETA_FOCAL_LENGTH) ? ", " + fieldWords(first, "focalLength") : "") + ", range " +
                           stopsText(set.range()) + " EV" +
                           (folder.empty() || folder == "." ? "" : ", in " + markup(folder)),
                       attribute("class", "facts")) +

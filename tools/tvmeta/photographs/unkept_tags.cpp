@@ -1,7 +1,5 @@
 #include "photographs/unkept_tags.h"
 
-#include "photographs/writer_records.h"
-
 #include <algorithm>
 #include <array>
 #include <span>
@@ -51,8 +49,12 @@ struct Unkept {
     std::vector<std::string> names;
     size_t others = 0;
 
-    void add(const TiffDirectory& directory, std::span<const int32_t> kept, std::span<const NamedTag> named) {
-        for (const TiffEntry& entry : directory.entries) {
+    void add(std::span<const tvmeta_Tag> tags, int32_t directory, std::span<const int32_t> kept,
+             std::span<const NamedTag> named) {
+        for (const tvmeta_Tag& entry : tags) {
+            if (entry.directory != directory) {
+                continue;
+            }
             const auto name = std::ranges::find(named, entry.tag, &NamedTag::tag);
             if (name != named.end()) {
                 names.emplace_back(name->name);
@@ -65,20 +67,15 @@ struct Unkept {
 
 } // namespace
 
-std::vector<std::string> unkeptValues(const Photo& photo) {
+std::vector<std::string> unkeptValues(const OpenPhoto& photo, int64_t clamped) {
     Unkept unkept;
-    const MetadataBuf metadata = writerRecords(photo.info).metadata;
-    const auto needs = [&](bool isUnkept, const char* name) {
-        if (isUnkept) {
-            unkept.names.emplace_back(name);
-        }
-    };
-    needs(photo.info.exposureTime > 0 && metadata.exposureTime[0] == 0, "exposure time");
-    needs(photo.info.isoSpeed > metadata.isoSpeed, "ISO speed above 65535");
-    needs(photo.parts.hasExtendedXmp, "XMP beyond 64 KiB");
-    unkept.add(photo.parts.image, ImageKept, ImageNames);
-    unkept.add(photo.parts.camera, CameraKept, CameraNames);
-    unkept.add(photo.parts.gps, GpsKept, GpsNames);
+    if ((clamped >> TVMETA_ISO_SPEED & 1) != 0) {
+        unkept.names.emplace_back("ISO speed above 65535");
+    }
+    const std::vector<tvmeta_Tag> tags = photo.tags();
+    unkept.add(tags, TVMETA_IMAGE, ImageKept, ImageNames);
+    unkept.add(tags, TVMETA_EXIF_DIRECTORY, CameraKept, CameraNames);
+    unkept.add(tags, TVMETA_GPS_DIRECTORY, GpsKept, GpsNames);
     if (unkept.others > 0) {
         unkept.names.push_back(std::to_string(unkept.others) +
                                (unkept.others == 1 ? " other EXIF tag" : " other EXIF tags"));

@@ -7,4 +7,4 @@
 #include <vector>
 
 // The names of these values, for a message; empty if there are none.
-std::vector<std::string> unkeptValues(const Photo& photo);
+std::vector<std::string> unkeptValues(const OpenPhoto& photo, int64_t clamped);
