@@ -555,6 +555,54 @@ TVMETA_API const char* tvmeta_method_name(int32_t method) TVMETA_NOEXCEPT;
  */
 TVMETA_API int32_t tvmeta_parameter(int32_t method, int32_t index, tvmeta_Parameter* out) TVMETA_NOEXCEPT;
 
+/** Bytes that tvmeta_setting_text() may write, including the terminating zero. */
+#define TVMETA_SETTING_TEXT_SIZE 64
+
+/**
+ * Writes the value of one parameter as people read it: the text that a packet contains, without its padding, such as
+ * "70.5", "1.20", "Very High" or "No".
+ *
+ * @param method,index  as for tvmeta_parameter().
+ * @param settings  slots of the method. Null: 0.
+ * @param text  receives the text and a terminating zero; TVMETA_SETTING_TEXT_SIZE bytes. Null: 0.
+ * @retval >0  length of the text
+ * @retval 0  the code names no method, or it has no parameter of that index
+ * @failure text is unchanged.
+ */
+TVMETA_API int32_t tvmeta_setting_text(int32_t method, int32_t index, const float* settings,
+                                       char text[TVMETA_SETTING_TEXT_SIZE]) TVMETA_NOEXCEPT;
+
+/** Results of tvmeta_setting_value(). */
+enum {
+    TVMETA_SETTING_OK = 1,
+    TVMETA_SETTING_UNKNOWN = 0,
+    TVMETA_SETTING_INVALID = -1,
+    TVMETA_SETTING_TOO_SMALL = -2,
+    TVMETA_SETTING_TOO_LARGE = -3
+};
+
+/**
+ * Sets one parameter to the value of a text, as people type it. The slot receives the value that is read back from a
+ * packet: a number is rounded to the decimals of its kind. A text of tvmeta_setting_text() that is accepted gives the
+ * same text again.
+ *
+ * @param method,index  as for tvmeta_parameter().
+ * @param text  the text, zero-terminated. A number is decimal, with a point and an exponent if needed ("7", "-0.5",
+ *   "1e3"), not "inf" or "nan". A word is spelled as at TVMETA_SMOOTHING_MODE and the following kinds. Nothing may
+ *   precede or follow. Null: the default, which is 1.00 for a gamma, 0 for other numbers, the word of slot value 0.
+ * @param settings  slots of the method, of which one is set. TVMETA_SMOOTHING depends on the smoothing mode in them,
+ *   so set the mode first. Null: -1.
+ * @retval 1  TVMETA_SETTING_OK: the slot is set
+ * @retval 0  TVMETA_SETTING_UNKNOWN: the code names no method, or it has no parameter of that index
+ * @retval -1  TVMETA_SETTING_INVALID: not a number or word of the parameter, or a gamma or clip below 0
+ * @retval -2  TVMETA_SETTING_TOO_SMALL: a gamma that a packet contains as 0.00
+ * @retval -3  TVMETA_SETTING_TOO_LARGE: a gamma above 10000, or a number whose slot is beyond the range of a float
+ * @failure settings is unchanged.
+ * @limits the ranges of the application's sliders are not checked.
+ */
+TVMETA_API int32_t tvmeta_setting_value(int32_t method, int32_t index, const char* text,
+                                        float* settings) TVMETA_NOEXCEPT;
+
 /** Results of get_settings_from_xmp(), and of functions that use it. */
 enum { XMP_NO_SETTINGS = 0, XMP_NOT_TERMINATED = -3, XMP_OTHER_METHOD = -5 };
 

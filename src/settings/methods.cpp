@@ -130,6 +130,12 @@ const Method* findMethod(std::int32_t code) {
     return found != std::end(Methods) ? found : nullptr;
 }
 
+const Parameter* findParameter(std::int32_t method, std::int32_t index) {
+    const Method* const found = findMethod(method);
+    const auto place = static_cast<std::size_t>(index); // beyond any table if negative
+    return found != nullptr && place < found->parameters.size() ? &found->parameters[place] : nullptr;
+}
+
 } // namespace tvmeta
 
 // Names are literals, so a zero byte follows them.
@@ -139,14 +145,12 @@ const char* tvmeta_method_name(std::int32_t method) noexcept {
 }
 
 std::int32_t tvmeta_parameter(std::int32_t method, std::int32_t index, tvmeta_Parameter* out) noexcept {
-    const tvmeta::Method* const found = tvmeta::findMethod(method);
-    const auto count = static_cast<std::int32_t>(found != nullptr ? found->parameters.size() : 0);
-    if (index < 0 || index >= count) {
+    const tvmeta::Parameter* const parameter = tvmeta::findParameter(method, index);
+    if (parameter == nullptr) {
         return 0;
     }
     if (out != nullptr) {
-        const tvmeta::Parameter& parameter = found->parameters[static_cast<std::size_t>(index)];
-        *out = {parameter.name.data(), parameter.slot, tvmeta::publicKind(parameter.kind)};
+        *out = {parameter->name.data(), parameter->slot, tvmeta::publicKind(parameter->kind)};
     }
-    return count;
+    return static_cast<std::int32_t>(tvmeta::findMethod(method)->parameters.size());
 }

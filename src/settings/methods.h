@@ -4,6 +4,7 @@
 
 #include "tvmeta.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -42,6 +43,9 @@ std::span<const Method> methods();
 // The method of a code; null if the code names none.
 const Method* findMethod(std::int32_t code);
 
+// A parameter by its place in the method's table; null if there is none.
+const Parameter* findParameter(std::int32_t method, std::int32_t index);
+
 inline bool isMethodCode(std::int32_t code) {
     return findMethod(code) != nullptr;
 }
@@ -63,6 +67,9 @@ inline constexpr Word MicrocontrastWords[] = {{"High", 0.0F},    {"Medium High",
 
 inline constexpr Word SmoothingModes[] = {{"Light", 0.0F}, {"Slider", 1.0F}};
 
+inline constexpr Word YesNo[] = {{"No", 0.0F}, {"Yes", 1.0F}};
+inline constexpr std::size_t YesNoWidth = 3; // of padded words
+
 inline constexpr float LightSmoothing = 0.0F;
 inline constexpr float SliderSmoothing = 1.0F;
 inline constexpr float NeutralGamma = 50.0F; // slider position of gamma 1
@@ -71,5 +78,10 @@ inline constexpr float NeutralGamma = 50.0F; // slider position of gamma 1
 inline constexpr int SmoothingModeSlot = DETAILS_ENHANCER_SMOOTHING_MODE;
 inline constexpr int SmoothingLevelSlot = DETAILS_ENHANCER_SMOOTHING_LEVEL;
 inline constexpr int SmoothingSliderSlot = DETAILS_ENHANCER_SMOOTHING_SLIDER;
+
+// The mode is the integer part. Compared as floats, since a slot may exceed any integer.
+inline bool smoothsBySlider(const float* settings) {
+    return settings[SmoothingModeSlot] >= SliderSmoothing && settings[SmoothingModeSlot] < SliderSmoothing + 1.0F;
+}
 
 } // namespace tvmeta

@@ -63,11 +63,6 @@ void putNamespaceNumber(TextSink& sink, std::int32_t number) {
     sink.put(std::string_view(digits, static_cast<std::size_t>(std::end(buffer) - digits)));
 }
 
-bool smoothsBySlider(const float* settings) {
-    // The mode is the integer part. Compared as floats, since a slot may exceed any integer.
-    return settings[SmoothingModeSlot] >= 1.0F && settings[SmoothingModeSlot] < 2.0F;
-}
-
 const Word& smoothingLevel(float level) {
     constexpr float Last = static_cast<float>(std::size(SmoothingLevels) - 1);
     return SmoothingLevels[level > 0.0F ? static_cast<std::size_t>(std::min(level, Last)) : 0]; // NaN gives 0
@@ -78,43 +73,32 @@ void putNumber(TextSink& sink, float value, int decimals) {
     sink.put(printFixed(buffer, value, decimals));
 }
 
-void putSmoothing(TextSink& sink, const float* settings) {
-    if (smoothsBySlider(settings)) {
-        putNumber(sink, settings[SmoothingSliderSlot], 1);
-        return;
-    }
+void putPadded(TextSink& sink, const Word& word, std::size_t width) {
     constexpr std::string_view Spaces = "        ";
-    static_assert(Spaces.size() == SmoothingLevelWidth);
-    const std::string_view word = smoothingLevel(settings[SmoothingLevelSlot]).text;
-    sink.put(word, textFrom(Spaces, word.size()));
+    static_assert(Spaces.size() >= SmoothingLevelWidth && Spaces.size() >= YesNoWidth);
+    sink.put(word.text, textFrom(Spaces.substr(0, width), word.text.size()));
 }
 
 void putValue(TextSink& sink, const Parameter& parameter, const float* settings) {
     const float slot = settings[parameter.slot];
     switch (parameter.kind) {
-    case ValueKind::Number:
-    case ValueKind::VersionedNumber:
-    case ValueKind::Microcontrast:
-        putNumber(sink, slot, 1);
-        break;
-    case ValueKind::Fraction:
-        putNumber(sink, slot, 6);
-        break;
-    case ValueKind::Gamma:
-        putNumber(sink, gammaFromSlider(slot), 2);
-        break;
-    case ValueKind::Clip:
-        putNumber(sink, clipFromSlot(slot), 3);
-        break;
     case ValueKind::SmoothingMode:
         sink.put(SmoothingModes[smoothsBySlider(settings) ? 1 : 0].text);
         break;
     case ValueKind::Smoothing:
-        putSmoothing(sink, settings);
+        if (smoothsBySlider(settings)) {
+            putNumber(sink, settings[SmoothingSliderSlot], 1);
+        } else {
+            putPadded(sink, smoothingLevel(slot), SmoothingLevelWidth);
+        }
         break;
     case ValueKind::Panorama:
-        sink.put(slot > 0.0F ? "Yes" : "No ");
+        putPadded(sink, YesNo[slot > 0.0F ? 1 : 0], YesNoWidth);
         break;
+    default: {
+        const NumberForm form = numberForm(parameter.kind);
+        putNumber(sink, form.fromSlot(slot), form.decimals);
+    }
     }
 }
 
@@ -162,6 +146,12 @@ bool hasSlots(const PacketRequest& request) {
 std::size_t measurePacket(const PacketRequest& request) {
     TextSink sink(nullptr);
     putPacket(sink, request);
+    return sink.size();
+}
+
+std::size_t writeValue(const Parameter& parameter, const float* settings, char* out) {
+    TextSink sink(out);
+    putValue(sink, parameter, settings);
     return sink.size();
 }
 

@@ -11,6 +11,8 @@ namespace tvmeta {
 // The interface adds this to a method code to request the settings description without the packet around it.
 inline constexpr std::int32_t DescriptionOnly = 200;
 
+struct Parameter;
+
 // The content of a packet. Measuring and writing use the same request, so both give the same length.
 struct PacketRequest {
     std::int32_t method; // 0 or less: no settings description
@@ -31,5 +33,8 @@ std::size_t measurePacket(const PacketRequest& request);
 
 // Writes the text, without a terminator, and returns its length.
 std::size_t writePacket(const PacketRequest& request, char* out);
+
+// Writes the value of one parameter with its padding, at most PrintedFloatSize bytes, and returns its length.
+std::size_t writeValue(const Parameter& parameter, const float* settings, char* out);
 
 } // namespace tvmeta

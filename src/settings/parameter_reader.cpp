@@ -129,16 +129,12 @@ void readParameter(const Packet& packet, const Parameter& parameter, std::string
     switch (parameter.kind) {
     case ValueKind::Number:
     case ValueKind::Fraction:
-        store(readFloat(value), slot);
+    case ValueKind::Gamma:
+    case ValueKind::Clip:
+        store(convert(readFloat(value), numberForm(parameter.kind).toSlot), slot);
         break;
     case ValueKind::VersionedNumber:
         store(readVersionedNumber(packet, value), slot);
-        break;
-    case ValueKind::Gamma:
-        store(convert(readFloat(value), sliderFromGamma), slot);
-        break;
-    case ValueKind::Clip:
-        store(convert(readFloat(value), slotFromClip), slot);
         break;
     case ValueKind::Microcontrast:
         store(readMicrocontrast(packet, value), slot);
@@ -150,7 +146,7 @@ void readParameter(const Packet& packet, const Parameter& parameter, std::string
         readSmoothing(value, settings);
         break;
     case ValueKind::Panorama:
-        slot = value.starts_with("Yes") ? 1.0F : 0.0F;
+        slot = readWord(value, YesNo).value_or(0.0F);
         break;
     }
 }

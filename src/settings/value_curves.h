@@ -1,5 +1,8 @@
-// Settings: the curves between slots and packet values, each next to its inverse.
+// Settings: the numbers of a packet: their decimals, and the curves between them and the slots, each next to its
+// inverse.
 #pragma once
+
+#include "settings/methods.h"
 
 #include <cmath>
 #include <limits>
@@ -35,6 +38,30 @@ inline float clipFromSlot(float slot) {
 inline float slotFromClip(float clip) {
     constexpr double Exponent = 3.063922574380088; // the reciprocal of the inverse's
     return curveResult(clip, std::pow(static_cast<double>(clip) / 10.0, Exponent) * 10.0);
+}
+
+inline float unchanged(float number) {
+    return number;
+}
+
+struct NumberForm {
+    int decimals;
+    float (*fromSlot)(float);
+    float (*toSlot)(float);
+};
+
+// The form of a kind whose values are numbers in a current packet.
+inline NumberForm numberForm(ValueKind kind) {
+    switch (kind) {
+    case ValueKind::Fraction:
+        return {6, unchanged, unchanged};
+    case ValueKind::Gamma:
+        return {2, gammaFromSlider, sliderFromGamma};
+    case ValueKind::Clip:
+        return {3, clipFromSlot, slotFromClip};
+    default:
+        return {1, unchanged, unchanged};
+    }
 }
 
 } // namespace tvmeta

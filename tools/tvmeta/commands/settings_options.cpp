@@ -70,6 +70,63 @@ std::vector<Setting> parseAssignments(const SettingsOptions& options, int32_t me
     return settings;
 }
 
+// The value of a parameter as a packet contains it.
+std::string valueText(int32_t method, int32_t index, const SlotValues& values) {
+    std::array<char, TVMETA_SETTING_TEXT_SIZE> text = {};
+    tvmeta_setting_text(method, index, values.data(), text.data());
+    return text.data();
+}
+
+// The words of a parameter: the texts of slot values from 0 on, until one is repeated.
+std::vector<std::string> wordsOf(int32_t method, int32_t index, int32_t slot) {
+    std::vector<std::string> words;
+    SlotValues values = {};
+    for (std::string word = valueText(method, index, values); std::ranges::count(words, word) == 0;
+         word = valueText(method, index, values)) {
+        words.push_back(word);
+        values[static_cast<size_t>(slot)] += 1;
+    }
+    return words;
+}
+
+bool usesSlider(const SlotValues& values) {
+    return values[DETAILS_ENHANCER_SMOOTHING_MODE] == 1;
+}
+
+// The values that a parameter accepts, for messages.
+std::string allowedValues(const Settings& settings, int32_t index, const tvmeta_Parameter& parameter) {
+    const auto words = [&] { return wordList(wordsOf(settings.method, index, parameter.slot), "or"); };
+    switch (parameter.kind) {
+    case TVMETA_GAMMA:
+        return "a number above 0";
+    case TVMETA_CLIP:
+        return "a number of 0 or more";
+    case TVMETA_SMOOTHING:
+        return usesSlider(settings.values) ? "a number, because SmoothingMode is Slider"
+                                           : words() + ", or a number with SmoothingMode=Slider";
+    case TVMETA_SMOOTHING_MODE:
+    case TVMETA_YES_NO:
+        return words();
+    default:
+        return "a number";
+    }
+}
+
+// Sets a parameter to the value of a text. Set the smoothing mode before the smoothing.
+void setValue(Settings& settings, int32_t index, const tvmeta_Parameter& parameter, const std::string& text) {
+    const std::string problem = "invalid " + std::string(parameter.name) + " '" + text + "': ";
+    switch (tvmeta_setting_value(settings.method, index, text.c_str(), settings.values.data())) {
+    case TVMETA_SETTING_OK:
+        break;
+    case TVMETA_SETTING_TOO_SMALL:
+        throw WrongCommandLine(problem + "the number is too small");
+    case TVMETA_SETTING_TOO_LARGE:
+        throw WrongCommandLine(problem + "the number is too large");
+    default:
+        throw WrongCommandLine(problem + "use " + allowedValues(settings, index, parameter));
+    }
+}
+
 // Marks slots that were not read: no packet contains this value.
 constexpr float Unset = std::numeric_limits<float>::lowest();
 
@@ -93,7 +150,9 @@ bool isContained(const tvmeta_Parameter& parameter, const PacketSlots& slots, co
         return slots.methodTag > 0 &&
                packet.find("tvtm:Gamma", static_cast<size_t>(slots.methodTag)) != std::string::npos;
     }
-    return slots.values[static_cast<size_t>(slotOf(slots.values, parameter))] != Unset;
+    const bool bySlider = parameter.kind == TVMETA_SMOOTHING && usesSlider(slots.values);
+    const int32_t slot = bySlider ? DETAILS_ENHANCER_SMOOTHING_SLIDER : parameter.slot;
+    return slots.values[static_cast<size_t>(slot)] != Unset;
 }
 
 } // namespace
@@ -132,13 +191,15 @@ Settings settingsFrom(const SettingsOptions& options) {
     }
     settings.method = methodNamed(options.method);
     const std::vector<Setting> given = parseAssignments(options, settings.method);
+    int32_t index = 0;
     for (const tvmeta_Parameter& parameter : parametersOf(settings.method)) {
         const auto found = std::ranges::find(given, std::string_view(parameter.name), &Setting::name);
         if (found != given.end()) {
-            setValue(settings.values, parameter, found->value);
+            setValue(settings, index, parameter, found->value);
         } else {
-            settings.values[static_cast<size_t>(parameter.slot)] = defaultValue(parameter);
+            tvmeta_setting_value(settings.method, index, nullptr, settings.values.data());
         }
+        ++index;
     }
     return settings;
 }
@@ -164,11 +225,13 @@ std::vector<Setting> settingsInPacket(int32_t method, const std::string& packet)
         slots = readSlots(method, packet, 0);
     }
     std::vector<Setting> settings = {{"Method", tvmeta_method_name(method)}};
+    int32_t index = 0;
     for (const tvmeta_Parameter& parameter : parametersOf(method)) {
         const bool isAssumed = parameter.kind == TVMETA_SMOOTHING_MODE && !hasMode;
         if (!isAssumed && isContained(parameter, slots, packet)) {
-            settings.push_back({parameter.name, valueText(slots.values, parameter)});
+            settings.push_back({parameter.name, valueText(method, index, slots.values)});
         }
+        ++index;
     }
     return settings;
 }

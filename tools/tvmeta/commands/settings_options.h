@@ -2,13 +2,15 @@
 #pragma once
 
 #include "commands/command_line.h"
-#include "commands/setting_values.h"
 
 #include <tvmeta.h>
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
+
+using SlotValues = std::array<float, SETTINGS_SLOTS>;
 
 struct Settings {
     int32_t method = METHOD_NONE;
