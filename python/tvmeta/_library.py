@@ -23,6 +23,8 @@ _SIGNATURES: dict[str, tuple[Any, list[Any]]] = {
     "tvmeta_file_type": (c_int32, [c_char_p]),
     "tvmeta_method_name": (c_char_p, [c_int32]),
     "tvmeta_parameter": (c_int32, [c_int32, c_int32, POINTER(records.Parameter)]),
+    "tvmeta_setting_text": (c_int32, [c_int32, c_int32, _FLOATS, c_char_p]),
+    "tvmeta_setting_value": (c_int32, [c_int32, c_int32, c_char_p, _FLOATS]),
     "getExifData": (c_int32, [c_char_p, c_int32, _RECORD]),
     "get_settings_from_xmp": (c_int32, [c_int32, c_int32, c_char_p, c_void_p, _FLOATS]),
     "embed_xmp": (c_int32, [c_int32, c_int32, _FLOATS, c_int32, c_char_p, c_void_p]),

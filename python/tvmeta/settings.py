@@ -3,9 +3,9 @@
 from __future__ import annotations
 
 import math
-from ctypes import byref, create_string_buffer
+from ctypes import Array, byref, c_float, create_string_buffer
 from functools import lru_cache
-from typing import Any, Iterator, Mapping, MutableMapping, NamedTuple, Optional, Union
+from typing import Callable, Iterator, Mapping, MutableMapping, NamedTuple, Optional, SupportsFloat, Union
 
 from . import _files as files
 from ._library import MAX_BYTES, library, length_of
@@ -16,21 +16,18 @@ from .errors import AnyPath, Error, FormatError, file_error
 from .photo import PathLike, library_path, read
 
 Value = Union[float, bool, str]
+Slots = Array[c_float]
 
 _DETECT = -1
-_NUMBER, _FRACTION, _GAMMA, _CLIP, _SMOOTHING_MODE, _SMOOTHING, _YES_NO = range(7)
-_DECIMALS = {_NUMBER: 1, _FRACTION: 6, _GAMMA: 2, _CLIP: 3, _SMOOTHING: 1}  # in a packet
-_LEVELS = ("Very High", "High", "Medium", "Low", "Very Low")
-_LIGHT, _SLIDER = _MODES = ("Light", "Slider")
-_SLIDER_SLOT = 17
-_NEUTRAL_GAMMA = 50.0  # slider position
-_CLIP_EXPONENT = 3.063922574380088
-_MAX_NUMBER = 1e9  # far beyond any setting; its clip value still is a float
+_SMOOTHING_MODE, _SMOOTHING, _YES_NO = 4, 5, 6  # kinds
+_SETTING_OK, _SETTING_INVALID = 1, -1
+_TEXT_SIZE = 64
 
 
 class Parameter(NamedTuple):
     """One parameter of a method: slot and kind as tvmeta.h defines them."""
 
+    place: int  # index in the method
     slot: int
     kind: int
 
@@ -41,7 +38,7 @@ def parameters(method: Method) -> Mapping[str, Parameter]:
     found: dict[str, Parameter] = {}
     record = ParameterRecord()
     while library.tvmeta_parameter(method, len(found), byref(record)) > 0:
-        found[record.name.decode()] = Parameter(record.slot, record.kind)
+        found[record.name.decode()] = Parameter(len(found), record.slot, record.kind)
     return found
 
 
@@ -60,52 +57,40 @@ def _method(method: Union[Method, int, str]) -> Method:
     raise ValueError(f"no method {method!r}; there are: {', '.join(map(method_name, Method))}")
 
 
-def _power(base: float, exponent: float) -> float:
-    """Raise to a power as C does: NaN and infinity instead of an exception."""
-    try:
-        return math.pow(base, exponent)
-    except ValueError:
-        return math.nan
-    except OverflowError:
-        return math.inf
+def _text(method: Method, parameter: Parameter, slots: Slots) -> str:
+    """Return a value as the packet contains it."""
+    text = create_string_buffer(_TEXT_SIZE)
+    library.tvmeta_setting_text(method, parameter.place, slots, text)
+    return text.value.decode()
 
 
-def _from_slot(kind: int, value: float) -> float:
-    """Return a number as the packet contains it."""
-    if kind == _GAMMA:
-        value = _power(2, (50 - value) / 50)
-    elif kind == _CLIP:
-        value = 10 * _power(value / 10, 1 / _CLIP_EXPONENT)
-    return round(value, _DECIMALS[kind])
+def _words(method: Method, parameter: Parameter) -> list[str]:
+    """Return the words of a parameter: the texts of slot values from 0 on, until one is repeated."""
+    words: list[str] = []
+    slots = SettingsValues()
+    while (word := _text(method, parameter, slots)) not in words:
+        words.append(word)
+        slots[parameter.slot] += 1
+    return words
 
 
-def _to_slot(kind: int, value: float) -> float:
-    if kind == _GAMMA:
-        return 50 * (1 - math.log2(value))
-    return 10 * math.pow(value / 10, _CLIP_EXPONENT) if kind == _CLIP else value
-
-
-def _number(name: str, kind: int, value: Any) -> float:
-    if isinstance(value, (str, bool)):
+def _number(name: str, value: object) -> str:
+    """Return the text of a number."""
+    if isinstance(value, (str, bool)) or not isinstance(value, SupportsFloat):
         raise ValueError(f"{name}: a number is required, not {value!r}")
-    number = float(value)
-    if not abs(number) < _MAX_NUMBER or (kind == _GAMMA and number <= 0) or (kind == _CLIP and number < 0):
-        raise ValueError(f"{name}: {value!r} is out of range")
-    return number
-
-
-def _word(name: str, words: tuple[str, ...], value: Any) -> str:
-    if value not in words:
-        raise ValueError(f"{name}: {value!r} is not one of {', '.join(words)}")
-    return str(value)
+    try:
+        return repr(float(value))
+    except OverflowError:
+        return repr(math.inf)
 
 
 class Settings(MutableMapping[str, Value]):
     """The settings of one processing run: a method, and its parameters by name.
 
     Values are those of a packet: numbers, True or False, and the words of SmoothingMode and
-    Smoothing. A word for Smoothing selects the mode "Light", a number the mode "Slider". Each
-    parameter of the method is always present; `del` restores its default.
+    Smoothing. A number is rounded to the decimals of a packet. A word for Smoothing selects the
+    mode "Light", a number the mode "Slider". Each parameter of the method is always present:
+    `del`, `pop()`, `popitem()` and `clear()` restore defaults.
 
     >>> settings = Settings("Details Enhancer", {"Strength": 70, "Gamma": 1.2})
     >>> settings["Smoothing"] = "Low"
@@ -113,56 +98,110 @@ class Settings(MutableMapping[str, Value]):
 
     def __init__(self, method: Union[Method, int, str], values: Optional[Mapping[str, Value]] = None) -> None:
         """Start with the defaults of a method and set the given values."""
-        self.method = _method(method)
-        self._values = self._from_slots(self._default_slots())
+        self._method = _method(method)
+        self.clear()
         self.update(values or {})
+
+    @property
+    def method(self) -> Method:
+        """Return the method, which determines the names."""
+        return self._method
 
     def __repr__(self) -> str:
         """Return the expression that makes the same settings."""
-        return f"Settings({method_name(self.method)!r}, {self._values!r})"
-
-    def __eq__(self, other: object) -> bool:
-        """Compare method and values."""
-        if not isinstance(other, Settings):
-            return NotImplemented
-        return self.method == other.method and self._values == other._values
+        return f"Settings({method_name(self.method)!r}, {dict(self)!r})"
 
     def __len__(self) -> int:
         """Return the number of parameters of the method."""
-        return len(self._values)
+        return len(parameters(self.method))
 
     def __iter__(self) -> Iterator[str]:
         """Iterate over the names in the order of a packet."""
-        return iter(self._values)
+        return iter(parameters(self.method))
 
     def __getitem__(self, name: str) -> Value:
         """Return a value by name."""
-        self._parameter(name)
-        return self._values[name]
+        parameter = self._parameter(name)
+        if parameter.kind == _YES_NO:
+            return self._slots[parameter.slot] > 0
+        text = _text(self.method, parameter, self._slots)
+        try:
+            number = float(text)
+        except ValueError:
+            return text
+        return math.nan if math.isnan(number) else number  # dictionaries compare NaN by identity
 
     def __setitem__(self, name: str, value: Value) -> None:
         """Set a value that the packet can contain; anything else is a ValueError."""
-        kind = self._parameter(name).kind
-        if kind == _YES_NO:
+        parameter = self._parameter(name)
+        slots = self.slots()
+        if parameter.kind == _YES_NO:
             if value not in (True, False):
                 raise ValueError(f"{name}: True or False is required, not {value!r}")
-            self._values[name] = bool(value)
-        elif kind == _SMOOTHING_MODE:
-            mode = _word(name, _MODES, value)
-            if mode != self._values[name]:
-                self._values["Smoothing"] = _LEVELS[0] if mode == _LIGHT else 0.0
-            self._values[name] = mode
-        elif kind == _SMOOTHING and isinstance(value, str):
-            self._values[name] = _word(name, _LEVELS, value)
-            self._values["SmoothingMode"] = _LIGHT
+            slots[parameter.slot] = bool(value)
+        elif parameter.kind == _SMOOTHING_MODE:
+            wanted = self.slots()
+            self._store(wanted, name, value)
+            self._select(slots, wanted[parameter.slot])
         else:
-            self._values[name] = _number(name, kind, value)
-            if kind == _SMOOTHING:
-                self._values["SmoothingMode"] = _SLIDER
+            if parameter.kind == _SMOOTHING:
+                self._select(slots, 0 if isinstance(value, str) else 1)
+            self._store(slots, name, value)
+        self._slots = slots
 
     def __delitem__(self, name: str) -> None:
         """Restore the default of a value."""
-        self[name] = self._from_slots(self._default_slots())[name]
+        self[name] = type(self)(self.method)[name]
+
+    def __or__(self, other: Mapping[str, Value]) -> Settings:
+        """Return a copy with the values of another mapping."""
+        if not isinstance(other, Mapping):
+            return NotImplemented
+        result = self.copy()
+        result.update(other)
+        return result
+
+    def __ror__(self, other: Mapping[str, Value]) -> dict[str, Value]:
+        """Return a dictionary of another mapping and these settings."""
+        return {**other, **self} if isinstance(other, Mapping) else NotImplemented
+
+    def __ior__(self, other: Mapping[str, Value]) -> Settings:
+        """Set the values of another mapping."""
+        self.update(other)
+        return self
+
+    def __copy__(self) -> Settings:
+        """Return a copy that shares nothing."""
+        return self.copy()
+
+    def __reduce__(self) -> tuple[Callable[[bytes], Settings], tuple[bytes]]:
+        """Pickle the packet, which every version of the package can read."""
+        return type(self).loads, (self.dumps(),)
+
+    def copy(self) -> Settings:
+        """Return a copy that shares nothing."""
+        result = type(self)(self.method)
+        result._slots = self.slots()
+        return result
+
+    def clear(self) -> None:
+        """Restore all defaults."""
+        self._slots = SettingsValues()
+        for parameter in parameters(self.method).values():
+            library.tvmeta_setting_value(self.method, parameter.place, None, self._slots)
+
+    def popitem(self) -> tuple[str, Value]:
+        """Restore the default of the last value that is another; return its name and value.
+
+        KeyError if all values are the defaults.
+        """
+        defaults = type(self)(self.method)
+        for name in reversed(list(self)):
+            value = self[name]
+            if value != defaults[name]:
+                self[name] = defaults[name]
+                return name, value
+        raise KeyError("all settings have their defaults")
 
     def _parameter(self, name: str) -> Parameter:
         known = parameters(self.method)
@@ -170,38 +209,29 @@ class Settings(MutableMapping[str, Value]):
             raise KeyError(f"{method_name(self.method)} has no setting {name!r}; it has: {', '.join(known)}")
         return known[name]
 
-    def _default_slots(self) -> Any:
-        slots = SettingsValues()
-        for slot, kind in parameters(self.method).values():
-            if kind == _GAMMA:
-                slots[slot] = _NEUTRAL_GAMMA
-        return slots
+    def _store(self, slots: Slots, name: str, value: Value) -> None:
+        """Set a number or a word in slots."""
+        parameter = self._parameter(name)
+        is_word = parameter.kind == _SMOOTHING_MODE or isinstance(value, str) and parameter.kind == _SMOOTHING
+        text = str(value) if is_word else _number(name, value)
+        code = library.tvmeta_setting_value(self.method, parameter.place, text.encode(), slots)
+        if is_word and (code != _SETTING_OK or "\0" in text):
+            raise ValueError(f"{name}: {value!r} is not one of {', '.join(_words(self.method, parameter))}")
+        if code != _SETTING_OK:
+            raise ValueError(f"{name}: {value!r} is out of range")
 
-    def _from_slots(self, slots: Any) -> dict[str, Value]:
-        """Return the values of slots, which may come from a hostile packet."""
-        values: dict[str, Value] = {}
-        for name, (slot, kind) in parameters(self.method).items():
-            number = slots[slot]
-            if kind == _YES_NO:
-                values[name] = number != 0
-            elif kind == _SMOOTHING_MODE:
-                values[name] = _SLIDER if number == 1 else _LIGHT
-            elif kind == _SMOOTHING and values["SmoothingMode"] == _LIGHT:
-                values[name] = _LEVELS[int(number)] if 0 <= number < len(_LEVELS) else _LEVELS[0]
-            else:
-                values[name] = _from_slot(kind, slots[_SLIDER_SLOT] if kind == _SMOOTHING else number)
-        return values
+    def _select(self, slots: Slots, mode: float) -> None:
+        """Set the smoothing mode in slots. If it changes, the smoothing starts with its default."""
+        known = parameters(self.method)
+        slot, smoothing = known["SmoothingMode"].slot, known["Smoothing"].place
+        if slots[slot] != mode:
+            library.tvmeta_setting_value(self.method, smoothing, None, slots)  # of the old mode
+            slots[slot] = mode
+            library.tvmeta_setting_value(self.method, smoothing, None, slots)
 
-    def slots(self) -> Any:
-        """Return the SettingsValues array of the C interface."""
-        slots = SettingsValues()
-        for name, (slot, kind) in parameters(self.method).items():
-            value = self._values[name]
-            if not isinstance(value, str):
-                slots[_SLIDER_SLOT if kind == _SMOOTHING else slot] = _to_slot(kind, float(value))
-            else:
-                slots[slot] = (_MODES if kind == _SMOOTHING_MODE else _LEVELS).index(value)
-        return slots
+    def slots(self) -> Slots:
+        """Return the SettingsValues array of the C interface, a copy."""
+        return SettingsValues(*self._slots)
 
     @classmethod
     def loads(cls, packet: bytes) -> Settings:
@@ -216,11 +246,9 @@ class Settings(MutableMapping[str, Value]):
         if method <= 0:
             raise FormatError(path, "no settings of a known method", method)
         settings = cls(method)
-        slots = settings._default_slots()
-        code = library.get_settings_from_xmp(method, size, text, None, slots)
+        code = library.get_settings_from_xmp(method, size, text, None, settings._slots)
         if code <= 0:
             raise FormatError(path, "the settings cannot be read", code)
-        settings._values = settings._from_slots(slots)
         return settings
 
     @classmethod
