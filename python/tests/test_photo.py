@@ -1,5 +1,6 @@
 """Values, blocks and failures of photographs."""
 
+import errno
 import os
 import pickle
 import random
@@ -128,8 +129,8 @@ def test_places_of_blocks(tmp_path, content):
 
 
 BROKEN = [
-    ("empty", b"", tvmeta.UnknownFormatError, -2, "empty"),
-    ("text", b"hello", tvmeta.UnknownFormatError, -2, "starts with 68 65 6c 6c"),
+    ("empty", b"", tvmeta.FormatError, -2, "empty"),
+    ("text", b"hello", tvmeta.FormatError, -2, "starts with 68 65 6c 6c"),
     ("cut", b"\xff\xd8\xff\xe1\0\1", tvmeta.FormatError, -1, "JPEG segments is broken"),
     ("psd", b"8BPS\0\1" + bytes(30), tvmeta.FormatError, -3, "not an RGB picture"),
 ]
@@ -142,15 +143,22 @@ def test_broken_files(tmp_path, name, content, kind, code, reason):
     with pytest.raises(kind, match=reason) as caught:
         tvmeta.read(path)
     failure = pickle.loads(pickle.dumps(caught.value))
-    assert isinstance(failure, OSError) and (failure.code, failure.path) == (code, str(path))
+    assert isinstance(failure, OSError) and (failure.code, failure.path, failure.filename) == (
+        code,
+        str(path),
+        str(path),
+    )
     assert str(failure).startswith(f"{path}: ")
 
 
 def test_files_that_cannot_be_opened(tmp_path):
-    for path, kind in ((tmp_path / "none.jpg", FileNotFoundError), (tmp_path, IsADirectoryError)):
+    found = ((tmp_path / "none.jpg", FileNotFoundError, errno.ENOENT), (tmp_path, IsADirectoryError, errno.EISDIR))
+    for path, kind, kind_number in found:
         with pytest.raises(kind) as caught:
             tvmeta.read(path)
-        assert isinstance(caught.value, tvmeta.FileError) and caught.value.filename == str(path)
+        failure = pickle.loads(pickle.dumps(caught.value))
+        assert isinstance(failure, tvmeta.FileError) and isinstance(failure, kind)
+        assert (failure.filename, failure.errno) == (str(path), kind_number)
 
 
 def test_damage_after_the_metadata(tmp_path):

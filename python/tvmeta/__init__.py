@@ -12,7 +12,7 @@ its own folder, else the system's libtvmeta.so.1.
 from . import _library
 from ._brackets import BracketSet, brackets
 from .enums import ExposureSource, FileType, Method, Orientation, ResolutionUnit
-from .errors import AccessError, Error, FileError, FolderError, FormatError, NotFoundError, UnknownFormatError
+from .errors import Error, FileError, FormatError
 from .hdr import HdrStatistics, hdr_statistics
 from .photo import Photo, read
 from .settings import Settings
@@ -21,22 +21,18 @@ from .tiff import save_tiff
 __version__: str = _library.library.tvmeta_version().decode()
 
 __all__ = [
-    "AccessError",
     "BracketSet",
     "Error",
     "ExposureSource",
     "FileError",
     "FileType",
-    "FolderError",
     "FormatError",
     "HdrStatistics",
     "Method",
-    "NotFoundError",
     "Orientation",
     "Photo",
     "ResolutionUnit",
     "Settings",
-    "UnknownFormatError",
     "brackets",
     "hdr_statistics",
     "read",

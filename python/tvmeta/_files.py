@@ -6,6 +6,7 @@ import os
 import secrets
 import stat
 from contextlib import contextmanager, suppress
+from errno import EISDIR
 from typing import Iterator
 
 from .errors import AnyPath, Error, FileError, FolderError, file_error
@@ -17,7 +18,7 @@ def _target(path: AnyPath) -> bytes:
     with suppress(FileNotFoundError):
         mode = os.stat(target).st_mode
         if stat.S_ISDIR(mode):
-            raise FolderError(path, "is a folder; not written")
+            raise FolderError(path, "is a folder; not written", errno=EISDIR)
         if not stat.S_ISREG(mode):
             raise FileError(path, "not a regular file; not written")
     return target

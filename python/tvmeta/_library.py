@@ -6,7 +6,7 @@ import os
 import sys
 from ctypes import CDLL, POINTER, c_char_p, c_float, c_int32, c_void_p, sizeof
 from pathlib import Path
-from typing import Any
+from typing import Sequence
 
 from . import _records as records
 
@@ -19,7 +19,7 @@ _GPS = POINTER(records.GpsBuf)
 _FLOATS = POINTER(c_float)
 
 # Pointers to bytes are c_void_p where the text may contain zero bytes.
-_SIGNATURES: dict[str, tuple[Any, list[Any]]] = {
+_SIGNATURES: dict[str, tuple[type, Sequence[object]]] = {
     "tvmeta_file_type": (c_int32, [c_char_p]),
     "tvmeta_method_name": (c_char_p, [c_int32]),
     "tvmeta_parameter": (c_int32, [c_int32, c_int32, POINTER(records.Parameter)]),
@@ -53,7 +53,7 @@ def _load() -> CDLL:
     try:
         library = CDLL(location, use_errno=True)
         library.tvmeta_version.restype = c_char_p
-        version = library.tvmeta_version().decode()
+        version: str = library.tvmeta_version().decode()
     except (OSError, AttributeError) as error:
         raise ImportError(
             f"cannot load {NAME} version {VERSION[0]}.{VERSION[1]} or later: {error}; "

@@ -1,14 +1,15 @@
-"""Exceptions of the package.
+"""Exceptions of the package: Error, FileError and FormatError.
 
 Each has `path` (None for data in memory), `reason`, and `code`: the result of the library's
-function, or 0 if the failure was found before or without a call. Failures of a file are also
-OSError, and FileNotFoundError, PermissionError or IsADirectoryError where that is the cause.
+function, or 0 if the failure was found before or without a call. A FileError is an OSError, with
+its `filename`, `errno` and `strerror`, and also a FileNotFoundError, PermissionError or
+IsADirectoryError where that is the cause.
 """
 
 from __future__ import annotations
 
 import os
-from typing import Any, Optional, Union
+from typing import Optional, Union
 
 AnyPath = Union[str, bytes]
 
@@ -17,7 +18,7 @@ class Error(Exception):
     """Base class of all failures that the package reports."""
 
     def __init__(self, path: Optional[AnyPath], reason: str, code: int = 0, errno: Optional[int] = None) -> None:
-        """Keep what failed, why, and the result of the library."""
+        """Keep what failed, why, the result of the library and the error number of the system."""
         super().__init__(errno, reason, path)
         self.path = path
         self.reason = reason
@@ -27,7 +28,7 @@ class Error(Exception):
         """Return `PATH: reason`."""
         return self.reason if self.path is None else f"{os.fsdecode(self.path)}: {self.reason}"
 
-    def __reduce__(self) -> tuple[Any, ...]:
+    def __reduce__(self) -> tuple[type[Error], tuple[Optional[AnyPath], str, int, Optional[int]]]:
         """Let exceptions travel between processes."""
         return type(self), (self.path, self.reason, self.code, self.args[0])
 
@@ -37,7 +38,10 @@ class FileError(Error, OSError):
 
 
 class FormatError(FileError):
-    """The content of a file is damaged, or is not a photograph."""
+    """The content of a file or of data in memory is damaged, or is not of the expected kind."""
+
+
+# What a user catches are the classes above and those of Python.
 
 
 class UnknownFormatError(FormatError):

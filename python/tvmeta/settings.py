@@ -12,7 +12,7 @@ from ._library import MAX_BYTES, library, length_of
 from ._records import Parameter as ParameterRecord
 from ._records import SettingsValues
 from .enums import Method
-from .errors import AnyPath, Error, FormatError, file_error
+from .errors import AnyPath, FormatError, file_error
 from .photo import PathLike, library_path, read
 
 Value = Union[float, bool, str]
@@ -276,12 +276,15 @@ class Settings(MutableMapping[str, Value]):
         files.write(library_path(path)[0], self.dumps())
 
     def insert(self, packet: bytes) -> bytes:
-        """Return an XMP packet with the settings added to it; of several, the first count."""
+        """Return an XMP packet with the settings added to it; of several, the first count.
+
+        FormatError if the packet does not begin in the usual form.
+        """
         slots = self.slots()
         shift = library.insert_xmp(0, self.method, slots, 0, 0, None)
         length = length_of(packet)
         buffer = create_string_buffer(bytes(packet), length + shift)
         code = library.insert_xmp(1, self.method, slots, length, shift, buffer)
         if code <= 0:
-            raise Error(None, "not an XMP packet with the openings of x:xmpmeta and rdf:RDF", code)
+            raise FormatError(None, "not an XMP packet with the openings of x:xmpmeta and rdf:RDF", code)
         return buffer.raw
