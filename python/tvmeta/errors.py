@@ -41,7 +41,7 @@ class FormatError(FileError):
     """The content of a file or of data in memory is damaged, or is not of the expected kind."""
 
 
-# What a user catches are the classes above and those of Python.
+# Internal kinds. Users catch the classes above, or those of Python.
 
 
 class UnknownFormatError(FormatError):

@@ -2,30 +2,37 @@
 
 from __future__ import annotations
 
-from typing import Any, NamedTuple
-
-from ._buffers import view_of
-from ._library import library
 from ctypes import c_float
-from .errors import Error
+from typing import NamedTuple
+
+from ._buffers import Pixels, view_of
+from ._library import library
 
 
 class HdrStatistics(NamedTuple):
-    """Luminance of the pixels above zero; all 0 if there is none."""
+    """Luminance of a picture, as `hdr_statistics()` counts it; all 0 if no pixel has light."""
 
-    minimum: float
+    minimum: float  # the smallest above 0
     maximum: float
     mean: float
 
 
-_NO_MINIMUM = 99999997952.0  # the library's minimum without a positive value
-
-
-def hdr_statistics(pixels: Any) -> HdrStatistics:
-    """Measure the smallest positive, largest and mean luminance of shared-exponent pixels.
+def hdr_statistics(pixels: Pixels) -> HdrStatistics:
+    """Measure the luminance of shared-exponent pixels.
 
     `pixels` has the shape (height, width, 4) and 8-bit samples: red, green and blue mantissas and
-    the exponent, as in a Radiance picture. The samples are copied once, into planes.
+    the exponent, as in a Radiance picture. Any object with the buffer protocol, `__array__` or
+    `__array_interface__` is accepted; its samples are copied into planes.
+
+    The luminance of a pixel is L * 2^(exponent - 128), where L is the integer part of
+    (54 red + 183 green + 19 blue) / 256, by the weights of ITU-R BT.709. That is 256 times the value
+    in the scale of Radiance, where mantissas are fractions; a picture's EXPOSURE is not applied. A
+    luminance beyond single precision is infinite.
+
+    - `minimum` is the smallest luminance above 0, or 99999997952 if that is larger.
+    - `maximum` is the largest luminance.
+    - `mean` is the sum of all luminances, in double precision, over the number of pixels whose
+      exponent is not 0. Those are counted even if L is 0; pixels with exponent 0 are not.
     """
     view = view_of(pixels)
     shape = view.shape or ()
@@ -39,8 +46,6 @@ def hdr_statistics(pixels: Any) -> HdrStatistics:
         for channel in (2, 1, 0, 3)
     )
     results = (c_float * 3)()
-    code = library.hdrMinMax(width, height, planes, results)
-    if code < 0:
-        raise Error(None, "not enough memory", code)
+    library.hdrMinMax(width, height, planes, results)  # fails for null pointers alone
     minimum, maximum, mean = results
-    return HdrStatistics(0.0 if minimum == _NO_MINIMUM else minimum, maximum, mean)
+    return HdrStatistics(minimum if maximum > 0 else 0.0, maximum, mean)
