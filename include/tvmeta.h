@@ -763,7 +763,8 @@ enum { UPDATE_PROFILE_NO_ENTRY = 0, UPDATE_PROFILE_CANNOT_OPEN = -1, UPDATE_PROF
  *   is patched last, by one write of eight bytes: if that write or the close fails, the entry is old, new or
  *   incomplete.
  * @limits the bytes of the old profile stay in the file. The data is not forced to the disk. If the entry
- *   itself is cut short by the end of the file, completing it overwrites the first bytes of the new profile.
+ *   itself is cut short by the end of the file, it is completed and the new profile follows it, but the offset
+ *   in the entry is the old size of the file.
  * @standard TIFF 6.0; ICC.1 annex B.4.
  */
 TVMETA_API int32_t update_tif_profile(int32_t length, const unsigned char* profile, const char* path) TVMETA_NOEXCEPT;

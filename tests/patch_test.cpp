@@ -25,6 +25,23 @@ TEST(Profile, IsAppendedAndItsEntryPatched) {
     EXPECT_EQ(readFile(path), file + profile);
 }
 
+// An entry that the file cuts short is completed, and the profile follows it. The offset is the old size of the file.
+TEST(Profile, FollowsAnEntryThatIsCutShort) {
+    const TempDir dir;
+    const Bytes start = "II" + le16(42) + le32(8) + le16(1);
+    const Bytes entry = le16(34675) + le16(7) + le32(6) + le32(26);
+    for (std::uint32_t length = 2; length <= 13; ++length) {
+        const Bytes kept = (entry + "x").substr(0, length);
+        const Bytes completed = (kept + zeros(2)).substr(0, 4) + le32(7) + le32(10 + length);
+        const std::string path = dir.write("cut.tif", start + kept);
+        EXPECT_EQ(replaceProfile(path, "profile"), 7) << length;
+        EXPECT_EQ(readFile(path), start + completed + (length == 13 ? "xprofile" : "profile")) << length;
+        dir.write("cut.tif", start + kept);
+        EXPECT_EQ(update_tif_profile(0, nullptr, path.c_str()), 0) << length;
+        EXPECT_EQ(readFile(path).substr(14, 8), le32(0) + le32(10 + length)) << length;
+    }
+}
+
 TEST(Profile, MayBeEmpty) {
     const TempDir dir;
     Tiff tiff;

@@ -23,12 +23,12 @@ Entry profileEntry() {
     return entry;
 }
 
-// The expected file: the same bytes, followed by the profile, with a new count and offset in the entry. An entry cut
-// short by the end of the file is completed over the profile.
+// The expected file: the same bytes, an entry cut short by the end of the file completed, followed by the profile, with
+// the new count and the old size of the file in the entry.
 Bytes replaced(Bytes file, const Entry& entry, const Bytes& profile) {
     const std::array<std::size_t, 2> numbers = {profile.size(), file.size()};
-    file.insert(file.end(), profile.begin(), profile.end());
     file.resize(std::max(file.size(), static_cast<std::size_t>(entry.place) + EntrySize));
+    file.insert(file.end(), profile.begin(), profile.end());
     for (std::size_t i = 0; i < 8; ++i) {
         file[static_cast<std::size_t>(entry.place) + CountOffset + i] =
             static_cast<std::uint8_t>(numbers[i / 4] >> 8 * (i % 4));

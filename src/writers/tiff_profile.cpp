@@ -5,6 +5,7 @@
 #include "support/tiff_vocabulary.h"
 #include "tvmeta.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -18,6 +19,11 @@ namespace {
 struct ProfileEntry {
     std::int32_t position; // 0 or less: there is none
     std::int64_t fileSize; // -1: unknown
+
+    // Where the new profile starts: at the end of the file, or of an entry that the file cuts short.
+    std::int64_t profileStart() const {
+        return std::max(fileSize, position + static_cast<std::int64_t>(DirectoryEntrySize));
+    }
 };
 
 File open(const char* path, const char* mode, const char* message) {
@@ -40,13 +46,15 @@ bool writeAt(std::FILE* stream, std::int64_t position, std::span<const unsigned 
            (bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size());
 }
 
-// The old profile remains in force until the entry is patched, which is one write of eight bytes.
+// The old profile remains in force until the entry is patched, which is one write of eight bytes. The offset in the
+// entry is the old size of the file, even where the profile starts after it.
 bool replaceProfile(std::FILE* stream, const ProfileEntry& entry, std::span<const unsigned char> profile) {
     constexpr std::int64_t CountOffset = 4;
     std::array<unsigned char, 8> countAndOffset{};
     putLe32(countAndOffset.data(), static_cast<std::uint32_t>(profile.size()));
     putLe32(countAndOffset.data() + 4, static_cast<std::uint32_t>(entry.fileSize));
-    return writeAt(stream, entry.fileSize, profile) && writeAt(stream, entry.position + CountOffset, countAndOffset);
+    return writeAt(stream, entry.profileStart(), profile) &&
+           writeAt(stream, entry.position + CountOffset, countAndOffset);
 }
 
 } // namespace
@@ -63,7 +71,7 @@ std::int32_t update_tif_profile(std::int32_t length, const unsigned char* profil
     if (entry.position <= 0) {
         return UPDATE_PROFILE_NO_ENTRY;
     }
-    if (entry.fileSize < 0 || entry.fileSize > INT32_MAX - std::int64_t{length}) {
+    if (entry.fileSize < 0 || entry.profileStart() > INT32_MAX - std::int64_t{length}) {
         return UPDATE_PROFILE_FAILED;
     }
     file = open(path, "rb+", "Can not open input file for update");
