@@ -756,8 +756,8 @@ enum { UPDATE_PROFILE_NO_ENTRY = 0, UPDATE_PROFILE_CANNOT_OPEN = -1, UPDATE_PROF
  * @retval 0  UPDATE_PROFILE_NO_ENTRY: no ICC profile entry, or not a little-endian TIFF file
  * @retval -1  UPDATE_PROFILE_CANNOT_OPEN: the file cannot be opened ("Can not open input file for reading", or
  *   "Can not open input file for update"), or the file or the target of the path changed during the call
- * @retval -2  UPDATE_PROFILE_FAILED: a negative length, a file that would exceed 2^31 - 1 bytes, or a seek, a
- *   write or the close fails
+ * @retval -2  UPDATE_PROFILE_FAILED: a negative length, an entry beyond 2^31 - 1, a file that would exceed
+ *   2^31 - 1 bytes, or a seek, a write or the close fails
  * @failure the file is unchanged on 0 and -1, and on -2 for arguments and sizes. If the new profile cannot be
  *   written, the old one stays in force, and the part that was written stays at the end of the file. The entry
  *   is patched last, by one write of eight bytes: if that write or the close fails, the entry is old, new or
@@ -922,7 +922,7 @@ enum { TIF_TAG_NOT_FOUND = -1, TIF_TAG_NOT_TIFF = -2, TIF_TAG_SEEK_FAILED = -3 }
  * @param count,value  receive the count of the entry and its value or value offset. Null: -3.
  * @retval >0  file offset of the first entry with that tag
  * @retval -1  TIF_TAG_NOT_FOUND: no directory has it; or the chain of directories is a loop, or has more than
- *   2^16 directories or 2^22 entries, and none of those searched has it
+ *   2^16 directories or 2^22 entries, and none of those searched has it; or its first entry is beyond 2^31 - 1
  * @retval -2  TIF_TAG_NOT_TIFF: the file does not start with "II" and 42, or a directory is empty
  * @retval -3  TIF_TAG_SEEK_FAILED: the offset of a directory is 2^31 or more
  * @failure count and value are unchanged.

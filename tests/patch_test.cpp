@@ -90,6 +90,23 @@ TEST(Profile, LargeFileIsUnchanged) {
     }
 }
 
+// The directory starts below 2^31, its entry does not.
+TEST(Profile, EntryThatIsTooFarIsUnchanged) {
+    const TempDir dir;
+    const std::string path = dir.write("far.tif", "II" + le16(42) + le32(0x7FFFFFFEU));
+    const Bytes directory = le16(1) + le16(34675) + le16(7) + le32(4) + "icc!" + le32(0);
+    std::filesystem::resize_file(path, 0x7FFFFFFEU);
+    std::ofstream(path, std::ios::binary | std::ios::app) << directory;
+    std::int32_t count = 7;
+    std::int32_t value = 7;
+    EXPECT_EQ(get_tif_tag(Stream(std::fopen(path.c_str(), "rb")).get(), 34675, &count, &value), -1);
+    EXPECT_EQ(std::pair(count, value), std::pair(7, 7));
+    EXPECT_EQ(replaceProfile(path, ""), -2);
+    Bytes end(directory.size() + 1, '!');
+    std::ifstream(path, std::ios::binary).seekg(0x7FFFFFFE).read(end.data(), size32(end));
+    EXPECT_EQ(end, directory + "!");
+}
+
 TEST(Keyword, FollowsItsAnchor) {
     const auto dataset = [](char record, char number, const Bytes& data) {
         return Bytes{'\x1C', record, number} + be16(static_cast<unsigned>(data.size())) + data;

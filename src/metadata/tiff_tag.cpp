@@ -1,11 +1,12 @@
 // Finds the entry of a tag in a little-endian TIFF file (TIFF 6.0, section 2).
+#include "metadata/tiff_tag.h"
+
 #include "metadata/tiff_reader.h"
-#include "support/result.h"
 #include "tvmeta.h"
 
 #include <algorithm>
 
-using namespace tvmeta;
+namespace tvmeta {
 
 namespace {
 
@@ -42,12 +43,7 @@ class LoopDetector {
     std::int64_t limit_ = 1;
 };
 
-struct FoundEntry {
-    std::int32_t position;
-    DirectoryEntry entry;
-};
-
-Result<FoundEntry> findTag(const TiffReader& tiff, std::int32_t tag) {
+Result<TagEntry> searchDirectories(const TiffReader& tiff, std::int32_t tag) {
     LoopDetector loop;
     std::int32_t entriesLeft = MaxEntries;
     std::int32_t directoriesLeft = MaxDirectories;
@@ -66,7 +62,7 @@ Result<FoundEntry> findTag(const TiffReader& tiff, std::int32_t tag) {
         DirectoryReader directory(tiff, count);
         while (const std::optional<DirectoryEntry> entry = directory.next()) {
             if (entry->tag == tag) {
-                return FoundEntry{static_cast<std::int32_t>(position), *entry};
+                return TagEntry{position, entry->count, entry->value};
             }
             if (--entriesLeft == 0) {
                 return Failure{TIF_TAG_NOT_FOUND};
@@ -79,20 +75,30 @@ Result<FoundEntry> findTag(const TiffReader& tiff, std::int32_t tag) {
 
 } // namespace
 
-std::int32_t get_tif_tag(FILE* stream, std::int32_t tag, std::int32_t* count, std::int32_t* value) noexcept {
-    if (stream == nullptr || count == nullptr || value == nullptr) {
-        return TIF_TAG_SEEK_FAILED;
-    }
+Result<TagEntry> findTag(std::FILE* stream, std::int32_t tag) {
     LentStreamReader reader(stream);
     const TiffReader tiff{reader, ByteOrder::Little, 0};
     if (tiff.read16() != LittleEndianMark || tiff.read16() != TiffMagic) {
-        return TIF_TAG_NOT_TIFF;
+        return Failure{TIF_TAG_NOT_TIFF};
     }
-    const Result<FoundEntry> found = findTag(tiff, tag);
-    if (!found) {
-        return found.code();
+    return searchDirectories(tiff, tag);
+}
+
+} // namespace tvmeta
+
+std::int32_t get_tif_tag(FILE* stream, std::int32_t tag, std::int32_t* count, std::int32_t* value) noexcept {
+    using namespace tvmeta;
+    if (stream == nullptr || count == nullptr || value == nullptr) {
+        return TIF_TAG_SEEK_FAILED;
     }
-    *count = found->entry.count;
-    *value = found->entry.value;
-    return found->position;
+    const Result<TagEntry> entry = findTag(stream, tag);
+    if (!entry) {
+        return entry.code();
+    }
+    if (entry->position > INT32_MAX) {
+        return TIF_TAG_NOT_FOUND;
+    }
+    *count = entry->count;
+    *value = entry->value;
+    return static_cast<std::int32_t>(entry->position);
 }

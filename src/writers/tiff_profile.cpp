@@ -1,4 +1,5 @@
 // Replaces the ICC profile of a TIFF file in place: appends the new one, then repoints its directory entry.
+#include "metadata/tiff_tag.h"
 #include "support/bytes.h"
 #include "support/file.h"
 #include "support/message.h"
@@ -15,17 +16,6 @@ using namespace tvmeta;
 
 namespace {
 
-// Where the entry of the profile is, and the size of the file in which it was found.
-struct ProfileEntry {
-    std::int32_t position; // 0 or less: there is none
-    std::int64_t fileSize; // -1: unknown
-
-    // Where the new profile starts: at the end of the file, or of an entry that the file cuts short.
-    std::int64_t profileStart() const {
-        return std::max(fileSize, position + static_cast<std::int64_t>(DirectoryEntrySize));
-    }
-};
-
 File open(const char* path, const char* mode, const char* message) {
     File file = openUnbuffered(path, mode);
     if (!file) {
@@ -34,26 +24,25 @@ File open(const char* path, const char* mode, const char* message) {
     return file;
 }
 
-ProfileEntry findEntry(std::FILE* stream) {
-    std::int32_t count = 0;
-    std::int32_t value = 0;
-    const std::int32_t position = get_tif_tag(stream, tiff_tag::IccProfile, &count, &value);
-    return {position, fileSize(stream)};
-}
-
 bool writeAt(std::FILE* stream, std::int64_t position, std::span<const unsigned char> bytes) {
     return seekTo(stream, position) &&
            (bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size());
 }
 
+// The end of the file, or of an entry that the file cuts short.
+std::int64_t profileStart(const TagEntry& entry, std::int64_t oldSize) {
+    return std::max(oldSize, entry.position + static_cast<std::int64_t>(DirectoryEntrySize));
+}
+
 // The old profile remains in force until the entry is patched, which is one write of eight bytes. The offset in the
 // entry is the old size of the file, even where the profile starts after it.
-bool replaceProfile(std::FILE* stream, const ProfileEntry& entry, std::span<const unsigned char> profile) {
+bool replaceProfile(std::FILE* stream, const TagEntry& entry, std::int64_t oldSize,
+                    std::span<const unsigned char> profile) {
     constexpr std::int64_t CountOffset = 4;
     std::array<unsigned char, 8> countAndOffset{};
     putLe32(countAndOffset.data(), static_cast<std::uint32_t>(profile.size()));
-    putLe32(countAndOffset.data() + 4, static_cast<std::uint32_t>(entry.fileSize));
-    return writeAt(stream, entry.profileStart(), profile) &&
+    putLe32(countAndOffset.data() + 4, static_cast<std::uint32_t>(oldSize));
+    return writeAt(stream, profileStart(entry, oldSize), profile) &&
            writeAt(stream, entry.position + CountOffset, countAndOffset);
 }
 
@@ -67,11 +56,12 @@ std::int32_t update_tif_profile(std::int32_t length, const unsigned char* profil
     if (!file) {
         return UPDATE_PROFILE_CANNOT_OPEN;
     }
-    const ProfileEntry entry = findEntry(file.get());
-    if (entry.position <= 0) {
+    const Result<TagEntry> entry = findTag(file.get(), tiff_tag::IccProfile);
+    if (!entry) {
         return UPDATE_PROFILE_NO_ENTRY;
     }
-    if (entry.fileSize < 0 || entry.profileStart() > INT32_MAX - std::int64_t{length}) {
+    const std::int64_t oldSize = fileSize(file.get());
+    if (oldSize < 0 || profileStart(*entry, oldSize) > INT32_MAX - std::int64_t{length}) {
         return UPDATE_PROFILE_FAILED;
     }
     file = open(path, "rb+", "Can not open input file for update");
@@ -80,12 +70,13 @@ std::int32_t update_tif_profile(std::int32_t length, const unsigned char* profil
     }
     // The path may lead to another file by now, or the file may have changed.
     const std::int64_t size = fileSize(file.get());
-    if (size < 0 || !seekTo(file.get(), entry.position)) {
+    if (size < 0 || !seekTo(file.get(), entry->position)) {
         return UPDATE_PROFILE_FAILED;
     }
-    if (size != entry.fileSize || fgetmi2(file.get(), LittleEndianMark) != tiff_tag::IccProfile) {
+    if (size != oldSize || fgetmi2(file.get(), LittleEndianMark) != tiff_tag::IccProfile) {
         return UPDATE_PROFILE_CANNOT_OPEN;
     }
-    const bool replaced = replaceProfile(file.get(), entry, std::span(profile, static_cast<std::size_t>(length)));
+    const std::span bytes(profile, static_cast<std::size_t>(length));
+    const bool replaced = replaceProfile(file.get(), *entry, oldSize, bytes);
     return closeWritten(file) && replaced ? length : UPDATE_PROFILE_FAILED;
 }
