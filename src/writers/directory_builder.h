@@ -69,7 +69,7 @@ class DirectoryBuilder {
     Field& add(std::uint16_t tag, std::uint16_t type, std::size_t count, std::size_t size);
     void writeEntries(std::span<const Placed> placed, std::span<unsigned char> block, std::size_t position) const;
 
-    std::array<Field, MaxFields> fields_;
+    std::array<Field, MaxFields> fields_{};
     std::size_t fieldCount_ = 0;
     std::size_t entries_ = 0;
     std::size_t valueBytes_ = 0;
