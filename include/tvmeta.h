@@ -366,10 +366,10 @@ enum {
  * @param path  file to create or overwrite. Null: -6.
  * @retval >=0  rows in the last block written (the height if the image fits in one block of 1 MiB)
  * @retval -1  BUF2TIF_CANNOT_OPEN: the file cannot be opened ("Could not open for writing file:", two spaces
- *   and the path). BUF2TIF_NO_MEMORY: no memory for the XMP packet (the file is unchanged) or the directory
+ *   and the path). BUF2TIF_NO_MEMORY: no memory for the XMP packet or the directory; the file is unchanged
  * @retval -2  BUF2TIF_HEADER_FAILED: the header cannot be written
  * @retval -3  BUF2TIF_PIXELS_FAILED: pixels cannot be written
- * @retval -4  BUF2TIF_NO_PIXEL_MEMORY: no memory for pixels
+ * @retval -4  BUF2TIF_NO_PIXEL_MEMORY: no memory for pixels; the file is unchanged
  * @retval -6  BUF2TIF_BAD_ARGUMENTS: a field of info outside of what TifImageInfo lists, pixelMode 1 with a
  *   bitsCode other than 8, a negative length, or a file that would exceed 2^31 - 1 bytes. The file is unchanged
  * @retval -12  BUF2TIF_DIRECTORY_FAILED: the directory cannot be written, or the close reports an error

@@ -111,30 +111,34 @@ DirectoryBuilder imageDirectory(const TiffImage& image, const Metadata& metadata
     return directory;
 }
 
-// Writes the planned file. The stream is unbuffered, so a write that fails is the one that found no room.
-std::int32_t writeFile(const char* path, const void* pixels, std::int32_t rowPitch, const TiffImage& image,
+// Writes the planned file. All memory is allocated before the file is opened, which empties it. The stream is
+// unbuffered, so a write that fails is the one that found no room.
+std::int32_t writeFile(const char* path, const PixelWriter& pixels, std::size_t directoryOffset,
                        const DirectoryBuilder& directory) {
+    ZeroedBuffer pixelBlock(pixels.blockSize());
+    if (!pixelBlock) {
+        return BUF2TIF_NO_PIXEL_MEMORY;
+    }
+    ZeroedBuffer directoryBlock(directory.size());
+    if (!directoryBlock) {
+        return BUF2TIF_NO_MEMORY;
+    }
+    directory.write(directoryBlock.bytes(), directoryOffset);
+    unsigned char header[TiffHeaderSize];
+    writeTiffHeader(header, directoryOffset);
     File file = openUnbuffered(path, "wb");
     if (!file) {
         printMessage("Could not open for writing file:  ", path);
         return BUF2TIF_CANNOT_OPEN;
     }
-    const std::size_t directoryOffset = TiffHeaderSize + image.dataSize();
-    unsigned char header[TiffHeaderSize];
-    writeTiffHeader(header, directoryOffset);
     if (std::fwrite(header, sizeof header, 1, file.get()) != 1) {
         return BUF2TIF_HEADER_FAILED;
     }
-    const Result<std::int32_t> rows = writePixels(file.get(), pixels, rowPitch, image);
+    const Result<std::int32_t> rows = pixels.write(file.get(), pixelBlock.bytes());
     if (!rows) {
         return rows.code();
     }
-    ZeroedBuffer block(directory.size());
-    if (!block) {
-        return BUF2TIF_NO_MEMORY;
-    }
-    directory.write(block.bytes(), directoryOffset);
-    const bool isWritten = std::fwrite(block.data(), block.size(), 1, file.get()) == 1;
+    const bool isWritten = std::fwrite(directoryBlock.data(), directoryBlock.size(), 1, file.get()) == 1;
     return closeWritten(file) && isWritten ? *rows : BUF2TIF_DIRECTORY_FAILED;
 }
 
@@ -188,5 +192,5 @@ std::int32_t buf2tif(const void* pixels, const TifImageInfo* info, std::int32_t 
     if (directory.size() > MaxImageData - image->dataSize()) {
         return BUF2TIF_BAD_ARGUMENTS;
     }
-    return writeFile(path, pixels, rowPitch, *image, directory);
+    return writeFile(path, PixelWriter(pixels, rowPitch, *image), TiffHeaderSize + image->dataSize(), directory);
 }
