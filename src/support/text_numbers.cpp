@@ -1,5 +1,7 @@
 #include "support/text_numbers.h"
 
+#include "support/text_search.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -65,10 +67,10 @@ struct Decimal {
     std::int64_t exponent = 0;
 };
 
-// The exponent after an 'e', which may be missing. Limited, so that no sum with the length of a text overflows.
-std::int64_t scanExponent(std::string_view text) {
+// The exponent after a letter, which may be missing. Limited, so that no sum with the length of a text overflows.
+std::int64_t scanExponent(std::string_view text, std::string_view letter) {
     constexpr std::int64_t Limit = INT64_MAX / 2;
-    if (!(text.starts_with('e') || text.starts_with('E')) || (text.size() > 1 && isSpace(text[1]))) {
+    if (!beginsWithWord(text, letter) || (text.size() > 1 && isSpace(text[1]))) {
         return 0;
     }
     text.remove_prefix(1);
@@ -98,7 +100,7 @@ Decimal scanDecimal(std::string_view text) {
         --number.exponent;
     }
     text.remove_prefix(i);
-    number.exponent += scanExponent(text);
+    number.exponent += scanExponent(text, "e");
     return number;
 }
 
@@ -123,6 +125,34 @@ float convert(Decimal& number) {
     *end = '\0';
     return std::strtof(number.text, nullptr);
 #endif
+}
+
+// The number after "0x": digits, and an exponent of 2 after a 'p'. A point alone counts as 0, as in glibc.
+std::optional<float> scanHexadecimal(std::string_view text) {
+    constexpr std::uint64_t Full = 1 << 28; // more bits than a float has
+    constexpr std::int64_t OutOfRange = 999;
+    std::uint64_t digits = 0;
+    std::int64_t exponent = 0;
+    bool fraction = false;
+    std::size_t i = 0;
+    for (; i < text.size(); ++i) {
+        unsigned digit = 0;
+        if (text[i] == '.' && !fraction) {
+            fraction = true;
+            continue;
+        }
+        if (std::from_chars(&text[i], &text[i] + 1, digit, 16).ec != std::errc()) {
+            break;
+        }
+        const bool full = digits >= Full; // then the digit matters only by not being 0
+        digits = full ? digits | (digit != 0 ? 1 : 0) : digits * 16 + digit;
+        exponent += (full ? 4 : 0) - (fraction ? 4 : 0);
+    }
+    if (i == 0) {
+        return std::nullopt;
+    }
+    exponent = std::clamp(exponent + scanExponent(textFrom(text, i), "p"), -OutOfRange, OutOfRange);
+    return static_cast<float>(std::ldexp(static_cast<double>(digits), static_cast<int>(exponent))); // rounds once
 }
 
 // The integer nearest to a value below 2^63, ties to even, as printf rounds an exact decimal expansion.
@@ -161,7 +191,9 @@ std::optional<float> scanFloat(std::string_view text) {
     const bool negative = takeSign(text);
     std::optional<float> value = scanWord(text);
     const std::size_t firstDigit = text.starts_with('.') ? 1 : 0;
-    if (!value && text.size() > firstDigit && isDigit(text[firstDigit])) {
+    if (text.starts_with("0x") || text.starts_with("0X")) {
+        value = scanHexadecimal(text.substr(2));
+    } else if (!value && text.size() > firstDigit && isDigit(text[firstDigit])) {
         Decimal number = scanDecimal(text);
         value = number.size > 0 ? convert(number) : 0.0F;
     }

@@ -12,8 +12,8 @@ namespace tvmeta {
 // Scans a "%d" at the start of the text and removes it from there. A number beyond 64 bits saturates.
 std::optional<std::int64_t> scanInteger(std::string_view& text);
 
-// Scans a "%f" at the start of the text. A number that is too large gives infinity. Of a hexadecimal number only the
-// leading zero is read, since no packet contains one.
+// Scans a "%f" at the start of the text, decimal or hexadecimal. A number that is too large gives infinity. "0x"
+// without a digit or a point after it is no number.
 //
 // "inf", "infinity" and "nan" are read in any case, with or without a sign. As C requires (and unlike strtof), "inf"
 // followed by an 'i' is a number only if it is "infinity". "nan" is a number whatever follows: of "nan(abc)", closed or
