@@ -249,10 +249,10 @@ enum { READ_IPTC_OUTSIDE = 0, READ_IPTC_UNREADABLE = -1, READ_IPTC_NOT_IPTC = -2
  *
  * @param path  file to read. Null: -1.
  * @param count,offset  size of the region and its start in the file.
- * @param buffer  receives count bytes. Null: -1.
+ * @param buffer  receives count bytes. May be null if count is 0 or less; else null: -1.
  * @retval count  the block was copied, and starts with the dataset marker 0x1C
- * @retval 0  READ_IPTC_OUTSIDE: count is 0 or less (whatever the pointers are), offset is negative, or the
- *   region does not end before the last byte of the file
+ * @retval 0  READ_IPTC_OUTSIDE: count is 0 or less, offset is negative, or the region does not end before the
+ *   last byte of the file
  * @retval -1  READ_IPTC_UNREADABLE: the file cannot be opened or measured, is empty or a directory, or fewer
  *   bytes could be read
  * @retval -2  READ_IPTC_NOT_IPTC: the first byte is not 0x1C
@@ -274,7 +274,8 @@ enum { EXTRACT_XMP_OUTSIDE = 0, EXTRACT_XMP_UNREADABLE = -1 };
  * @retval 0  EXTRACT_XMP_OUTSIDE: offset is negative, or the region does not end before the last byte of the
  *   file. XMP_NO_SETTINGS: no settings declaration, or an unknown method name
  * @retval -1  EXTRACT_XMP_UNREADABLE: the file cannot be opened or measured, is empty, or is a directory
- * @retval -3  XMP_NOT_TERMINATED: count is negative, or the byte of buffer at offset count is not zero
+ * @retval -3  XMP_NOT_TERMINATED: count is negative (and neither -1 nor 0 applies), or the byte of buffer at
+ *   offset count is not zero
  * @retval -5  XMP_OTHER_METHOD: no method tag after a readable version
  * @failure the buffer is unchanged if the region is outside of the file, on -1, and on -3 for a negative count.
  */
@@ -658,7 +659,7 @@ enum { READ_XMP_UNREADABLE = -1, READ_XMP_SHORT_READ = -2, READ_XMP_NO_MEMORY = 
  *   2^31 - 2 bytes
  * @retval -2  READ_XMP_SHORT_READ: fewer bytes than the size of the file could be read
  * @retval -4  READ_XMP_NO_MEMORY
- * @retval -5  XMP_OTHER_METHOD: as get_settings_from_xmp(); also for MODE_LENS, and then the file is not opened
+ * @retval -5  XMP_OTHER_METHOD: as get_settings_from_xmp(); also for MODE_LENS, if the file can be read
  * @failure settings is unchanged.
  */
 TVMETA_API int32_t read_xmp(const char* path, int32_t method, float* settings) TVMETA_NOEXCEPT;

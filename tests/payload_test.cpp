@@ -158,9 +158,14 @@ TEST(ReadIptc, Regions) {
         EXPECT_EQ(buffer[test.bytes.size()], 0);
     }
     unsigned char buffer[1] = {0x1C};
-    EXPECT_EQ(read_iptc(dir.path("").c_str(), 1, 0, buffer), -1); // a directory
-    EXPECT_EQ(read_iptc(dir.path("none").c_str(), 1, 0, buffer), -1);
-    EXPECT_EQ(read_iptc(dir.write("empty", "").c_str(), 1, 0, buffer), -1);
+    const std::string directory = dir.path("");
+    for (const std::string& unreadable : {directory, dir.path("none"), dir.write("empty", "")}) {
+        EXPECT_EQ(read_iptc(unreadable.c_str(), 1, 0, buffer), -1) << unreadable;
+        EXPECT_EQ(read_iptc(unreadable.c_str(), 0, 0, nullptr), -1) << unreadable;
+        EXPECT_EQ(read_iptc(unreadable.c_str(), -1, 0, nullptr), -1) << unreadable;
+    }
+    EXPECT_EQ(read_iptc(path.c_str(), 0, 0, nullptr), 0);
+    EXPECT_EQ(read_iptc(path.c_str(), 1, 2, nullptr), -1);
 }
 
 TEST(TifTag, SearchesTheChainOfDirectories) {

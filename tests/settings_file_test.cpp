@@ -199,7 +199,8 @@ TEST(SettingsFile, Results) {
         EXPECT_EQ(read_xmp(directory, METHOD_DETECT, nullptr), -1) << directory;
     }
     EXPECT_EQ(read_xmp(dir.write("empty", "").c_str(), 1, settings), 0);
-    EXPECT_EQ(read_xmp(dir.path("none").c_str(), MODE_LENS, nullptr), -5);
+    EXPECT_EQ(read_xmp(dir.path("none").c_str(), MODE_LENS, nullptr), -1);
+    EXPECT_EQ(read_xmp(dir.path("eleven").c_str(), MODE_LENS, settings), -5);
     std::filesystem::resize_file(dir.path("empty"), INT32_MAX); // with its terminator, too long for 32 bits
     EXPECT_EQ(read_xmp(dir.path("empty").c_str(), METHOD_DETECT, nullptr), -1);
 }
@@ -211,7 +212,8 @@ TEST(ExtractXmp, Regions) {
     const std::string path = dir.write("image", "ab" + text + "c");
     const struct {
         std::int32_t count, offset, result;
-    } cases[] = {{count, 2, 15}, {count + 1, 2, 0}, {count, -1, 0}, {-1, 2, -3}, {INT32_MAX, 2, 0}, {20, 2, 0}};
+    } cases[] = {{count, 2, 15}, {count + 1, 2, 0},   {count, -1, 0},    {-1, 2, -3},
+                 {-1, -1, 0},    {-9, count + 20, 0}, {INT32_MAX, 2, 0}, {20, 2, 0}};
     for (const auto& test : cases) {
         Bytes buffer = zeros(text.size() + 2);
         EXPECT_EQ(extract_xmp(path.c_str(), test.count, test.offset, buffer.data()), test.result) << test.count;
@@ -224,6 +226,7 @@ TEST(ExtractXmp, Regions) {
     Bytes buffer = zeros(2);
     EXPECT_EQ(extract_xmp(dir.path("").c_str(), 1, 0, buffer.data()), -1);
     EXPECT_EQ(extract_xmp(dir.path("none").c_str(), 1, 0, unterminated.data()), -1);
+    EXPECT_EQ(extract_xmp(dir.path("none").c_str(), -1, 0, unterminated.data()), -1);
     EXPECT_EQ(extract_xmp(dir.write("empty", "").c_str(), 0, 0, unterminated.data()), -1);
 }
 

@@ -8,13 +8,10 @@ namespace {
 constexpr std::uint8_t Untouched = 0xA5;
 
 std::int32_t expectedResult(const Bytes& file, std::int32_t count, std::int32_t offset) {
-    if (count <= 0) {
-        return 0;
-    }
     if (file.empty()) {
         return -1;
     }
-    if (offset < 0 || std::int64_t{offset} + count >= lengthOf(file.size())) {
+    if (count <= 0 || offset < 0 || std::int64_t{offset} + count >= lengthOf(file.size())) {
         return 0;
     }
     return file[static_cast<std::size_t>(offset)] == 0x1C ? count : -2;

@@ -6,11 +6,8 @@ using namespace tvmeta;
 
 std::int32_t read_iptc(const char* path, std::int32_t count, std::int32_t offset, unsigned char* buffer) noexcept {
     constexpr unsigned char DatasetMarker = 0x1C;
-    if (count <= 0) {
-        return READ_IPTC_OUTSIDE;
-    }
     const File file = openUnbuffered(path, "rb");
-    if (!file || buffer == nullptr) {
+    if (!file || (buffer == nullptr && count > 0)) {
         return READ_IPTC_UNREADABLE;
     }
     const std::int64_t size = fileSize(file.get());
@@ -18,7 +15,7 @@ std::int32_t read_iptc(const char* path, std::int32_t count, std::int32_t offset
         return READ_IPTC_UNREADABLE;
     }
     // The region must end before the file's last byte.
-    if (std::int64_t{offset} + count >= size || !seekTo(file.get(), offset)) {
+    if (count <= 0 || std::int64_t{offset} + count >= size || !seekTo(file.get(), offset)) {
         return READ_IPTC_OUTSIDE;
     }
     const std::size_t read = std::fread(buffer, 1, static_cast<std::size_t>(count), file.get());

@@ -15,9 +15,6 @@ using namespace tvmeta;
 std::int32_t read_xmp(const char* path, std::int32_t method, float* settings) noexcept {
     // The 32-bit length of the text includes a terminator.
     constexpr std::int64_t MaxSize = std::numeric_limits<std::int32_t>::max() - 1;
-    if (method == MODE_LENS) { // no argument receives a lens name
-        return XMP_OTHER_METHOD;
-    }
     File file = openUnbuffered(path, "rb");
     if (!file) {
         return READ_XMP_UNREADABLE;
@@ -34,11 +31,14 @@ std::int32_t read_xmp(const char* path, std::int32_t method, float* settings) no
         return READ_XMP_SHORT_READ;
     }
     file.reset();
+    if (method == MODE_LENS) { // no argument receives a lens name
+        return XMP_OTHER_METHOD;
+    }
     return get_settings_from_xmp(method, static_cast<std::int32_t>(size + 1), buffer.text(), nullptr, settings);
 }
 
 std::int32_t extract_xmp(const char* path, std::int32_t count, std::int32_t offset, char* buffer) noexcept {
-    if (count < 0 || buffer == nullptr) {
+    if (buffer == nullptr) {
         return XMP_NOT_TERMINATED;
     }
     const File file = openUnbuffered(path, "rb");
@@ -49,6 +49,9 @@ std::int32_t extract_xmp(const char* path, std::int32_t count, std::int32_t offs
     // The region must end before the file's last byte.
     if (std::int64_t{offset} + count >= size || !seekTo(file.get(), offset)) {
         return EXTRACT_XMP_OUTSIDE;
+    }
+    if (count < 0) {
+        return XMP_NOT_TERMINATED;
     }
     const auto length = static_cast<std::size_t>(count);
     // Bytes that cannot be read stay as the caller cleared them.
