@@ -87,6 +87,9 @@ TEST(Containers, GiveTheSameRecord) {
 }
 
 TEST(Containers, Results) {
+    const auto resourceHeader = [](const Bytes& name, std::int32_t size) {
+        return "8BIM" + be16(1000) + name + be32(static_cast<std::uint32_t>(size));
+    };
     const Bytes tiff = fullTiff(true);
     const Bytes exif = exifSegment(tiff);
     const Bytes fill(5, '\xFF');
@@ -120,7 +123,11 @@ TEST(Containers, Results) {
         {"PSD without EXIF", FILE_TYPE_PSD, psd(resource(1028, "x")), -1, ""},
         {"PSD with another signature", FILE_TYPE_PSD, psd("8BIX" + resource(1058, tiff).substr(4)), -1, ""},
         {"PSD with EXIF after its resources", FILE_TYPE_PSD, psd(resource(1028, "x")) + resource(1058, tiff), -1, ""},
-        {"PSD with a negative size", FILE_TYPE_PSD, psd("8BIM" + be16(1) + zeros(2) + be32(0xFFFFFFF4U)), -1, ""},
+        {"PSD with a size of -1", FILE_TYPE_PSD, psd(resourceHeader(zeros(2), -1) + resource(1058, tiff)), 1, ""},
+        {"PSD with a size that leads to itself", FILE_TYPE_PSD, psd(resourceHeader(zeros(2), -12)), -1, ""},
+        {"PSD with a size that leads back", FILE_TYPE_PSD, psd(resourceHeader(zeros(2), -9999)), -1, ""},
+        {"PSD with a size that leads into the name", FILE_TYPE_PSD,
+         psd(resourceHeader("\x0Fx" + resourceHeader(zeros(2), 6) + "xx", -19) + resource(1058, tiff)), 1, ""},
         {"no byte-order mark", FILE_TYPE_TIFF, "IM" + tiff.substr(2), -2, ""},
         {"wrong magic number", FILE_TYPE_TIFF, "II" + le16(43) + le32(8), -3, ""},
         {"no directory", FILE_TYPE_TIFF, "II" + le16(42) + le32(0), 1, ""},

@@ -44,11 +44,12 @@ bool findExifResource(StreamReader& reader, std::int32_t sectionSize) {
         if (id == photoshop::ExifData) {
             return true;
         }
-        if (size < 0) { // would move backwards, and around in a loop
+        const std::int64_t next = reader.position() + roundUpToEven(size);
+        if (next <= start) { // a negative size could lead around in a loop
             return false;
         }
-        reader.skip(roundUpToEven(size));
-        walked += reader.position() - start;
+        reader.seek(next);
+        walked += next - start;
     }
     return false;
 }
