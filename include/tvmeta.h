@@ -33,7 +33,10 @@
  *   the result listed for it, and nothing is changed.
  * - Sizes: offsets, lengths and counts are signed 32-bit numbers of bytes unless stated otherwise. Positions
  *   in files beyond 2 GiB cannot be expressed.
- * - Paths: zero-terminated; UTF-8 on Windows, bytes for the system elsewhere.
+ * - Paths: zero-terminated; UTF-8 on Windows, bytes for the system elsewhere. Name regular files: a FIFO that no
+ *   program writes to (or, for an output file, reads) makes a function wait for ever. tvmeta_open() refuses one.
+ * - Read errors: functions that read photographs treat a failed read as the end of the file. tvmeta_read_photo()
+ *   reports it.
  * - Streams: a FILE pointer requires that caller and library use the same C runtime.
  * - Floating point: the default environment is assumed (round to nearest, subnormal numbers not flushed).
  * - Texts: bytes; their encoding is not examined. Numbers in written files are little-endian.
@@ -83,9 +86,11 @@ TVMETA_API const char* tvmeta_version(void) TVMETA_NOEXCEPT;
  * Photoshop resources are not read (a camera raw file). */
 enum { FILE_TYPE_TIFF = 0, FILE_TYPE_JPEG = 1, FILE_TYPE_PSD = 2 };
 
-/** The metadata of one photograph. A field that the photograph lacks is zero (an empty text). Offsets and
- * lengths refer to the photograph's file. Rationals are pairs of numerator and denominator, as in the file.
- * 516 bytes, no pointers: it may be copied. */
+/** The metadata of one photograph. A field that the photograph lacks is zero (an empty text). Rationals are pairs
+ * of numerator and denominator, as in the file. 516 bytes, no pointers: it may be copied.
+ *
+ * An offset from a directory (TIFF tags 700 and 33723) counts from the TIFF header: in a TIFF file from the start
+ * of the file, but not in a JPEG or PSD file. tvmeta_read_photo() gives positions in the file for all of them. */
 typedef struct ExifInfo {
     int32_t exposureSource;           /**< 2: exposure came from the image description; else 0 */
     float exposureTime;               /**< seconds */
@@ -104,7 +109,8 @@ typedef struct ExifInfo {
     int32_t thumbnailOffset;          /**< absolute file offset of the thumbnail */
     int32_t orientation;              /**< TIFF orientation code, 1 to 8 in valid files */
     int32_t iptcLength;               /**< bytes of the IPTC block */
-    int32_t iptcOffset;               /**< offset, as in the directory or the resource */
+    int32_t iptcOffset;               /**< Photoshop resource: absolute file offset of the block;
+                                         tag 33723: offset from the TIFF header */
     char gpsLatitudeRef;              /**< 'N' or 'S' */
     uint32_t gpsLatitude[6];          /**< degrees, minutes, seconds */
     char gpsLongitudeRef;             /**< 'E' or 'W' */
@@ -113,9 +119,10 @@ typedef struct ExifInfo {
     uint32_t gpsAltitude[2];          /**< metres */
     uint32_t gpsTimeStamp[6];         /**< hours, minutes, seconds (UTC) */
     char gpsDateStamp[11];            /**< "YYYY:MM:DD" */
-    int32_t xmpLength;                /**< JPEG: length field of the XMP segment (packet + 31 bytes);
-                                         TIFF: bytes of the packet */
-    int32_t xmpOffset;                /**< offset of the packet */
+    int32_t xmpLength;                /**< XMP segment of a JPEG: its length field (packet + 31 bytes);
+                                         tag 700: bytes of the packet */
+    int32_t xmpOffset;                /**< XMP segment: absolute file offset of the packet;
+                                         tag 700: offset from the TIFF header */
     char lens[256];                   /**< lens name from the XMP packet of a JPEG */
 } ExifInfo;
 
@@ -216,17 +223,20 @@ enum {
  *   ("too many padding bytes"). PSD: shorter than 4 bytes; the image resources end, break or point backwards
  *   before the EXIF resource
  * @retval -2  GET_EXIF_WRONG_SIGNATURE: a JPEG without an APP1 segment before its image data; a PSD without
- *   "8BPS"; no TIFF byte-order mark at the start of the TIFF structure
+ *   "8BPS"; no TIFF byte-order mark at the start of the TIFF structure; a path that leads to a folder, with
+ *   the file type of a TIFF file (on Windows -1)
  * @retval -3  GET_EXIF_UNSUPPORTED: a PSD with fewer than 3 channels or not in RGB; a TIFF magic number other
  *   than 42
  * @retval -10  GET_EXIF_BROKEN_CHAIN: the chain of JPEG segments breaks after the EXIF segment
  * @failure the record is cleared, with two exceptions. A JPEG whose EXIF segment contains no TIFF structure
  *   keeps the lens name and the XMP fields. If only the search for the Photoshop segment of a JPEG fails (-10,
- *   or -1 for an invalid marker after the EXIF segment), the record is complete apart from that segment.
- * @limits three image directories; 2^20 entries of EXIF and GPS directories; 64 MiB of ImageDescription and
- *   Photoshop payloads. Anything beyond is skipped. In a JPEG only the first APP1 segment can contain EXIF
- *   data, and only the next APP1 within ten markers the XMP packet; its position is recorded only if it
- *   contains processing settings. TIFF and PSD files: the position of the packet is always recorded.
+ *   or -1 for an invalid marker), the record is complete apart from that segment. An invalid marker among the
+ *   ten that are searched for the XMP packet is found earlier: the record is cleared.
+ * @limits a read error counts as the end of the file, so the result can be 1 with a partial record. Three image
+ *   directories; 2^20 entries of EXIF and GPS directories; 64 MiB of ImageDescription and Photoshop payloads.
+ *   Anything beyond is skipped. In a JPEG only the first APP1 segment can contain EXIF data, and only the next
+ *   APP1 within ten markers the XMP packet; its position is recorded only if it contains processing settings.
+ *   TIFF and PSD files: the position of the packet is always recorded.
  * @standard TIFF 6.0; EXIF 2.3; JPEG (ITU-T T.81); XMP storage in files; Photoshop file format.
  */
 TVMETA_API int32_t getExifData(const char* path, int32_t fileType, ExifInfo* info) TVMETA_NOEXCEPT;
@@ -236,7 +246,8 @@ TVMETA_API int32_t getExifData(const char* path, int32_t fileType, ExifInfo* inf
  *
  * @param path,fileType  as for getExifData().
  * @param metadata,gps  as for metadataBufFromExifInfo(). Null: 0.
- * @return as metadataBufFromExifInfo(). A file that cannot be read is converted as an empty record.
+ * @return as metadataBufFromExifInfo(). Whatever getExifData() leaves in the record is converted: nothing if the
+ *   file cannot be opened, a part of the metadata after a read error.
  */
 TVMETA_API int32_t get_exif_data(const char* path, int32_t fileType, MetadataBuf* metadata,
                                  GpsBuf* gps) TVMETA_NOEXCEPT;
@@ -245,7 +256,8 @@ TVMETA_API int32_t get_exif_data(const char* path, int32_t fileType, MetadataBuf
 enum { READ_IPTC_OUTSIDE = 0, READ_IPTC_UNREADABLE = -1, READ_IPTC_NOT_IPTC = -2 };
 
 /**
- * Copies the IPTC block of a photograph, as ExifInfo locates it.
+ * Copies the IPTC block of a photograph. In a JPEG or PSD file the offset of tag 33723 in ExifInfo counts from the
+ * TIFF header, not from the start of the file.
  *
  * @param path  file to read. Null: -1.
  * @param count,offset  size of the region and its start in the file.
@@ -278,6 +290,7 @@ enum { EXTRACT_XMP_OUTSIDE = 0, EXTRACT_XMP_UNREADABLE = -1 };
  *   offset count is not zero
  * @retval -5  XMP_OTHER_METHOD: no method tag after a readable version
  * @failure the buffer is unchanged if the region is outside of the file, on -1, and on -3 for a negative count.
+ *   Bytes that cannot be read stay as they were, which is no failure.
  */
 TVMETA_API int32_t extract_xmp(const char* path, int32_t count, int32_t offset, char* buffer) TVMETA_NOEXCEPT;
 
@@ -329,8 +342,9 @@ TVMETA_API int32_t time_from_datetime(const char* text, time_t reference, float*
  * @param metadata,gps  receive the values. Clear both before the first conversion: a value that is not above
  *   zero leaves its rational unchanged. Null: 0.
  * @return the numerator of metadata->exposureTime after the conversion.
- * @limits v of 1 or more becomes trunc(100 v) / 100, a smaller one 100 / trunc(100 / v); numbers above
- *   2147483647 saturate. The lens name is cut to 64 bytes.
+ * @limits a value of 1 or more becomes hundredths: 2.5 is 250 / 100. A value below 1 becomes 100 over hundredths of
+ *   its reciprocal: 0.5 is 100 / 200. Further digits are cut, so binary rounding can show: 2.8 is 279 / 100.
+ *   Numbers above 2147483647 become 2147483647. The lens name is cut to 64 bytes.
  */
 TVMETA_API int32_t metadataBufFromExifInfo(const ExifInfo* info, MetadataBuf* metadata, GpsBuf* gps) TVMETA_NOEXCEPT;
 
@@ -360,10 +374,12 @@ enum {
  *   pointer may be null if the length is 0; else null: -6.
  * @param method,settings  processing settings for the XMP packet; METHOD_NONE: none. settings may be null if
  *   the method reads no slot; else null: -6.
- * @param xmpLength,xmp  XMP packet of the caller; length 0: none. It is used if it contains processing
- *   settings, or if method is 0 or less; otherwise a packet is made from settings and lens. Its last byte
- *   should be zero. That byte is not stored, unless method is 0 and the byte is not zero. A used packet of
- *   which no byte is left gives a file without XMP. The pointer may be null if the length is 0; else null: -6.
+ * @param xmpLength,xmp  XMP packet of the caller; length 0: none. **Count the terminating zero: pass
+ *   (int32_t)strlen(xmp) + 1.** The packet is used if method is 0 or less, or if it contains processing settings.
+ *   Settings are found only if the last byte is zero: with a method and a length of strlen(xmp), the packet is
+ *   lost. Otherwise a packet is made from settings and lens. The last byte is not stored, unless method is 0 and
+ *   the byte is not zero. A used packet of which no byte is left gives a file without XMP. The pointer may be
+ *   null if the length is 0; else null: -6.
  * @param path  file to create or overwrite. Null: -6.
  * @retval >=0  rows in the last block written (the height if the image fits in one block of 1 MiB)
  * @retval -1  BUF2TIF_CANNOT_OPEN: the file cannot be opened ("Could not open for writing file:", two spaces
@@ -414,9 +430,9 @@ enum { WRITE_EXIF_NOTHING = -1 };
  * @param orientation  TIFF orientation code; other values than 1 to 8 are written as 1.
  * @param metadata,gps  values to be written. Null: -1.
  * @param make  text of get_exif_count(), 64 bytes. Null: -1.
- * @param buffer  receives the block; zero-filled, of the size of the block: 14 + 12 N, plus the counts of make
- *   and model above 4, plus 2 + 12 n + 4 + value bytes for each directory of n > 0 entries. N counts
- *   orientation, make, model and directories. Null: -1.
+ * @param buffer  receives the block; filled with zeros, of the size of the block. Add: 14 bytes; 12 bytes for the
+ *   orientation and for each of make, model, EXIF and GPS whose count is above 0; makeCount and modelCount where
+ *   they are above 4; for EXIF and for GPS, if their count n is above 0, 6 + 12 n + their value bytes. Null: -1.
  * @retval size  bytes of the block
  * @retval -1  WRITE_EXIF_NOTHING: make, model, EXIF and GPS counts are all 0 or less, or the block would exceed
  *   2^31 - 1 bytes
@@ -456,7 +472,8 @@ enum {
     DETAILS_ENHANCER_SMOOTHING_LEVEL = 5, /**< 0 very high, 1 high, 2 medium, 3 low, 4 very low */
     DETAILS_ENHANCER_MICROCONTRAST = 6,
     DETAILS_ENHANCER_MICROSMOOTHING = 7,
-    DETAILS_ENHANCER_GAMMA = 8, /**< slider s of 0 to 100 for the gamma 2^((50 - s) / 50) */
+    DETAILS_ENHANCER_GAMMA = 8, /**< slider position: 0 is gamma 2, 50 gamma 1, 100 gamma 0.5; between them, position
+                                   s is gamma 2^((50 - s) / 50) */
     DETAILS_ENHANCER_HIGHLIGHTS_SMOOTHING = 9,
     DETAILS_ENHANCER_SHADOWS_SMOOTHING = 10,
     DETAILS_ENHANCER_SHADOWS_CLIPPING = 11,
@@ -484,7 +501,8 @@ enum {
     CONTRAST_OPTIMIZER_STRENGTH = 0,
     CONTRAST_OPTIMIZER_TONE_COMPRESSION = 1,
     CONTRAST_OPTIMIZER_LIGHTING_EFFECT = 2,
-    CONTRAST_OPTIMIZER_WHITE_CLIP = 3, /**< clip c for the packet's v: c = 10 (v / 10)^3.0639... */
+    CONTRAST_OPTIMIZER_WHITE_CLIP = 3, /**< 0 to 10. The packet has another scale: its value v is slot
+                                          10 (v / 10)^3.0639 */
     CONTRAST_OPTIMIZER_BLACK_CLIP = 4, /**< as the white clip */
     CONTRAST_OPTIMIZER_MIDTONE = 8,
     CONTRAST_OPTIMIZER_COLOR_TEMPERATURE = 12,
@@ -619,8 +637,8 @@ enum { XMP_NO_SETTINGS = 0, XMP_NOT_TERMINATED = -3, XMP_OTHER_METHOD = -5 };
  *   be null in other modes; null with a method code: -3.
  * @retval 1,2,3,10,11,15  METHOD_DETECT: the method
  * @retval >=47  method code: offset of the method tag; the slots were read
- * @retval >=0  MODE_LENS: offset of the end of the name. Without a name, the offset where the search stopped:
- *   64 bytes after the start of the value, or earlier where no end can be before the terminator
+ * @retval >=0  MODE_LENS: offset of the end of the name. Without a name, the offset where the search ended: 64 bytes
+ *   into a value without an end, or near the end of the text
  * @retval 0  XMP_NO_SETTINGS: no settings declaration; METHOD_DETECT: also an unknown method name
  * @retval -3  XMP_NOT_TERMINATED: length is below 1, or the last byte is not zero
  * @retval -5  XMP_OTHER_METHOD: no method tag after a readable version, a method other than the requested one,
@@ -750,7 +768,8 @@ enum { UPDATE_PROFILE_NO_ENTRY = 0, UPDATE_PROFILE_CANNOT_OPEN = -1, UPDATE_PROF
  * Replaces the ICC profile of a little-endian TIFF file in place: appends the new profile, then repoints the
  * directory entry.
  *
- * @param length  bytes of the new profile; 0 gives an empty profile.
+ * @param length  bytes of the new profile; 0 gives an empty profile. The result is then 0 too, also without an
+ *   entry: pass 0 only if you need not know.
  * @param profile  the new profile. May be null if length is 0; else null: -2.
  * @param path  file to change. Null: -1.
  * @retval length  the profile was replaced
@@ -832,7 +851,8 @@ TVMETA_API void init_exifInfo(ExifInfo* info) TVMETA_NOEXCEPT;
 /**
  * Reads a 16-bit number from a stream in the byte order of a TIFF structure.
  *
- * @param stream  advances by the bytes of the number, fewer only at the end of the file. Null: as at the end.
+ * @param stream  advances by the bytes of the number, fewer only at the end of the file. A read error counts as the
+ *   end. Null: as at the end.
  * @param byteOrder  0x4949 in its low 16 bits ("II" as a big-endian number): little-endian. Other values:
  *   big-endian.
  * @return the number; there is no failure. At the end of the file, a missing byte counts as 0xFF in a 16-bit
@@ -864,8 +884,8 @@ TVMETA_API int32_t fgetm4(FILE* stream) TVMETA_NOEXCEPT;
  * @param tiffBase  file offset of the TIFF header, added to the offsets of the directory modulo 2^32.
  * @param info  receives the values found; other fields are unchanged. Null: 1.
  * @retval 1  always
- * @limits an entry beyond the end of the file has the end-of-file values of fgetmi2() and fgetmi4(). An offset
- *   before the start of the file leaves the stream where it is. 2^20 entries.
+ * @limits an entry beyond the end of the file, or one that cannot be read, has the end-of-file values of fgetmi2()
+ *   and fgetmi4(). An offset before the start of the file leaves the stream where it is. 2^20 entries.
  * @standard EXIF 2.3, section 4.6.
  */
 TVMETA_API int32_t parse_exif_data(FILE* stream, int32_t ignored, int32_t byteOrder, int32_t tiffBase,
@@ -887,8 +907,8 @@ enum { PARSE_DESCRIPTION_UNREADABLE = -1 };
  * @param info  receives exposureTime, isoSpeed and exposureSource if the text has that layout. Null: -1.
  * @retval >=0  the last colour value (0: none). It can be negative too: characters other than digits count by
  *   their distance from '0'
- * @retval -1  PARSE_DESCRIPTION_UNREADABLE: size is below 1 or more than the file contains, or there is no
- *   memory
+ * @retval -1  PARSE_DESCRIPTION_UNREADABLE: size is below 1 or more than the file contains, a read fails, or there
+ *   is no memory
  * @failure info is unchanged.
  * @limits tokens of up to 6 characters; an ISO speed beyond 32 bits saturates.
  */
@@ -901,7 +921,7 @@ enum { PARSE_PHOTOSHOP_NO_THUMBNAIL = 1, PARSE_PHOTOSHOP_NO_MEMORY = -4 };
  * Finds the JPEG thumbnail (resource 0x040C) and the IPTC block (0x0404) in Photoshop image resources.
  *
  * @param stream  at the resources; its position afterwards is undefined. Null: -4.
- * @param size  bytes of the resources; bytes that the file lacks count as zeros.
+ * @param size  bytes of the resources; bytes that the file lacks, or that cannot be read, count as zeros.
  * @param info  receives the thumbnail and IPTC fields of the last match of each. Null: -4.
  * @retval length  compressed size of the last thumbnail as stated in the file, unchecked
  * @retval 1  PARSE_PHOTOSHOP_NO_THUMBNAIL
@@ -927,6 +947,7 @@ enum { TIF_TAG_NOT_FOUND = -1, TIF_TAG_NOT_TIFF = -2, TIF_TAG_SEEK_FAILED = -3 }
  * @retval -2  TIF_TAG_NOT_TIFF: the file does not start with "II" and 42, or a directory is empty
  * @retval -3  TIF_TAG_SEEK_FAILED: the offset of a directory is 2^31 or more
  * @failure count and value are unchanged.
+ * @limits a read error counts as the end of the file.
  * @standard TIFF 6.0, section 2.
  */
 TVMETA_API int32_t get_tif_tag(FILE* stream, int32_t tag, int32_t* count, int32_t* value) TVMETA_NOEXCEPT;
