@@ -1,7 +1,5 @@
 #include "support/text_search.h"
 
-#include "support/byte_pair.h"
-
 #include <algorithm>
 
 namespace tvmeta {
@@ -9,44 +7,82 @@ namespace tvmeta {
 namespace {
 
 constexpr std::size_t NotFound = std::string_view::npos;
-constexpr char Apostrophe = '\'';
 
-// Whether the text begins with the wanted one, with one kind of quote in place of the apostrophes.
-bool startsWithQuoted(std::string_view text, std::string_view wanted, char quote) {
-    return text.size() >= wanted.size() && std::equal(wanted.begin(), wanted.end(), text.begin(), [&](char w, char c) {
-               return c == (w == Apostrophe ? quote : w);
-           });
+// Blocks pay only away from the places where the text is full of pairs.
+constexpr std::size_t NearSize = 32;
+constexpr std::size_t SmallBlock = 32;
+constexpr std::size_t LargeBlock = 256;
+
+// Whether a pair begins anywhere in a block. No early exit, so the compiler vectorizes the loop.
+template <std::size_t Size>
+bool blockContainsPair(const char* block, char first, char second) {
+    unsigned char leastDifference = 0xFF;
+    for (std::size_t i = 0; i < Size; ++i) {
+        const int difference = (block[i] ^ first) | (block[i + 1] ^ second);
+        leastDifference = std::min(leastDifference, static_cast<unsigned char>(difference));
+    }
+    return leastDifference == 0;
+}
+
+// Skips blocks without the pair that begin at `from` and end at or before `to`.
+template <std::size_t Size>
+std::size_t skipBlocks(const char* text, std::size_t from, std::size_t to, std::string_view pair) {
+    while (to - from >= Size && !blockContainsPair<Size>(text + from, pair[0], pair[1])) {
+        from += Size;
+    }
+    return from;
+}
+
+// Offset of the first pair that begins in [from, to) of a text that is longer than `to`; `to` if there is none.
+std::size_t scanForPair(const char* text, std::size_t from, std::size_t to, std::string_view pair) {
+    while (from < to && (text[from] != pair[0] || text[from + 1] != pair[1])) {
+        ++from;
+    }
+    return from;
+}
+
+// Offset of the first pair at `from` or later.
+std::size_t findPair(std::string_view text, std::string_view pair, std::size_t from) {
+    const std::size_t end = text.empty() ? 0 : text.size() - 1; // no pair begins here or later
+    if (from >= end) {
+        return NotFound;
+    }
+    const std::size_t near = from + std::min(NearSize, end - from);
+    std::size_t at = scanForPair(text.data(), from, near, pair);
+    if (at == near) {
+        at = skipBlocks<LargeBlock>(text.data(), near, end, pair);
+        at = skipBlocks<SmallBlock>(text.data(), at, end, pair);
+        at = scanForPair(text.data(), at, end, pair);
+    }
+    return at < end ? at : NotFound;
 }
 
 } // namespace
 
 std::size_t findText(std::string_view text, const SearchText& wanted, std::size_t from) {
-    const BytePair pair{wanted.text[wanted.anchor], wanted.text[wanted.anchor + 1]};
     if (from > text.size()) {
         return NotFound;
     }
-    for (std::size_t at = from + wanted.anchor;; ++at) {
+    const std::string_view pair = wanted.text.substr(wanted.rarePair, 2);
+    for (std::size_t at = from + wanted.rarePair;; ++at) {
         at = findPair(text, pair, at);
-        if (at == NotFound) {
-            return at;
-        }
-        if (textFrom(text, at - wanted.anchor).starts_with(wanted.text)) {
-            return at - wanted.anchor;
+        if (at == NotFound || textFrom(text, at - wanted.rarePair).starts_with(wanted.text)) {
+            return at == NotFound ? NotFound : at - wanted.rarePair;
         }
     }
 }
 
 std::size_t findQuoted(std::string_view text, const QuotedText& wanted, std::size_t from) {
-    const SearchText lead{wanted.text.substr(0, wanted.text.find(Apostrophe)), wanted.anchor};
     for (;; ++from) {
-        from = findText(text, lead, from);
+        from = findText(text, wanted.lead, from);
         if (from == NotFound) {
-            return from;
+            return NotFound;
         }
         const std::string_view found = textFrom(text, from);
-        const std::string_view fromQuote = textFrom(found, lead.text.size());
-        const char quote = fromQuote.starts_with('"') ? '"' : Apostrophe;
-        if (startsWithQuoted(found, wanted.text, quote)) {
+        const char quote = textFrom(found, wanted.lead.text.size()).starts_with('"') ? '"' : '\'';
+        const auto matches = [quote](char w, char c) { return c == (w == '\'' ? quote : w); };
+        if (found.size() >= wanted.size() &&
+            std::equal(wanted.text.begin(), wanted.text.end(), found.begin(), matches)) {
             return from;
         }
     }
