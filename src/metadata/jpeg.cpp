@@ -4,7 +4,6 @@
 
 #include "metadata/directory_parsers.h"
 #include "settings/lens.h"
-#include "settings/methods.h"
 #include "settings/packet_parser.h"
 #include "support/message.h"
 #include "support/zeroed_buffer.h"
@@ -132,7 +131,7 @@ void readXmpSegment(StreamReader& reader, ExifInfo& info) {
     }
     const std::string_view text(packet.text(), packet.size());
     copyLens(text, info.lens);
-    if (isMethodCode(detectMethod(text))) {
+    if (hasSettings(text)) {
         info.xmpLength = segment.length;
         info.xmpOffset = static_cast<std::int32_t>(offset);
     }

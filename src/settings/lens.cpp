@@ -4,7 +4,6 @@
 #include "settings/xmp_names.h"
 
 #include <algorithm>
-#include <cstdint>
 
 namespace tvmeta {
 
@@ -13,14 +12,10 @@ namespace {
 constexpr SearchText LensTag{"aux:Lens", 1};
 constexpr std::string_view LensClosing = "</aux:Lens";
 
-// The first offset at which a text of `size` bytes cannot be, since it would reach the terminator.
-std::size_t searchLimit(std::string_view text, std::size_t size) {
-    return text.size() + 1 > size ? text.size() + 1 - size : 0;
-}
-
-// Where a search for a text of `size` bytes stops if it finds none.
-std::int32_t searchEnd(std::string_view text, std::size_t size, std::size_t start) {
-    return static_cast<std::int32_t>(std::max(searchLimit(text, size), start));
+// Where a search for a text of `size` bytes ends without success: where the text and the terminator after it no longer
+// fit, or at its start.
+std::size_t searchEnd(std::string_view text, std::size_t size, std::size_t start) {
+    return std::max(text.size() + 1 - std::min(size, text.size() + 1), start);
 }
 
 // The tag with "=" or ">" after it, so longer names that start with it are skipped.
@@ -37,7 +32,7 @@ std::size_t findLensTag(std::string_view text, std::size_t start) {
 
 } // namespace
 
-std::int32_t copyLens(std::string_view text, std::span<char> lens) {
+std::size_t copyLens(std::string_view text, std::span<char> lens) {
     const std::size_t declaration = findQuoted(text, AuxDeclaration);
     if (declaration == std::string_view::npos) {
         return searchEnd(text, AuxDeclaration.size(), 0);
@@ -51,14 +46,13 @@ std::int32_t copyLens(std::string_view text, std::span<char> lens) {
     const std::size_t value = tag + LensTag.text.size() + (attribute ? 2 : 1);
     const std::string_view end = attribute ? "\"" : LensClosing;
     const std::string_view rest = textFrom(text, value);
-    const std::size_t length = rest.substr(0, LensRoom - 1 + end.size()).find(end);
+    const std::size_t length = rest.substr(0, LensBufferSize - 1 + end.size()).find(end);
     if (length == std::string_view::npos) {
-        // A quote may be looked for up to the terminator, a closing tag while it ends before the terminator.
-        const std::size_t limit = attribute ? text.size() + 1 : searchLimit(text, LensClosing.size());
-        return static_cast<std::int32_t>(std::max(value, std::min(value + LensRoom, limit)));
+        // Unlike a closing tag, a quote may be looked for at the terminator too.
+        return std::min(value + LensBufferSize, searchEnd(text, attribute ? 0 : LensClosing.size(), value));
     }
     rest.copy(lens.data(), std::min(length, lens.size()));
-    return static_cast<std::int32_t>(value + length);
+    return value + length;
 }
 
 } // namespace tvmeta

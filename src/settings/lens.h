@@ -2,16 +2,16 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <span>
 #include <string_view>
 
 namespace tvmeta {
 
-// Positions at which the end of a name may be. A name is at most one byte shorter.
-inline constexpr std::size_t LensRoom = 64;
+// Bytes of the buffer at the interface: a name, of up to 63 bytes, and the terminator that the caller provides.
+inline constexpr std::size_t LensBufferSize = 64;
 
-// Copies at most 63 bytes into `lens`, without a terminator. Returns what get_settings_from_xmp returns for MODE_LENS.
-std::int32_t copyLens(std::string_view text, std::span<char> lens);
+// Copies the name, up to the size of `lens`, without a terminator. Returns the offset of the end of the name, or of the
+// end of the search, as get_settings_from_xmp does.
+std::size_t copyLens(std::string_view text, std::span<char> lens);
 
 } // namespace tvmeta

@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::size_t MinTail = 3;
 
-// Finds an opening at `start` or later that ends before the last byte of the packet. A failure is minus the offset
-// where the search ended, or the nearest number that 32 bits can express. Returns the offset after the opening.
+// Finds an opening at `start` or later that ends before the last byte of the packet, and returns the offset after it. A
+// failure is minus the size of the packet, or minus the smallest size that could contain the opening if that is more.
 Result<std::size_t> findOpeningEnd(std::string_view packet, const QuotedText& opening, std::size_t start) {
     const std::string_view searched = packet.substr(0, packet.empty() ? 0 : packet.size() - 1);
     const std::size_t at = findQuoted(searched, opening, start);
@@ -28,8 +28,8 @@ Result<std::size_t> findOpeningEnd(std::string_view packet, const QuotedText& op
     return at + opening.size();
 }
 
-// Between the two line feeds of an empty line after the opening, as this library writes it; directly after the opening
-// if a line of text follows.
+// Where the description goes. If the second byte after the opening is a line feed, as in the packets of this library:
+// before it, or after it if a third line feed follows. Otherwise directly after the opening.
 std::size_t insertionPoint(std::string_view packet, std::size_t openingEnd) {
     if (packet.size() - openingEnd <= 2 || packet[openingEnd + 1] != '\n') {
         return openingEnd;
@@ -46,11 +46,11 @@ std::int32_t insert_xmp(std::int32_t pass, std::int32_t method, const float* set
     }
     PacketRequest request = packetRequest(method + DescriptionOnly, settings);
     request.namespaceNumber = std::max(pass, 1);
-    if (!hasSlots(request)) {
+    if (!hasNeededSettings(request)) {
         return INSERT_XMP_BAD_ARGUMENTS;
     }
     if (pass == 0) {
-        return static_cast<std::int32_t>(measurePacket(request));
+        return static_cast<std::int32_t>(writePacket(request, nullptr));
     }
     if (dataLength < 0 || shift < 0 || buffer == nullptr) {
         return INSERT_XMP_BAD_ARGUMENTS;

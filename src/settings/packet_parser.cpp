@@ -4,7 +4,6 @@
 #include "settings/methods.h"
 #include "settings/parameter_reader.h"
 #include "settings/xmp_names.h"
-#include "support/result.h"
 #include "support/text_numbers.h"
 #include "tvmeta.h"
 
@@ -14,9 +13,6 @@ namespace {
 
 constexpr SearchText VersionTag{"tvtm:Version", 0};
 constexpr SearchText MethodTag{"tvtm:Method", 0};
-
-constexpr std::size_t ElementSkip = 1;   // ">"
-constexpr std::size_t AttributeSkip = 2; // "=" and the opening quote
 
 // Scans "%d.%d".
 std::optional<Version> scanVersion(std::string_view text) {
@@ -42,8 +38,8 @@ std::optional<VersionProperty> findVersion(std::string_view text, std::size_t st
     for (std::size_t at = findText(text, VersionTag, start); at != std::string_view::npos;
          at = findText(text, VersionTag, at + 1)) {
         const std::size_t tagEnd = at + VersionTag.text.size();
-        for (const std::size_t skip : {ElementSkip, AttributeSkip}) {
-            if (const std::optional<Version> version = scanVersion(textFrom(text, tagEnd + skip))) {
+        for (const PropertyForm form : {PropertyForm::Element, PropertyForm::Attribute}) {
+            if (const std::optional<Version> version = scanVersion(textFrom(text, tagEnd + valueDistance(form)))) {
                 return VersionProperty{*version, tagEnd};
             }
         }
@@ -77,8 +73,8 @@ Result<Packet> findPacket(std::string_view text) {
         return Failure{XMP_OTHER_METHOD};
     }
     const std::string_view value = textFrom(text, methodTag + MethodTag.text.size());
-    const std::size_t valueSkip = value.starts_with('=') ? AttributeSkip : ElementSkip;
-    return Packet{text, version->version, methodTag, valueSkip, methodNamed(textFrom(value, valueSkip))};
+    const PropertyForm form = value.starts_with('=') ? PropertyForm::Attribute : PropertyForm::Element;
+    return Packet{text, version->version, methodTag, form, methodNamed(textFrom(value, valueDistance(form)))};
 }
 
 } // namespace
@@ -90,24 +86,24 @@ std::optional<std::string_view> terminatedText(const char* buffer, std::int32_t 
     return std::string_view(buffer, static_cast<std::size_t>(length - 1));
 }
 
-std::int32_t detectMethod(std::string_view text) {
+Result<std::int32_t> detectMethod(std::string_view text) {
     const Result<Packet> packet = findPacket(text);
     if (!packet) {
-        return packet.code();
+        return Failure{packet.code()};
     }
     return packet->method != nullptr ? packet->method->code : METHOD_NONE;
 }
 
-std::int32_t readSettings(std::string_view text, std::int32_t method, std::span<float> settings) {
+Result<std::size_t> readSettings(std::string_view text, std::int32_t method, std::span<float> settings) {
     const Result<Packet> packet = findPacket(text);
     if (!packet) {
-        return packet.code();
+        return Failure{packet.code()};
     }
     if (packet->method == nullptr || packet->method->code != method) {
-        return XMP_OTHER_METHOD;
+        return Failure{XMP_OTHER_METHOD};
     }
     readParameters(*packet, settings);
-    return static_cast<std::int32_t>(packet->methodTag);
+    return packet->methodTag;
 }
 
 } // namespace tvmeta
@@ -121,11 +117,11 @@ std::int32_t get_settings_from_xmp(std::int32_t method, std::int32_t length, con
         return XMP_NOT_TERMINATED;
     }
     if (method == MODE_LENS) {
-        return copyLens(*text, std::span(lens, LensRoom));
+        return static_cast<std::int32_t>(copyLens(*text, std::span(lens, LensBufferSize)));
     }
     if (method == METHOD_DETECT) {
-        return detectMethod(*text);
+        return detectMethod(*text).result();
     }
     const std::span<float> slots = settings != nullptr ? std::span(settings, SETTINGS_SLOTS) : std::span<float>();
-    return readSettings(*text, method, slots);
+    return readSettings(*text, method, slots).result();
 }

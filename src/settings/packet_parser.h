@@ -2,6 +2,9 @@
 // are scanned after them.
 #pragma once
 
+#include "support/result.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -13,10 +16,14 @@ namespace tvmeta {
 // missing.
 std::optional<std::string_view> terminatedText(const char* buffer, std::int32_t length);
 
-// Returns what get_settings_from_xmp returns for METHOD_DETECT.
-std::int32_t detectMethod(std::string_view text);
+// The method of the packet, as get_settings_from_xmp detects it. METHOD_NONE: an unknown name.
+Result<std::int32_t> detectMethod(std::string_view text);
 
-// Returns what get_settings_from_xmp returns for a method code.
-std::int32_t readSettings(std::string_view text, std::int32_t method, std::span<float> settings);
+inline bool hasSettings(std::string_view text) {
+    return detectMethod(text).result() > 0;
+}
+
+// Reads the slots of a method. Returns the offset of the method tag. A failure is a result of get_settings_from_xmp.
+Result<std::size_t> readSettings(std::string_view text, std::int32_t method, std::span<float> settings);
 
 } // namespace tvmeta

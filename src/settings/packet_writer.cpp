@@ -117,7 +117,25 @@ void putDescription(TextSink& sink, const PacketRequest& request) {
     sink.put(DescriptionClosing);
 }
 
-void putPacket(TextSink& sink, const PacketRequest& request) {
+} // namespace
+
+PacketRequest packetRequest(std::int32_t methodArgument, const float* settings) {
+    const bool isWrapped = methodArgument <= DescriptionOnly;
+    return {isWrapped ? methodArgument : methodArgument - DescriptionOnly, isWrapped, settings};
+}
+
+bool hasNeededSettings(const PacketRequest& request) {
+    return findMethod(request.method) == nullptr || request.settings != nullptr;
+}
+
+std::size_t writeValue(const Parameter& parameter, const float* settings, char* out) {
+    TextSink sink(out);
+    putValue(sink, parameter, settings);
+    return sink.size();
+}
+
+std::size_t writePacket(const PacketRequest& request, char* out) {
+    TextSink sink(out);
     if (request.isWrapped) {
         sink.put(PacketOpening);
     }
@@ -130,34 +148,6 @@ void putPacket(TextSink& sink, const PacketRequest& request) {
     if (request.isWrapped) {
         sink.put(PacketClosing);
     }
-}
-
-} // namespace
-
-PacketRequest packetRequest(std::int32_t methodArgument, const float* settings) {
-    const bool isWrapped = methodArgument <= DescriptionOnly;
-    return {isWrapped ? methodArgument : methodArgument - DescriptionOnly, isWrapped, settings};
-}
-
-bool hasSlots(const PacketRequest& request) {
-    return findMethod(request.method) == nullptr || request.settings != nullptr;
-}
-
-std::size_t measurePacket(const PacketRequest& request) {
-    TextSink sink(nullptr);
-    putPacket(sink, request);
-    return sink.size();
-}
-
-std::size_t writeValue(const Parameter& parameter, const float* settings, char* out) {
-    TextSink sink(out);
-    putValue(sink, parameter, settings);
-    return sink.size();
-}
-
-std::size_t writePacket(const PacketRequest& request, char* out) {
-    TextSink sink(out);
-    putPacket(sink, request);
     return sink.size();
 }
 
@@ -177,8 +167,8 @@ std::int32_t embed_xmp(std::int32_t pass, std::int32_t method, const float* sett
     if (lensLength > 0) {
         request.lens = lens;
     }
-    if (!hasSlots(request) || (request.lens && request.lens->size() > MaxLens)) {
+    if (!hasNeededSettings(request) || (request.lens && request.lens->size() > MaxLens)) {
         return EMBED_XMP_NOTHING;
     }
-    return static_cast<std::int32_t>(isMeasuring ? measurePacket(request) : writePacket(request, out));
+    return static_cast<std::int32_t>(writePacket(request, isMeasuring ? nullptr : out));
 }

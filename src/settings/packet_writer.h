@@ -13,7 +13,7 @@ inline constexpr std::int32_t DescriptionOnly = 200;
 
 struct Parameter;
 
-// The content of a packet. Measuring and writing use the same request, so both give the same length.
+// The content of a packet.
 struct PacketRequest {
     std::int32_t method; // 0 or less: no settings description
     bool isWrapped;      // in x:xmpmeta and rdf:RDF
@@ -25,13 +25,10 @@ struct PacketRequest {
 // Decodes the method argument of the interface.
 PacketRequest packetRequest(std::int32_t methodArgument, const float* settings);
 
-// False if the method reads slots, and there are none.
-bool hasSlots(const PacketRequest& request);
+// False if the method needs settings, and there are none.
+bool hasNeededSettings(const PacketRequest& request);
 
-// The length of the text.
-std::size_t measurePacket(const PacketRequest& request);
-
-// Writes the text, without a terminator, and returns its length.
+// Writes the text, without a terminator, and returns its length. Without a buffer it only measures.
 std::size_t writePacket(const PacketRequest& request, char* out);
 
 // Writes the value of one parameter with its padding, at most PrintedFloatSize bytes, and returns its length.

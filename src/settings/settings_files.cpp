@@ -59,7 +59,7 @@ std::int32_t extract_xmp(const char* path, std::int32_t count, std::int32_t offs
     if (buffer[length] != '\0') {
         return XMP_NOT_TERMINATED;
     }
-    return detectMethod(std::string_view(buffer, length));
+    return detectMethod(std::string_view(buffer, length)).result();
 }
 
 std::int32_t tvsettings_occurences_in_xmp(std::int32_t length, const char* buffer) noexcept {
@@ -80,7 +80,7 @@ std::int32_t write_xmp(const char* path, std::int32_t method, const float* setti
         return WRITE_XMP_NO_METHOD;
     }
     const PacketRequest request = packetRequest(method, settings);
-    ZeroedBuffer packet(measurePacket(request));
+    ZeroedBuffer packet(writePacket(request, nullptr));
     if (!packet) {
         return WRITE_XMP_NO_MEMORY;
     }

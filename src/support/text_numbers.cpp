@@ -57,7 +57,8 @@ constexpr std::optional<float> scanWord(std::string_view text) {
     return std::nullopt;
 }
 
-// More digits matter only by not all being 0: no float, and no number halfway between two floats, has more than 113.
+// A float, and a number halfway between two floats, has at most 113 decimal digits. Of the digits after that many it
+// only matters whether one of them is not 0.
 constexpr std::size_t MaxDigits = 120;
 
 // The number DIGITS * 10^exponent; without digits, 0.
@@ -163,7 +164,7 @@ std::uint64_t roundHalfEven(double value) {
     return whole + (up ? 1 : 0);
 }
 
-constexpr double PowersOfTen[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6};
+constexpr double PowersOfTen[MaxDecimals + 1] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6};
 
 // Below this a float times 10^6 fits 63 bits. The product of a float's 24 significant bits and the 20 bits of 10^6 is
 // exact in double precision, so one rounding to an integer gives the digits of printf.

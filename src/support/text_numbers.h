@@ -20,11 +20,12 @@ std::optional<std::int64_t> scanInteger(std::string_view& text);
 // not, the parentheses are left in the text, as glibc's sscanf does, so they do not change the NaN's payload.
 std::optional<float> scanFloat(std::string_view text);
 
-// Room for any float printed with up to six decimals: sign, 39 digits, point, decimals.
+// Room for any float printed with that many decimals: sign, 39 digits, point, decimals.
+inline constexpr int MaxDecimals = 6;
 inline constexpr std::size_t PrintedFloatSize = 48;
 
-// Prints the number with 0 to 6 decimals. The text is in the buffer; infinity and NaN are constants, with the number's
-// sign: "inf", "-inf", "nan", "-nan".
+// Prints the number with 0 to MaxDecimals decimals. The text is in the buffer; infinity and NaN are constants, with the
+// number's sign: "inf", "-inf", "nan", "-nan".
 std::string_view printFixed(std::span<char, PrintedFloatSize> buffer, float value, int decimals);
 
 } // namespace tvmeta

@@ -158,7 +158,7 @@ std::int32_t buf2tif(const void* pixels, const TifImageInfo* info, std::int32_t 
                      std::int32_t method, const float* settings, std::int32_t xmpLength, const char* xmp,
                      const char* path) noexcept {
     if (info == nullptr || metadata == nullptr || gps == nullptr || path == nullptr ||
-        (info->height > 0 && pixels == nullptr) || !hasSlots(packetRequest(method, settings))) {
+        (info->height > 0 && pixels == nullptr) || !hasNeededSettings(packetRequest(method, settings))) {
         return BUF2TIF_BAD_ARGUMENTS;
     }
     const std::optional<TiffImage> image = TiffImage::from(*info);

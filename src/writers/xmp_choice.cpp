@@ -25,15 +25,15 @@ std::string_view storedPart(std::string_view packet, std::int32_t method) {
 }
 
 // Settings are found only in a packet with a terminator.
-bool hasSettings(std::string_view packet) {
-    return packet.back() == '\0' && isMethodCode(detectMethod(packet.substr(0, packet.size() - 1)));
+bool hasTerminatedSettings(std::string_view packet) {
+    return packet.back() == '\0' && hasSettings(packet.substr(0, packet.size() - 1));
 }
 
 } // namespace
 
 std::optional<XmpPacket> chooseXmp(std::string_view callersPacket, std::int32_t method, const float* settings,
                                    const MetadataBuf& metadata, std::size_t lensCount) {
-    if (!callersPacket.empty() && (method <= METHOD_NONE || hasSettings(callersPacket))) {
+    if (!callersPacket.empty() && (method <= METHOD_NONE || hasTerminatedSettings(callersPacket))) {
         return XmpPacket{std::nullopt, bytesOf(storedPart(callersPacket, method))};
     }
     if (method <= METHOD_NONE && lensCount == 0) {
@@ -43,7 +43,7 @@ std::optional<XmpPacket> chooseXmp(std::string_view callersPacket, std::int32_t 
     if (lensCount > 0) {
         request.lens = textOf(metadata.lens).substr(0, lensCount);
     }
-    ZeroedBuffer packet(measurePacket(request) + 1); // a space ends a packet that was made
+    ZeroedBuffer packet(writePacket(request, nullptr) + 1); // a space ends a packet that was made
     if (!packet) {
         return std::nullopt;
     }
