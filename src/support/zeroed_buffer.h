@@ -10,6 +10,7 @@ namespace tvmeta {
 
 class ZeroedBuffer {
   public:
+    ZeroedBuffer() = default; // no block
     explicit ZeroedBuffer(std::size_t size)
         // An empty block is a block: calloc(0) may give a null pointer that is no failure.
         : bytes_(static_cast<unsigned char*>(std::calloc(size > 0 ? size : 1, 1))), size_(bytes_ ? size : 0) {}
@@ -29,7 +30,7 @@ class ZeroedBuffer {
     };
 
     std::unique_ptr<unsigned char[], Free> bytes_;
-    std::size_t size_;
+    std::size_t size_ = 0;
 };
 
 } // namespace tvmeta

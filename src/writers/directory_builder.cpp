@@ -85,7 +85,7 @@ void DirectoryBuilder::addDirectory(std::uint16_t tag, const DirectoryBuilder& d
     field.directory = &directory;
 }
 
-void DirectoryBuilder::fixLayout(std::size_t entries, std::size_t valueBytes) {
+void DirectoryBuilder::setRoom(std::size_t entries, std::size_t valueBytes) {
     entries_ = entries;
     valueBytes_ = valueBytes;
 }

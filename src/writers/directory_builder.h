@@ -29,7 +29,7 @@ class DirectoryBuilder {
     void addDirectory(std::uint16_t tag, const DirectoryBuilder& directory);
 
     // Overrides the number of entries and the bytes of values for which the layout has room.
-    void fixLayout(std::size_t entries, std::size_t valueBytes);
+    void setRoom(std::size_t entries, std::size_t valueBytes);
 
     std::size_t entries() const { return entries_; }
     std::size_t valueBytes() const { return valueBytes_; }

@@ -28,9 +28,9 @@ std::int32_t write_exif_buf(std::int32_t exifCount, std::int32_t exifBytes, std:
         return WRITE_EXIF_NOTHING;
     }
     DirectoryBuilder exif = exifDirectory(*metadata, countOf(dateCount));
-    exif.fixLayout(countOf(exifCount), countOf(exifBytes));
-    DirectoryBuilder position = gpsDirectory(*gps, countOf(gpsDateCount));
-    position.fixLayout(countOf(gpsCount), countOf(gpsBytes));
+    exif.setRoom(countOf(exifCount), countOf(exifBytes));
+    DirectoryBuilder place = gpsDirectory(*gps, countOf(gpsDateCount));
+    place.setRoom(countOf(gpsCount), countOf(gpsBytes));
 
     DirectoryBuilder image;
     if (makeCount > 0) {
@@ -44,7 +44,7 @@ std::int32_t write_exif_buf(std::int32_t exifCount, std::int32_t exifBytes, std:
         image.addDirectory(tiff_tag::ExifIfd, exif);
     }
     if (gpsCount > 0) {
-        image.addDirectory(tiff_tag::GpsIfd, position);
+        image.addDirectory(tiff_tag::GpsIfd, place);
     }
     if (image.size() > INT32_MAX - TiffHeaderSize) {
         return WRITE_EXIF_NOTHING;

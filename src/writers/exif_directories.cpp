@@ -133,11 +133,11 @@ std::int32_t get_exif_count(const MetadataBuf* metadata, std::int32_t* exifCount
     const auto put = [](std::int32_t* out, std::size_t value) { *out = static_cast<std::int32_t>(value); };
     const TextCounts counts = countTexts(*metadata, *gps);
     const DirectoryBuilder exif = exifDirectory(*metadata, counts.date);
-    const DirectoryBuilder position = gpsDirectory(*gps, counts.gpsDate);
+    const DirectoryBuilder place = gpsDirectory(*gps, counts.gpsDate);
     put(exifCount, exif.entries());
     put(exifBytes, exif.valueBytes());
-    put(gpsCount, position.entries());
-    put(gpsBytes, position.valueBytes());
+    put(gpsCount, place.entries());
+    put(gpsBytes, place.valueBytes());
     put(modelCount, counts.model);
     put(makeCount, counts.make);
     put(dateCount, counts.date);

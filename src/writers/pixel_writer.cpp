@@ -9,45 +9,104 @@ namespace {
 
 constexpr std::size_t CHUNK_BYTES = 1'048'576;
 
-PixelKernel kernelFor(const TiffImage& image) {
-    if (image.takesHighBytes) {
-        return highByteKernel(image.channels);
+template <std::size_t SampleSize>
+void grayWithoutExtra(const unsigned char* from, unsigned char* to, std::size_t pixels) {
+    for (std::size_t i = 0; i < pixels; ++i) {
+        std::memcpy(to + i * SampleSize, from + i * 2 * SampleSize, SampleSize);
     }
-    return image.channels != image.samples ? droppingKernel(image.channels, image.sampleBytes) : nullptr;
+}
+
+// Copies whole source pixels, which takes one instruction each; the next pixel overwrites the extra sample. The last
+// pixel is copied without it, so nothing is written after the row.
+template <std::size_t SampleSize>
+void rgbWithoutExtra(const unsigned char* from, unsigned char* to, std::size_t pixels) {
+    constexpr std::size_t FromSize = 4 * SampleSize;
+    constexpr std::size_t ToSize = 3 * SampleSize;
+    for (; pixels > 1; --pixels) {
+        std::memcpy(to, from, FromSize);
+        from += FromSize;
+        to += ToSize;
+    }
+    std::memcpy(to, from, pixels * ToSize);
+}
+
+constexpr std::size_t HighByte = 1; // of a sample in little-endian order
+
+template <std::size_t Channels, std::size_t Samples>
+void takeHighBytes(const unsigned char* from, unsigned char* to, std::size_t pixels) {
+    for (std::size_t i = 0; i < pixels; ++i) {
+        for (std::size_t sample = 0; sample < Samples; ++sample) {
+            to[i * Samples + sample] = from[(i * Channels + sample) * 2 + HighByte];
+        }
+    }
+}
+
+// Copies samples without the last channel.
+PixelKernel droppingKernel(std::size_t channels, std::size_t sampleBytes) {
+    const bool gray = channels == 2;
+    switch (sampleBytes) {
+    case 1:
+        return gray ? grayWithoutExtra<1> : rgbWithoutExtra<1>;
+    case 2:
+        return gray ? grayWithoutExtra<2> : rgbWithoutExtra<2>;
+    default:
+        return gray ? grayWithoutExtra<4> : rgbWithoutExtra<4>;
+    }
+}
+
+// Takes the high bytes of 16-bit samples in machine byte order; of 2 or 4 channels without the last.
+PixelKernel highByteKernel(std::size_t channels) {
+    switch (channels) {
+    case 1:
+        return takeHighBytes<1, 1>;
+    case 2:
+        return takeHighBytes<2, 1>;
+    case 3:
+        return takeHighBytes<3, 3>;
+    default:
+        return takeHighBytes<4, 3>;
+    }
+}
+
+PixelKernel kernelFor(const PixelLayout& layout) {
+    if (layout.takesHighBytes) {
+        return highByteKernel(layout.channels);
+    }
+    return layout.channels != layout.samples ? droppingKernel(layout.channels, layout.sampleBytes) : nullptr;
 }
 
 // Rows per block. Its size is that of source rows, extra channel included, in the written depth.
-std::size_t rowsPerBlock(const TiffImage& image) {
-    const std::size_t rows = CHUNK_BYTES / (image.width * image.channels * image.sampleBytes);
-    return std::min(std::max<std::size_t>(rows, 1), image.height);
+std::size_t rowsPerBlock(const PixelLayout& layout) {
+    const std::size_t rows = CHUNK_BYTES / (layout.width * layout.channels * layout.sampleBytes);
+    return std::min(std::max<std::size_t>(rows, 1), layout.height);
 }
 
 } // namespace
 
-PixelWriter::PixelWriter(const void* pixels, std::ptrdiff_t rowPitch, const TiffImage& image)
-    : image_(image), first_(static_cast<const unsigned char*>(pixels)),
-      pitch_(image.takesHighBytes ? rowPitch * 2 : rowPitch), kernel_(kernelFor(image)),
-      blockRows_(rowsPerBlock(image)) {}
+PixelWriter::PixelWriter(const void* pixels, std::ptrdiff_t rowPitch, const PixelLayout& layout)
+    : layout_(layout), first_(static_cast<const unsigned char*>(pixels)),
+      pitch_(layout.takesHighBytes ? rowPitch * 2 : rowPitch), kernel_(kernelFor(layout)),
+      blockRows_(rowsPerBlock(layout)) {}
 
 void PixelWriter::convert(std::size_t firstRow, std::size_t rows, unsigned char* block) const {
     for (std::size_t i = 0; i < rows; ++i) {
-        unsigned char* const to = block + i * image_.rowSize();
+        unsigned char* const to = block + i * layout_.rowSize();
         if (kernel_ != nullptr) {
-            kernel_(row(firstRow + i), to, image_.width);
+            kernel_(row(firstRow + i), to, layout_.width);
         } else {
-            std::memcpy(to, row(firstRow + i), image_.rowSize());
+            std::memcpy(to, row(firstRow + i), layout_.rowSize());
         }
     }
 }
 
 Result<std::int32_t> PixelWriter::write(std::FILE* stream, std::span<unsigned char> block) const {
     std::size_t rows = 0;
-    for (std::size_t done = 0; done < image_.height; done += rows) {
-        rows = std::min(blockRows_, image_.height - done);
+    for (std::size_t done = 0; done < layout_.height; done += rows) {
+        rows = std::min(blockRows_, layout_.height - done);
         if (!isPacked()) {
             convert(done, rows, block.data());
         }
-        if (std::fwrite(isPacked() ? row(done) : block.data(), image_.rowSize(), rows, stream) != rows) {
+        if (std::fwrite(isPacked() ? row(done) : block.data(), layout_.rowSize(), rows, stream) != rows) {
             return Failure{BUF2TIF_PIXELS_FAILED};
         }
     }

@@ -1,5 +1,6 @@
 // Saves a result: an uncompressed little-endian TIFF file (TIFF 6.0) of header, one strip of pixels, and a directory
 // block with everything else. Nothing is aligned, and nothing follows the directory block.
+#include "settings/packet_parser.h"
 #include "settings/packet_writer.h"
 #include "support/file.h"
 #include "support/message.h"
@@ -7,12 +8,13 @@
 #include "tvmeta.h"
 #include "writers/directory_builder.h"
 #include "writers/exif_directories.h"
+#include "writers/pixel_layout.h"
 #include "writers/pixel_writer.h"
-#include "writers/tiff_image.h"
-#include "writers/xmp_choice.h"
 
 #include <cstdint>
+#include <cstring>
 #include <string_view>
+#include <utility>
 
 using namespace tvmeta;
 
@@ -29,10 +31,11 @@ constexpr std::span<const unsigned char> NoBytes;
 constexpr std::string_view FloatSoftware = "Tonalvista 32-bit Float Output";
 
 // The contents of the file besides its pixels.
-struct Metadata {
+struct Contents {
     const TifImageInfo& info;
-    const MetadataBuf& camera;
-    TextCounts counts;
+    std::string_view make;
+    std::span<const char> model;
+    std::size_t modelCount;
     std::span<const unsigned char> icc;
     std::span<const unsigned char> xmp;
     std::span<const unsigned char> iptc;
@@ -48,17 +51,17 @@ bool isForRgb(std::span<const unsigned char> profile) {
             profile[ColorSpaceOffset + 2] == 'B');
 }
 
-void addPixelFields(DirectoryBuilder& directory, const TiffImage& image) {
-    const auto height = static_cast<std::uint32_t>(image.height);
-    directory.addShortOrLong(tiff_tag::ImageWidth, static_cast<std::uint32_t>(image.width));
+void addPixelFields(DirectoryBuilder& directory, const PixelLayout& layout) {
+    const auto height = static_cast<std::uint32_t>(layout.height);
+    directory.addShortOrLong(tiff_tag::ImageWidth, static_cast<std::uint32_t>(layout.width));
     directory.addShortOrLong(tiff_tag::ImageLength, height);
-    directory.addShorts(tiff_tag::BitsPerSample, image.samples, static_cast<std::uint16_t>(image.sampleBytes * 8));
+    directory.addShorts(tiff_tag::BitsPerSample, layout.samples, static_cast<std::uint16_t>(layout.sampleBytes * 8));
     directory.addShort(tiff_tag::Compression, NoCompression);
-    directory.addShort(tiff_tag::PhotometricInterpretation, image.samples == 1 ? BlackIsZero : Rgb);
+    directory.addShort(tiff_tag::PhotometricInterpretation, layout.samples == 1 ? BlackIsZero : Rgb);
     directory.addLong(tiff_tag::StripOffsets, TiffHeaderSize);
-    directory.addShort(tiff_tag::SamplesPerPixel, static_cast<std::uint16_t>(image.samples));
+    directory.addShort(tiff_tag::SamplesPerPixel, static_cast<std::uint16_t>(layout.samples));
     directory.addShortOrLong(tiff_tag::RowsPerStrip, height);
-    directory.addLong(tiff_tag::StripByteCounts, static_cast<std::uint32_t>(image.dataSize()));
+    directory.addLong(tiff_tag::StripByteCounts, static_cast<std::uint32_t>(layout.dataSize()));
     directory.addShort(tiff_tag::PlanarConfiguration, Interleaved);
 }
 
@@ -77,38 +80,67 @@ void addIptc(DirectoryBuilder& directory, std::span<const unsigned char> iptc) {
 }
 
 // Fields are added in the order of their values in the file.
-DirectoryBuilder imageDirectory(const TiffImage& image, const Metadata& metadata) {
+DirectoryBuilder imageDirectory(const PixelLayout& layout, const Contents& contents) {
     DirectoryBuilder directory;
-    addPixelFields(directory, image);
-    if (metadata.counts.make > 0) {
-        directory.addText(tiff_tag::Make, makeOf(textOf(metadata.camera.model)), metadata.counts.make);
+    addPixelFields(directory, layout);
+    if (!contents.make.empty()) {
+        directory.addText(tiff_tag::Make, contents.make, contents.make.size() + 1);
     }
-    if (metadata.counts.model > 0) {
-        directory.addText(tiff_tag::Model, metadata.camera.model, metadata.counts.model);
+    if (contents.modelCount > 0) {
+        directory.addText(tiff_tag::Model, contents.model, contents.modelCount);
     }
-    directory.addShort(tiff_tag::Orientation, writtenOrientation(metadata.info.orientation));
-    addResolution(directory, metadata.info.resolution);
-    if (image.isFloat) {
+    directory.addShort(tiff_tag::Orientation, writtenOrientation(contents.info.orientation));
+    addResolution(directory, contents.info.resolution);
+    if (layout.isFloat) {
         directory.addText(tiff_tag::Software, FloatSoftware, FloatSoftware.size() + 1);
         directory.addShorts(tiff_tag::SampleFormat, MaxSamples, IeeeFloat);
     }
-    if (!metadata.icc.empty()) {
-        directory.addBytes(tiff_tag::IccProfile, tiff_type::Undefined, metadata.icc.size(), metadata.icc,
-                           metadata.icc.size());
+    if (!contents.icc.empty()) {
+        directory.addBytes(tiff_tag::IccProfile, tiff_type::Undefined, contents.icc.size(), contents.icc,
+                           contents.icc.size());
     }
-    if (!metadata.xmp.empty()) {
-        directory.addBytes(tiff_tag::Xmp, tiff_type::Byte, metadata.xmp.size(), metadata.xmp, metadata.xmp.size());
+    if (!contents.xmp.empty()) {
+        directory.addBytes(tiff_tag::Xmp, tiff_type::Byte, contents.xmp.size(), contents.xmp, contents.xmp.size());
     }
-    if (!metadata.iptc.empty()) {
-        addIptc(directory, metadata.iptc);
+    if (!contents.iptc.empty()) {
+        addIptc(directory, contents.iptc);
     }
-    if (metadata.exif.entries() > 0) {
-        directory.addDirectory(tiff_tag::ExifIfd, metadata.exif);
+    if (contents.exif.entries() > 0) {
+        directory.addDirectory(tiff_tag::ExifIfd, contents.exif);
     }
-    if (metadata.gps.entries() > 0) {
-        directory.addDirectory(tiff_tag::GpsIfd, metadata.gps);
+    if (contents.gps.entries() > 0) {
+        directory.addDirectory(tiff_tag::GpsIfd, contents.gps);
     }
     return directory;
+}
+
+// The packet to be stored: the caller's, one that was made, or none.
+struct XmpPacket {
+    ZeroedBuffer made;
+    std::span<const unsigned char> bytes;
+};
+
+// The last byte of the caller's packet should be a terminator. It is not stored, and settings are found only if it is
+// zero. The exception: without a method, a packet that ends with another byte is stored whole.
+Result<XmpPacket> chooseXmp(std::span<const unsigned char> packet, PacketRequest request) {
+    if (!packet.empty()) {
+        const auto start = packet.first(packet.size() - 1);
+        const bool isTerminated = packet.back() == '\0';
+        const std::string_view text(reinterpret_cast<const char*>(start.data()), start.size());
+        if (request.method <= METHOD_NONE || (isTerminated && hasSettings(text))) {
+            return XmpPacket{{}, isTerminated || request.method != METHOD_NONE ? start : packet};
+        }
+    }
+    if (request.method <= METHOD_NONE && !request.lens) {
+        return XmpPacket{};
+    }
+    ZeroedBuffer made(writePacket(request, nullptr) + 1); // a space ends a packet that was made
+    if (!made) {
+        return Failure{BUF2TIF_NO_MEMORY};
+    }
+    made.bytes()[writePacket(request, made.text())] = ' ';
+    const std::span<const unsigned char> bytes = made.bytes();
+    return XmpPacket{std::move(made), bytes};
 }
 
 // Writes the planned file. All memory is allocated before the file is opened, which empties it. The stream is
@@ -143,8 +175,7 @@ std::int32_t writeFile(const char* path, const PixelWriter& pixels, std::size_t 
 }
 
 // Bytes at the interface. Empty for a negative length, and for a null pointer with a length above 0.
-template <typename Byte>
-std::optional<std::span<const Byte>> bytesAt(const Byte* bytes, std::int32_t length) {
+std::optional<std::span<const unsigned char>> bytesAt(const unsigned char* bytes, std::int32_t length) {
     if (length < 0 || (length > 0 && bytes == nullptr)) {
         return std::nullopt;
     }
@@ -157,40 +188,42 @@ std::int32_t buf2tif(const void* pixels, const TifImageInfo* info, std::int32_t 
                      const MetadataBuf* metadata, const GpsBuf* gps, std::int32_t iptcLength, const unsigned char* iptc,
                      std::int32_t method, const float* settings, std::int32_t xmpLength, const char* xmp,
                      const char* path) noexcept {
+    PacketRequest request = packetRequest(method, settings);
     if (info == nullptr || metadata == nullptr || gps == nullptr || path == nullptr ||
-        (info->height > 0 && pixels == nullptr) || !hasNeededSettings(packetRequest(method, settings))) {
+        (info->height > 0 && pixels == nullptr) || !hasNeededSettings(request)) {
         return BUF2TIF_BAD_ARGUMENTS;
     }
-    const std::optional<TiffImage> image = TiffImage::from(*info);
-    if (!image) {
-        return BUF2TIF_BAD_ARGUMENTS;
-    }
+    const std::optional<PixelLayout> layout = pixelLayout(*info);
     const auto profile = bytesAt(icc, info->iccLength);
     const auto iptcBlock = bytesAt(iptc, iptcLength);
-    const auto callersPacket = bytesAt(xmp, xmpLength);
-    if (!profile || !iptcBlock || !callersPacket) {
+    const auto callersPacket = bytesAt(reinterpret_cast<const unsigned char*>(xmp), xmpLength);
+    if (!layout || !profile || !iptcBlock || !callersPacket) {
         return BUF2TIF_BAD_ARGUMENTS;
     }
     const TextCounts counts = countTexts(*metadata, *gps);
-    const std::string_view packetText(callersPacket->data(), callersPacket->size());
-    const std::optional<XmpPacket> packet = chooseXmp(packetText, method, settings, *metadata, counts.lens);
+    if (counts.lens > 0) {
+        request.lens = textOf(metadata->lens).substr(0, counts.lens);
+    }
+    const Result<XmpPacket> packet = chooseXmp(*callersPacket, request);
     if (!packet) {
-        return BUF2TIF_NO_MEMORY;
+        return packet.code();
     }
     const DirectoryBuilder exif = exifDirectory(*metadata, counts.date);
-    const DirectoryBuilder position = gpsDirectory(*gps, counts.gpsDate);
-    const DirectoryBuilder directory = imageDirectory(*image, {
-                                                                  .info = *info,
-                                                                  .camera = *metadata,
-                                                                  .counts = counts,
-                                                                  .icc = isForRgb(*profile) ? *profile : NoBytes,
-                                                                  .xmp = packet->bytes,
-                                                                  .iptc = *iptcBlock,
-                                                                  .exif = exif,
-                                                                  .gps = position,
-                                                              });
-    if (directory.size() > MaxImageData - image->dataSize()) {
+    const DirectoryBuilder place = gpsDirectory(*gps, counts.gpsDate);
+    const Contents contents = {
+        .info = *info,
+        .make = makeOf(textOf(metadata->model)),
+        .model = metadata->model,
+        .modelCount = counts.model,
+        .icc = isForRgb(*profile) ? *profile : NoBytes,
+        .xmp = packet->bytes,
+        .iptc = *iptcBlock,
+        .exif = exif,
+        .gps = place,
+    };
+    const DirectoryBuilder directory = imageDirectory(*layout, contents);
+    if (directory.size() > MaxImageData - layout->dataSize()) {
         return BUF2TIF_BAD_ARGUMENTS;
     }
-    return writeFile(path, PixelWriter(pixels, rowPitch, *image), TiffHeaderSize + image->dataSize(), directory);
+    return writeFile(path, PixelWriter(pixels, rowPitch, *layout), TiffHeaderSize + layout->dataSize(), directory);
 }
