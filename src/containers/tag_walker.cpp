@@ -13,8 +13,6 @@ namespace tvmeta {
 
 namespace {
 
-constexpr std::uint16_t BigTiffMagic = 43;
-
 // The number after the byte order of TIFF structures, and of raw formats that differ from TIFF in nothing else:
 // "RO" and "RS" of ORF, 85 of RW2.
 constexpr std::uint16_t Magics[] = {TiffMagic, BigTiffMagic, 0x4F52, 0x5352, 85};

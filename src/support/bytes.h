@@ -52,6 +52,15 @@ class ByteWriter {
         put(bytes);
     }
 
+    // A number of 1 to 8 bytes.
+    void putNumber(std::uint64_t value, std::size_t size) {
+        unsigned char bytes[8] = {};
+        for (std::size_t i = 0; i < size; ++i) {
+            bytes[i] = static_cast<unsigned char>(value >> 8 * i);
+        }
+        put({bytes, size});
+    }
+
     void put(std::span<const unsigned char> bytes) {
         const std::size_t size = fitting(bytes.size());
         copyBytes(block_.data() + position_, bytes.data(), size);

@@ -13,6 +13,7 @@ namespace tvmeta {
 inline constexpr std::uint16_t LittleEndianMark = 0x4949;
 inline constexpr std::uint16_t BigEndianMark = 0x4D4D;
 inline constexpr std::uint16_t TiffMagic = 42;
+inline constexpr std::uint16_t BigTiffMagic = 43;
 
 inline constexpr std::size_t TiffHeaderSize = 8;
 inline constexpr std::size_t DirectoryEntrySize = 12;
@@ -25,6 +26,10 @@ inline constexpr std::uint16_t Short = 3;
 inline constexpr std::uint16_t Long = 4;
 inline constexpr std::uint16_t Rational = 5;
 inline constexpr std::uint16_t Undefined = 7;
+inline constexpr std::uint16_t SignedRational = 10;
+inline constexpr std::uint16_t Ifd = 13;
+inline constexpr std::uint16_t Long8 = 16; // BigTIFF
+inline constexpr std::uint16_t Ifd8 = 18;
 } // namespace tiff_type
 
 namespace tiff_tag {
@@ -47,6 +52,7 @@ inline constexpr std::uint16_t YResolution = 283;
 inline constexpr std::uint16_t PlanarConfiguration = 284;
 inline constexpr std::uint16_t ResolutionUnit = 296;
 inline constexpr std::uint16_t Software = 305;
+inline constexpr std::uint16_t DateTime = 306;
 inline constexpr std::uint16_t Artist = 315;
 inline constexpr std::uint16_t SubIfds = 330;
 inline constexpr std::uint16_t SampleFormat = 339;
@@ -85,6 +91,7 @@ inline constexpr std::uint16_t SensitivityType = 34864;
 inline constexpr std::uint16_t StandardOutputSensitivity = 34865;
 inline constexpr std::uint16_t RecommendedExposureIndex = 34866;
 inline constexpr std::uint16_t IsoSpeed = 34867;
+inline constexpr std::uint16_t ExifVersion = 36864;
 inline constexpr std::uint16_t DateTimeOriginal = 36867;
 inline constexpr std::uint16_t DateTimeDigitized = 36868;
 inline constexpr std::uint16_t OffsetTimeOriginal = 36881;
@@ -98,6 +105,7 @@ inline constexpr std::uint16_t Flash = 37385;
 inline constexpr std::uint16_t FocalLength = 37386;
 inline constexpr std::uint16_t SubSecTimeOriginal = 37521;
 inline constexpr std::uint16_t SubSecTimeDigitized = 37522;
+inline constexpr std::uint16_t ColorSpace = 40961;
 inline constexpr std::uint16_t PixelXDimension = 40962;
 inline constexpr std::uint16_t PixelYDimension = 40963;
 inline constexpr std::uint16_t InteroperabilityIfd = 40965;

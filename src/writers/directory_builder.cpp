@@ -25,12 +25,12 @@ std::span<const unsigned char> DirectoryBuilder::Field::bytes() const {
 }
 
 DirectoryBuilder::Field& DirectoryBuilder::add(std::uint16_t tag, std::uint16_t type, std::size_t count,
-                                               std::size_t size) {
-    requireRoom(fieldCount_ < fields_.size());
-    Field& field = fields_[fieldCount_++];
-    field = {tag, type, static_cast<std::uint32_t>(count), size, {}, {}, nullptr};
+                                               std::size_t size, DirectoryBuilder* directory) {
+    requireRoom(fieldCount_ < room().size());
+    Field& field = room()[fieldCount_++];
+    field = {tag, type, static_cast<std::uint32_t>(count), size, {}, {}, directory, 0};
     ++entries_;
-    valueBytes_ += field.isInline() ? 0 : size;
+    valueBytes_ += isInline(field) ? 0 : form_.aligned(size);
     return field;
 }
 
@@ -80,9 +80,20 @@ void DirectoryBuilder::addBytes(std::uint16_t tag, std::uint16_t type, std::size
     add(tag, type, count, size).borrowed = bytes.first(std::min(bytes.size(), size));
 }
 
-void DirectoryBuilder::addDirectory(std::uint16_t tag, const DirectoryBuilder& directory) {
-    Field& field = add(tag, tiff_type::Long, 1, directory.size());
-    field.directory = &directory;
+void DirectoryBuilder::addOffset(std::uint16_t tag, std::uint64_t value) {
+    const std::size_t size = form_.offsetSize();
+    Field& field = addNumbers(tag, form_.isBig ? tiff_type::Long8 : tiff_type::Long, 1, size);
+    ByteWriter(std::span(field.numbers).first(size)).putNumber(value, size);
+}
+
+void DirectoryBuilder::addDirectory(std::uint16_t tag, DirectoryBuilder& directory) {
+    add(tag, form_.isBig ? tiff_type::Long8 : tiff_type::Long, 1, directory.size(), &directory);
+}
+
+bool DirectoryBuilder::has(std::uint16_t tag) const {
+    const std::span<const Field> all = room_.data() != nullptr ? std::span<const Field>(room_) : own_;
+    return std::ranges::find(all.first(fieldCount_), tag, &Field::tag) !=
+           all.begin() + static_cast<std::ptrdiff_t>(fieldCount_);
 }
 
 void DirectoryBuilder::setRoom(std::size_t entries, std::size_t valueBytes) {
@@ -90,12 +101,11 @@ void DirectoryBuilder::setRoom(std::size_t entries, std::size_t valueBytes) {
     valueBytes_ = valueBytes;
 }
 
-void DirectoryBuilder::writeValue(const Placed& placed, std::span<unsigned char> block, std::size_t position) {
-    const Field& field = *placed.field;
-    const std::size_t offset = std::min(placed.offset, block.size());
+void DirectoryBuilder::writeValue(const Field& field, std::span<unsigned char> block, std::size_t position) const {
+    const std::size_t offset = std::min(field.offset, block.size());
     const std::span<unsigned char> room = block.subspan(offset, std::min(field.size, block.size() - offset));
     if (field.directory != nullptr) {
-        field.directory->write(room, position + placed.offset);
+        field.directory->write(room, position + field.offset);
         return;
     }
     ByteWriter value(room);
@@ -103,45 +113,47 @@ void DirectoryBuilder::writeValue(const Placed& placed, std::span<unsigned char>
     value.putZeros(field.size - field.bytes().size());
 }
 
-void DirectoryBuilder::writeEntries(std::span<const Placed> placed, std::span<unsigned char> block,
-                                    std::size_t position) const {
+void DirectoryBuilder::writeEntries(std::span<unsigned char> block, std::size_t position) {
     ByteWriter writer(block.first(std::min(headSize(), block.size())));
-    writer.put16(static_cast<std::uint16_t>(entries_));
-    const std::size_t written = std::min(placed.size(), entries_);
-    for (const auto& [field, offset] : placed.first(written)) {
-        writer.put16(field->tag);
-        writer.put16(field->type);
-        writer.put32(field->count);
-        if (field->isInline()) {
-            writer.put(field->bytes());
-            writer.skip(EntryValueSize - field->bytes().size());
+    writer.putNumber(entries_, form_.countSize());
+    const std::size_t written = std::min(fieldCount_, entries_);
+    for (const Field& field : fields().first(written)) {
+        writer.put16(field.tag);
+        writer.put16(field.type);
+        writer.putNumber(field.count, form_.offsetSize());
+        if (isInline(field)) {
+            writer.put(field.bytes());
+            writer.skip(form_.offsetSize() - field.bytes().size());
         } else {
-            writer.put32(static_cast<std::uint32_t>(position + offset));
+            writer.putNumber(position + field.offset, form_.offsetSize());
         }
     }
-    writer.skip((entries_ - written) * DirectoryEntrySize);
-    writer.put32(0); // no further directory
+    writer.skip((entries_ - written) * form_.entrySize());
+    writer.putNumber(0, form_.offsetSize()); // no further directory
 }
 
-void DirectoryBuilder::write(std::span<unsigned char> block, std::size_t position) const {
-    std::array<Placed, MaxFields> places;
-    const std::span<Placed> placed = std::span(places).first(fieldCount_);
+void DirectoryBuilder::write(std::span<unsigned char> block, std::size_t position) {
     std::size_t offset = headSize();
-    for (std::size_t i = 0; i < fieldCount_; ++i) {
-        placed[i] = {&fields_[i], offset};
-        if (!fields_[i].isInline()) {
-            writeValue(placed[i], block, position);
-            offset += fields_[i].size;
+    for (Field& field : fields()) {
+        field.offset = offset;
+        if (!isInline(field)) {
+            writeValue(field, block, position);
+            offset += form_.aligned(field.size);
         }
     }
-    std::ranges::sort(placed, {}, [](const Placed& place) { return place.field->tag; });
-    writeEntries(placed, block, position);
+    std::ranges::sort(fields(), {}, &Field::tag);
+    writeEntries(block, position);
 }
 
-void writeTiffHeader(std::span<unsigned char, TiffHeaderSize> header, std::size_t firstDirectory) {
-    putLe16(header.data(), LittleEndianMark);
-    putLe16(header.data() + 2, TiffMagic);
-    putLe32(header.data() + 4, static_cast<std::uint32_t>(firstDirectory));
+void writeTiffHeader(std::span<unsigned char> header, std::size_t firstDirectory, DirectoryForm form) {
+    ByteWriter writer(header);
+    writer.put16(LittleEndianMark);
+    writer.put16(form.isBig ? BigTiffMagic : TiffMagic);
+    if (form.isBig) {
+        writer.put16(static_cast<std::uint16_t>(form.offsetSize()));
+        writer.put16(0);
+    }
+    writer.putNumber(firstDirectory, form.offsetSize());
 }
 
 } // namespace tvmeta

@@ -50,7 +50,7 @@ std::int32_t write_exif_buf(std::int32_t exifCount, std::int32_t exifBytes, std:
         return WRITE_EXIF_NOTHING;
     }
     const std::span block(buffer, TiffHeaderSize + image.size());
-    writeTiffHeader(block.first<TiffHeaderSize>(), TiffHeaderSize);
+    writeTiffHeader(block.first(TiffHeaderSize), TiffHeaderSize);
     image.write(block.subspan(TiffHeaderSize), TiffHeaderSize);
     return static_cast<std::int32_t>(block.size());
 }

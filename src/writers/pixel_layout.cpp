@@ -30,7 +30,7 @@ bool isSupported(const TifImageInfo& info) {
 
 } // namespace
 
-std::optional<PixelLayout> pixelLayout(const TifImageInfo& info) {
+std::optional<PixelLayout> pixelLayout(const TifImageInfo& info, std::size_t maxData) {
     if (!isSupported(info)) {
         return std::nullopt;
     }
@@ -43,7 +43,7 @@ std::optional<PixelLayout> pixelLayout(const TifImageInfo& info) {
         .isFloat = info.bitsCode == Float32 || info.bitsCode == Float16,
         .takesHighBytes = info.pixelMode == HighBytes,
     };
-    if (layout.height > MaxImageData / layout.rowSize()) { // a row has less than 2^35 bytes
+    if (layout.height > maxData / layout.rowSize()) { // a row has less than 2^35 bytes
         return std::nullopt;
     }
     return layout;

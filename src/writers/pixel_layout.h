@@ -27,8 +27,8 @@ struct PixelLayout {
     std::size_t dataSize() const { return height * rowSize(); }
 };
 
-// Empty for fields that the writer does not accept, and for more pixels than a file can contain, so no size computed
+// Empty for fields that the writer does not accept, and for more than `maxData` bytes of pixels, so no size computed
 // from a layout wraps.
-std::optional<PixelLayout> pixelLayout(const TifImageInfo& info);
+std::optional<PixelLayout> pixelLayout(const TifImageInfo& info, std::size_t maxData = MaxImageData);
 
 } // namespace tvmeta

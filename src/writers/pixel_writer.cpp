@@ -84,8 +84,7 @@ std::size_t rowsPerBlock(const PixelLayout& layout) {
 } // namespace
 
 PixelWriter::PixelWriter(const void* pixels, std::ptrdiff_t rowPitch, const PixelLayout& layout)
-    : layout_(layout), first_(static_cast<const unsigned char*>(pixels)),
-      pitch_(layout.takesHighBytes ? rowPitch * 2 : rowPitch), kernel_(kernelFor(layout)),
+    : layout_(layout), first_(static_cast<const unsigned char*>(pixels)), pitch_(rowPitch), kernel_(kernelFor(layout)),
       blockRows_(rowsPerBlock(layout)) {}
 
 void PixelWriter::convert(std::size_t firstRow, std::size_t rows, unsigned char* block) const {

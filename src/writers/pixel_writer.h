@@ -17,7 +17,7 @@ using PixelKernel = void (*)(const unsigned char* from, unsigned char* to, std::
 // Turns the caller's rows into rows of the file, block by block.
 class PixelWriter {
   public:
-    // `rowPitch` is in bytes, or in 16-bit samples if the layout takes high bytes.
+    // `rowPitch` is in bytes.
     PixelWriter(const void* pixels, std::ptrdiff_t rowPitch, const PixelLayout& layout);
 
     // Bytes of the block that write() needs; 0 if rows are written from the caller's buffer.

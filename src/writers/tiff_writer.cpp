@@ -10,6 +10,7 @@
 #include "writers/exif_directories.h"
 #include "writers/pixel_layout.h"
 #include "writers/pixel_writer.h"
+#include "writers/tiff_file.h"
 
 #include <cstdint>
 #include <cstring>
@@ -20,15 +21,9 @@ using namespace tvmeta;
 
 namespace {
 
-constexpr std::uint16_t NoCompression = 1;
-constexpr std::uint16_t BlackIsZero = 1;
-constexpr std::uint16_t Rgb = 2;
-constexpr std::uint16_t Interleaved = 1;
-constexpr std::uint16_t Inch = 2;
 constexpr std::uint16_t IeeeFloat = 3;
 constexpr std::size_t MaxSamples = 3;
 constexpr std::span<const unsigned char> NoBytes;
-constexpr std::string_view FloatSoftware = "Tonalvista 32-bit Float Output";
 
 // The contents of the file besides its pixels.
 struct Contents {
@@ -39,8 +34,8 @@ struct Contents {
     std::span<const unsigned char> icc;
     std::span<const unsigned char> xmp;
     std::span<const unsigned char> iptc;
-    const DirectoryBuilder& exif;
-    const DirectoryBuilder& gps;
+    DirectoryBuilder& exif;
+    DirectoryBuilder& gps;
 };
 
 // False for a profile whose header names another colour space. A profile too short for that is accepted.
@@ -51,38 +46,10 @@ bool isForRgb(std::span<const unsigned char> profile) {
             profile[ColorSpaceOffset + 2] == 'B');
 }
 
-void addPixelFields(DirectoryBuilder& directory, const PixelLayout& layout) {
-    const auto height = static_cast<std::uint32_t>(layout.height);
-    directory.addShortOrLong(tiff_tag::ImageWidth, static_cast<std::uint32_t>(layout.width));
-    directory.addShortOrLong(tiff_tag::ImageLength, height);
-    directory.addShorts(tiff_tag::BitsPerSample, layout.samples, static_cast<std::uint16_t>(layout.sampleBytes * 8));
-    directory.addShort(tiff_tag::Compression, NoCompression);
-    directory.addShort(tiff_tag::PhotometricInterpretation, layout.samples == 1 ? BlackIsZero : Rgb);
-    directory.addLong(tiff_tag::StripOffsets, TiffHeaderSize);
-    directory.addShort(tiff_tag::SamplesPerPixel, static_cast<std::uint16_t>(layout.samples));
-    directory.addShortOrLong(tiff_tag::RowsPerStrip, height);
-    directory.addLong(tiff_tag::StripByteCounts, static_cast<std::uint32_t>(layout.dataSize()));
-    directory.addShort(tiff_tag::PlanarConfiguration, Interleaved);
-}
-
-void addResolution(DirectoryBuilder& directory, std::int32_t dotsPerInch) {
-    constexpr std::int32_t Thousand = 1000;
-    const auto scaled = static_cast<std::int32_t>(static_cast<std::uint32_t>(dotsPerInch) * std::uint32_t{Thousand});
-    const std::int32_t resolution[] = {scaled, Thousand};
-    directory.addRationals(tiff_tag::XResolution, resolution);
-    directory.addRationals(tiff_tag::YResolution, resolution);
-    directory.addShort(tiff_tag::ResolutionUnit, Inch);
-}
-
-void addIptc(DirectoryBuilder& directory, std::span<const unsigned char> iptc) {
-    const std::size_t longs = iptc.size() / 4 + (iptc.size() % 4 != 0 ? 1 : 0);
-    directory.addBytes(tiff_tag::Iptc, tiff_type::Long, longs, iptc, 4 * longs);
-}
-
 // Fields are added in the order of their values in the file.
 DirectoryBuilder imageDirectory(const PixelLayout& layout, const Contents& contents) {
     DirectoryBuilder directory;
-    addPixelFields(directory, layout);
+    addPixelFields(directory, layout, {});
     if (!contents.make.empty()) {
         directory.addText(tiff_tag::Make, contents.make, contents.make.size() + 1);
     }
@@ -143,37 +110,6 @@ Result<XmpPacket> chooseXmp(std::span<const unsigned char> packet, PacketRequest
     return XmpPacket{std::move(made), bytes};
 }
 
-// Writes the planned file. All memory is allocated before the file is opened, which empties it. The stream is
-// unbuffered, so a write that fails is the one that found no room.
-std::int32_t writeFile(const char* path, const PixelWriter& pixels, std::size_t directoryOffset,
-                       const DirectoryBuilder& directory) {
-    ZeroedBuffer pixelBlock(pixels.blockSize());
-    if (!pixelBlock) {
-        return BUF2TIF_NO_PIXEL_MEMORY;
-    }
-    ZeroedBuffer directoryBlock(directory.size());
-    if (!directoryBlock) {
-        return BUF2TIF_NO_MEMORY;
-    }
-    directory.write(directoryBlock.bytes(), directoryOffset);
-    unsigned char header[TiffHeaderSize];
-    writeTiffHeader(header, directoryOffset);
-    File file = openUnbuffered(path, "wb");
-    if (!file) {
-        printMessage("Could not open for writing file:  ", path);
-        return BUF2TIF_CANNOT_OPEN;
-    }
-    if (std::fwrite(header, sizeof header, 1, file.get()) != 1) {
-        return BUF2TIF_HEADER_FAILED;
-    }
-    const Result<std::int32_t> rows = pixels.write(file.get(), pixelBlock.bytes());
-    if (!rows) {
-        return rows.code();
-    }
-    const bool isWritten = std::fwrite(directoryBlock.data(), directoryBlock.size(), 1, file.get()) == 1;
-    return closeWritten(file) && isWritten ? *rows : BUF2TIF_DIRECTORY_FAILED;
-}
-
 // Bytes at the interface. Empty for a negative length, and for a null pointer with a length above 0.
 std::optional<std::span<const unsigned char>> bytesAt(const unsigned char* bytes, std::int32_t length) {
     if (length < 0 || (length > 0 && bytes == nullptr)) {
@@ -208,8 +144,8 @@ std::int32_t buf2tif(const void* pixels, const TifImageInfo* info, std::int32_t 
     if (!packet) {
         return packet.code();
     }
-    const DirectoryBuilder exif = exifDirectory(*metadata, counts.date);
-    const DirectoryBuilder place = gpsDirectory(*gps, counts.gpsDate);
+    DirectoryBuilder exif = exifDirectory(*metadata, counts.date);
+    DirectoryBuilder place = gpsDirectory(*gps, counts.gpsDate);
     const Contents contents = {
         .info = *info,
         .make = makeOf(textOf(metadata->model)),
@@ -221,9 +157,15 @@ std::int32_t buf2tif(const void* pixels, const TifImageInfo* info, std::int32_t 
         .exif = exif,
         .gps = place,
     };
-    const DirectoryBuilder directory = imageDirectory(*layout, contents);
+    DirectoryBuilder directory = imageDirectory(*layout, contents);
     if (directory.size() > MaxImageData - layout->dataSize()) {
         return BUF2TIF_BAD_ARGUMENTS;
     }
-    return writeFile(path, PixelWriter(pixels, rowPitch, *layout), TiffHeaderSize + layout->dataSize(), directory);
+    const std::ptrdiff_t pitch = std::ptrdiff_t{rowPitch} * (layout->takesHighBytes ? 2 : 1); // from samples
+    const Result<std::int32_t> rows =
+        writeTiffFile(path, PixelWriter(pixels, pitch, *layout), layout->dataSize(), directory, {});
+    if (!rows && rows.code() == BUF2TIF_CANNOT_OPEN) {
+        printMessage("Could not open for writing file:  ", path);
+    }
+    return rows ? *rows : rows.code();
 }

@@ -1,0 +1,247 @@
+#include "writers/result_xmp.h"
+
+#include "photo/utf8.h"
+#include "photo/xmp_text.h"
+#include "settings/packet_parser.h"
+#include "support/text_search.h"
+#include "support/tiff_vocabulary.h"
+#include "writers/text_edits.h"
+
+#include <charconv>
+#include <cstring>
+#include <iterator>
+
+namespace tvmeta {
+
+namespace {
+
+constexpr std::size_t NotFound = std::string_view::npos;
+constexpr std::string_view RdfEnd = "</rdf:RDF>";
+constexpr std::string_view DescriptionEnd = "</rdf:Description>";
+constexpr std::string_view OwnSettings = "<rdf:Description rdf:about=''\nxmlns:tvtm=";
+constexpr std::string_view NewPacketStart = "<x:xmpmeta xmlns:x='adobe:ns:meta/'>\n"
+                                            "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>\n\n";
+constexpr std::string_view NewPacketEnd = "</rdf:RDF>\n</x:xmpmeta>\n";
+constexpr std::string_view SubjectStart = "<rdf:Description rdf:about=''\n"
+                                          "xmlns:dc='http://purl.org/dc/elements/1.1/'>\n<dc:subject>\n<rdf:Bag>\n";
+constexpr std::string_view SubjectEnd = "</rdf:Bag>\n</dc:subject>\n</rdf:Description>\n\n";
+
+// A text that grows in a buffer of its own. Measured first, like every layout.
+class Description {
+  public:
+    Description() = default;
+
+    template <typename Write>
+    bool make(Write write) {
+        TextWriter measure({});
+        write(measure);
+        buffer_ = ZeroedBuffer(measure.size());
+        TextWriter writer({buffer_.text(), buffer_.size()});
+        write(writer);
+        return static_cast<bool>(buffer_);
+    }
+
+    std::string_view text() { return {buffer_.text(), buffer_.size()}; }
+
+  private:
+    ZeroedBuffer buffer_{0};
+};
+
+void putEscaped(TextWriter& writer, std::string_view text) {
+    for (; !text.empty(); text.remove_prefix(1)) {
+        const std::size_t special = text.find_first_of("&<>");
+        writer.put(std::string_view(text.data(), std::min(special, text.size())));
+        if (special == NotFound) {
+            return;
+        }
+        writer.put(text[special] == '&' ? "&amp;" : text[special] == '<' ? "&lt;" : "&gt;");
+        text.remove_prefix(special);
+    }
+}
+
+bool hasKeyword(std::string_view packet, std::string_view keyword) {
+    char value[256];
+    for (int i = 0;; ++i) {
+        TextWriter writer(value);
+        if (!findProperty(packet, "dc:subject", writer, i)) {
+            return false;
+        }
+        if (writer.size() == writer.written() && std::string_view(value, writer.written()) == keyword) {
+            return true;
+        }
+    }
+}
+
+void putKeywords(TextWriter& writer, std::string_view packet, std::span<const char* const> keywords) {
+    for (const std::string_view keyword : keywords) {
+        if (!hasKeyword(packet, keyword)) {
+            writer.put("<rdf:li>");
+            putEscaped(writer, keyword);
+            writer.put("</rdf:li>\n");
+        }
+    }
+}
+
+struct Number {
+    explicit Number(std::int32_t value)
+        : size(static_cast<std::size_t>(std::to_chars(digits, std::end(digits), value).ptr - digits)) {}
+    std::string_view text() const { return {digits, size}; }
+
+    char digits[12];
+    std::size_t size;
+};
+
+struct Property {
+    std::string_view name;
+    std::int32_t tag; // for the list of losses
+    Number value;
+};
+
+// The value of a property in a simple form, as an attribute or an element; empty in another form.
+std::string_view simpleValue(std::string_view packet, std::size_t afterName) {
+    const std::string_view rest = textFrom(packet, afterName);
+    const bool isElement = rest.starts_with('>');
+    const bool isAttribute = rest.starts_with("=\"") || rest.starts_with("='");
+    const std::size_t start = isElement ? 1 : 2;
+    if (!isElement && !isAttribute) {
+        return {};
+    }
+    const std::string_view value = textFrom(rest, start);
+    const std::size_t end = value.find(isElement ? '<' : rest[1]);
+    const bool isNumber = end != NotFound && end > 0 && value.find_first_not_of("0123456789") == end;
+    return isNumber ? std::string_view(value.data(), end) : std::string_view();
+}
+
+// Corrects a property that the packet has once. Of several nobody can say which one is the picture's own.
+void correct(std::string_view packet, const Property& property, TextEdits& edits, LossList& losses) {
+    std::size_t place = NotFound;
+    int count = 0;
+    for (std::size_t at = packet.find(property.name); at != NotFound; at = packet.find(property.name, at + 1)) {
+        const bool isName = at > 0 && (packet[at - 1] == '<' || packet[at - 1] == ' ' || packet[at - 1] == '\n' ||
+                                       packet[at - 1] == '\t' || packet[at - 1] == '\r');
+        place = isName ? at + property.name.size() : place;
+        count += isName ? 1 : 0;
+    }
+    if (count == 0) {
+        return;
+    }
+    const std::string_view value = simpleValue(packet, place);
+    if (count > 1 || value.empty()) {
+        losses.addBlock(TVMETA_XMP, TVMETA_LOSS_XMP_LEFT, property.tag);
+        return;
+    }
+    const auto begin = static_cast<std::size_t>(value.data() - packet.data());
+    edits.replace(begin, begin + value.size(), property.value.text());
+}
+
+// Where keywords can be added to the packet's own: before the end of the only bag. NotFound if it has none.
+std::size_t subjectPlace(std::string_view packet, bool& isCertain) {
+    constexpr std::string_view Name = "dc:subject";
+    constexpr std::string_view BagEnd = "</rdf:Bag>";
+    const std::size_t at = packet.find("<dc:subject");
+    isCertain = packet.find(Name) == NotFound;
+    if (at == NotFound) {
+        return NotFound;
+    }
+    const std::size_t end = packet.find("</dc:subject>", at);
+    const std::size_t bag = packet.find(BagEnd, at);
+    isCertain = end != NotFound && bag != NotFound && bag < end && packet.find("<dc:subject", at + 1) == NotFound;
+    return isCertain ? bag : NotFound;
+}
+
+// Where a description can be added: before the end of the last RDF element.
+std::size_t descriptionPlace(std::string_view packet) {
+    return packet.rfind(RdfEnd);
+}
+
+ZeroedBuffer newPacket(std::string_view settings, std::string_view keywords) {
+    TextEdits edits("");
+    if (!settings.empty() || !keywords.empty()) {
+        edits.insert(0, NewPacketStart);
+        edits.insert(0, settings);
+        edits.insert(0, keywords.empty() ? "" : SubjectStart);
+        edits.insert(0, keywords);
+        edits.insert(0, keywords.empty() ? "" : SubjectEnd);
+        edits.insert(0, NewPacketEnd);
+    }
+    return edits.apply();
+}
+
+// Removes settings that this library wrote, which new ones replace.
+void removeOwnSettings(std::string_view packet, TextEdits& edits) {
+    const std::size_t begin = packet.find(OwnSettings);
+    const std::size_t end = begin == NotFound ? NotFound : packet.find(DescriptionEnd, begin);
+    if (end != NotFound) {
+        edits.replace(begin, end + DescriptionEnd.size(), "");
+    }
+}
+
+// The packet without settings in another form than that of this library, which readers could take for the new ones.
+bool canTakeSettings(std::string_view packet) {
+    TextEdits edits(packet);
+    removeOwnSettings(packet, edits);
+    ZeroedBuffer rest = edits.apply();
+    return rest && !hasSettings({rest.text(), rest.size()}) && descriptionPlace(packet) != NotFound;
+}
+
+} // namespace
+
+std::optional<ZeroedBuffer> resultXmp(std::string_view packet, const XmpChanges& changes, LossList& losses) {
+    const bool hasMethod = changes.settings.method > 0;
+    Description settings;
+    Description keywords;
+    if (hasMethod) {
+        ZeroedBuffer text(writePacket(changes.settings, nullptr));
+        if (!text) {
+            return std::nullopt;
+        }
+        const std::string_view written(text.text(), writePacket(changes.settings, text.text()));
+        if (!settings.make([written](TextWriter& writer) { writer.put(written); })) {
+            return std::nullopt;
+        }
+    }
+    if (!keywords.make([&](TextWriter& writer) { putKeywords(writer, packet, changes.keywords); })) {
+        return std::nullopt;
+    }
+    if (!packet.empty() && hasMethod && !canTakeSettings(packet)) {
+        losses.addBlock(TVMETA_XMP, TVMETA_LOSS_BLOCK);
+        packet = {};
+    }
+    if (packet.empty()) {
+        return newPacket(settings.text(), keywords.text());
+    }
+    TextEdits edits(packet);
+    const Property properties[] = {
+        {"tiff:ImageWidth", tiff_tag::ImageWidth, Number(changes.width)},
+        {"tiff:ImageLength", tiff_tag::ImageLength, Number(changes.height)},
+        {"tiff:Orientation", tiff_tag::Orientation, Number(changes.orientation)},
+        {"exif:PixelXDimension", exif_tag::PixelXDimension, Number(changes.width)},
+        {"exif:PixelYDimension", exif_tag::PixelYDimension, Number(changes.height)},
+    };
+    for (const Property& property : properties) {
+        if (changes.isPhotographs) {
+            correct(packet, property, edits, losses);
+        }
+    }
+    const std::size_t place = descriptionPlace(packet);
+    if (hasMethod) {
+        removeOwnSettings(packet, edits);
+        edits.insert(place, settings.text());
+    }
+    bool isCertain = false;
+    if (const std::size_t bag = subjectPlace(packet, isCertain); !keywords.text().empty()) {
+        if (!isCertain || (bag == NotFound && place == NotFound)) {
+            losses.addBlock(TVMETA_XMP, TVMETA_LOSS_XMP_LEFT);
+        } else if (bag != NotFound) {
+            edits.insert(bag, keywords.text());
+        } else {
+            edits.insert(place, SubjectStart);
+            edits.insert(place, keywords.text());
+            edits.insert(place, SubjectEnd);
+        }
+    }
+    ZeroedBuffer result = edits.apply();
+    return result ? std::optional(std::move(result)) : std::nullopt;
+}
+
+} // namespace tvmeta

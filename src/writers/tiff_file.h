@@ -1,0 +1,31 @@
+// Writers: an uncompressed little-endian TIFF file (TIFF 6.0, BigTIFF) of header, one strip of pixels, and a directory
+// block with everything else.
+#pragma once
+
+#include "support/result.h"
+#include "writers/directory_builder.h"
+#include "writers/pixel_layout.h"
+#include "writers/pixel_writer.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace tvmeta {
+
+inline constexpr std::string_view FloatSoftware = "Tonalvista 32-bit Float Output";
+
+// Size, samples and place of the strip.
+void addPixelFields(DirectoryBuilder& directory, const PixelLayout& layout, DirectoryForm form);
+
+void addResolution(DirectoryBuilder& directory, std::int32_t dotsPerInch);
+void addIptc(DirectoryBuilder& directory, std::span<const unsigned char> iptc);
+
+// Writes the planned file. All memory is allocated before the file is opened, which empties it. The stream is
+// unbuffered, so a write that fails is the one that found no room. Returns the rows of the last block, or the result of
+// buf2tif for the failure.
+Result<std::int32_t> writeTiffFile(const char* path, const PixelWriter& pixels, std::size_t dataSize,
+                                   DirectoryBuilder& directory, DirectoryForm form);
+
+} // namespace tvmeta
