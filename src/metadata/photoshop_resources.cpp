@@ -17,23 +17,16 @@ namespace {
 constexpr std::size_t HeaderSize = 8; // signature, identifier, and the two bytes of an empty name
 constexpr SearchText Signature{"8BIM", 0};
 
-// After the header and the data size: a format, the numbers below, and the JPEG data. The total size, the bits per
-// pixel and the number of planes are not used.
-constexpr std::int64_t ThumbnailWidthOffset = 16;
+constexpr std::int64_t ThumbnailWidthOffset = 16; // after the header, the data size and a format
 
 void readThumbnail(StreamReader& reader, ExifInfo& info) {
     info.thumbnailWidth = reader.read32(ByteOrder::Big);
     info.thumbnailHeight = reader.read32(ByteOrder::Big);
     info.thumbnailRowBytes = reader.read32(ByteOrder::Big);
-    reader.read32(ByteOrder::Big);
+    reader.read32(ByteOrder::Big); // size in memory
     info.thumbnailLength = reader.read32(ByteOrder::Big);
-    reader.read32(ByteOrder::Big);
+    reader.read32(ByteOrder::Big); // bits per pixel, number of planes
     info.thumbnailOffset = static_cast<std::int32_t>(reader.position());
-}
-
-void readIptc(StreamReader& reader, ExifInfo& info) {
-    info.iptcLength = reader.read32(ByteOrder::Big);
-    info.iptcOffset = static_cast<std::int32_t>(reader.position());
 }
 
 // Reads the resource whose header is at `position`. Returns true for a thumbnail.
@@ -48,7 +41,8 @@ bool readResource(StreamReader& reader, std::string_view header, std::int64_t po
     const bool unnamed = loadBe16(bytes + photoshop::Signature.size() + 2) == 0;
     if (id == photoshop::IptcBlock && unnamed) {
         reader.seek(position + static_cast<std::int64_t>(HeaderSize));
-        readIptc(reader, info);
+        info.iptcLength = reader.read32(ByteOrder::Big);
+        info.iptcOffset = static_cast<std::int32_t>(reader.position());
     }
     return false;
 }

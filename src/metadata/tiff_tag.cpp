@@ -15,8 +15,8 @@ namespace {
 constexpr std::int32_t MaxEntries = 1 << 22;
 constexpr std::int32_t MaxDirectories = 1 << 16;
 
-// An entry is skipped by reading its tag, as far as the file goes, and moving on by the rest. Past the end of the file
-// this gives every entry a position of its own; all of them have tag 65535.
+// The positions of entries are those of a stream from which each tag is read and the rest of the entry is skipped. A
+// tag that the end of the file cuts short moves the stream by less.
 constexpr std::int64_t TagSize = 2;
 constexpr std::int64_t RestSize = static_cast<std::int64_t>(DirectoryEntrySize) - TagSize;
 
