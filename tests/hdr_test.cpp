@@ -167,7 +167,8 @@ TEST(HdrMinMax, DistributionsAreBitExact) {
                                           {"largest finite", 247, 249, 0, 0},
                                           {"widest block of floats", 120, 131, 0, 0, 9},
                                           {"too wide for floats", 120, 132, 0, 0, 9},
-                                          {"limit of doubles", 100, 134, 0, 0, 9},
+                                          {"widest block of doubles", 100, 135, 0, 0, 9},
+                                          {"too wide for doubles", 100, 137, 0, 0, 9},
                                           {"dark after light", 180, 180, -12, 0}};
     std::mt19937 random(7);
     for (const Distribution& distribution : distributions) {
@@ -177,6 +178,28 @@ TEST(HdrMinMax, DistributionsAreBitExact) {
             }
         }
     }
+}
+
+// 2^24 + 3 pixels of value 1. As a float, their number is 2^24 + 4.
+TEST(HdrMinMax, NumberOfPixelsIsRoundedToSinglePrecision) {
+    constexpr int Width = (1 << 24) + 3;
+    Buffer pixels(std::size_t{4} * Width, 128);
+    std::fill(pixels.begin() + 3 * std::ptrdiff_t{Width}, pixels.end(), static_cast<unsigned char>(121));
+    float results[3];
+    EXPECT_EQ(hdrMinMax(Width, 1, pixels.data(), results), 1);
+    EXPECT_EQ(std::to_array(results), (std::array{1.0F, 1.0F, 0x1.fffffep-1F}));
+}
+
+// 0 * 2^127 is 0, also after a sum that is infinite.
+TEST(HdrMinMax, BlackPixelsAfterInfinity) {
+    constexpr int Width = 64;
+    Buffer pixels(std::size_t{4} * Width * 2, 255);
+    for (std::size_t x = 0; x < Width; ++x) {
+        setPixel(pixels, Width, Width + x, x == 5 ? 1 : 0, x == 5 ? 128 : 255);
+    }
+    float results[3];
+    EXPECT_EQ(hdrMinMax(Width, 2, pixels.data(), results), 2);
+    EXPECT_EQ(std::to_array(results), (std::array{1.0F, INFINITY, INFINITY}));
 }
 
 // Large enough for the fastest instruction set of the processor.
