@@ -1,0 +1,118 @@
+// Photo: the choice of sets that explains a run of photographs best.
+#include "photo/brackets.h"
+
+#include <algorithm>
+
+namespace tvmeta::brackets {
+
+namespace {
+
+constexpr float PausePrice = 0.05F; // per second: of two choices, the one with shorter pauses inside its sets
+constexpr float UsualBonus = 0.5F;
+constexpr double LongestPriced = 30;
+
+// A set that grows frame by frame: all its exposures differ.
+class GrowingSet {
+  public:
+    GrowingSet(Run run, Key chosen) : frames_(run), key_(chosen), low_(run.front().*key_), high_(low_) {}
+
+    // Adds the next frame; false if its exposure is one of the set.
+    bool grow() {
+        const double number = frames_[size_].*key_;
+        for (std::size_t i = 0; i < size_; ++i) {
+            step_ = std::min(step_, std::abs(frames_[i].*key_ - number));
+        }
+        low_ = std::min(low_, number);
+        high_ = std::max(high_, number);
+        ++size_;
+        return step_ > Tolerance;
+    }
+
+    Run run() const { return frames_.first(size_); }
+    bool isRegular(double unevenness) const {
+        return size_ >= 3 && (high_ - low_) / static_cast<double>(size_ - 1) - step_ <= allowed(unevenness);
+    }
+    bool canBecomeRegular(double unevenness) const {
+        return (high_ - low_) / static_cast<double>(MaxRegular - 1) - step_ <= allowed(unevenness);
+    }
+
+  private:
+    double allowed(double unevenness) const { return std::max(Tolerance, unevenness * step_); }
+
+    Run frames_;
+    Key key_;
+    double low_, high_;
+    double step_ = HUGE_VAL;
+    std::size_t size_ = 1;
+};
+
+bool isStartOf(Run usual, Run run, Key key) {
+    return run.size() <= usual.size() && hasSameShape(usual.first(run.size()), run, key);
+}
+
+// Negative if the frames are no set by this rule.
+float scoreOf(const GrowingSet& set, const SetRule& rule, Run usual, bool hasLongPause) {
+    const Run run = set.run();
+    const float size = static_cast<float>(run.size());
+    const bool isUsual = isStartOf(usual, run, rule.key);
+    if (set.isRegular(rule.unevenness) && (rule.accepts == nullptr || isUsual || rule.accepts(run))) {
+        return 3 * size - 3 + (isUsual && usual.size() == run.size() ? UsualBonus : 0);
+    }
+    return hasLongPause || (rule.needsRegular && !isUsual) ? -1 : size - 1;
+}
+
+} // namespace
+
+bool hasSameShape(Run a, Run b, Key key) {
+    constexpr double Rounding = 0.25; // EV; of two exposures
+    if (a.size() != b.size()) {
+        return false;
+    }
+    for (std::size_t i = 1; i < a.size(); ++i) {
+        if (!(std::abs((a[i].*key - a[0].*key) - (b[i].*key - b[0].*key)) <= Rounding)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool isRegular(Run run, Key key, double unevenness) {
+    GrowingSet set(run, key);
+    while (set.run().size() < run.size()) {
+        if (set.run().size() == MaxRegular || !set.grow()) {
+            return false;
+        }
+    }
+    return set.isRegular(unevenness);
+}
+
+// From the end, so that the choice can be read from the start.
+float chooseSets(Run run, const SetRule& rule, Run usual, Workspace& work) {
+    work.scores[run.size()] = 0;
+    for (std::size_t first = run.size(); first-- > 0;) {
+        work.scores[first] = work.scores[first + 1];
+        work.lengths[first] = 1;
+        GrowingSet set(run.subspan(first), rule.key);
+        bool hasLongPause = false;
+        float price = 0;
+        const std::size_t longest = std::min(MaxRegular, run.size() - first);
+        for (std::size_t size = 2; size <= longest; ++size) {
+            const Frame& next = run[first + size - 1];
+            const double pause = next.pause - static_cast<double>(rule.patience * next.exposureBefore);
+            hasLongPause = hasLongPause || pause > rule.gap;
+            if (pause > rule.regularGap || !set.grow() ||
+                (rule.needsRegular && !set.canBecomeRegular(rule.unevenness))) {
+                break;
+            }
+            price += PausePrice * static_cast<float>(std::clamp(pause, 0.0, LongestPriced));
+            const float score = scoreOf(set, rule, usual, hasLongPause);
+            if (score >= 0 && score - price + work.scores[first + size] > work.scores[first]) {
+                work.scores[first] = score - price + work.scores[first + size];
+                work.lengths[first] = static_cast<unsigned char>(size);
+            }
+        }
+    }
+    return work.scores[0];
+}
+
+} // namespace tvmeta::brackets

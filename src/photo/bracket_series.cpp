@@ -1,0 +1,104 @@
+// Photo: exposures that were set by hand, or by a camera that says nothing of it.
+#include "photo/brackets.h"
+
+#include <algorithm>
+
+namespace tvmeta::brackets {
+
+namespace {
+
+// Seconds. The pauses inside series are learnt: the longest of these gaps whose runs consist of series.
+constexpr double Gaps[] = {30, 12, 5, 2};
+constexpr double FastGap = 2;
+constexpr double HandStep = 0.3, HandRange = 1.9; // EV
+constexpr double HandUnevenness = 0.4;            // of the smallest step
+
+bool isSetByTime(Run run) {
+    return std::ranges::all_of(run, [&](const Frame& frame) {
+        return frame.fNumber == run.front().fNumber && frame.isoSpeed == run.front().isoSpeed;
+    });
+}
+
+// Steps that a dial makes, of the exposure time alone.
+bool isSeries(Run run) {
+    const auto [low, high] = std::ranges::minmax(run, {}, &Frame::value);
+    const double range = high.value - low.value;
+    return isSetByTime(run) && range >= HandRange && range / static_cast<double>(run.size() - 1) >= HandStep;
+}
+
+bool isSlow(Run run) {
+    return std::ranges::any_of(run.subspan(1), [](const Frame& frame) { return frame.pause > FastGap; });
+}
+
+// Series one after the other, with one stray photograph at most.
+bool addSeries(Run run, Workspace& work) {
+    SetRule rule = {&Frame::value, Gaps[0], Gaps[0], 0, HandUnevenness, true};
+    rule.accepts = isSeries;
+    chooseSets(run, rule, {}, work);
+    std::size_t strays = 0;
+    for (std::size_t at = 0; at < run.size(); at += work.lengths[at]) {
+        strays += work.lengths[at] == 1 ? 1U : 0U;
+    }
+    if (strays > 1) {
+        return false;
+    }
+    for (std::size_t at = 0; at < run.size(); at += work.lengths[at]) {
+        if (work.lengths[at] > 1) {
+            work.add(run.subspan(at, work.lengths[at]), 0, TVMETA_BY_GUESS, TVMETA_EVIDENCE_SERIES);
+        }
+    }
+    return true;
+}
+
+// A slow run that consists of series.
+bool addSlowRun(Run run, Workspace& work) {
+    const std::size_t period = wholePeriod(run, &Frame::value);
+    const bool repeats = period >= 3 && period <= run.size() / 2 && isSetByTime(run) && agreesWithPauses(run, period);
+    if (repeats && isRegular(run.first(period), &Frame::value, HandUnevenness)) {
+        divideByPattern(run, &Frame::value, work);
+        return true;
+    }
+    return addSeries(run, work);
+}
+
+// In a run without longer pauses. Where the numbers of the exposure are equal, a bias is the exposure.
+void divideFastRun(Run run, Workspace& work) {
+    const bool usesBias = run.front().kind == Kind::Manual && levelCount(run, &Frame::value, work) < 2;
+    divideByPattern(run, usesBias ? &Frame::bias : &Frame::value, work);
+}
+
+void divideRun(Run run, std::span<const double> gaps, Workspace& work) {
+    if (!isSlow(run)) {
+        return divideFastRun(run, work);
+    }
+    const auto continues = [&](const Frame& frame) { return frame.pause <= gaps.front(); };
+    forEachPart(run, continues, [&](Run part) {
+        if (!isSlow(part)) {
+            divideFastRun(part, work);
+        } else if (part.size() < 3 || !addSlowRun(part, work)) {
+            divideRun(part, gaps.subspan(1), work);
+        }
+    });
+}
+
+// A part whose length and pauses agree with the count is divided; others at shorter pauses, as far as there are.
+void countRun(Run run, std::size_t count, std::span<const double> gaps, Workspace& work) {
+    if (gaps.empty() || (run.size() % count == 0 && agreesWithPauses(run, count))) {
+        return divideByCount(run, count, work);
+    }
+    forEachPart(
+        run, [&](const Frame& frame) { return frame.pause <= gaps.front(); },
+        [&](Run part) { countRun(part, count, gaps.subspan(1), work); });
+}
+
+} // namespace
+
+void divideRunByCount(Run run, const Options& options, Workspace& work) {
+    countRun(run, options.count, options.gap < 0 ? std::span(Gaps) : std::span<const double>(), work);
+}
+
+void divideByHand(Run run, const Options& options, Workspace& work) {
+    options.gap < 0 ? divideRun(run, Gaps, work) : divideFastRun(run, work);
+}
+
+} // namespace tvmeta::brackets
