@@ -10,7 +10,7 @@ namespace {
 constexpr double MarkedGap = 5, PressedGap = 15; // seconds; one press for all, one press for each
 constexpr double FastGap = 2;                    // nobody turns a dial twice as fast
 constexpr double HandGap = 30;
-constexpr double HandRange = 1.3; // EV; of corrections that look like a series
+constexpr double HandRange = 1.9; // EV; of corrections that look like a series
 constexpr double BiasStep = 1.0 / 4;
 
 bool isFast(Run run) {
@@ -19,10 +19,12 @@ bool isFast(Run run) {
 
 // Whether the exposures follow the bias, as they do while the light is constant.
 bool followsBias(Run run) {
+    std::size_t limits = 0; // the longest or shortest exposure time of the camera
     for (std::size_t i = 1; i < run.size(); ++i) {
         const double bias = run[i].bias - run[i - 1].bias;
         const double stops = run[i - 1].value - run[i].value;
-        if (!(std::abs(stops - bias) <= 0.5 + std::abs(bias) / 4)) {
+        const bool isAtLimit = std::abs(stops) <= Tolerance && limits++ == 0;
+        if (!(std::abs(stops - bias) <= 0.5 + std::abs(bias) / 4) && !isAtLimit) {
             return false;
         }
     }
@@ -56,8 +58,10 @@ SetRule ruleFor(Key key, double gap, double regularGap, const Options& options) 
 }
 
 CameraRule markedRule(Key key, const Options& options) {
-    return {ruleFor(key, MarkedGap, PressedGap, options), TVMETA_BY_CAMERA,
-            key == &Frame::bias ? TVMETA_EVIDENCE_MARK_BIAS : TVMETA_EVIDENCE_MARK_EXPOSURE};
+    CameraRule marked = {ruleFor(key, MarkedGap, PressedGap, options), TVMETA_BY_CAMERA,
+                         key == &Frame::bias ? TVMETA_EVIDENCE_MARK_BIAS : TVMETA_EVIDENCE_MARK_EXPOSURE};
+    marked.rule.unevenness = key == &Frame::bias ? 0 : 0.5; // exposures are rounded
+    return marked;
 }
 
 CameraRule biasRule(Kind kind, const Options& options) {

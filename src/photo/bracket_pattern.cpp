@@ -131,11 +131,8 @@ class PatternRule {
     // In manual exposure, settings change between photographs: only a change of the exposure time alone, twice, is a
     // set.
     void addOnce(Run run) {
-        const auto isSetByTime = [&](const Frame& frame) {
-            return frame.fNumber == run.front().fNumber && frame.isoSpeed == run.front().isoSpeed;
-        };
         const bool isManual = !run.empty() && run.front().kind == Kind::Manual;
-        if (!isManual || (std::ranges::all_of(run, isSetByTime) && levelCount(run, key, work) >= 3)) {
+        if (!isManual || (isSetByTime(run) && levelCount(run, key, work) >= 3)) {
             addSet(run, 0, TVMETA_BY_GUESS, TVMETA_EVIDENCE_DIFFERENT);
         }
     }
@@ -196,7 +193,8 @@ void divideByPattern(Run run, Key key, Workspace& work) {
     if (period > 0 && period <= run.size() / 2) {
         rule.addRepeated(run, period);
     } else if (!rule.splitByParts(run)) {
-        period > 0 ? rule.addPeriods(run, period, TVMETA_BY_GUESS, TVMETA_EVIDENCE_REPEATED) : rule.addUnrepeated(run);
+        const bool canBeCut = period > 0 && (run.front().kind != Kind::Manual || isSetByTime(run));
+        canBeCut ? rule.addPeriods(run, period, TVMETA_BY_GUESS, TVMETA_EVIDENCE_REPEATED) : rule.addUnrepeated(run);
     }
 }
 

@@ -18,10 +18,13 @@ class GrowingSet {
 
     // Adds the next frame; false if its exposure is one of the set.
     bool grow() {
-        const double number = frames_[size_].*key_;
+        const double number = frames_[size_].*key_, last = frames_[size_ - 1].*key_;
         for (std::size_t i = 0; i < size_; ++i) {
             step_ = std::min(step_, std::abs(frames_[i].*key_ - number));
         }
+        goesOutward_ = goesOutward_ && (number < low_ || number > high_);
+        rises_ = rises_ && (size_ == 1 || number > last);
+        falls_ = falls_ && (size_ == 1 || number < last);
         low_ = std::min(low_, number);
         high_ = std::max(high_, number);
         ++size_;
@@ -29,20 +32,43 @@ class GrowingSet {
     }
 
     Run run() const { return frames_.first(size_); }
+
+    // Equal steps, in an order in which people and cameras take them.
     bool isRegular(double unevenness) const {
-        return size_ >= 3 && (high_ - low_) / static_cast<double>(size_ - 1) - step_ <= allowed(unevenness);
+        return size_ >= 3 && isOrdered() &&
+               (high_ - low_) / static_cast<double>(size_ - 1) - step_ <= allowed(unevenness);
     }
+
+    // From one end to the other, in large steps of any size.
+    bool goesOneWay() const {
+        const double first = frames_[0].*key_, last = frames_[size_ - 1].*key_;
+        return size_ >= MinOneWay && step_ >= OneWayStep && ((rises_ && first == low_) || (falls_ && first == high_)) &&
+               std::abs(last - first) >= high_ - low_;
+    }
+
     bool canBecomeRegular(double unevenness) const {
         return (high_ - low_) / static_cast<double>(MaxRegular - 1) - step_ <= allowed(unevenness);
     }
 
   private:
+    static constexpr std::size_t MinOneWay = 4;
+    static constexpr double OneWayStep = 0.6; // EV
+
     double allowed(double unevenness) const { return std::max(Tolerance, unevenness * step_); }
+
+    // From the middle or from one end outward (0 - +, - 0 +, 0 - -- + ++), or the middle before the others (0 -- - +
+    // ++).
+    bool isOrdered() const {
+        const bool startsInMiddle = std::abs(frames_[0].*key_ - (low_ + high_) / 2) <= Tolerance;
+        return goesOutward_ || (startsInMiddle && (rises_ || falls_));
+    }
 
     Run frames_;
     Key key_;
     double low_, high_;
     double step_ = HUGE_VAL;
+    bool goesOutward_ = true;
+    bool rises_ = true, falls_ = true; // from the second frame on
     std::size_t size_ = 1;
 };
 
@@ -55,10 +81,11 @@ float scoreOf(const GrowingSet& set, const SetRule& rule, Run usual, bool hasLon
     const Run run = set.run();
     const float size = static_cast<float>(run.size());
     const bool isUsual = isStartOf(usual, run, rule.key);
-    if (set.isRegular(rule.unevenness) && (rule.accepts == nullptr || isUsual || rule.accepts(run))) {
+    const bool isSet = set.isRegular(rule.unevenness) || (rule.allowsOneWay && set.goesOneWay());
+    if (isSet && (rule.accepts == nullptr || isUsual || rule.accepts(run))) {
         return 3 * size - 3 + (isUsual && usual.size() == run.size() ? UsualBonus : 0);
     }
-    return hasLongPause || (rule.needsRegular && !isUsual) ? -1 : size - 1;
+    return (hasLongPause || rule.needsRegular) && !isUsual ? -1 : size - 1;
 }
 
 } // namespace
@@ -101,10 +128,10 @@ float chooseSets(Run run, const SetRule& rule, Run usual, Workspace& work) {
             const double pause = next.pause - static_cast<double>(rule.patience * next.exposureBefore);
             hasLongPause = hasLongPause || pause > rule.gap;
             if (pause > rule.regularGap || !set.grow() ||
-                (rule.needsRegular && !set.canBecomeRegular(rule.unevenness))) {
+                (rule.needsRegular && !rule.allowsOneWay && !set.canBecomeRegular(rule.unevenness))) {
                 break;
             }
-            price += PausePrice * static_cast<float>(std::clamp(pause, 0.0, LongestPriced));
+            price += PausePrice * static_cast<float>(std::clamp(next.pause, 0.0, LongestPriced));
             const float score = scoreOf(set, rule, usual, hasLongPause);
             if (score >= 0 && score - price + work.scores[first + size] > work.scores[first]) {
                 work.scores[first] = score - price + work.scores[first + size];

@@ -13,12 +13,6 @@ constexpr double FastGap = 2;
 constexpr double HandStep = 0.3, HandRange = 1.9; // EV
 constexpr double HandUnevenness = 0.4;            // of the smallest step
 
-bool isSetByTime(Run run) {
-    return std::ranges::all_of(run, [&](const Frame& frame) {
-        return frame.fNumber == run.front().fNumber && frame.isoSpeed == run.front().isoSpeed;
-    });
-}
-
 // Steps that a dial makes, of the exposure time alone.
 bool isSeries(Run run) {
     const auto [low, high] = std::ranges::minmax(run, {}, &Frame::value);
@@ -33,6 +27,7 @@ bool isSlow(Run run) {
 // Series one after the other, with one stray photograph at most.
 bool addSeries(Run run, Workspace& work) {
     SetRule rule = {&Frame::value, Gaps[0], Gaps[0], 0, HandUnevenness, true};
+    rule.allowsOneWay = true;
     rule.accepts = isSeries;
     chooseSets(run, rule, {}, work);
     std::size_t strays = 0;
@@ -64,7 +59,13 @@ bool addSlowRun(Run run, Workspace& work) {
 // In a run without longer pauses. Where the numbers of the exposure are equal, a bias is the exposure.
 void divideFastRun(Run run, Workspace& work) {
     const bool usesBias = run.front().kind == Kind::Manual && levelCount(run, &Frame::value, work) < 2;
-    divideByPattern(run, usesBias ? &Frame::bias : &Frame::value, work);
+    const Key key = usesBias ? &Frame::bias : &Frame::value;
+    const bool hasTest =
+        run.size() > 3 && std::abs(run[0].*key - run[1].*key) > Tolerance && wholePeriod(run, key) == 0;
+    if (hasTest && isRegular(run.subspan(1), key, HandUnevenness) && !isRegular(run, key, HandUnevenness)) {
+        return work.add(run.subspan(1), 0, TVMETA_BY_GUESS, TVMETA_EVIDENCE_SERIES);
+    }
+    divideByPattern(run, key, work);
 }
 
 void divideRun(Run run, std::span<const double> gaps, Workspace& work) {

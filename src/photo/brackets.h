@@ -139,11 +139,12 @@ bool hasSameShape(Run a, Run b, Key key);
 
 struct SetRule {
     Key key;
-    double gap;        // longest pause in any set
-    double regularGap; // longest pause in a set of regular steps
-    float patience;    // exposures that count as part of the pause after them: noise reduction
-    double unevenness; // share of the smallest step by which steps may differ
-    bool needsRegular; // three or more in regular steps
+    double gap;                // longest pause in any set
+    double regularGap;         // longest pause in a set of regular steps
+    float patience;            // exposures that count as part of the pause after them: noise reduction
+    double unevenness;         // share of the smallest step by which steps may differ
+    bool needsRegular;         // three or more in regular steps
+    bool allowsOneWay = false; // four or more from one end to the other, in any steps
     bool (*accepts)(Run) = nullptr;
 };
 
@@ -155,6 +156,16 @@ bool isRegular(Run run, Key key, double unevenness);
 
 // bracket_camera.cpp: what cameras record, of all frames of a camera.
 void divideByCamera(Run camera, const Options& options, Workspace& work);
+
+// Whether f-number and ISO speed are constant.
+inline bool isSetByTime(Run run) {
+    for (const Frame& frame : run) {
+        if (frame.fNumber != run.front().fNumber || frame.isoSpeed != run.front().isoSpeed) {
+            return false;
+        }
+    }
+    return true;
+}
 
 // bracket_series.cpp: exposures set by hand, of one run without a long pause; the same with a given count.
 void divideByHand(Run run, const Options& options, Workspace& work);
