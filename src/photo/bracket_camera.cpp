@@ -10,11 +10,13 @@ namespace {
 constexpr double MarkedGap = 5, PressedGap = 15; // seconds; one press for all, one press for each
 constexpr double FastGap = 2;                    // nobody turns a dial twice as fast
 constexpr double HandGap = 30;
-constexpr double HandRange = 1.9; // EV; of corrections that look like a series
-constexpr double BiasStep = 1.0 / 4;
+constexpr double HandRange = 1.8; // EV; of corrections that look like a series
+constexpr double HandUnevenness = 0.5;
 
-bool isFast(Run run) {
-    return std::ranges::all_of(run.subspan(1), [](const Frame& frame) { return frame.pause <= FastGap; });
+bool hasPausesWithin(Run run, double gap) {
+    return std::ranges::all_of(run.subspan(1), [&](const Frame& frame) {
+        return frame.pause - static_cast<double>(frame.exposureBefore) <= gap;
+    });
 }
 
 // Whether the exposures follow the bias, as they do while the light is constant.
@@ -39,12 +41,13 @@ bool hasCameraOrder(Run run) {
 }
 
 bool isUnmarkedSet(Run run) {
-    return followsBias(run) && (isFast(run) || hasCameraOrder(run));
+    return followsBias(run) &&
+           (hasPausesWithin(run, FastGap) || (hasPausesWithin(run, PressedGap) && hasCameraOrder(run)));
 }
 
 bool isGuessedSet(Run run) {
     const auto [low, high] = std::ranges::minmax(run, {}, &Frame::bias);
-    return followsBias(run) && (isFast(run) || high.bias - low.bias >= HandRange);
+    return followsBias(run) && (hasPausesWithin(run, FastGap) || high.bias - low.bias >= HandRange);
 }
 
 struct CameraRule {
@@ -60,24 +63,26 @@ SetRule ruleFor(Key key, double gap, double regularGap, const Options& options) 
 CameraRule markedRule(Key key, const Options& options) {
     CameraRule marked = {ruleFor(key, MarkedGap, PressedGap, options), TVMETA_BY_CAMERA,
                          key == &Frame::bias ? TVMETA_EVIDENCE_MARK_BIAS : TVMETA_EVIDENCE_MARK_EXPOSURE};
-    marked.rule.unevenness = key == &Frame::bias ? 0 : 0.5; // exposures are rounded
+    marked.rule.unevenness = key == &Frame::bias ? 0 : 1.3; // metered exposures are rounded
     return marked;
 }
 
 CameraRule biasRule(Kind kind, const Options& options) {
-    const bool isKnown = kind == Kind::Unmarked;
-    CameraRule bias = {ruleFor(&Frame::bias, isKnown ? MarkedGap : HandGap, isKnown ? PressedGap : HandGap, options),
-                       isKnown ? TVMETA_BY_CAMERA : TVMETA_BY_GUESS, TVMETA_EVIDENCE_BIAS};
+    CameraRule bias = {ruleFor(&Frame::bias, HandGap, HandGap, options), TVMETA_BY_GUESS, TVMETA_EVIDENCE_BIAS};
     bias.rule.needsRegular = true;
-    bias.rule.unevenness = isKnown ? 0 : BiasStep;
-    bias.rule.accepts = isKnown ? isUnmarkedSet : isGuessedSet;
+    bias.rule.unevenness = HandUnevenness;
+    bias.rule.allowsOneWay = true;
+    bias.rule.accepts =
+        kind == Kind::Unmarked ? [](Run run) { return isUnmarkedSet(run) || isGuessedSet(run); } : isGuessedSet;
     return bias;
 }
 
 void addChosen(Run run, const CameraRule& camera, Workspace& work) {
     for (std::size_t at = 0; at < run.size(); at += work.lengths[at]) {
         if (work.lengths[at] > 1) {
-            work.add(run.subspan(at, work.lengths[at]), 0, camera.confidence, camera.evidence);
+            const Run set = run.subspan(at, work.lengths[at]);
+            const bool isKnown = set.front().kind == Kind::Unmarked && isUnmarkedSet(set);
+            work.add(set, 0, isKnown ? TVMETA_BY_CAMERA : camera.confidence, camera.evidence);
         }
     }
 }

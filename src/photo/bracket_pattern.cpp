@@ -132,9 +132,17 @@ class PatternRule {
     // set.
     void addOnce(Run run) {
         const bool isManual = !run.empty() && run.front().kind == Kind::Manual;
-        if (!isManual || (isSetByTime(run) && levelCount(run, key, work) >= 3)) {
+        if (!isManual || (isSetByTime(run) && levelCount(run, key, work) >= 3 && isClear(run))) {
             addSet(run, 0, TVMETA_BY_GUESS, TVMETA_EVIDENCE_DIFFERENT);
         }
+    }
+
+    // Faster than anybody turns a dial, or further than a correction.
+    bool isClear(Run run) const {
+        constexpr double DialPause = 1, ClearRange = 1.8; // seconds, EV
+        const auto [low, high] = std::ranges::minmax(run, {}, key);
+        return high.*key - low.*key >= ClearRange ||
+               std::ranges::all_of(run.subspan(1), [](const Frame& frame) { return frame.pause < DialPause; });
     }
 
     std::size_t findPart(Run run, std::size_t shortest, std::size_t& length) const {

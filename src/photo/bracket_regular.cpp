@@ -52,7 +52,7 @@ class GrowingSet {
 
   private:
     static constexpr std::size_t MinOneWay = 4;
-    static constexpr double OneWayStep = 0.6; // EV
+    static constexpr double OneWayStep = 0.5; // EV
 
     double allowed(double unevenness) const { return std::max(Tolerance, unevenness * step_); }
 
@@ -72,17 +72,35 @@ class GrowingSet {
     std::size_t size_ = 1;
 };
 
+// The pauses inside a set that grows, less the time that the camera needs after a long exposure.
+class Pauses {
+  public:
+    void add(double pause) {
+        second_ = std::max(second_, std::min(pause, longest_));
+        longest_ = std::max(longest_, pause);
+    }
+
+    double longest() const { return longest_; }
+
+    // One pause is so much longer than the others that it is between two sets.
+    bool haveBreak() const { return longest_ > 4 * second_ + 3; }
+
+  private:
+    double longest_ = 0, second_ = 0;
+};
+
 bool isStartOf(Run usual, Run run, Key key) {
     return run.size() <= usual.size() && hasSameShape(usual.first(run.size()), run, key);
 }
 
 // Negative if the frames are no set by this rule.
-float scoreOf(const GrowingSet& set, const SetRule& rule, Run usual, bool hasLongPause) {
+float scoreOf(const GrowingSet& set, const SetRule& rule, Run usual, const Pauses& pauses) {
     const Run run = set.run();
     const float size = static_cast<float>(run.size());
     const bool isUsual = isStartOf(usual, run, rule.key);
     const bool isSet = set.isRegular(rule.unevenness) || (rule.allowsOneWay && set.goesOneWay());
-    if (isSet && (rule.accepts == nullptr || isUsual || rule.accepts(run))) {
+    const bool hasLongPause = pauses.longest() > rule.gap;
+    if (isSet && (isUsual || !pauses.haveBreak()) && (rule.accepts == nullptr || isUsual || rule.accepts(run))) {
         return 3 * size - 3 + (isUsual && usual.size() == run.size() ? UsualBonus : 0);
     }
     return (hasLongPause || rule.needsRegular) && !isUsual ? -1 : size - 1;
@@ -120,19 +138,19 @@ float chooseSets(Run run, const SetRule& rule, Run usual, Workspace& work) {
         work.scores[first] = work.scores[first + 1];
         work.lengths[first] = 1;
         GrowingSet set(run.subspan(first), rule.key);
-        bool hasLongPause = false;
+        Pauses pauses;
         float price = 0;
         const std::size_t longest = std::min(MaxRegular, run.size() - first);
         for (std::size_t size = 2; size <= longest; ++size) {
             const Frame& next = run[first + size - 1];
             const double pause = next.pause - static_cast<double>(rule.patience * next.exposureBefore);
-            hasLongPause = hasLongPause || pause > rule.gap;
+            pauses.add(pause);
             if (pause > rule.regularGap || !set.grow() ||
                 (rule.needsRegular && !rule.allowsOneWay && !set.canBecomeRegular(rule.unevenness))) {
                 break;
             }
             price += PausePrice * static_cast<float>(std::clamp(next.pause, 0.0, LongestPriced));
-            const float score = scoreOf(set, rule, usual, hasLongPause);
+            const float score = scoreOf(set, rule, usual, pauses);
             if (score >= 0 && score - price + work.scores[first + size] > work.scores[first]) {
                 work.scores[first] = score - price + work.scores[first + size];
                 work.lengths[first] = static_cast<unsigned char>(size);

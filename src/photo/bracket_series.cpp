@@ -10,7 +10,7 @@ namespace {
 // Seconds. The pauses inside series are learnt: the longest of these gaps whose runs consist of series.
 constexpr double Gaps[] = {30, 12, 5, 2};
 constexpr double FastGap = 2;
-constexpr double HandStep = 0.3, HandRange = 1.9; // EV
+constexpr double HandStep = 0.3, HandRange = 1.8; // EV
 constexpr double HandUnevenness = 0.4;            // of the smallest step
 
 // Steps that a dial makes, of the exposure time alone.
@@ -56,14 +56,17 @@ bool addSlowRun(Run run, Workspace& work) {
     return addSeries(run, work);
 }
 
-// In a run without longer pauses. Where the numbers of the exposure are equal, a bias is the exposure.
+// In a run without longer pauses: one series with a photograph before or after it, or what repeats. Where the numbers
+// of the exposure are equal, a bias is the exposure.
 void divideFastRun(Run run, Workspace& work) {
     const bool usesBias = run.front().kind == Kind::Manual && levelCount(run, &Frame::value, work) < 2;
     const Key key = usesBias ? &Frame::bias : &Frame::value;
-    const bool hasTest =
-        run.size() > 3 && std::abs(run[0].*key - run[1].*key) > Tolerance && wholePeriod(run, key) == 0;
-    if (hasTest && isRegular(run.subspan(1), key, HandUnevenness) && !isRegular(run, key, HandUnevenness)) {
-        return work.add(run.subspan(1), 0, TVMETA_BY_GUESS, TVMETA_EVIDENCE_SERIES);
+    if (run.size() > 3 && wholePeriod(run, key) == 0 && !isRegular(run, key, HandUnevenness)) {
+        for (const Run part : {run.subspan(1), run.first(run.size() - 1)}) {
+            if (isRegular(part, key, HandUnevenness) && (part.front().kind != Kind::Manual || isSetByTime(part))) {
+                return work.add(part, 0, TVMETA_BY_GUESS, TVMETA_EVIDENCE_SERIES);
+            }
+        }
     }
     divideByPattern(run, key, work);
 }
