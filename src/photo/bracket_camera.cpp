@@ -63,7 +63,7 @@ SetRule ruleFor(Key key, double gap, double regularGap, const Options& options) 
 CameraRule markedRule(Key key, const Options& options) {
     CameraRule marked = {ruleFor(key, MarkedGap, PressedGap, options), TVMETA_BY_CAMERA,
                          key == &Frame::bias ? TVMETA_EVIDENCE_MARK_BIAS : TVMETA_EVIDENCE_MARK_EXPOSURE};
-    marked.rule.unevenness = key == &Frame::bias ? 0 : 1.3; // metered exposures are rounded
+    marked.rule.unevenness = key == &Frame::bias ? 0 : 1.6; // metered exposures are rounded
     return marked;
 }
 

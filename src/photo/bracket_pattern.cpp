@@ -123,7 +123,9 @@ class PatternRule {
   private:
     void addSet(Run run, std::size_t expected, std::int32_t confidence, std::int32_t evidence) {
         const bool isUnknown = std::ranges::none_of(run, &Frame::isExposure) && run.size() > 1;
-        if ((confidence == TVMETA_BY_COUNT && isUnknown) || levelCount(run, key, work) >= 2) {
+        const bool isCounted = confidence == TVMETA_BY_COUNT;
+        const bool mayWander = !isCounted && !run.empty() && run.front().kind == Kind::Manual && !isSetByTime(run);
+        if ((isCounted && isUnknown) || levelCount(run, key, work) >= (mayWander ? 3U : 2U)) {
             work.add(run, expected, confidence, evidence);
         }
     }

@@ -8,7 +8,7 @@ namespace tvmeta::brackets {
 namespace {
 
 constexpr float PausePrice = 0.05F; // per second: of two choices, the one with shorter pauses inside its sets
-constexpr float UsualBonus = 0.5F;
+constexpr float UsualBonus = 3;
 constexpr double LongestPriced = 30;
 
 // A set that grows frame by frame: all its exposures differ.
@@ -16,34 +16,40 @@ class GrowingSet {
   public:
     GrowingSet(Run run, Key chosen) : frames_(run), key_(chosen), low_(run.front().*key_), high_(low_) {}
 
-    // Adds the next frame; false if its exposure is one of the set.
-    bool grow() {
+    // Adds the next frame; false if its exposure is one of the set. The one before may be taken again.
+    bool grow(bool allowsRetakes) {
         const double number = frames_[size_].*key_, last = frames_[size_ - 1].*key_;
+        if (allowsRetakes && std::abs(number - last) <= Tolerance) {
+            ++size_;
+            return 3 * (size_ - levels_) <= size_;
+        }
         for (std::size_t i = 0; i < size_; ++i) {
             step_ = std::min(step_, std::abs(frames_[i].*key_ - number));
         }
         goesOutward_ = goesOutward_ && (number < low_ || number > high_);
-        rises_ = rises_ && (size_ == 1 || number > last);
-        falls_ = falls_ && (size_ == 1 || number < last);
+        rises_ = rises_ && (levels_ == 1 || number > last);
+        falls_ = falls_ && (levels_ == 1 || number < last);
         low_ = std::min(low_, number);
         high_ = std::max(high_, number);
         ++size_;
+        ++levels_;
         return step_ > Tolerance;
     }
 
     Run run() const { return frames_.first(size_); }
+    std::size_t levels() const { return levels_; }
 
     // Equal steps, in an order in which people and cameras take them.
     bool isRegular(double unevenness) const {
-        return size_ >= 3 && isOrdered() &&
-               (high_ - low_) / static_cast<double>(size_ - 1) - step_ <= allowed(unevenness);
+        return levels_ >= 3 && isOrdered() &&
+               (high_ - low_) / static_cast<double>(levels_ - 1) - step_ <= allowed(unevenness);
     }
 
     // From one end to the other, in large steps of any size.
     bool goesOneWay() const {
         const double first = frames_[0].*key_, last = frames_[size_ - 1].*key_;
-        return size_ >= MinOneWay && step_ >= OneWayStep && ((rises_ && first == low_) || (falls_ && first == high_)) &&
-               std::abs(last - first) >= high_ - low_;
+        return levels_ >= MinOneWay && step_ >= OneWayStep &&
+               ((rises_ && first == low_) || (falls_ && first == high_)) && std::abs(last - first) >= high_ - low_;
     }
 
     bool canBecomeRegular(double unevenness) const {
@@ -68,8 +74,8 @@ class GrowingSet {
     double low_, high_;
     double step_ = HUGE_VAL;
     bool goesOutward_ = true;
-    bool rises_ = true, falls_ = true; // from the second frame on
-    std::size_t size_ = 1;
+    bool rises_ = true, falls_ = true;  // from the second frame on
+    std::size_t size_ = 1, levels_ = 1; // frames; different exposures
 };
 
 // The pauses inside a set that grows, less the time that the camera needs after a long exposure.
@@ -83,7 +89,7 @@ class Pauses {
     double longest() const { return longest_; }
 
     // One pause is so much longer than the others that it is between two sets.
-    bool haveBreak() const { return longest_ > 4 * second_ + 3; }
+    bool haveBreak() const { return longest_ > 4 * second_ + 5; }
 
   private:
     double longest_ = 0, second_ = 0;
@@ -96,7 +102,7 @@ bool isStartOf(Run usual, Run run, Key key) {
 // Negative if the frames are no set by this rule.
 float scoreOf(const GrowingSet& set, const SetRule& rule, Run usual, const Pauses& pauses) {
     const Run run = set.run();
-    const float size = static_cast<float>(run.size());
+    const float size = static_cast<float>(set.levels());
     const bool isUsual = isStartOf(usual, run, rule.key);
     const bool isSet = set.isRegular(rule.unevenness) || (rule.allowsOneWay && set.goesOneWay());
     const bool hasLongPause = pauses.longest() > rule.gap;
@@ -124,7 +130,7 @@ bool hasSameShape(Run a, Run b, Key key) {
 bool isRegular(Run run, Key key, double unevenness) {
     GrowingSet set(run, key);
     while (set.run().size() < run.size()) {
-        if (set.run().size() == MaxRegular || !set.grow()) {
+        if (set.run().size() == MaxRegular || !set.grow(false)) {
             return false;
         }
     }
@@ -145,7 +151,7 @@ float chooseSets(Run run, const SetRule& rule, Run usual, Workspace& work) {
             const Frame& next = run[first + size - 1];
             const double pause = next.pause - static_cast<double>(rule.patience * next.exposureBefore);
             pauses.add(pause);
-            if (pause > rule.regularGap || !set.grow() ||
+            if (pause > rule.regularGap || !set.grow(rule.allowsRetakes) ||
                 (rule.needsRegular && !rule.allowsOneWay && !set.canBecomeRegular(rule.unevenness))) {
                 break;
             }

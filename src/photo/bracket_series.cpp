@@ -10,14 +10,17 @@ namespace {
 // Seconds. The pauses inside series are learnt: the longest of these gaps whose runs consist of series.
 constexpr double Gaps[] = {30, 12, 5, 2};
 constexpr double FastGap = 2;
-constexpr double HandStep = 0.3, HandRange = 1.8; // EV
-constexpr double HandUnevenness = 0.4;            // of the smallest step
+constexpr double HandStep = 0.3, HandRange = 1.8, MixedRange = 3; // EV
+constexpr std::size_t MinMixed = 4;
+constexpr double HandUnevenness = 0.4; // of the smallest step
 
-// Steps that a dial makes, of the exposure time alone.
+// Steps that a dial makes, of the exposure time alone; with other settings, too many equal steps to be chance.
 bool isSeries(Run run) {
     const auto [low, high] = std::ranges::minmax(run, {}, &Frame::value);
     const double range = high.value - low.value;
-    return isSetByTime(run) && range >= HandRange && range / static_cast<double>(run.size() - 1) >= HandStep;
+    const bool isSteady = range / static_cast<double>(run.size() - 1) >= HandStep;
+    return isSteady && range >= (isSetByTime(run) ? HandRange : MixedRange) &&
+           (isSetByTime(run) || (run.size() >= MinMixed && isRegular(run, &Frame::value, HandUnevenness)));
 }
 
 bool isSlow(Run run) {
@@ -28,6 +31,7 @@ bool isSlow(Run run) {
 bool addSeries(Run run, Workspace& work) {
     SetRule rule = {&Frame::value, Gaps[0], Gaps[0], 0, HandUnevenness, true};
     rule.allowsOneWay = true;
+    rule.allowsRetakes = true;
     rule.accepts = isSeries;
     chooseSets(run, rule, {}, work);
     std::size_t strays = 0;
@@ -75,7 +79,10 @@ void divideRun(Run run, std::span<const double> gaps, Workspace& work) {
     if (!isSlow(run)) {
         return divideFastRun(run, work);
     }
-    const auto continues = [&](const Frame& frame) { return frame.pause <= gaps.front(); };
+    const auto continues = [&](const Frame& frame) {
+        const bool isNoiseReduced = gaps.front() > FastGap;
+        return frame.pause - (isNoiseReduced ? static_cast<double>(frame.exposureBefore) : 0) <= gaps.front();
+    };
     forEachPart(run, continues, [&](Run part) {
         if (!isSlow(part)) {
             divideFastRun(part, work);

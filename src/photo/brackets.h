@@ -145,6 +145,7 @@ struct SetRule {
     double unevenness;         // share of the smallest step by which steps may differ
     bool needsRegular;         // three or more in regular steps
     bool allowsOneWay = false; // four or more from one end to the other, in any steps
+    bool allowsRetakes = false;
     bool (*accepts)(Run) = nullptr;
 };
 
