@@ -76,10 +76,12 @@ bool isBefore(const Shots& shots, const SortKey& a, const SortKey& b) {
     if (a.group != b.group || a.time != b.time) {
         return a.group != b.group ? a.group < b.group : a.time < b.time;
     }
-    const tvmeta_Shot first = shots[static_cast<std::size_t>(a.file)], second = shots[static_cast<std::size_t>(b.file)];
-    const int order = stemOf(textOrEmpty(first.name)).compare(stemOf(textOrEmpty(second.name)));
-    const int ranks = rankOf(first) - rankOf(second);
-    return order != 0 ? order < 0 : ranks != 0 ? ranks < 0 : a.file < b.file;
+    const std::size_t first = static_cast<std::size_t>(a.file), second = static_cast<std::size_t>(b.file);
+    if (const int order = stemOf(shots.name(first)).compare(stemOf(shots.name(second))); order != 0) {
+        return order < 0;
+    }
+    const int ranks = rankOf(shots[first]) - rankOf(shots[second]);
+    return ranks != 0 ? ranks < 0 : a.file < b.file;
 }
 
 } // namespace
@@ -101,8 +103,8 @@ void findLeaders(const Shots& shots, Workspace& work) {
         const tvmeta_Shot shot = shots[static_cast<std::size_t>(key.file)];
         const bool isNewTime = i > 0 && (key.group != work.keys[i - 1].group || key.time != work.keys[i - 1].time);
         depth = isNewTime ? 0 : depth;
-        const auto top = [&] { return shots[stack[depth - 1].place]; };
-        while (depth > 0 && !startsWith(stemOf(textOrEmpty(shot.name)), stemOf(textOrEmpty(top().name)))) {
+        const std::string_view stem = stemOf(textOrEmpty(shot.name));
+        while (depth > 0 && !startsWith(stem, stemOf(shots.name(stack[depth - 1].place)))) {
             --depth;
         }
         std::int64_t leader = key.file;
@@ -110,7 +112,7 @@ void findLeaders(const Shots& shots, Workspace& work) {
             const std::size_t candidate = stack[level - 1].place;
             leader = belongsTo(shot, shots[candidate]) ? static_cast<std::int64_t>(candidate) : leader;
         }
-        if (leader == key.file && !stemOf(textOrEmpty(shot.name)).empty()) {
+        if (leader == key.file && !stem.empty()) {
             stack[depth++].place = static_cast<std::size_t>(key.file);
         }
         work.leaders[static_cast<std::size_t>(key.file)] = leader;

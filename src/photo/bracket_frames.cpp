@@ -156,7 +156,7 @@ double pauseBetween(const SortKey& before, const tvmeta_Shot& shotBefore, const 
 
 // Within a second, IMG_9999 comes before IMG_0001: the names start after their largest step.
 void rotateWrappedNames(const Shots& shots, std::span<SortKey> equalTimes) {
-    const auto numberAt = [&](const SortKey& key) { return fileNumber(stemOf(textOrEmpty(shots[fileOf(key)].name))); };
+    const auto numberAt = [&](const SortKey& key) { return fileNumber(stemOf(shots.name(fileOf(key)))); };
     for (std::size_t i = 1; i < equalTimes.size(); ++i) {
         if (numberAt(equalTimes[i]) - numberAt(equalTimes[i - 1]) > FileNumbers / 2) {
             std::rotate(equalTimes.begin(), equalTimes.begin() + static_cast<std::ptrdiff_t>(i), equalTimes.end());
@@ -175,15 +175,14 @@ void sortKeys(const Shots& shots, std::span<SortKey> keys) {
                    : a.time != b.time ? a.time < b.time
                                       : a.nanoseconds < b.nanoseconds;
         }
-        const tvmeta_Shot first = shots[fileOf(a)], second = shots[fileOf(b)];
-        const int folders = compareNames(textOrEmpty(first.folder), textOrEmpty(second.folder));
-        const int names = compareNames(textOrEmpty(first.name), textOrEmpty(second.name));
+        const int folders = compareNames(shots.folder(fileOf(a)), shots.folder(fileOf(b)));
+        const int names = folders != 0 ? 0 : compareNames(shots.name(fileOf(a)), shots.name(fileOf(b)));
         return folders != 0 ? folders < 0 : names != 0 ? names < 0 : a.file < b.file;
     });
     for (std::size_t first = 0; first < keys.size();) {
         std::size_t end = first + 1;
         while (end < keys.size() && isSameTime(keys[first], keys[end]) &&
-               textOrEmpty(shots[fileOf(keys[end])].folder) == textOrEmpty(shots[fileOf(keys[first])].folder)) {
+               shots.folder(fileOf(keys[end])) == shots.folder(fileOf(keys[first]))) {
             ++end;
         }
         if (end - first > 1) {

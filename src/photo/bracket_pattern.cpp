@@ -191,7 +191,7 @@ std::size_t wholePeriod(Run run, Key key) {
 
 bool agreesWithPauses(Run run, std::size_t period) {
     const PauseMeans pauses = meanPauses(run, period);
-    return pauses.between >= 0.8 * pauses.inside;
+    return run.size() <= period || pauses.between >= 0.8 * pauses.inside;
 }
 
 void divideByPattern(Run run, Key key, Workspace& work) {

@@ -29,7 +29,7 @@ bool isSlow(Run run) {
 
 // Series one after the other, with one stray photograph at most.
 bool addSeries(Run run, Workspace& work) {
-    SetRule rule = {&Frame::value, Gaps[0], Gaps[0], 0, HandUnevenness, true};
+    SetRule rule = {&Frame::value, Gaps[0], Gaps[0], 1, HandUnevenness, true};
     rule.allowsOneWay = true;
     rule.allowsRetakes = true;
     rule.accepts = isSeries;

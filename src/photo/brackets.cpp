@@ -1,6 +1,7 @@
 // tvmeta_find_brackets(): photographs into exposure brackets.
 #include "photo/brackets.h"
 
+#include "photo/file_names.h"
 #include "support/zeroed_buffer.h"
 
 #include <algorithm>
@@ -79,17 +80,21 @@ void divideCamera(Run camera, const Options& options, Workspace& work) {
     confirmSeries(work, firstSet);
 }
 
-void sortSets(Workspace& work) {
+// In order of capture, then of names.
+void sortSets(const Shots& shots, Workspace& work) {
     const auto found = work.sets.first(work.setCount);
     for (FoundSet& set : found) {
         set.time = work.keys[set.first].time;
         set.nanoseconds = work.keys[set.first].nanoseconds;
     }
     std::ranges::sort(found, [&](const FoundSet& a, const FoundSet& b) {
-        const auto file = [&](const FoundSet& set) { return work.frames[set.first].file; };
-        return a.time != b.time                 ? a.time < b.time
-               : a.nanoseconds != b.nanoseconds ? a.nanoseconds < b.nanoseconds
-                                                : file(a) < file(b);
+        if (a.time != b.time || a.nanoseconds != b.nanoseconds) {
+            return a.time != b.time ? a.time < b.time : a.nanoseconds < b.nanoseconds;
+        }
+        const std::size_t first = work.fileAt(a.first), second = work.fileAt(b.first);
+        const int folders = compareNames(shots.folder(first), shots.folder(second));
+        const int names = folders != 0 ? folders : compareNames(shots.name(first), shots.name(second));
+        return names != 0 ? names < 0 : first < second;
     });
 }
 
@@ -180,7 +185,7 @@ int64_t tvmeta_find_brackets(const tvmeta_Shot* shots, int64_t count, const tvme
     if (!block) {
         return TVMETA_NO_MEMORY;
     }
-    const Shots input = {shots, shots->recordSize, files};
+    const Shots input(shots, shots->recordSize, files);
     const Options chosen = optionsFrom(options);
     Workspace work = workspaceIn(block, files);
     findLeaders(input, work);
@@ -188,7 +193,7 @@ int64_t tvmeta_find_brackets(const tvmeta_Shot* shots, int64_t count, const tvme
     forEachPart(
         work.frames, [](const Frame& frame) { return !frame.startsCamera; },
         [&](Run camera) { divideCamera(camera, chosen, work); });
-    sortSets(work);
+    sortSets(input, work);
     writeMembers(work, {members, files});
     writeSets(work, sets, sets->recordSize);
     return static_cast<int64_t>(work.setCount);

@@ -25,12 +25,30 @@ Record recordAt(const void* records, std::size_t recordSize, std::size_t index) 
 }
 
 // The caller's files.
-struct Shots {
+class Shots {
+  public:
+    Shots(const tvmeta_Shot* first, std::size_t size, std::size_t files)
+        : records(first), recordSize(size), count(files) {}
+
     const tvmeta_Shot* records;
     std::size_t recordSize;
     std::size_t count;
 
     tvmeta_Shot operator[](std::size_t index) const { return recordAt<tvmeta_Shot>(records, recordSize, index); }
+
+    // Sorting reads little else.
+    std::string_view name(std::size_t index) const { return textAt(index, offsetof(tvmeta_Shot, name)); }
+    std::string_view folder(std::size_t index) const { return textAt(index, offsetof(tvmeta_Shot, folder)); }
+
+  private:
+    std::string_view textAt(std::size_t index, std::size_t offset) const {
+        const char* text = nullptr;
+        if (recordSize >= offset + sizeof text) {
+            const unsigned char* const bytes = static_cast<const unsigned char*>(static_cast<const void*>(records));
+            std::memcpy(&text, bytes + index * recordSize + offset, sizeof text);
+        }
+        return text == nullptr ? std::string_view() : std::string_view(text);
+    }
 };
 
 inline std::string_view textOrEmpty(const char* text) {
@@ -114,6 +132,8 @@ struct Workspace {
     std::size_t setCount = 0;
 
     std::size_t indexOf(Run run) const { return static_cast<std::size_t>(run.data() - frames.data()); }
+
+    std::size_t fileAt(std::size_t frame) const { return static_cast<std::size_t>(frames[frame].file); }
 
     void add(Run run, std::size_t expected, std::int32_t confidence, std::int32_t evidence) {
         sets[setCount++] = {indexOf(run), run.size(), expected, 0, 0, confidence, evidence};

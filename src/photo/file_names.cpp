@@ -22,8 +22,11 @@ struct Digits {
 };
 
 Digits digitsAt(std::string_view text) {
-    const std::size_t length = std::min(text.find_first_not_of("0123456789"), text.size());
-    const std::size_t zeros = std::min(text.find_first_not_of('0'), length);
+    std::size_t length = 0, zeros = 0;
+    while (length < text.size() && isDigit(text[length])) {
+        zeros += zeros == length && text[length] == '0' ? 1U : 0U;
+        ++length;
+    }
     return {{text.data() + zeros, length - zeros}, length};
 }
 
@@ -59,7 +62,11 @@ std::string_view cardOf(std::string_view folder) {
 }
 
 int compareNames(std::string_view a, std::string_view b) {
-    std::size_t i = 0, j = 0;
+    std::size_t i = static_cast<std::size_t>(std::ranges::mismatch(a, b).in1 - a.begin());
+    while (i > 0 && isDigit(a[i - 1])) { // a number is compared as a whole
+        --i;
+    }
+    std::size_t j = i;
     while (i < a.size() && j < b.size()) {
         if (isDigit(a[i]) && isDigit(b[j])) {
             const Digits first = digitsAt(textFrom(a, i)), second = digitsAt(textFrom(b, j));
