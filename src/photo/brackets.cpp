@@ -91,6 +91,9 @@ void sortSets(const Shots& shots, Workspace& work) {
         if (a.time != b.time || a.nanoseconds != b.nanoseconds) {
             return a.time != b.time ? a.time < b.time : a.nanoseconds < b.nanoseconds;
         }
+        if (work.keys[a.first].group == work.keys[b.first].group) {
+            return a.first < b.first;
+        }
         const std::size_t first = work.fileAt(a.first), second = work.fileAt(b.first);
         const int folders = compareNames(shots.folder(first), shots.folder(second));
         const int names = folders != 0 ? folders : compareNames(shots.name(first), shots.name(second));

@@ -88,7 +88,7 @@ void printSummary(const PhotoSets& found) {
     std::cout << (found.sets.empty() ? "" : "\n") << counted(found.sets.size(), "set") << " of "
               << counted(inSets, "photograph") << ", " << counted(found.singles.size(), "single photograph") << "\n";
     if (!found.unknown.empty()) {
-        std::cout << counted(found.unknown.size(), "photograph") << " without a known time or exposure:\n";
+        std::cout << counted(found.unknown.size(), "photograph") << " without a known time or exposure time:\n";
     }
     for (const Photo* photo : found.unknown) {
         std::cout << "  " << printable(photo->path) << "\n";
@@ -112,7 +112,10 @@ void printJson(const PhotoSets& found) {
         const Photo& first = *set.photos.front();
         ordered_json object = {{"set", ++count}, {"files", ordered_json::array()}};
         std::ranges::for_each(set.photos, [&](const Photo* photo) { object["files"].push_back(photo->path); });
-        std::ranges::for_each(set.values, [&](double value) { object["ev"].push_back(rounded(value)); });
+        for (const Photo* photo : set.photos) {
+            const std::optional<double> value = exposureValue(*photo);
+            object["ev"].push_back(value ? ordered_json(rounded(*value)) : ordered_json());
+        }
         std::ranges::for_each(set.offsets, [&](double stops) { object["offsets"].push_back(rounded(stops)); });
         object["range"] = rounded(set.range());
         object["taken"] = takenText(first);
@@ -148,12 +151,12 @@ std::string textUnlessZero(double value) {
 
 // One record per photograph, those of sets first. Set number and EV are empty if unknown.
 void printCsv(const PhotoSets& found) {
-    const auto print = [](const std::string& set, const Photo& photo, const std::string& ev,
-                          const std::string& offset) {
+    const auto print = [](const std::string& set, const Photo& photo, const std::string& offset) {
+        const std::optional<double> ev = exposureValue(photo);
         const tvmeta_Photo& record = photo.record;
         const std::string fields[] = {set,
                                       photo.path,
-                                      ev,
+                                      ev ? hundredths(*ev) : "",
                                       offset,
                                       takenText(photo),
                                       textUnlessZero(quotient(record.exposureTime)),
@@ -168,13 +171,13 @@ void printCsv(const PhotoSets& found) {
     for (const PhotoSet& set : found.sets) {
         const std::string number = std::to_string(++count);
         for (size_t i = 0; i < set.photos.size(); ++i) {
-            print(number, *set.photos[i], hundredths(set.values[i]), hundredths(set.offsets[i]));
+            print(number, *set.photos[i], hundredths(set.offsets[i]));
         }
     }
     for (const Photo* photo : found.singles) {
-        print("", *photo, hundredths(exposureValue(bracketShot(*photo)).value()), "");
+        print("", *photo, "");
     }
-    std::ranges::for_each(found.unknown, [&](const Photo* photo) { print("", *photo, "", ""); });
+    std::ranges::for_each(found.unknown, [&](const Photo* photo) { print("", *photo, ""); });
 }
 
 void placeSets(const Options& options, const PhotoSets& found) {
@@ -182,7 +185,7 @@ void placeSets(const Options& options, const PhotoSets& found) {
     size_t placed = 0;
     for (const PhotoSet& set : found.sets) {
         std::vector<std::string>& paths = files.emplace_back();
-        std::ranges::transform(set.photos, std::back_inserter(paths), &Photo::path);
+        std::ranges::transform(set.files, std::back_inserter(paths), &Photo::path);
         placed += paths.size();
     }
     const std::string verb = std::string(options.dryRun ? "would " : "") + (options.copy ? "cop" : "link") +
@@ -232,7 +235,7 @@ std::vector<Option> bracketOptions(BracketOptions& options) {
          .help = "Read the photographs in folders and subfolders"},
         {.names = {"--gap"},
          .target = &options.rules.gap,
-         .help = "Maximum pause within a set (default 2)",
+         .help = "Maximum pause within a set (default: learnt)",
          .value = "SECONDS",
          .range = {0, MaxGap}},
         {.names = {"--count"},
@@ -249,8 +252,8 @@ Command bracketsCommand() {
         .name = "brackets",
         .purpose = "Find the bracketed sets among photographs",
         .options = bracketOptions(options->input),
-        .footer = "A set is a sequence of photographs of one camera, folder and focal length\n"
-                  "with different exposures. When the exposures repeat, a new set begins.\n\n"
+        .footer = "Sets are found by what cameras record: exposure mode, bias, time. Without\n"
+                  "that, by exposures that repeat or were set by hand.\n\n"
                   "Examples:\n"
                   "  tvmeta brackets -r photos\n"
                   "  tvmeta brackets -r photos --into sets\n"

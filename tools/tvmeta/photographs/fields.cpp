@@ -3,7 +3,6 @@
 #include "output/failure.h"
 #include "output/suggestion.h"
 #include "output/text.h"
-#include "photographs/bracket_sets.h"
 
 #include <algorithm>
 #include <array>
@@ -142,12 +141,7 @@ Value derivedFields(const Shot& shot) {
 }
 
 Value exposureValueAt100(const Shot& shot) {
-    const tvmeta_Photo& record = shot.photo.record;
-    BracketShot exposure;
-    exposure.exposureTime = quotient(record.exposureTime);
-    exposure.fNumber = quotient(record.fNumber);
-    exposure.isoSpeed = record.isoSpeed;
-    const std::optional<double> value = exposureValue(exposure);
+    const std::optional<double> value = exposureValue(shot.photo);
     return value ? Value(*value) : Value();
 }
 
