@@ -11,6 +11,7 @@ namespace tvmeta::brackets {
 namespace {
 
 constexpr double LongestPause = 30;     // seconds; series set by hand are slower than this between each other
+constexpr double TurnedPause = 2;       // seconds; between pictures of other sizes or orientations
 constexpr double FocalTolerance = 0.01; // share of the focal length
 constexpr double ClockStep = 1;         // seconds, of a clock without fractions
 constexpr std::int64_t MinTime = -(std::int64_t{1} << 53); // the seconds that a double distinguishes
@@ -134,12 +135,21 @@ bool hasSameView(const tvmeta_Shot& a, const tvmeta_Shot& b) {
 
 // Whether two photographs in order can be of one sequence, whatever the pause.
 bool continuesSequence(const tvmeta_Shot& before, const tvmeta_Shot& shot, double firstFocal, bool isCounted) {
-    const bool hasSameEvidence = kindOf(before) == kindOf(shot) && hasSameAbsences(before, shot) &&
-                                 (kindOf(shot) == Kind::Marked || hasSameView(before, shot));
+    const bool hasSameEvidence = kindOf(before) == kindOf(shot) && hasSameAbsences(before, shot);
     const double focal = positive(shot, TVMETA_FOCAL_LENGTH, shot.focalLength);
     return before.camera == shot.camera && before.serialNumber == shot.serialNumber && before.format == shot.format &&
            (isCounted || hasSameEvidence) && continuesCard(before, shot) &&
            std::abs(focal - firstFocal) <= FocalTolerance * firstFocal;
+}
+
+// The longest pause in a sequence: what the user gives; else it is short where the camera was turned.
+double longestPause(const tvmeta_Shot& before, const tvmeta_Shot& shot, const Options& options) {
+    if (options.gap >= 0) {
+        return options.gap;
+    }
+    const bool isView = kindOf(shot) == Kind::Marked || options.count > 0 || hasSameView(before, shot);
+    return (isView ? LongestPause : TurnedPause) +
+           static_cast<double>(positive(before, TVMETA_EXPOSURE_TIME, before.exposureTime));
 }
 
 // Seconds from the end of an exposure to the start of the next, at least.
@@ -212,7 +222,6 @@ void makeFrames(const Shots& shots, const Options& options, Workspace& work) {
 
     tvmeta_Shot before = {};
     double firstFocal = 0;
-    const double longest = options.gap < 0 ? LongestPause : options.gap;
     for (std::size_t i = 0; i < count; ++i) {
         const SortKey& key = work.keys[i];
         const tvmeta_Shot shot = shots[fileOf(key)];
@@ -224,8 +233,7 @@ void makeFrames(const Shots& shots, const Options& options, Workspace& work) {
                                  usesFraction(shot, work.clock[fileOf(key)]);
             const double pause = pauseBetween(work.keys[i - 1], before, key, isExact);
             frame.exposureBefore = positive(before, TVMETA_EXPOSURE_TIME, before.exposureTime);
-            const double patience = options.gap < 0 ? static_cast<double>(frame.exposureBefore) : 0;
-            frame.pause = pause <= longest + patience ? pause : HUGE_VAL;
+            frame.pause = pause <= longestPause(before, shot, options) ? pause : HUGE_VAL;
         }
         if (frame.pause == HUGE_VAL) {
             firstFocal = positive(shot, TVMETA_FOCAL_LENGTH, shot.focalLength);

@@ -186,7 +186,7 @@ class ReportPage {
         }
         write("</div>\n</section>\n");
         writePhotos("singles", "Single photographs", found.singles);
-        writePhotos("unknown", "Photographs without a known time or exposure", found.unknown);
+        writePhotos("unknown", "Photographs without a known time or exposure time", found.unknown);
         writeProblems();
         write("</main>\n</body>\n</html>\n");
     }
@@ -201,13 +201,13 @@ class ReportPage {
         const std::array<std::tuple<const char*, const char*, size_t>, 4> parts = {{
             {"sets", "set", found.sets.size()},
             {"singles", "single photograph", found.singles.size()},
-            {"unknown", "photograph without a known time or exposure", found.unknown.size()},
+            {"unknown", "photograph without a known time or exposure time", found.unknown.size()},
             {"problems", "problem", found.reading.problems.size()},
         }};
         std::string items;
         for (const auto& [id, words, count] : parts) {
             const std::string text = std::string(words).starts_with("photograph ") && count != 1
-                                         ? std::to_string(count) + " photographs without a known time or exposure"
+                                         ? std::to_string(count) + " photographs without a known time or exposure time"
                                          : counted(count, words);
             items += count == 0 ? "" : element("li", element("a", text, attribute("href", "#" + std::string(id))));
         }
