@@ -235,8 +235,9 @@ TVMETA_API int64_t tvmeta_build_exif(const tvmeta_Result* result, void* buffer, 
 /* ---- Brackets ---- */
 
 /**
- * What tvmeta_find_brackets() needs of one file. Make it with tvmeta_shot(), or fill it in. All numbers count only if
- * their bit in `present` is set; exposureTime, fNumber, isoSpeed and focalLength only if they are positive and finite.
+ * What tvmeta_find_brackets() needs of one file. Make it with tvmeta_shot(), or fill it in. captureTime to exposureMode
+ * count only if their bit in `present` is set; exposureTime, fNumber, isoSpeed and focalLength only if they are
+ * positive and finite.
  */
 typedef struct tvmeta_Shot {
     uint32_t recordSize;        /**< sizeof(tvmeta_Shot) of the caller, equal in all records of an array */
@@ -255,7 +256,7 @@ typedef struct tvmeta_Shot {
     float exposureBias; /**< Stops */
     float focalLength;  /**< Millimetres */
     int32_t exposureMode;
-    int32_t width; /**< Pixels; present: TVMETA_SIZE. 0 is a size too: compared, not computed with */
+    int32_t width; /**< Pixels. Width, height and orientation are compared, whatever they are. */
     int32_t height;
     int32_t orientation;
     int32_t hidesBrackets; /**< 1: of a maker whose cameras do not record exposure mode 2 for brackets (Nikon) */
@@ -326,32 +327,38 @@ typedef struct tvmeta_BracketSet {
 } tvmeta_BracketSet;
 
 /**
- * Groups photographs into exposure brackets. Reads no file, needs n log n time and some 200 bytes for each photograph
- * during the call.
+ * Groups photographs into exposure brackets. Reads no file. Takes n log n time, and some 160 bytes per file during the
+ * call.
  *
- * Files become photographs: in one folder, files of one camera and capture time are one photograph if their names
- * differ in the extension only, or if one name continues the other with a character that is no digit and the exposures
- * are equal. The raw file speaks for it, else the HEIF file, else the JPEG file.
+ * Files become photographs. In one folder, files of one camera and second are one photograph if their names differ in
+ * the extension only, or if one name continues the other with a character that is not a digit and time and exposure are
+ * equal. The raw file speaks for the photograph, else the HEIF file, else the JPEG file.
  *
- * Photographs become sequences: of one camera (make, model, serial number), format, size of image and orientation, in
- * order of capture time with its fraction, then of names. The UTC offset counts if all photographs of that camera have
- * one. A sequence is in one folder, or goes on in the next folder of a card (100CANON, 101CANON) with the next file
- * number. It ends where the focal length changes by more than 1 %, where exposure mode changes, or after 30 s.
+ * Photographs become sequences, in order of capture time with its fraction, then of names. A sequence is of one camera
+ * (make, model, serial number), format, exposure mode and, within 1 %, focal length. It is in one folder, or goes on in
+ * the next folder of a card (100CANON, 101CANON) with the next file number. It ends with a pause of more than 30 s plus
+ * the exposure before it. Except in exposure mode 2, pauses are up to 2 s where the size or the orientation changes.
+ * Pauses are measured from the end of an exposure; they may be 1 s longer if one of both times has no fraction. The UTC
+ * offset counts if all photographs of the camera have one, fractions if not all are 0.
  *
- * A sequence becomes sets by the strongest evidence that it has:
+ * A sequence becomes sets by the evidence that it has:
  * - Exposure mode 2: a bias that repeats starts a new set; where the bias is constant, an exposure that repeats does.
- *   Pauses are up to 5 s plus the exposure before (noise reduction); up to 15 s in sets of regular steps.
- * - Exposure mode 0: only a bias in three or more regular steps, followed by the exposure, is a set. Cameras that hide
- *   brackets are believed; with others it is a guess. With a constant bias no set is found.
- * - Exposure mode 1, or none: exposures that repeat, with pauses of up to 2 s; three or more exposures in regular
- *   steps, set by the exposure time, with pauses of up to 30 s.
- * Exposures within 1/6 EV are equal. Equal exposures (bursts, focus and white balance brackets) are no set. An f-number
- * or an ISO speed that is absent counts as constant where it is absent in the whole sequence. Exposure mode 1 or 2 with
- * a bias that varies while the numbers of the exposure are equal: the bias is the exposure. If the time of one of two
- * photographs has no fraction, a pause may be 1 s longer.
+ *   Pauses are up to 5 s plus the exposure before (noise reduction), and up to 15 s more than it in regular sets.
+ * - Exposure mode 0: a set is regular in its bias, and its exposures follow the bias. With `hidesBrackets` it is
+ *   evidence of the camera if the pauses are up to 2 s, or up to 15 s in an order of cameras; everything else is a
+ *   guess. A constant bias gives no set.
+ * - Exposure mode 1, or none: exposures that repeat, with pauses of up to 2 s; and, at any pause, series that are
+ * regular or go one way, set by the exposure time alone, or four and more in regular steps over 3 EV. A set is regular
+ * if it has three to 16 exposures in equal steps, from one end or the middle outward, or the middle before the others,
+ * and no pause is much longer than the others.
  *
- * Photographs without capture time or exposure time are in no set, except with a count: then those without time follow
- * each other by name.
+ * Exposures within 1/6 EV are equal. Equal exposures (bursts, focus and white balance brackets) are no set. An f-number
+ * or an ISO speed that is absent counts as constant if it is absent in the whole sequence. In exposure mode 1 and 2,
+ * where the numbers of the exposure are equal and the bias varies, the bias is the exposure. Photographs without
+ * capture time are in no set, nor are those without exposure time except in exposure mode 2 with a bias.
+ *
+ * With a count, sequences of any exposure mode are divided into sets of that size, also photographs without exposure;
+ * those without time follow each other by name. Known exposures that are all equal are no set.
  *
  * @param shots    `count` records, each of the size that shots[0].recordSize names; may be null if `count` is 0.
  * @param count    Number of files; any order.
