@@ -169,4 +169,13 @@ void divideByCamera(Run camera, const Options& options, Workspace& work) {
     }
 }
 
+bool divideManualByBias(Run run, const Options& options, Workspace& work) {
+    const std::size_t firstSet = work.setCount;
+    CameraRule byBias = biasRule(Kind::Unmarked, options);
+    byBias.rule.accepts = isUnmarkedSet;
+    chooseSets(run, byBias.rule, {}, work);
+    addChosen(run, byBias, work);
+    return work.setCount > firstSet;
+}
+
 } // namespace tvmeta::brackets

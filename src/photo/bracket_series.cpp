@@ -27,8 +27,8 @@ bool isSlow(Run run) {
     return std::ranges::any_of(run.subspan(1), [](const Frame& frame) { return frame.pause > FastGap; });
 }
 
-// Series one after the other, with one stray photograph at most.
-bool addSeries(Run run, Workspace& work) {
+// Chooses the sets of a run that consists of series, with few stray photographs.
+bool chooseSeries(Run run, Workspace& work) {
     SetRule rule = {&Frame::value, Gaps[0], Gaps[0], 1, HandUnevenness, true};
     rule.allowsOneWay = true;
     rule.allowsRetakes = true;
@@ -38,15 +38,27 @@ bool addSeries(Run run, Workspace& work) {
     for (std::size_t at = 0; at < run.size(); at += work.lengths[at]) {
         strays += work.lengths[at] == 1 ? 1U : 0U;
     }
-    if (strays > 1) {
-        return false;
-    }
+    return strays <= std::max<std::size_t>(1, run.size() / 6);
+}
+
+void addSeries(Run run, Workspace& work) {
     for (std::size_t at = 0; at < run.size(); at += work.lengths[at]) {
         if (work.lengths[at] > 1) {
             work.add(run.subspan(at, work.lengths[at]), 0, TVMETA_BY_GUESS, TVMETA_EVIDENCE_SERIES);
         }
     }
-    return true;
+}
+
+// Whether every pause between the chosen sets is longer than every pause inside them.
+bool areApart(Run run, const Workspace& work) {
+    double inside = 0, between = HUGE_VAL;
+    for (std::size_t at = 0; at < run.size(); at += work.lengths[at]) {
+        for (std::size_t i = 1; i < work.lengths[at]; ++i) {
+            inside = std::max(inside, run[at + i].pause);
+        }
+        between = at == 0 ? between : std::min(between, run[at].pause);
+    }
+    return between > inside;
 }
 
 // A slow run that consists of series.
@@ -57,7 +69,11 @@ bool addSlowRun(Run run, Workspace& work) {
         divideByPattern(run, &Frame::value, work);
         return true;
     }
-    return addSeries(run, work);
+    if (!chooseSeries(run, work)) {
+        return false;
+    }
+    addSeries(run, work);
+    return true;
 }
 
 // In a run without longer pauses: one series with a photograph before or after it, or what repeats. Where the numbers
@@ -71,6 +87,9 @@ void divideFastRun(Run run, Workspace& work) {
                 return work.add(part, 0, TVMETA_BY_GUESS, TVMETA_EVIDENCE_SERIES);
             }
         }
+    }
+    if (!usesBias && run.size() > 3 && chooseSeries(run, work) && work.lengths[0] < run.size() && areApart(run, work)) {
+        return addSeries(run, work);
     }
     divideByPattern(run, key, work);
 }
@@ -109,6 +128,9 @@ void divideRunByCount(Run run, const Options& options, Workspace& work) {
 }
 
 void divideByHand(Run run, const Options& options, Workspace& work) {
+    if (run.front().kind == Kind::Manual && divideManualByBias(run, options, work)) {
+        return;
+    }
     options.gap < 0 ? divideRun(run, Gaps, work) : divideFastRun(run, work);
 }
 

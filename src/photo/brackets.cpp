@@ -56,7 +56,7 @@ void confirmSeries(Workspace& work, std::size_t firstSet) {
     for (std::size_t i = firstSet; i < work.setCount; ++i) {
         for (std::size_t j = i + 1; j < work.setCount && j <= i + Reach; ++j) {
             FoundSet &a = work.sets[i], &b = work.sets[j];
-            const bool areSeries = a.evidence == b.evidence && a.evidence >= TVMETA_EVIDENCE_REPEATED && a.size > 2;
+            const bool areSeries = a.evidence == b.evidence && a.size > 2;
             if (areSeries && hasSameShape(framesOf(a), framesOf(b), &Frame::value)) {
                 a.confidence = b.confidence = TVMETA_BY_PATTERN;
                 a.expected = b.expected = a.size;

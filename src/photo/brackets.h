@@ -188,6 +188,9 @@ inline bool isSetByTime(Run run) {
     return true;
 }
 
+// Manual exposure whose bias varies with it, as in brackets of some cameras. False if there is none.
+bool divideManualByBias(Run run, const Options& options, Workspace& work);
+
 // bracket_series.cpp: exposures set by hand, of one run without a long pause; the same with a given count.
 void divideByHand(Run run, const Options& options, Workspace& work);
 void divideRunByCount(Run run, const Options& options, Workspace& work);
