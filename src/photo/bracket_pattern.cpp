@@ -143,6 +143,9 @@ class PatternRule {
     bool isClear(Run run) const {
         constexpr double DialPause = 1, ClearRange = 1.8; // seconds, EV
         const auto [low, high] = std::ranges::minmax(run, {}, key);
+        if (std::abs(run.back().*key - run[run.size() - 2].*key) <= Tolerance) {
+            return false; // corrected, then kept
+        }
         return high.*key - low.*key >= ClearRange ||
                std::ranges::all_of(run.subspan(1), [](const Frame& frame) { return frame.pause < DialPause; });
     }

@@ -27,6 +27,19 @@ bool isSlow(Run run) {
     return std::ranges::any_of(run.subspan(1), [](const Frame& frame) { return frame.pause > FastGap; });
 }
 
+// Corrections end with an exposure that is kept: a short series before a photograph like its last is none.
+void dropCorrections(Run run, Workspace& work) {
+    constexpr std::size_t MaxCorrections = 5;
+    for (std::size_t at = 0, next = 0; at < run.size(); at = next) {
+        next = at + work.lengths[at];
+        const bool isKept = next < run.size() && work.lengths[next] == 1 && next - at <= MaxCorrections &&
+                            std::abs(run[next].value - run[next - 1].value) <= Tolerance;
+        if (isKept) {
+            std::ranges::fill(work.lengths.subspan(at, next - at), static_cast<unsigned char>(1));
+        }
+    }
+}
+
 // Chooses the sets of a run that consists of series, with few stray photographs.
 bool chooseSeries(Run run, Workspace& work) {
     SetRule rule = {&Frame::value, Gaps[0], Gaps[0], 1, HandUnevenness, true};
@@ -34,6 +47,7 @@ bool chooseSeries(Run run, Workspace& work) {
     rule.allowsRetakes = true;
     rule.accepts = isSeries;
     chooseSets(run, rule, {}, work);
+    dropCorrections(run, work);
     std::size_t strays = 0;
     for (std::size_t at = 0; at < run.size(); at += work.lengths[at]) {
         strays += work.lengths[at] == 1 ? 1U : 0U;
@@ -83,7 +97,9 @@ void divideFastRun(Run run, Workspace& work) {
     const Key key = usesBias ? &Frame::bias : &Frame::value;
     if (run.size() > 3 && wholePeriod(run, key) == 0 && !isRegular(run, key, HandUnevenness)) {
         for (const Run part : {run.subspan(1), run.first(run.size() - 1)}) {
-            if (isRegular(part, key, HandUnevenness) && (part.front().kind != Kind::Manual || isSetByTime(part))) {
+            const bool isKept = part.data() == run.data() && std::abs(run.back().*key - part.back().*key) <= Tolerance;
+            const bool mayBeSet = part.front().kind != Kind::Manual || (isSetByTime(part) && !isKept);
+            if (isRegular(part, key, HandUnevenness) && mayBeSet) {
                 return work.add(part, 0, TVMETA_BY_GUESS, TVMETA_EVIDENCE_SERIES);
             }
         }
