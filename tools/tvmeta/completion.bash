@@ -59,7 +59,7 @@ _tvmeta() {
     --set) _tvmeta_settings "$current" ;;
     --depth) mapfile -t COMPREPLY < <(compgen -W "8 16 32 16f" -- "$current") ;;
     --orientation) mapfile -t COMPREPLY < <(compgen -W "photo 1 2 3 4 5 6 7 8" -- "$current") ;;
-    --resolution | --add-keyword | --keyword | --gap | --count) ;;
+    --resolution | --add-keyword | --keyword | --gap | --count | --name) ;;
     *)
         [[ ${COMP_WORDS[at]} == = && $previous != -* ]] && return # the value of a setting
         if [[ $current == -* ]]; then

@@ -2,9 +2,9 @@
 
 #include "commands/brackets.h"
 #include "commands/commands.h"
+#include "commands/set_placement.h"
 #include "output/csv.h"
 #include "output/failure.h"
-#include "output/set_folders.h"
 #include "output/table.h"
 #include "output/terminal.h"
 #include "output/text.h"
@@ -32,9 +32,7 @@ struct Options {
     bool json = false;
     bool csv = false;
     bool files0 = false;
-    std::string folder;
-    bool copy = false;
-    bool dryRun = false;
+    PlacementOptions placement;
 };
 
 std::string counted(size_t count, const std::string& thing) {
@@ -180,37 +178,18 @@ void printCsv(const PhotoSets& found) {
     std::ranges::for_each(found.unknown, [&](const Photo* photo) { print("", *photo, ""); });
 }
 
-void placeSets(const Options& options, const PhotoSets& found) {
-    std::vector<std::vector<std::string>> files;
-    size_t placed = 0;
-    for (const PhotoSet& set : found.sets) {
-        std::vector<std::string>& paths = files.emplace_back();
-        std::ranges::transform(set.files, std::back_inserter(paths), &Photo::path);
-        placed += paths.size();
-    }
-    const std::string verb = std::string(options.dryRun ? "would " : "") + (options.copy ? "cop" : "link") +
-                             (options.dryRun ? (options.copy ? "y" : "") : (options.copy ? "ied" : "ed"));
-    const auto report = [&](size_t i) {
-        std::cout << printable(setFolder(options.folder, i + 1)) << ": " << verb << " "
-                  << counted(files[i].size(), "photograph") << ", " << offsetsText(found.sets[i]) << "\n";
-    };
-    requireNewFolders(options.folder, files.size());
-    if (options.dryRun) {
-        for (size_t i = 0; i < files.size(); ++i) {
-            report(i);
-        }
-    } else if (!files.empty()) {
-        fillSetFolders(options.folder, files, options.copy ? Placement::Copy : Placement::Link, report);
-    }
-    std::cout << verb << " " << counted(placed, "photograph") << " into " << counted(files.size(), "folder")
-              << "; in no set: " << found.singles.size() + found.unknown.size() << "\n";
-}
-
 void showBrackets(const Options& options) {
+    if (!options.placement.undo.empty()) {
+        return undoPlacement(options.placement);
+    }
+    if (options.input.names.empty()) {
+        throw WrongCommandLine("PATH is required");
+    }
+    if (!options.placement.folder.empty()) {
+        return placeSets(options.input, options.placement);
+    }
     const PhotoSets found = readPhotoSets(options.input.names, options.input.recursive, options.input.rules);
-    if (!options.folder.empty()) {
-        placeSets(options, found);
-    } else if (options.json) {
+    if (options.json) {
         printJson(found);
     } else if (options.csv) {
         printCsv(found);
@@ -254,9 +233,13 @@ Command bracketsCommand() {
         .options = bracketOptions(options->input),
         .footer = "Sets are found by what cameras record: exposure mode, bias, time. Without\n"
                   "that, by exposures that repeat or were set by hand.\n\n"
+                  "The pattern of --name can contain\n  " +
+                  namePlaceholders() +
+                  "\n\n"
                   "Examples:\n"
                   "  tvmeta brackets -r photos\n"
                   "  tvmeta brackets -r photos --into sets\n"
+                  "  tvmeta brackets -r photos --into sets --move --name '{date} {number}'\n"
                   "  tvmeta brackets -r photos --json | jq -r 'select(.range > 4).files[]'",
         .run = [options] { showBrackets(*options); },
     };
@@ -270,20 +253,10 @@ Command bracketsCommand() {
          .target = &options->files0,
          .help = "Write file names with a NUL after each, and one\nmore between sets",
          .excludes = {"--json", "--csv"}},
-        {.names = {"--into"},
-         .target = &options->folder,
-         .help = "Make a folder per set in this folder, with hard\nlinks",
-         .value = "FOLDER",
-         .excludes = {"--json", "--csv", "--files0"}},
-        {.names = {"--copy"},
-         .target = &options->copy,
-         .help = "With --into: copy instead of link",
-         .needs = {"--into"}},
-        {.names = {"--dry-run"},
-         .target = &options->dryRun,
-         .help = "With --into: only print the plan",
-         .needs = {"--into"}},
     };
+    command.options.front().isRequired = false; // not with --undo
     command.options.insert(command.options.end(), std::begin(forms), std::end(forms));
+    const std::vector<Option> placement = placementOptions(options->placement, {"--json", "--csv", "--files0"});
+    command.options.insert(command.options.end(), placement.begin(), placement.end());
     return command;
 }

@@ -23,7 +23,7 @@ struct Entry {
 
 class Search {
   public:
-    explicit Search(Progress& shown) : progress(shown) {}
+    Search(const std::string& excludedFolder, Progress& shown) : excluded(excludedFolder), progress(shown) {}
 
     void takeName(const std::string& name, bool recursive) {
         std::error_code error;
@@ -61,6 +61,14 @@ class Search {
         return entries;
     }
 
+    bool isSearched(const std::string& folder) const {
+        if (nameOf(pathOf(folder).filename()).starts_with(".tvmeta-")) {
+            complain(folder + ": left by an interrupted run; not read");
+            return false;
+        }
+        return excluded.empty() || !isSameFile(folder, excluded);
+    }
+
     // Not recursive, because deeply nested folders would overflow the stack.
     void descend(const fs::path& top) {
         std::vector<fs::path> folders = {top};
@@ -73,7 +81,7 @@ class Search {
                 if (entry.is_regular_file(error)) {
                     found.files.push_back({name, false});
                     progress.found(found.files.size());
-                } else if (entry.is_directory(error) && !isLink(name)) {
+                } else if (entry.is_directory(error) && !isLink(name) && isSearched(name)) {
                     folders.push_back(entry.path());
                 }
             }
@@ -82,6 +90,7 @@ class Search {
     }
 
     PhotoFiles found;
+    const std::string& excluded;
     Progress& progress;
 };
 
@@ -97,8 +106,9 @@ bool hasPhotoName(const std::string& path) {
     return std::ranges::find(Extensions, extension) != std::end(Extensions);
 }
 
-PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, Progress& progress) {
-    Search search(progress);
+PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, const std::string& excludedFolder,
+                          Progress& progress) {
+    Search search(excludedFolder, progress);
     for (const std::string& name : names) {
         search.takeName(name, recursive);
     }

@@ -3,14 +3,17 @@
 #include "output/text.h"
 #include "photographs/natural_order.h"
 #include "system/paths.h"
+#include "system/system.h"
 
 #include <algorithm>
 #include <cmath>
 #include <deque>
 #include <filesystem>
+#include <iterator>
+#include <map>
 #include <new>
+#include <optional>
 #include <sstream>
-#include <unordered_set>
 #include <utility>
 
 namespace {
@@ -19,16 +22,21 @@ std::filesystem::path normalPath(const Photo& photo) {
     return pathOf(photo.path).lexically_normal();
 }
 
-// Sorted by name, which decides the order of equal times; each file once.
+// Sorted by name, which decides the order of equal times; each file once, if possible not by the name of a link to it.
 std::vector<Photo> readByName(const std::vector<std::string>& names, bool recursive, const Wanted& wanted,
-                              Reading& reading) {
+                              const std::string& excludedFolder, Reading& reading) {
     std::vector<Photo> photos;
-    std::unordered_set<std::string> paths;
-    reading = readPhotos(names, recursive, wanted, [&](Photo&& photo) {
-        if (paths.insert(nameOf(normalPath(photo))).second) {
+    std::map<FileId, size_t> places;
+    const auto take = [&](Photo&& photo) {
+        const std::optional<FileId> file = fileId(photo.path);
+        const auto [found, isNew] = places.emplace(file.value_or(FileId()), photos.size());
+        if (isNew || !file) {
             photos.push_back(std::move(photo));
+        } else if (isLink(photos[found->second].path) && !isLink(photo.path)) {
+            photos[found->second] = std::move(photo);
         }
-    });
+    };
+    reading = readPhotos(names, recursive, wanted, take, excludedFolder);
     std::ranges::sort(photos, naturalLess, &Photo::path);
     return photos;
 }
@@ -114,9 +122,9 @@ double PhotoSet::range() const {
 }
 
 PhotoSets readPhotoSets(const std::vector<std::string>& names, bool recursive, const BracketRules& rules,
-                        const Wanted& wanted) {
+                        const Wanted& wanted, const std::string& excludedFolder) {
     PhotoSets result;
-    result.photos = readByName(names, recursive, wanted, result.reading);
+    result.photos = readByName(names, recursive, wanted, excludedFolder, result.reading);
     addSets(result, findBrackets(result.photos, rules));
     std::ranges::stable_sort(result.singles, {}, [](const Photo* photo) { return photo->taken; });
     return result;

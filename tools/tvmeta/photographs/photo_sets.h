@@ -32,9 +32,10 @@ struct PhotoSets {
     Reading reading;
 };
 
-// Reads and groups photographs. A file given twice counts once.
+// Reads and groups photographs. A file with several names, such as hard links, counts once, under the first. A folder
+// to exclude is not searched unless it is one of `names`.
 PhotoSets readPhotoSets(const std::vector<std::string>& names, bool recursive, const BracketRules& rules,
-                        const Wanted& wanted = {});
+                        const Wanted& wanted = {}, const std::string& excludedFolder = "");
 
 // A difference of exposures as cameras name it, in thirds or halves of a stop: +2, -0.7.
 std::string stopsText(double stops);

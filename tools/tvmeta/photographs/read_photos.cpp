@@ -104,9 +104,9 @@ void reportKinds(const std::map<std::string, size_t>& kinds) {
 } // namespace
 
 Reading readPhotos(const std::vector<std::string>& names, bool recursive, const Wanted& wanted,
-                   const std::function<void(Photo&&)>& take) {
+                   const std::function<void(Photo&&)>& take, const std::string& excludedFolder) {
     Progress progress;
-    const PhotoFiles found = findPhotoFiles(names, recursive, progress);
+    const PhotoFiles found = findPhotoFiles(names, recursive, excludedFolder, progress);
     Reading reading = {found.failures, found.failures};
     std::map<std::string, size_t> kinds;
     size_t done = 0;

@@ -1,6 +1,7 @@
 #include "system/paths.h"
 
 #include <algorithm>
+#include <system_error>
 
 std::filesystem::path pathOf(std::string_view name) {
     return std::u8string(name.begin(), name.end());
@@ -13,4 +14,9 @@ std::string nameOf(const std::filesystem::path& path) {
         std::ranges::replace(name, '\\', '/');
     }
     return name;
+}
+
+bool isThere(const std::string& name) {
+    std::error_code error;
+    return std::filesystem::exists(std::filesystem::symlink_status(pathOf(name), error));
 }

@@ -7,3 +7,6 @@
 
 std::filesystem::path pathOf(std::string_view name);
 std::string nameOf(const std::filesystem::path& path);
+
+// True for files, folders and links, also for links to nothing.
+bool isThere(const std::string& name);

@@ -1,10 +1,12 @@
 // What differs between operating systems. system_posix.cpp and system_windows.cpp implement it.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <system_error>
 
 // Called once at the start: makes the standard streams usable, and what is written to them the same on every system.
 void prepareProcess();
@@ -22,6 +24,19 @@ bool canEraseLines();
 
 // True if both paths name the same existing file.
 bool isSameFile(const std::string& path, const std::string& other);
+
+// What identifies a file under all its names; none if it cannot be examined.
+struct FileId {
+    uint64_t device = 0;
+    uint64_t number = 0;
+
+    auto operator<=>(const FileId&) const = default;
+};
+std::optional<FileId> fileId(const std::string& path);
+
+// Renames a file or folder. Fails with file_exists if the new name exists, and with cross_device_link if it is on
+// another file system.
+std::error_code moveTo(const std::string& path, const std::string& newPath);
 
 // Reading from a device or a pipe might never end. A file that cannot be examined is Other.
 enum class FileKind { Folder, Device, Other };

@@ -5,8 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <clocale>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cwchar>
 #include <filesystem>
@@ -65,6 +67,34 @@ bool canEraseLines() {
 bool isSameFile(const std::string& path, const std::string& other) {
     std::error_code error;
     return std::filesystem::equivalent(path, other, error);
+}
+
+std::optional<FileId> fileId(const std::string& path) {
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 ? std::optional(FileId{status.st_dev, status.st_ino}) : std::nullopt;
+}
+
+std::error_code moveTo(const std::string& path, const std::string& newPath) {
+#if defined(__GLIBC__)
+    const int result = renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, newPath.c_str(), RENAME_NOREPLACE);
+#elif defined(__APPLE__)
+    const int result = renamex_np(path.c_str(), newPath.c_str(), RENAME_EXCL);
+#else
+    const int result = (errno = EINVAL, -1);
+#endif
+    if (result == 0) {
+        return {};
+    }
+    if (errno != EINVAL && errno != ENOSYS && errno != ENOTSUP) {
+        return {errno, std::generic_category()};
+    }
+    // Some network file systems cannot refuse to replace a file.
+    struct stat status = {};
+    if (lstat(newPath.c_str(), &status) == 0) {
+        return std::make_error_code(std::errc::file_exists);
+    }
+    return rename(path.c_str(), newPath.c_str()) == 0 ? std::error_code()
+                                                      : std::error_code(errno, std::generic_category());
 }
 
 FileKind fileKind(const std::string& path) {

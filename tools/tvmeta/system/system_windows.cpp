@@ -95,6 +95,21 @@ bool isSameFile(const std::string& path, const std::string& other) {
     return first && second && isSame(first.get(), second.get());
 }
 
+std::optional<FileId> fileId(const std::string& path) {
+    const Handle file = openHandle(path, 0);
+    BY_HANDLE_FILE_INFORMATION information = {};
+    if (!file || GetFileInformationByHandle(file.get(), &information) == 0) {
+        return std::nullopt;
+    }
+    return FileId{information.dwVolumeSerialNumber,
+                  uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
+}
+
+std::error_code moveTo(const std::string& path, const std::string& newPath) {
+    const BOOL isMoved = MoveFileExW(pathOf(path).c_str(), pathOf(newPath).c_str(), MOVEFILE_WRITE_THROUGH);
+    return isMoved != 0 ? std::error_code() : std::error_code(static_cast<int>(GetLastError()), std::system_category());
+}
+
 // Names such as COM1 and CON open a device in every folder, and have no file status.
 FileKind fileKind(const std::string& path) {
     const Handle file = openHandle(path, GENERIC_READ); // CON requires the access
