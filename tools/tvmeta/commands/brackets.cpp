@@ -62,7 +62,7 @@ void printSets(const std::vector<PhotoSet>& sets) {
         const std::string cells[] = {std::to_string(columns.front().cells.size() + 1),
                                      printable(first.path),
                                      shotsText(set),
-                                     offsetsText(set),
+                                     offsetsText(set.offsets),
                                      stopsText(set.range()) + " EV",
                                      printable(takenText(first)),
                                      printable(first.record.model),

@@ -87,7 +87,7 @@ size_t fillAndReport(const PhotoSets& found, const PlacementOptions& options) {
     const auto report = [&](const PlannedFolder& folder) {
         const PhotoSet& set = found.sets[static_cast<size_t>(&folder - plan.data())];
         std::cout << printable(folder.path) << ": " << done << " " << contents(set.photos.size(), folder.files.size())
-                  << ", " << offsetsText(set) << "\n";
+                  << ", " << offsetsText(set.offsets) << "\n";
         ++folders;
         placed += set.photos.size();
     };

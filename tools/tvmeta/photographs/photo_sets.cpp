@@ -141,9 +141,9 @@ std::string offsetText(double stops) {
     return sign + stopsText(stops);
 }
 
-std::string offsetsText(const PhotoSet& set) {
+std::string offsetsText(std::span<const double> offsets) {
     std::string text;
-    for (const double offset : set.offsets) {
+    for (const double offset : offsets) {
         text += text.empty() ? "" : " ";
         text += offsetText(offset);
     }

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -42,4 +43,4 @@ std::string stopsText(double stops);
 std::string offsetText(double stops);
 
 // The offsets of a set in order of capture, such as "0 -2 +2".
-std::string offsetsText(const PhotoSet& set);
+std::string offsetsText(std::span<const double> offsets);
