@@ -63,8 +63,8 @@ Command reportCommand() {
         .purpose = "Show the bracketed sets as a page for a browser",
         .options = bracketOptions(options->input),
         .footer = "The page shows the thumbnails of each set, its exposures as diagram and table,\n"
-                  "single photographs, and unreadable files. It requires no network and no script;\n"
-                  "a click on a thumbnail shows the photograph, where it was when the page was made.\n\n"
+                  "single photographs, and unreadable files. It requires no network and no\n"
+                  "script. A click on a thumbnail shows the photograph in its folder.\n\n"
                   "Example:\n"
                   "  tvmeta report -r photos -o report.html",
         .run = [options] { makeReport(*options); },
