@@ -103,6 +103,20 @@ std::string dateSpan(const std::vector<Photo>& photos) {
     return dates.empty() ? "" : dates.size() == 1 ? *dates.begin() : *dates.begin() + " to " + *dates.rbegin();
 }
 
+// Each has some 200 KB.
+void limitPreviews(PageContent& content) {
+    constexpr size_t MaxPreviews = 300;
+    size_t count = 0;
+    const auto limit = [&](PagePhoto& photo) {
+        if (photo.preview && ++count > MaxPreviews) {
+            photo.preview = nullptr;
+        }
+    };
+    std::ranges::for_each(content.sets, [&](PageSet& set) { std::ranges::for_each(set.photos, limit); });
+    std::ranges::for_each(content.singles, limit);
+    std::ranges::for_each(content.unknown, limit);
+}
+
 } // namespace
 
 PageContent pageContent(const PhotoSets& found, const fs::path& pageFolder) {
@@ -112,5 +126,6 @@ PageContent pageContent(const PhotoSets& found, const fs::path& pageFolder) {
                            [&](const PhotoSet& set) { return pageSet(set, pageFolder); });
     std::ranges::transform(found.singles, std::back_inserter(content.singles), photo);
     std::ranges::transform(found.unknown, std::back_inserter(content.unknown), photo);
+    limitPreviews(content);
     return content;
 }

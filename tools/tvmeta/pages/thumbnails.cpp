@@ -57,9 +57,11 @@ Bytes thumbnailOf(const Photo& photo) {
     if (own.size() <= MaxBytes && isJpeg(own, MaxSide)) {
         return own;
     }
-    return photo.record.format == TVMETA_FORMAT_JPEG
-               ? unlessFailed([&] { return smallJpeg(openFile(photo.path), photo.path, MadeSide); })
-               : Bytes();
+    return unlessFailed([&] {
+        const bool isFileJpeg = photo.record.format == TVMETA_FORMAT_JPEG;
+        return smallJpeg(isFileJpeg ? openFile(photo.path) : temporaryFile(ownBlock(photo, TVMETA_PREVIEW), photo.path),
+                         photo.path, MadeSide);
+    });
 }
 
 Bytes previewOf(const Photo& photo) {
@@ -67,8 +69,8 @@ Bytes previewOf(const Photo& photo) {
     constexpr int32_t MadeSide = 1000;
     return unlessFailed([&] {
         Bytes own = ownBlock(photo, TVMETA_PREVIEW);
-        return !isJpeg(own, MaxSide)    ? Bytes()
-               : own.size() <= MaxBytes ? own
-                                        : smallJpeg(temporaryFile(own, photo.path), photo.path, MadeSide);
+        return own.size() > MaxBytes  ? smallJpeg(temporaryFile(own, photo.path), photo.path, MadeSide)
+               : isJpeg(own, MaxSide) ? own
+                                      : Bytes();
     });
 }

@@ -4,7 +4,8 @@
 #include "photographs/photo.h"
 #include "system/files.h"
 
-// The thumbnail that the photograph contains. For a JPEG without one it is made from the picture, if this build can.
+// The thumbnail that the photograph contains. Without one it is made from a JPEG's picture or from the preview, if this
+// build can.
 Bytes thumbnailOf(const Photo& photo);
 
 // The preview that the photograph contains, made smaller if it has more than 256 KiB. Omitted if this build cannot.
