@@ -4,6 +4,8 @@
 
 namespace {
 
+constexpr const char* NoThumbnail = "no thumbnail";
+
 // A JPEG inside the page.
 std::string dataUrl(const Bytes& jpeg) {
     return "data:image/jpeg;base64," + base64(jpeg);
@@ -21,7 +23,7 @@ std::string turn(const PagePhoto& photo) {
 std::string smallPicture(const PagePhoto& photo) {
     const Bytes thumbnail = photo.thumbnail();
     const std::string turned = turn(photo);
-    return thumbnail.empty() ? "no thumbnail"
+    return thumbnail.empty() ? NoThumbnail
                              : image(dataUrl(thumbnail), "Thumbnail of " + markup(photo.name),
                                      turned.empty() ? "" : attribute("class", turned));
 }
@@ -42,10 +44,12 @@ std::string photoItem(const PagePhoto& photo, const std::string& facts, const st
     const std::string small = smallPicture(photo);
     const std::string large = largePicture(photo, id);
     const std::string frame = attribute("class", "frame");
+    const std::string label =
+        "Enlarge " + markup(photo.name) + (small == NoThumbnail ? std::string(", ") + NoThumbnail : "");
     return element("li", (large.empty() ? element("div", small, frame)
                                         : element("button", small,
                                                   frame + attribute("type", "button") + attribute("popovertarget", id) +
-                                                      attribute("aria-label", "Enlarge " + markup(photo.name))) +
+                                                      attribute("aria-label", label)) +
                                               large) +
                              element("p", facts + element("a", markup(photo.name), attribute("href", photo.url)))) +
            "\n";

@@ -132,6 +132,7 @@ class ReportPage {
         writeHead();
         write("<main>\n<section id=\"sets\" aria-labelledby=\"sets-title\">\n<h2 id=\"sets-title\">Sets</h2>\n");
         writeChoices();
+        write(content.sets.empty() ? "<p>No set was found.</p>\n" : "");
         write("<div class=\"sets\">\n");
         for (size_t i = 0; i < content.sets.size(); ++i) {
             writeSet(i);
