@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <ranges>
 #include <set>
 #include <string_view>
 #include <system_error>
@@ -79,12 +78,12 @@ void removeEmptyFolders(const std::vector<Move>& moves) {
             folders.insert({folder, folder.parent_path()});
         }
     }
-    for (const fs::path& folder : folders | std::views::reverse) {
+    std::for_each(folders.rbegin(), folders.rend(), [](const fs::path& folder) {
         std::error_code error;
         if (fs::is_directory(folder, error)) {
             fs::remove(folder, error); // fails if it is not empty
         }
-    }
+    });
 }
 
 } // namespace
@@ -129,11 +128,11 @@ size_t undoMoves(const std::string& journal) {
     }
     size_t moved = 0;
     MoveRun left;
-    for (const Move& move : moves | std::views::reverse) {
+    std::for_each(moves.rbegin(), moves.rend(), [&](const Move& move) {
         if (!undoMove(move, moved)) {
             left.push_back(move);
         }
-    }
+    });
     std::ranges::reverse(left);
     removeEmptyFolders(moves);
     if (left.empty()) {

@@ -13,7 +13,6 @@
 #include <chrono>
 #include <filesystem>
 #include <iterator>
-#include <ranges>
 #include <system_error>
 
 namespace {
@@ -151,7 +150,7 @@ class FolderFiller {
                 throw Failure(folder.path, error.message());
             }
         } catch (const Failure&) {
-            std::ranges::for_each(folder.files | std::views::reverse, [this](const auto& file) { takeBack(file); });
+            std::for_each(folder.files.rbegin(), folder.files.rend(), [this](const auto& file) { takeBack(file); });
             std::error_code error;
             fs::remove(hidden, error); // if it is empty
             throw;
