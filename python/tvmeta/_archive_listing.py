@@ -1,94 +1,160 @@
-"""Lists the files of an archive, folder by folder, in partitions that later runs find again."""
+"""Lists folders of an archive on the workers, and knows what a worker does not see."""
 
 from __future__ import annotations
 
 import os
+import re
+import time
 from contextlib import suppress
-from hashlib import blake2b
-from typing import Callable, Iterator, NamedTuple
+from typing import Iterator, NamedTuple
 
-_MAX_SIZES = 4  # files of a partition at most, in multiples of the size asked for
-_HASH_BYTES = 8
+from ._archive_store import Store
+from ._archive_table import READER, SCHEMA, is_photograph_name
+from .errors import Error
 
-Report = Callable[[bytes, OSError], None]
-
-
-class Partition(NamedTuple):
-    """Files that one task reads: sorted paths relative to the root."""
-
-    key: str
-    names: list[bytes]
+_TASK_SECONDS = 0.3  # long enough to be worth a task, short enough to share the work
+_LANDMARKS = 8
 
 
-def _hash(name: bytes) -> bytes:
-    return blake2b(name, digest_size=_HASH_BYTES).digest()
+class Job(NamedTuple):
+    """What all tasks of a run know."""
+
+    root: bytes
+    store: Store
+    landmarks: tuple[bytes, ...]  # names that the client found in the root
+    size: int  # files of a part
+    retry: bool = False
+    prune: bool = False
+    mounts: frozenset[bytes] = frozenset()  # folders that were mount points in the last run
+    versions: tuple[int, int] = (SCHEMA, READER)
 
 
-def _starts_partition(name: bytes, files: int, size: int) -> bool:
-    """Decide by the name alone, so that a new file moves no other boundary; true once in `size` files."""
-    return int.from_bytes(_hash(name), "big") * size < files << (8 * _HASH_BYTES)
+class Unseen(Exception):
+    """A folder cannot be seen, so nothing is known of its files."""
 
 
-def _scan(path: bytes, excluded: os.stat_result) -> tuple[list[bytes], list[bytes]]:
-    """Return the sorted names of files and of folders; links to folders are left out, so loops end."""
-    files, folders = [], []
-    with os.scandir(path) as entries:
+class Blind(Exception):
+    """This worker sees another file system than the client: the reason, and the worker's address."""
+
+    def __init__(self, reason: str, worker: str = "") -> None:
+        """Name the worker that runs the task."""
+        super().__init__(reason, worker or _this_worker())
+
+
+def _this_worker() -> str:
+    from distributed import get_worker
+
+    try:
+        return str(get_worker().address)
+    except ValueError:
+        return "of this process"
+
+
+class Listed(NamedTuple):
+    """What was found in some folders."""
+
+    folders: list[tuple[bytes, int]]  # with their number of photographs' names
+    unseen: list[tuple[bytes, str]]  # with the reason
+    rest: list[bytes]  # not listed yet
+    mounts: list[bytes]
+
+
+def landmarks_of(root: bytes, out: bytes) -> tuple[bytes, ...]:
+    """Return some names of the root, by which workers recognise it."""
+    names = (name for name in sorted(os.listdir(root)) if os.path.join(root, name) != out)
+    return tuple(name for name, _ in zip(names, range(_LANDMARKS)))
+
+
+def check_index(job: Job) -> None:
+    """Raise Blind unless this worker sees the client's index, and has its version."""
+    if job.versions != (SCHEMA, READER):
+        raise Blind("another version of tvmeta is installed there")
+    try:
+        generation = job.store.manifest()["generation"]
+    except Error as error:
+        raise Blind(str(error)) from error
+    if generation < job.store.generation:
+        raise Blind(f"{os.fsdecode(job.store.out)} is not the index that the client sees")
+
+
+def check_sight(job: Job) -> None:
+    """Raise Blind unless this worker sees the client's root and index, and has its version."""
+    check_index(job)
+    if not os.path.isdir(job.root) or (
+        job.landmarks and not any(os.path.lexists(os.path.join(job.root, name)) for name in job.landmarks)
+    ):
+        raise Blind(f"{os.fsdecode(job.root)} is not the folder that the client sees")
+
+
+def mount_points() -> frozenset[bytes]:
+    """Return the mount points of this machine; empty where the system does not list them."""
+    with suppress(OSError), open("/proc/self/mountinfo", "rb") as file:
+        paths = (line.split(b" ")[4] for line in file)
+        return frozenset(re.sub(rb"\\([0-7]{3})", lambda code: bytes([int(code[1], 8)]), path) for path in paths)
+    return frozenset()
+
+
+def is_mounted(root: bytes, folder: bytes, points: frozenset[bytes]) -> bool:
+    """Return whether a folder of the archive is one of the mount points."""
+    return os.path.normpath(os.path.join(os.path.realpath(root), folder)) in points
+
+
+def _is_folder_link(entry: os.DirEntry[bytes]) -> bool:
+    """Tell links to folders, which are not followed so that loops end, from links to files and broken ones."""
+    with suppress(OSError):
+        return entry.is_symlink() and entry.is_dir()
+    return False
+
+
+def _scan(job: Job, folder: bytes) -> tuple[list[bytes], list[bytes]]:
+    names, folders = [], []
+    own = os.stat(job.store.out)
+    with os.scandir(os.path.join(job.root, folder)) as entries:
         for entry in entries:
             if entry.is_dir(follow_symlinks=False):
-                is_excluded = entry.inode() == excluded.st_ino and os.path.samestat(
-                    entry.stat(follow_symlinks=False), excluded
-                )
-                if not is_excluded:
-                    folders.append(entry.name)
-            elif entry.is_file(follow_symlinks=False) or _is_file_link(entry):
-                files.append(entry.name)
-    return sorted(files), sorted(folders)
+                is_own = entry.inode() == own.st_ino and os.path.samestat(entry.stat(follow_symlinks=False), own)
+                if not is_own:
+                    folders.append(os.path.join(folder, entry.name))
+            elif is_photograph_name(entry.name) and not _is_folder_link(entry):
+                names.append(os.path.join(folder, entry.name))
+    return sorted(names), sorted(folders)
 
 
-def _is_file_link(entry: os.DirEntry[bytes]) -> bool:
-    """Tell links to files, and broken ones which reading will report, from links to folders."""
-    if not entry.is_symlink():
-        return False
-    with suppress(OSError):
-        return not entry.is_dir()
-    return True
+def list_folder(job: Job, folder: bytes, points: frozenset[bytes]) -> tuple[list[bytes], list[bytes]]:
+    """Return the names of photographs and of folders in a folder; raises Unseen."""
+    try:
+        found = _scan(job, folder)
+    except OSError as error:
+        raise Unseen(error.strerror) from error
+    if folder in job.mounts and not is_mounted(job.root, folder, points):
+        raise Unseen("was a mount point and is none now")
+    if not folder:
+        check_sight(job)  # again: what was mounted may be gone since
+    return found
 
 
-def _folders(root: bytes, excluded: os.stat_result, report: Report) -> Iterator[tuple[bytes, list[bytes]]]:
-    """Give each folder and its files in a fixed order. Only one folder's names are in memory."""
-    stack = [b""]
-    while stack:
-        folder = stack.pop()
+def _walk(job: Job, folders: list[bytes], listed: Listed) -> Iterator[None]:
+    points = mount_points()
+    while folders:
+        folder = folders.pop()
         try:
-            files, folders = _scan(os.path.join(root, folder), excluded)
-        except OSError as error:
-            report(folder or b".", error)
-            continue
-        stack += [os.path.join(folder, name) for name in reversed(folders)]
-        yield folder, [os.path.join(folder, name) for name in files]
+            names, inner = list_folder(job, folder, points)
+        except Unseen as error:
+            listed.unseen.append((folder, str(error)))
+        else:
+            listed.folders.append((folder, len(names)))
+            folders += reversed(inner)
+            if is_mounted(job.root, folder, points):
+                listed.mounts.append(folder)
+        yield
 
 
-def partitions(root: bytes, excluded: os.stat_result, size: int, report: Report) -> Iterator[Partition]:
-    """Give partitions of about `size` files.
-
-    A partition starts at a folder, or inside a folder of more than `size` files. Where is decided by
-    hashes of names, so a file that comes or goes changes the partition around it and no other.
-    Folders that cannot be read are reported and passed over.
-    """
-    names: list[bytes] = []
-    start = b""  # the folder or file that names the partition
-    for folder, files in _folders(root, excluded, report):
-        starts = _starts_partition(folder, len(files), size)
-        if names and (starts or len(names) + len(files) > _MAX_SIZES * size):
-            yield Partition(_hash(start).hex(), names)
-            names = []
-        for position, name in enumerate(files):
-            is_full = len(names) >= _MAX_SIZES * size
-            if names and len(files) > size and (is_full or _starts_partition(name, 1, size)):
-                yield Partition(_hash(start).hex(), names)
-                names = []
-            if not names:
-                start = name if position else folder
-            names.append(name)
-    if names:
-        yield Partition(_hash(start).hex(), names)
+def list_folders(job: Job, folders: list[bytes]) -> Listed:
+    """List folders and what is in them, for a short time; a task of the workers."""
+    check_sight(job)
+    listed = Listed([], [], list(reversed(folders)), [])
+    end = time.monotonic() + _TASK_SECONDS
+    for _ in _walk(job, listed.rest, listed):
+        if time.monotonic() > end:
+            break
+    return listed

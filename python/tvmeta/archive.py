@@ -3,184 +3,194 @@
     python3 -m tvmeta.archive index ROOT OUT [--scheduler ADDRESS]
     python3 -m tvmeta.archive summary OUT
     python3 -m tvmeta.archive failures OUT
+    python3 -m tvmeta.archive export OUT --sqlite FILE
 
-OUT receives `parts/`, with a gzip file of JSON lines per partition and its failures, `failures.jsonl`
-with the folders and partitions that failed, and `index.json` when a run is complete. A later run
-skips partitions whose files did not change, and reads changed files alone, by size and time. ROOT
-and OUT must have the same path on every worker. Without a scheduler, workers run on this machine.
+OUT receives `parts/`, with a gzip file of JSON lines for each folder, `failures.jsonl` with the
+folders that could not be listed, and the manifest `index.json`. A later run reads changed files
+alone, by size and time. ROOT and OUT must have the same path on every worker. Without a
+scheduler, workers run on this machine. Only `index` needs Dask.
 """
 
 from __future__ import annotations
 
 import argparse
-import fcntl
 import json
+import logging
 import os
+import signal
 import sys
 from collections import Counter
 from contextlib import contextmanager
-from typing import Any, Iterator, NamedTuple, Optional
+from typing import Any, Iterator, Optional
 
-from distributed import Client, LocalCluster, as_completed
-from tqdm import tqdm
+from ._archive_export import export_sqlite
+from ._archive_store import Store
+from ._archive_table import DTYPES, Row, line_of
+from .errors import Error
 
-from . import _files as files
-from ._archive_listing import Partition, partitions
-from ._archive_partition import Record, Result, index_partition, line_of, name_fields, part_path, read_state
+__all__ = ["DTYPES", "export", "failures", "index", "main", "meta", "rows", "summary"]
 
 PARTITION_SIZE = 4000
-_TASKS_PER_THREAD = 3  # one runs, the others bridge the way to the scheduler and back
-_SUFFIXES = (".failures.jsonl", ".jsonl.gz", ".json")
+TIMEOUT = 60.0
+_MEMORY = "1GiB"  # of a worker on this machine
 
 
-class Totals(NamedTuple):
-    """What a run did."""
-
-    files: int = 0
-    photographs: int = 0
-    read: int = 0
-    failures: int = 0
-
-    def plus(self, result: Result) -> Totals:
-        """Add the result of a partition."""
-        return Totals(*(a + b for a, b in zip(self, result)))
+def _store(out: Any) -> Store:
+    return Store(os.path.abspath(os.fsencode(out)))
 
 
-@contextmanager
-def _locked(out: bytes) -> Iterator[None]:
-    """Keep a second run away from the same index."""
-    os.makedirs(os.path.join(out, b"parts"), exist_ok=True)
-    with open(os.path.join(out, b"lock"), "wb") as lock:
-        try:
-            fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
-        except OSError as error:
-            raise SystemExit(f"tvmeta: {os.fsdecode(out)}: another run writes this index") from error
-        yield
+def index(
+    root: Any,
+    out: Any,
+    client: Any,
+    size: int = PARTITION_SIZE,
+    *,
+    retry: bool = False,
+    prune: bool = False,
+    moved: bool = False,
+    timeout: float = TIMEOUT,
+) -> tuple[Any, list[Row]]:
+    """Bring the index of `root` in the folder `out` up to date, on the cluster of a Dask client.
+
+    `size` is the number of files of a part. `retry` reads failures again, `prune` removes what
+    cannot be seen, `moved` accepts the index of another root, `timeout` is the number of seconds
+    to wait for workers. Returns counts (files, photographs, read, failures, stale) and the folders
+    that could not be listed, each with its reason. Raises Error; what is written by then is valid.
+    """
+    from ._archive_run import index_archive
+
+    if size < 1:
+        raise ValueError("the size of a part is at least 1")
+    top, store = os.path.abspath(os.fsencode(root)), _store(out)
+    if (top + b"/").startswith(store.out + b"/"):
+        raise Error(os.fsdecode(top), f"is in the index {os.fsdecode(store.out)}; left unchanged")
+    if os.path.exists(os.path.join(top, b"index.json")) and os.path.exists(os.path.join(top, b"parts")):
+        raise Error(os.fsdecode(top), "is an index, not an archive; name ROOT first, then OUT")
+    return index_archive(top, store.out, client, size, retry, prune, moved, timeout)
 
 
-def _remove_stale(out: bytes, keys: set[str]) -> None:
-    """Remove partitions that the archive no longer has, and temporary files of killed workers."""
-    for folder, _, names in os.walk(os.path.join(out, b"parts")):
-        for name in names:
-            if name.split(b".")[0].decode("ascii", "replace") not in keys:
-                os.unlink(os.path.join(folder, name))
+def rows(out: Any) -> Iterator[Row]:
+    """Give the rows of an index."""
+    store = _store(out)
+    store.manifest()
+    for part in store.all_parts():
+        if part.kind == "jsonl.gz":
+            yield from store.rows(part)
 
 
-class _Run:
-    """One run of the index: partitions on their way through the cluster."""
-
-    def __init__(self, root: bytes, out: bytes, client: Any, retry: bool) -> None:
-        self.root, self.out, self.client, self.retry = root, out, client, retry
-        self.failures: list[Record] = []
-        self.keys: set[str] = set()
-        self.totals = Totals()
-        self.running: dict[Any, str] = {}
-        self.completed = as_completed()
-
-    def report(self, name: bytes, error: OSError) -> None:
-        self.failures.append({**name_fields(name), "reason": error.strerror})
-
-    def submit(self, partition: Partition) -> None:
-        self.keys.add(partition.key)
-        names = b"\0".join(partition.names)
-        future = self.client.submit(index_partition, self.root, self.out, partition.key, names, self.retry, pure=False)
-        self.running[future] = partition.key
-        self.completed.add(future)
-
-    def collect(self) -> Result:
-        future = next(self.completed)
-        key = self.running.pop(future)
-        error = future.exception()
-        if error is not None:
-            self.failures.append({"partition": key, "reason": str(error) or type(error).__name__})
-            return Result(0, 0, 0, 0)
-        return Result(*future.result())
-
-    def window(self) -> int:
-        """Return how many partitions may be on their way, so that neither end keeps many."""
-        return max(_TASKS_PER_THREAD * int(sum(self.client.nthreads().values())), 1)
-
-    def finish(self, result: Result, bar: Any) -> None:
-        self.totals = self.totals.plus(result)
-        bar.update(result.files)
-        bar.set_postfix(failures=self.totals.failures + len(self.failures), refresh=False)
-
-    def execute(self, size: int, bar: Any) -> None:
-        listed = 0
-        for partition in partitions(self.root, os.stat(self.out), size, self.report):
-            while len(self.running) >= self.window():
-                self.finish(self.collect(), bar)
-            self.submit(partition)
-            listed += len(partition.names)
-        bar.total = listed
-        while self.running:
-            self.finish(self.collect(), bar)
-        self.totals = self.totals._replace(failures=self.totals.failures + len(self.failures))
-
-
-def index(root: Any, out: Any, client: Any, size: int = PARTITION_SIZE, retry: bool = False) -> Totals:
-    """Bring the index of `root` in the folder `out` up to date, on the cluster of a Dask client."""
-    root, out = (os.path.abspath(os.fsencode(path)) for path in (root, out))
-    os.listdir(root)  # a root that is not mounted must not empty the index
-    with _locked(out), tqdm(unit=" files", disable=None, smoothing=0.05) as bar:
-        run = _Run(root, out, client, retry)
-        run.execute(size, bar)
-        files.write(os.path.join(out, b"failures.jsonl"), b"".join(map(line_of, run.failures)))
-        if not any("partition" in failure for failure in run.failures):
-            _remove_stale(out, run.keys)
-        state = {"root": name_fields(root), "partitions": len(run.keys), **run.totals._asdict()}
-        del state["read"]
-        files.write(os.path.join(out, b"index.json"), line_of(state))
-    return run.totals
-
-
-def _keys(out: bytes) -> list[str]:
-    found = []
-    for _, _, names in os.walk(os.path.join(out, b"parts")):
-        found += [name[: -len(".json")].decode() for name in names if name.endswith(b".json")]
-    return sorted(found)
-
-
-def failures(out: Any) -> Iterator[Record]:
-    """Give the failures of an index: files, folders and partitions, each with its reason."""
-    folder = os.fsencode(out)
-    paths = [os.path.join(folder, b"failures.jsonl")]
-    for path in paths + [part_path(folder, key, ".failures.jsonl") for key in _keys(folder)]:
-        with open(path, "rb") as file:
+def failures(out: Any) -> Iterator[Row]:
+    """Give what failed: folders, files and stale rows, each with its reason."""
+    store = _store(out)
+    store.manifest()
+    if os.path.exists(store.path(b"failures.jsonl")):
+        with open(store.path(b"failures.jsonl"), "rb") as file:
             yield from map(json.loads, file)
+    for row in rows(out):
+        reason = row["failure"] or row["stale"]
+        if reason:
+            name = {key: row[key] for key in ("file", "fileBytes") if row[key]}
+            yield {**name, "reason": reason if row["failure"] else f"stale: {reason}"}
 
 
 def summary(out: Any) -> dict[str, Any]:
-    """Count photographs by camera, lens, year, and bracketed sets by number of shots."""
-    folder = os.fsencode(out)
-    titles = ("cameras", "lenses", "years", "brackets")
-    counts: dict[str, Counter[str]] = {title: Counter() for title in titles}
-    totals: Counter[str] = Counter()
-    for key in _keys(folder):
-        state = read_state(folder, key) or {}
-        totals.update({"partitions": 1, "photographs": state["photographs"], "failures": state["failures"]})
-        for title in titles:
-            counts[title].update(state[title] or {})
-    return {**totals, **{title: dict(counter.most_common()) for title, counter in counts.items()}}
+    """Count photographs by camera, lens and year, and bracketed sets by number of shots."""
+    counts: dict[str, Counter[str]] = {title: Counter() for title in ("cameras", "lenses", "years")}
+    totals = Counter(photographs=0, failures=0, stale=0)
+    sets: Counter[str] = Counter()
+    for row in rows(out):
+        totals.update(photographs=row["container"] is not None, failures=row["failure"] is not None)
+        totals.update(stale=row["stale"] is not None)
+        camera = " ".join(filter(None, (row["make"], row["model"])))
+        for title, value in (("cameras", camera), ("lenses", row["lens"]), ("years", row["dateTimeOriginal"])):
+            if value:
+                counts[title][value[:4] if title == "years" else value] += 1
+        if row["bracketSet"]:
+            sets[row["bracketSet"]] += 1
+    shots = Counter(map(str, sets.values()))
+    return {**totals, **{title: dict(found.most_common()) for title, found in (*counts.items(), ("brackets", shots))}}
+
+
+def export(out: Any, sqlite: Any) -> tuple[int, int]:
+    """Bring an SQLite database up to date with an index; return its rows and those written."""
+    return export_sqlite(_store(out), os.fspath(sqlite))
+
+
+def meta() -> Any:
+    """Return an empty data frame with the columns of an exported database, for dask.dataframe.read_sql_table()."""
+    import pandas
+
+    columns = {name: pandas.Series(dtype=kind) for name, kind in {"part": "Int64", **DTYPES}.items()}
+    return pandas.DataFrame(columns, index=pandas.Index([], name="id", dtype="int64"))
 
 
 def _print_summary(out: str) -> None:
     found = summary(out)
-    print(f"{found.get('photographs', 0)} photographs, {found.get('failures', 0)} failures")
+    print(f"{found['photographs']} photographs, {found['failures']} failures, {found['stale']} stale")
     for title, unit in (("cameras", ""), ("lenses", ""), ("years", ""), ("brackets", " shots")):
         print(f"\n{title.capitalize()}")
         for name, count in found[title].items():
             print(f"{count:12}  {name}{unit}")
 
 
-def _client(arguments: argparse.Namespace) -> Any:
+@contextmanager
+def _client(arguments: argparse.Namespace) -> Iterator[Any]:
+    """Give a client of the scheduler, or of workers on this machine, which end with the block."""
+    try:
+        from distributed import Client, LocalCluster
+    except ImportError as error:
+        raise Error(None, f"index needs Dask ({error}): install python3-distributed") from error
+    logging.getLogger("distributed").setLevel(logging.CRITICAL)
     if arguments.scheduler:
-        return Client(arguments.scheduler)
-    workers = arguments.workers or os.cpu_count()
+        try:
+            client = Client(arguments.scheduler, timeout=arguments.timeout)
+        except (OSError, ValueError) as error:
+            raise Error(arguments.scheduler, f"no Dask scheduler answers: {error}") from error
+        with client:
+            yield client
+        return
+    handler = signal.signal(signal.SIGINT, signal.SIG_IGN)  # workers inherit this: they end with the client
     cluster = LocalCluster(
-        n_workers=workers, threads_per_worker=1, host="127.0.0.1", dashboard_address=None, memory_limit="1GiB"
+        n_workers=arguments.workers or os.cpu_count(),
+        threads_per_worker=1,
+        host="127.0.0.1",
+        dashboard_address=None,
+        memory_limit=_MEMORY,
+        silence_logs=logging.CRITICAL,
     )
-    return Client(cluster)
+    signal.signal(signal.SIGINT, handler)
+    try:
+        with Client(cluster) as client:
+            yield client
+    finally:
+        signal.signal(signal.SIGINT, signal.SIG_IGN)
+        cluster.close(timeout=5)
+
+
+def _run_index(arguments: argparse.Namespace) -> int:
+    with _client(arguments) as client:
+        counts, unseen = index(
+            arguments.root,
+            arguments.out,
+            client,
+            arguments.partition,
+            retry=arguments.retry,
+            prune=arguments.prune,
+            moved=arguments.moved,
+            timeout=arguments.timeout,
+        )
+    print(", ".join(f"{count} {name}" for name, count in counts._asdict().items()), file=sys.stderr)
+    for folder in unseen[:10]:
+        print(f"tvmeta: {folder['file']}: {folder['reason']}; its records are kept", file=sys.stderr)
+    if len(unseen) > 10:
+        print(f"tvmeta: {len(unseen) - 10} more folders: python3 -m tvmeta.archive failures OUT", file=sys.stderr)
+    return 1 if unseen else 0
+
+
+def _number(text: str) -> int:
+    value = int(text)
+    if value < 1:
+        raise argparse.ArgumentTypeError(f"{text} is not a number above 0")
+    return value
 
 
 def _arguments(argv: Optional[list[str]]) -> argparse.Namespace:
@@ -188,31 +198,66 @@ def _arguments(argv: Optional[list[str]]) -> argparse.Namespace:
     commands = parser.add_subparsers(dest="command", required=True)
     build = commands.add_parser("index", help="build an index, or bring it up to date")
     build.add_argument("root", metavar="ROOT", help="top folder of the archive")
-    build.add_argument("out", metavar="OUT", help="folder of the index")
+    build.add_argument("out", metavar="OUT", help="folder of the index: new, empty, or an index")
     build.add_argument("--scheduler", metavar="ADDRESS", help="Dask scheduler; default: workers on this machine")
-    build.add_argument("--workers", type=int, metavar="N", help="without a scheduler: workers, default one per core")
-    build.add_argument("--partition", type=int, default=PARTITION_SIZE, metavar="N", help="files per partition")
+    build.add_argument(
+        "--workers", type=_number, metavar="N", help="without a scheduler: workers, default one per core"
+    )
+    build.add_argument("--partition", type=_number, default=PARTITION_SIZE, metavar="N", help="files per part at most")
     build.add_argument("--retry", action="store_true", help="read again what failed, even if it did not change")
-    for name, text in (("summary", "count cameras, lenses, years and brackets"), ("failures", "list what failed")):
-        commands.add_parser(name, help=text).add_argument("out", metavar="OUT", help="folder of the index")
+    build.add_argument("--prune", action="store_true", help="remove records of files and folders that cannot be seen")
+    build.add_argument("--moved", action="store_true", help="OUT is the index of the same archive with another path")
+    build.add_argument("--timeout", type=float, default=TIMEOUT, metavar="S", help="seconds to wait for workers")
+    for name, text in (
+        ("summary", "count cameras, lenses, years and brackets"),
+        ("failures", "list what failed"),
+        ("export", "write the table into a database, or bring that up to date"),
+    ):
+        command = commands.add_parser(name, help=text)
+        command.add_argument("out", metavar="OUT", help="folder of the index")
+        if name == "export":
+            command.add_argument("--sqlite", metavar="FILE", required=True, help="SQLite database")
     return parser.parse_args(argv)
 
 
-def main(argv: Optional[list[str]] = None) -> int:
-    """Run the command line; return 0, or 1 if a file could not be read."""
-    arguments = _arguments(argv)
+def _run(arguments: argparse.Namespace) -> int:
+    if arguments.command == "index":
+        return _run_index(arguments)
     if arguments.command == "summary":
         _print_summary(arguments.out)
-        return 0
-    if arguments.command == "failures":
+    elif arguments.command == "failures":
         for record in failures(arguments.out):
             sys.stdout.buffer.write(line_of(record))
-        return 0
-    with _client(arguments) as client:
-        totals = index(arguments.root, arguments.out, client, arguments.partition, arguments.retry)
-    print(", ".join(f"{count} {name}" for name, count in totals._asdict().items()), file=sys.stderr)
-    return 1 if totals.failures else 0
+    else:
+        total, written = export(arguments.out, arguments.sqlite)
+        print(f"{total} rows, {written} written", file=sys.stderr)
+    sys.stdout.flush()
+    return 0
+
+
+def _interrupt(number: int, frame: Any) -> None:
+    raise KeyboardInterrupt
+
+
+def main(argv: Optional[list[str]] = None) -> int:
+    """Run the command line; return 0, or 1 if the run failed or a folder could not be listed."""
+    arguments = _arguments(argv)
+    sys.stdout = sys.stdout or open(os.devnull, "w", encoding="utf-8")  # closed by the caller
+    try:
+        return _run(arguments)
+    except KeyboardInterrupt:
+        print("tvmeta: interrupted; run the same command again to continue", file=sys.stderr)
+        return 130
+    except BrokenPipeError:
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())  # for the flush at exit
+        return 1
+    except Error as error:
+        print(f"tvmeta: {error}", file=sys.stderr)
+    except OSError as error:
+        print(f"tvmeta: {os.fsdecode(error.filename or b'index')}: {error.strerror or error}", file=sys.stderr)
+    return 1
 
 
 if __name__ == "__main__":
+    signal.signal(signal.SIGTERM, _interrupt)
     raise SystemExit(main())

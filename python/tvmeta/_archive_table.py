@@ -1,0 +1,191 @@
+"""The table of an archive: its columns and types, and how a photograph becomes a row.
+
+Lines, the schema in the manifest and the columns of a database all follow COLUMNS.
+"""
+
+from __future__ import annotations
+
+import base64
+import json
+import math
+from typing import Any, Callable, NamedTuple, Optional
+
+from .photo import Photo, read
+
+SCHEMA = 1  # incremented when the columns change; parts are then written again
+READER = 1  # incremented when photographs are read better; IMPROVED then names what
+# Reader version: the containers that it reads better. Photographs of these and failures are read again.
+IMPROVED: dict[int, frozenset[str]] = {}
+
+# Names that promise a photograph. Only these files are opened.
+SUFFIXES = tuple(
+    f".{suffix}".encode()
+    for suffix in (
+        "jpg jpeg jpe tif tiff dng cr2 nef nrw arw sr2 srf pef srw orf rw2 raf cr3 psd psb heic heif hif avif jxl png "
+        "webp x3f crw mrw iiq 3fr"
+    ).split()
+)
+
+Row = dict[str, Any]
+
+
+class Column(NamedTuple):
+    """A column: its name, its type ("text", "integer", "real" or "texts"), and its value in a photograph."""
+
+    name: str
+    type: str
+    value: Optional[Callable[[Photo], Any]] = None  # None: set by the index, or not read yet
+
+
+def _record_text(member: str) -> Callable[[Photo], Any]:
+    return lambda photo: getattr(photo.record, member).decode("latin-1") or None
+
+
+def _record_size(member: str) -> Callable[[Photo], Any]:
+    return lambda photo: max(getattr(photo.record, member), 0) or None
+
+
+def _number(value: Any) -> Optional[float]:
+    return None if value is None else float(value)
+
+
+def _ev100(photo: Photo) -> Optional[float]:
+    time, stop, iso = photo.exposure_time or 0, photo.f_number or 0, photo.iso_speed or 0
+    if time <= 0 or stop <= 0 or iso <= 0:
+        return None
+    return math.log2(stop * stop / time) - math.log2(iso / 100)
+
+
+def _coordinate(degrees: float) -> str:
+    text = f"{degrees:.7f}".rstrip("0")
+    return text + "0" if text.endswith(".") else text
+
+
+def _position(photo: Photo) -> Optional[str]:
+    if photo.latitude is None or photo.longitude is None:
+        return None
+    return f"{_coordinate(photo.latitude)}, {_coordinate(photo.longitude)}"
+
+
+def _gps_time(photo: Photo) -> Optional[str]:
+    if photo.gps_time is None:
+        return None
+    return photo.gps_time.strftime("%H:%M:%S") + (f".{photo.gps_time.microsecond // 1000:03}").replace(".000", "")
+
+
+COLUMNS = (
+    Column("file", "text"),  # path relative to the top folder
+    Column("fileBytes", "text"),  # in base64, if the name is not UTF-8
+    Column("size", "integer"),  # bytes; 0 if the system refused the file
+    Column("mtime", "integer"),  # nanoseconds since 1970; 0 if the system refused the file
+    Column("failure", "text"),  # why the file, or a part of it, cannot be read
+    Column("stale", "text"),  # why the row is that of an earlier run
+    Column("bracketSet", "text"),  # `file` of the set's first photograph
+    Column("bracketPosition", "integer"),  # in the set, from 1
+    Column("bracketOffset", "real"),  # stops from the middle exposure, positive for brighter ones
+    Column("bracketEvidence", "text"),
+    Column("container", "text", lambda photo: photo.file_type.name),
+    Column("width", "integer"),
+    Column("height", "integer"),
+    Column("make", "text"),
+    Column("model", "text", lambda photo: photo.model),
+    Column("serialNumber", "text"),
+    Column("lens", "text", lambda photo: photo.lens),
+    Column("dateTimeOriginal", "text", _record_text("dateTimeOriginal")),
+    Column("subSecond", "text"),
+    Column("utcOffset", "text"),
+    Column("exposureTime", "real", lambda photo: _number(photo.exposure_time)),
+    Column("fNumber", "real", lambda photo: _number(photo.f_number)),
+    Column("isoSpeed", "integer", lambda photo: photo.iso_speed),
+    Column("ev100", "real", _ev100),
+    Column("exposureSource", "integer", _record_size("exposureSource")),
+    Column("exposureBias", "real"),
+    Column("exposureMode", "integer"),
+    Column("exposureProgram", "integer"),
+    Column("meteringMode", "integer"),
+    Column("flash", "integer"),
+    Column("focalLength", "real", lambda photo: _number(photo.focal_length)),
+    Column("focalLength35mm", "integer", lambda photo: photo.focal_length_35mm),
+    Column("focalPlaneXResolution", "real", lambda photo: _number(photo.focal_plane_x_resolution)),
+    Column("focalPlaneResolutionUnit", "integer", lambda photo: photo.focal_plane_resolution_unit),
+    Column("orientation", "integer", lambda photo: photo.orientation),
+    Column("gpsPosition", "text", _position),
+    Column("gpsLatitude", "real", lambda photo: photo.latitude),
+    Column("gpsLongitude", "real", lambda photo: photo.longitude),
+    Column("gpsAltitude", "real", lambda photo: photo.altitude),
+    Column("gpsDate", "text", _record_text("gpsDateStamp")),
+    Column("gpsTime", "text", _gps_time),
+    Column("title", "text"),
+    Column("artist", "text"),
+    Column("copyright", "text"),
+    Column("keywords", "texts"),
+    Column("rating", "integer"),
+    Column("thumbnailWidth", "integer", _record_size("thumbnailWidth")),
+    Column("thumbnailHeight", "integer", _record_size("thumbnailHeight")),
+    Column("thumbnailRowBytes", "integer", _record_size("thumbnailRowBytes")),
+    Column("thumbnailLength", "integer"),
+    Column("thumbnailOffset", "integer"),
+    Column("iptcLength", "integer"),
+    Column("iptcOffset", "integer"),
+    Column("xmpLength", "integer"),
+    Column("xmpOffset", "integer"),
+)
+_EMPTY: Row = {column.name: None for column in COLUMNS}
+_READ = [(column.name, column.value) for column in COLUMNS if column.value]
+
+# The types of the columns for pandas.read_json() and dask.dataframe.read_json().
+DTYPES = {
+    column.name: {"text": "string", "integer": "Int64", "real": "float64", "texts": "object"}[column.type]
+    for column in COLUMNS
+}
+
+
+def is_photograph_name(name: bytes) -> bool:
+    """Return whether a name promises a photograph."""
+    return name.lower().endswith(SUFFIXES)
+
+
+def name_fields(name: bytes) -> Row:
+    """Return a path as text, and as base64 too if it is not UTF-8."""
+    shown = name.decode("utf-8", "replace")
+    if shown.encode() == name:
+        return {"file": shown}
+    return {"file": shown, "fileBytes": base64.b64encode(name).decode()}
+
+
+def name_bytes(row: Row) -> bytes:
+    """Return the path that name_fields() stored."""
+    if row.get("fileBytes"):
+        return base64.b64decode(row["fileBytes"])
+    return str(row["file"]).encode()
+
+
+def file_row(name: bytes, size: int = 0, mtime: int = 0, failure: Optional[str] = None) -> Row:
+    """Return the row of a file with nothing of a photograph."""
+    return {**_EMPTY, **name_fields(name), "size": size, "mtime": mtime, "failure": failure}
+
+
+def read_row(path: bytes, name: bytes, size: int, mtime: int) -> Row:
+    """Read a photograph into a row; raises FileError."""
+    photo = read(path)
+    row = file_row(name, size, mtime, photo.damage)
+    row.update((column, value(photo)) for column, value in _READ)
+    return row
+
+
+def kept_row(row: Row) -> Row:
+    """Return a row of an earlier run with today's columns, without what depends on other files."""
+    row = {column: row.get(column) for column in _EMPTY}
+    row.update(stale=None, bracketSet=None, bracketPosition=None, bracketOffset=None, bracketEvidence=None)
+    return row
+
+
+def is_outdated(row: Row, reader: int) -> bool:
+    """Return whether the present reader reads better what the reader of that version made this row of."""
+    improved = (containers for version, containers in IMPROVED.items() if version > reader)
+    return any(row["failure"] or row["container"] in containers for containers in improved)
+
+
+def line_of(row: Row) -> bytes:
+    """Return a row as a line of JSON."""
+    return json.dumps(row, ensure_ascii=False, separators=(",", ":")).encode() + b"\n"
