@@ -22,6 +22,7 @@ _TASKS_PER_THREAD = 3  # one runs, the others bridge the way to the scheduler an
 _BATCH_FOLDERS = 64
 _BATCH_FILES = 1000
 _TICK_SECONDS = 1.0
+_PATIENCE_SECONDS = 5.0  # workers of this machine start in this time
 
 
 class Task(NamedTuple):
@@ -126,6 +127,7 @@ class Run:
         self.threads: dict[str, int] = {}
         self.checked = 0.0
         self.idle_since: Optional[float] = None
+        self.is_idle_shown = False
 
     def _submit(self, task: Task) -> None:
         seeing = [worker for worker in self.threads if worker not in self.blind]
@@ -184,7 +186,7 @@ class Run:
             pass
         seeing = set(self.threads) - self.blind
         if is_connected and seeing:
-            self.idle_since = None
+            self.idle_since, self.is_idle_shown = None, False
             for future in [future for future, limit in self.limits.items() if not seeing.intersection(limit)]:
                 self.work.tasks.append(self.running.pop(future))
                 del self.limits[future]
@@ -196,6 +198,8 @@ class Run:
             raise Error(os.fsdecode(self.job.root), "no worker sees this folder and the index; the index is unchanged")
         if self.idle_since is None:
             self.idle_since = self.checked
+        elif not self.is_idle_shown and self.checked - self.idle_since > _PATIENCE_SECONDS:
+            self.is_idle_shown = True
             self.progress.message(f"{address}: {lack}; waiting for up to {self.timeout:g} s")
         if self.checked - self.idle_since > self.timeout or self.client.status == "closed":
             raise Error(address, f"{lack}; run the same command again to continue")

@@ -15,15 +15,15 @@ from __future__ import annotations
 
 import argparse
 import json
-import logging
 import os
 import signal
 import sys
 from collections import Counter
-from contextlib import contextmanager
+from contextlib import ExitStack, contextmanager
 from typing import Any, Iterator, Optional
 
 from ._archive_export import export_sqlite
+from ._archive_local import local_cluster
 from ._archive_store import Store
 from ._archive_table import DTYPES, Row, line_of
 from .errors import Error
@@ -32,7 +32,6 @@ __all__ = ["DTYPES", "export", "failures", "index", "main", "meta", "rows", "sum
 
 PARTITION_SIZE = 4000
 TIMEOUT = 60.0
-_MEMORY = "1GiB"  # of a worker on this machine
 
 
 def _store(out: Any) -> Store:
@@ -135,35 +134,23 @@ def _print_summary(out: str) -> None:
 @contextmanager
 def _client(arguments: argparse.Namespace) -> Iterator[Any]:
     """Give a client of the scheduler, or of workers on this machine, which end with the block."""
+    os.environ["DASK_LOGGING__DISTRIBUTED"] = "critical"  # our messages say what is wrong
     try:
-        from distributed import Client, LocalCluster
+        from distributed import Client
     except ImportError as error:
         raise Error(None, f"index needs Dask ({error}): install python3-distributed") from error
-    logging.getLogger("distributed").setLevel(logging.CRITICAL)
-    if arguments.scheduler:
+    with ExitStack() as stack:
+        address = arguments.scheduler or stack.enter_context(local_cluster(arguments.workers or os.cpu_count() or 1))
         try:
-            client = Client(arguments.scheduler, timeout=arguments.timeout)
+            client = Client(address, timeout=arguments.timeout)
         except (OSError, ValueError) as error:
-            raise Error(arguments.scheduler, f"no Dask scheduler answers: {error}") from error
-        with client:
+            raise Error(address, f"no Dask scheduler answers: {error}") from error
+        try:
             yield client
-        return
-    handler = signal.signal(signal.SIGINT, signal.SIG_IGN)  # workers inherit this: they end with the client
-    cluster = LocalCluster(
-        n_workers=arguments.workers or os.cpu_count(),
-        threads_per_worker=1,
-        host="127.0.0.1",
-        dashboard_address=None,
-        memory_limit=_MEMORY,
-        silence_logs=logging.CRITICAL,
-    )
-    signal.signal(signal.SIGINT, handler)
-    try:
-        with Client(cluster) as client:
-            yield client
-    finally:
-        signal.signal(signal.SIGINT, signal.SIG_IGN)
-        cluster.close(timeout=5)
+        finally:
+            for number in (signal.SIGINT, signal.SIGTERM):
+                signal.signal(number, signal.SIG_IGN)  # closing takes less than a second
+            client.close(timeout=1)
 
 
 def _run_index(arguments: argparse.Namespace) -> int:
