@@ -29,6 +29,7 @@ class Entry(NamedTuple):
     size: int = 0
     mtime: int = 0
     refusal: Optional[str] = None
+    is_gone: bool = False  # a link to a file of the archive that is not there
 
 
 class Counts(NamedTuple):
@@ -64,13 +65,20 @@ def counts_of(rows: list[Row], read: int = 0) -> Counts:
     )
 
 
+def _leads_nowhere(root: bytes, path: bytes, error: OSError) -> bool:
+    """Tell a link within the archive to a file that is gone from one to a disk that is not mounted."""
+    is_broken_link = isinstance(error, FileNotFoundError) and os.path.islink(path)
+    return is_broken_link and os.path.realpath(path).startswith(os.path.realpath(root) + b"/")
+
+
 def _entries(root: bytes, names: Iterable[bytes]) -> list[Entry]:
     entries = []
     for name in names:
+        path = os.path.join(root, name)
         try:
-            found = os.stat(os.path.join(root, name))
+            found = os.stat(path)
         except OSError as error:
-            entries.append(Entry(name, refusal=error.strerror))
+            entries.append(Entry(name, refusal=error.strerror, is_gone=_leads_nowhere(root, path, error)))
             continue
         if stat.S_ISREG(found.st_mode):  # opening a FIFO would wait for ever
             entries.append(Entry(name, found.st_size, found.st_mtime_ns))
@@ -125,7 +133,7 @@ class _Update:
                 return file_row(*entry[:3], failure=error.reason)
             except FileError as error:
                 refusal = error.reason
-        if old and old["container"] is not None and not self.job.prune:
+        if old and old["container"] is not None and not entry.is_gone and not self.job.prune:
             outdated = {"mtime": 0} if is_outdated(old, reader) else {}  # read again when the system allows it
             return {**kept_row(old), "stale": refusal, **outdated}
         return file_row(entry.name, failure=refusal)

@@ -119,6 +119,7 @@ class Run:
     def __init__(self, job: Job, client: Any, timeout: float, progress: Progress) -> None:
         """Begin with an empty list of work."""
         self.job, self.client, self.timeout, self.progress = job, client, timeout, progress
+        self.address = client.scheduler.address
         self.work = Work()
         self.counts = Counts()
         self.running: dict[Any, Task] = {}
@@ -192,7 +193,6 @@ class Run:
                 del self.limits[future]
                 future.cancel()
             return
-        address = self.client.scheduler.address if self.client.scheduler else "scheduler"
         lack = "no answer from the scheduler" if not is_connected else "no workers"
         if is_connected and self.threads:
             raise Error(os.fsdecode(self.job.root), "no worker sees this folder and the index; the index is unchanged")
@@ -200,9 +200,9 @@ class Run:
             self.idle_since = self.checked
         elif not self.is_idle_shown and self.checked - self.idle_since > _PATIENCE_SECONDS:
             self.is_idle_shown = True
-            self.progress.message(f"{address}: {lack}; waiting for up to {self.timeout:g} s")
+            self.progress.message(f"{self.address}: {lack}; waiting for up to {self.timeout:g} s")
         if self.checked - self.idle_since > self.timeout or self.client.status == "closed":
-            raise Error(address, f"{lack}; run the same command again to continue")
+            raise Error(self.address, f"{lack}; run the same command again to continue")
 
     def drain(self) -> None:
         """Work until nothing is left to do."""
