@@ -23,10 +23,10 @@ class Job(NamedTuple):
     store: Store
     landmarks: tuple[bytes, ...]  # names that the client found in the root
     size: int  # files of a part
+    versions: tuple[int, int]  # of the client: SCHEMA and READER
     retry: bool = False
     prune: bool = False
     mounts: frozenset[bytes] = frozenset()  # folders that were mount points in the last run
-    versions: tuple[int, int] = (SCHEMA, READER)
 
 
 class Unseen(Exception):

@@ -15,7 +15,7 @@ from ._archive_listing import Blind, Job, Listed, is_mounted, landmarks_of, list
 from ._archive_part import Counts, Done, all_bits, finish_folder, mark_stale, read_folders, read_part
 from ._archive_progress import Progress
 from ._archive_store import Part, Store, Superseded, hash_of, key_of
-from ._archive_table import Row, name_bytes, name_fields
+from ._archive_table import READER, SCHEMA, Row, name_bytes, name_fields
 from .errors import Error
 
 _TASKS_PER_THREAD = 3  # one runs, the others bridge the way to the scheduler and back
@@ -292,7 +292,7 @@ def index_archive(
         store = store._replace(generation=previous.get("generation", 0) + 1)
         fields: Row = {"root": name_fields(root), "mounts": previous.get("mounts", []), "complete": False}
         store.write_manifest(fields)
-        job = Job(root, store, names, size, retry, prune, frozenset() if prune else mounts)
+        job = Job(root, store, names, size, (SCHEMA, READER), retry, prune, frozenset() if prune else mounts)
         run = Run(job, client, timeout, progress)
         if reason and (has_parts or not os.path.isdir(root)):
             run.work.unseen[b""] = reason
@@ -300,8 +300,8 @@ def index_archive(
             run.work.to_list.append(b"")
             run.drain()
         for mount in job.mounts - run.work.mounts:
-            if hash_of(mount) not in run.work.listed:
-                run.work.unseen.setdefault(mount, "was a mount point and is gone")
+            if hash_of(mount) not in run.work.listed and not run.work.reason_unseen(mount):
+                run.work.unseen[mount] = "was a mount point and is gone"
         run.sweep()
         progress.clear()
         store.remove_temporary()
