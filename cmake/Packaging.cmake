@@ -51,7 +51,7 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-tvmeta)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9), python3:any")
-set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-distributed, python3-numpy, python3-tqdm, tvmeta")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-distributed, python3-numpy, python3-pandas, tvmeta")
 set(CPACK_DEBIAN_PYTHON_DESCRIPTION "image metadata for HDR photo applications - Python interface
 Reads photographs into Python values, writes TIFF files from numpy arrays,
 keeps settings as mappings, and indexes archives of photographs on a Dask

@@ -14,7 +14,6 @@ import shutil
 import subprocess
 import time
 from concurrent.futures import ThreadPoolExecutor
-from functools import partial
 from pathlib import Path
 from typing import Any, Callable
 
@@ -22,11 +21,9 @@ from distributed import Client, LocalCluster
 
 import tvmeta
 from tvmeta import archive
-from tvmeta._archive_listing import partitions
 
 SCENE = Path(__file__).resolve().parent.parent / "examples" / "scene.jpg"
 PER_FOLDER = 400
-SMALL = 10  # files of a partition, to see what a partition costs
 
 
 def make_tree(root: Path, count: int) -> list[Path]:
@@ -88,18 +85,14 @@ def measure_archive(root: Path, out: Path, count: int, repeat: int, workers: int
         def used() -> float:
             return float(sum(client.run(processor_time).values()))
 
-        def run(size: int = archive.PARTITION_SIZE) -> None:
-            archive.index(root, out, client, size)
+        def run() -> None:
+            archive.index(root, out, client)
 
         def clear() -> None:
             shutil.rmtree(out, ignore_errors=True)
 
         measure(f"archive, workers: {workers}", count, repeat, run, clear, used)
         measure("  nothing changed", count, repeat, run, used=used)
-        clear()
-        run(SMALL)
-        parts = len(list(out.rglob("*.gz")))
-        measure(f"  partitions of {count // parts} files, unchanged", parts, repeat, lambda: run(SMALL))
 
 
 def main() -> None:
@@ -116,9 +109,6 @@ def main() -> None:
     for threads in (1, 2, 8):
         cold = (lambda: read_all(paths, threads), lambda: drop_cache(paths))
         measure(f"read from the disk, threads: {threads}", len(paths), repeat, *cold)
-    out.mkdir(exist_ok=True)
-    listing = partial(partitions, os.fsencode(root), os.stat(out), archive.PARTITION_SIZE, print)
-    measure("list the tree", len(paths), repeat, lambda: list(listing()))
     for workers in (1, 2):
         measure_archive(root, out, len(paths), repeat, workers)
     some = sorted(root.iterdir())[: max(1, len(paths) // PER_FOLDER // 10)]
