@@ -41,10 +41,6 @@ def _record_text(member: str) -> Callable[[Photo], Any]:
     return lambda photo: getattr(photo.record, member).decode("latin-1") or None
 
 
-def _record_size(member: str) -> Callable[[Photo], Any]:
-    return lambda photo: max(getattr(photo.record, member), 0) or None
-
-
 def _number(value: Any) -> Optional[float]:
     return None if value is None else float(value)
 
@@ -97,17 +93,16 @@ COLUMNS = (
     Column("exposureTime", "real", lambda photo: _number(photo.exposure_time)),
     Column("fNumber", "real", lambda photo: _number(photo.f_number)),
     Column("isoSpeed", "integer", lambda photo: photo.iso_speed),
+    Column("derived", "text"),
     Column("ev100", "real", _ev100),
-    Column("exposureSource", "integer", _record_size("exposureSource")),
     Column("exposureBias", "real"),
     Column("exposureMode", "integer"),
     Column("exposureProgram", "integer"),
     Column("meteringMode", "integer"),
     Column("flash", "integer"),
+    Column("whiteBalance", "integer"),
     Column("focalLength", "real", lambda photo: _number(photo.focal_length)),
     Column("focalLength35mm", "integer", lambda photo: photo.focal_length_35mm),
-    Column("focalPlaneXResolution", "real", lambda photo: _number(photo.focal_plane_x_resolution)),
-    Column("focalPlaneResolutionUnit", "integer", lambda photo: photo.focal_plane_resolution_unit),
     Column("orientation", "integer", lambda photo: photo.orientation),
     Column("gpsPosition", "text", _position),
     Column("gpsLatitude", "real", lambda photo: photo.latitude),
@@ -116,15 +111,18 @@ COLUMNS = (
     Column("gpsDate", "text", _record_text("gpsDateStamp")),
     Column("gpsTime", "text", _gps_time),
     Column("title", "text"),
+    Column("description", "text"),
     Column("artist", "text"),
     Column("copyright", "text"),
     Column("keywords", "texts"),
     Column("rating", "integer"),
-    Column("thumbnailWidth", "integer", _record_size("thumbnailWidth")),
-    Column("thumbnailHeight", "integer", _record_size("thumbnailHeight")),
-    Column("thumbnailRowBytes", "integer", _record_size("thumbnailRowBytes")),
+    Column("software", "text"),
     Column("thumbnailLength", "integer"),
     Column("thumbnailOffset", "integer"),
+    Column("previewLength", "integer"),
+    Column("previewOffset", "integer"),
+    Column("iccLength", "integer"),
+    Column("iccOffset", "integer"),
     Column("iptcLength", "integer"),
     Column("iptcOffset", "integer"),
     Column("xmpLength", "integer"),
