@@ -7,13 +7,11 @@
 #include "output/table.h"
 #include "output/terminal.h"
 #include "output/text.h"
+#include "pictures/light_statistics.h"
 #include "pictures/load_picture.h"
-#include "pictures/luminance_histogram.h"
 #include "pictures/stop_histogram.h"
 #include "system/files.h"
 #include "system/paths.h"
-
-#include <tvmeta.h>
 
 #include <algorithm>
 #include <array>
@@ -31,61 +29,62 @@
 
 namespace {
 
-constexpr std::array Percentiles = {1, 50, 99};
+struct Options {
+    std::vector<std::string> paths;
+    bool json = false;
+    bool histogram = false;
+    bool isLinear = false;
+    bool isLogarithmic = false;
+    bool allowDamage = false;
+    std::string plot;
+};
 
 struct Statistics {
     std::string path;
     int32_t width = 0;
     int32_t height = 0;
-    double minimum = 0;
-    double maximum = 0;
-    double mean = 0;
-    std::array<double, Percentiles.size()> percentiles = {};
-    double average = 0;      // in stops
-    double clippedShare = 0; // of all pixels
-    double blackShare = 0;
-    StopHistogram histogram = {}; // for a terminal
-    StopHistogram plot = {};      // with narrower bins
+    std::string light; // how samples became light
+    Weights weights = {};
+    LightStatistics luminance = {};
+    StopHistogram histogram = {};
 
-    double stopsFromMaximum(double luminance) const { return std::log2(luminance / maximum); }
-    double range() const { return std::log2(maximum / minimum); }
+    double share(uint64_t pixels) const { return static_cast<double>(pixels) / static_cast<double>(luminance.pixels); }
+    // Positions are relative to the last percentile, which a few damaged or reflecting pixels do not change.
+    double stops(double value) const { return std::log2(value / luminance.percentiles.back()); }
+    double range() const { return std::log2(luminance.percentiles.back() / luminance.percentiles.front()); }
+    uint64_t unmeasured() const { return luminance.pixels - luminance.lit - luminance.black; }
 };
 
-void measureRange(const HdrPlanes& planes, Statistics& statistics) {
-    float results[3] = {};
-    const int32_t result = hdrMinMax(planes.width, planes.height, planes.bytes.data(), results);
-    if (result < 0) {
-        throw std::bad_alloc();
-    }
-    if (results[1] <= 0) {
-        throw Failure(statistics.path, "all pixels are black");
-    }
-    statistics.minimum = decimal(results[0]);
-    statistics.maximum = decimal(results[1]);
-    statistics.mean = decimal(results[2]);
+// "0.1 %"
+std::string percentileName(size_t index) {
+    std::ostringstream text;
+    text << LightStatistics::Percentiles[index] / 10.0 << " %";
+    return text.str();
 }
 
-void measureDistribution(const HdrPlanes& planes, double pixels, Statistics& statistics) {
-    const LuminanceHistogram histogram(planes);
-    for (size_t i = 0; i < Percentiles.size(); ++i) {
-        statistics.percentiles[i] = decimal(static_cast<float>(histogram.percentile(Percentiles[i])));
+Statistics measure(const Options& options, const std::string& path) {
+    constexpr size_t MaxBins = 160;
+    const Picture picture = loadPicture(path, {.allowDamage = options.allowDamage, .gain = true});
+    if (!picture.damage.empty()) {
+        complain("warning: " + path + ": damaged, some pixels may be wrong: " + picture.damage);
     }
-    statistics.average = decimal(static_cast<float>(histogram.average()));
-    statistics.histogram = stopHistogram(histogram.bins(), 1, 40);
-    statistics.plot = stopHistogram(histogram.bins(), 0.25, 160);
-    statistics.blackShare = (pixels - static_cast<double>(histogram.litPixels())) / pixels;
-}
-
-Statistics measure(const std::string& path) {
-    Picture picture = loadPicture(path);
-    Statistics statistics = {.path = path, .width = picture.width, .height = picture.height};
-    const double pixels = static_cast<double>(picture.width) * picture.height;
-    statistics.clippedShare = static_cast<double>(clippedPixels(picture)) / pixels;
-    const HdrPlanes planes = loadPlanes(path, picture);
-    picture = {}; // its memory is not needed any more
-    measureRange(planes, statistics);
-    measureDistribution(planes, pixels, statistics);
+    const LightRule rule(picture, options.isLinear);
+    Statistics statistics = {path,        picture.width,  picture.height,
+                             rule.name(), rule.weights(), measureLight(picture, rule)};
+    LightStatistics& luminance = statistics.luminance;
+    if (luminance.lit == 0) {
+        throw Failure(path, luminance.black == luminance.pixels ? "all pixels are black"
+                                                                : "no pixel has a luminance above zero");
+    }
+    if (options.histogram || !options.plot.empty()) {
+        statistics.histogram = stopHistogram(luminance.luminances, luminance.percentiles.back(), MaxBins);
+    }
+    luminance.luminances = {}; // their memory is not needed any more
     return statistics;
+}
+
+Scale scaleOf(const Options& options) {
+    return options.isLogarithmic ? Scale::Logarithmic : Scale::Linear;
 }
 
 std::string number(double value) {
@@ -106,77 +105,104 @@ void printLine(const std::string& name, const std::string& value, const std::str
 }
 
 void printList(const Statistics& s) {
-    const auto printLuminance = [&s](const std::string& name, double luminance) {
-        printLine(name, number(luminance), fixed(s.stopsFromMaximum(luminance)), "stops");
+    const LightStatistics& light = s.luminance;
+    const auto printLuminance = [&s](const std::string& name, double value) {
+        printLine(name, number(value), fixed(s.stops(value)), "stops");
     };
-    std::cout << "Luminance of pixels above zero, and stops from the maximum\n";
-    printLuminance("minimum", s.minimum);
-    printLuminance("maximum", s.maximum);
-    printLuminance("mean", s.mean);
-    printLine("range", "", fixed(s.range()), "stops");
-    for (size_t i = 0; i < Percentiles.size(); ++i) {
-        printLuminance(std::to_string(Percentiles[i]) + " %", s.percentiles[i]);
+    const auto printShare = [&s](const char* name, uint64_t pixels) {
+        printLine(name, "", fixed(100 * s.share(pixels)), "% of all pixels");
+    };
+    const auto printSamples = [](const char* name, uint64_t samples) {
+        printLine(name, "", std::to_string(samples), samples == 1 ? "sample" : "samples");
+    };
+    std::cout << "Luminance of pixels above zero, and stops from the 99.9 % percentile\n";
+    printLuminance("minimum", light.minimum);
+    for (size_t i = 0; i < light.percentiles.size(); ++i) {
+        printLuminance(percentileName(i), light.percentiles[i]);
     }
-    printLuminance("average", s.average);
-    printLine("clipped", "", fixed(100 * s.clippedShare), "% of all pixels");
-    printLine("black", "", fixed(100 * s.blackShare), "% of all pixels");
+    printLuminance("maximum", light.maximum);
+    printLine("range", "", fixed(s.range()), "stops from 0.1 % to 99.9 %");
+    printLuminance("mean", light.mean);
+    printLuminance("average", light.average);
+    printShare("clipped", light.clipped);
+    printShare("black", light.black);
+    printSamples("NaN", light.nanSamples);
+    printSamples("infinite", light.infiniteSamples);
+    printSamples("negative", light.negativeSamples);
+    printShare("excluded", s.unmeasured());
+    std::cout << "  samples  " << s.light << "\n  weights  " << number(s.weights[0]) << " R + " << number(s.weights[1])
+              << " G + " << number(s.weights[2]) << " B\n";
 }
 
 void printJson(const Statistics& s) {
-    std::vector<NamedValue> members = {
-        {"file", s.path},       {"width", s.width},     {"height", s.height},
-        {"minimum", s.minimum}, {"maximum", s.maximum}, {"mean", s.mean},
-    };
-    for (size_t i = 0; i < Percentiles.size(); ++i) {
-        members.push_back({"percentile" + std::to_string(Percentiles[i]), s.percentiles[i]});
-    }
-    const NamedValue others[] = {
-        {"average", s.average},
-        {"clippedShare", s.clippedShare},
-        {"blackShare", s.blackShare},
-        {"minimumStops", s.stopsFromMaximum(s.minimum)},
-        {"meanStops", s.stopsFromMaximum(s.mean)},
-        {"averageStops", s.stopsFromMaximum(s.average)},
+    const LightStatistics& light = s.luminance;
+    const auto luminance = [](double value) { return decimal(static_cast<float>(value)); };
+    const auto count = [](uint64_t number) { return static_cast<int64_t>(number); };
+    const NamedValue members[] = {
+        {"file", s.path},
+        {"width", int64_t{s.width}},
+        {"height", int64_t{s.height}},
+        {"samples", s.light},
+        {"weightRed", s.weights[0]},
+        {"weightGreen", s.weights[1]},
+        {"weightBlue", s.weights[2]},
+        {"minimum", luminance(light.minimum)},
+        {"maximum", luminance(light.maximum)},
+        {"mean", light.mean},
+        {"average", light.average},
+        {"percentile0_1", luminance(light.percentiles[0])},
+        {"percentile1", luminance(light.percentiles[1])},
+        {"percentile50", luminance(light.percentiles[2])},
+        {"percentile99", luminance(light.percentiles[3])},
+        {"percentile99_9", luminance(light.percentiles[4])},
         {"rangeStops", s.range()},
+        {"minimumStops", s.stops(light.minimum)},
+        {"maximumStops", s.stops(light.maximum)},
+        {"meanStops", s.stops(light.mean)},
+        {"averageStops", s.stops(light.average)},
+        {"clippedShare", s.share(light.clipped)},
+        {"blackShare", s.share(light.black)},
+        {"excludedShare", s.share(s.unmeasured())},
+        {"nanSamples", count(light.nanSamples)},
+        {"infiniteSamples", count(light.infiniteSamples)},
+        {"negativeSamples", count(light.negativeSamples)},
     };
-    members.insert(members.end(), std::begin(others), std::end(others));
     std::cout << jsonObject(members) << "\n";
 }
 
-// One row for each picture; positions in its range are in stops from the maximum.
+// One row for each picture; positions in its range are in stops from the 99.9 % percentile.
 void printRows(const std::vector<Statistics>& all) {
     std::vector<Column> columns = {{"File", Column::Cut::Start}};
-    for (const char* heading : {"Maximum", "Range", "1 %", "50 %", "99 %", "Mean", "Average", "Clipped", "Black"}) {
+    for (const char* heading : {"99.9 %", "Range", "0.1 %", "50 %", "Maximum", "Mean", "Average", "Clipped", "Black"}) {
         columns.push_back({heading, Column::Cut::Nowhere, true});
     }
     for (const Statistics& s : all) {
-        std::vector<std::string> cells = {printable(s.path), number(s.maximum), fixed(s.range())};
-        for (const double luminance : s.percentiles) {
-            cells.push_back(fixed(s.stopsFromMaximum(luminance)));
+        const LightStatistics& light = s.luminance;
+        std::vector<std::string> cells = {printable(s.path), number(light.percentiles.back()), fixed(s.range())};
+        for (const double value :
+             {light.percentiles[0], light.percentiles[2], light.maximum, light.mean, light.average}) {
+            cells.push_back(fixed(s.stops(value)));
         }
-        cells.push_back(fixed(s.stopsFromMaximum(s.mean)));
-        cells.push_back(fixed(s.stopsFromMaximum(s.average)));
-        cells.push_back(fixed(100 * s.clippedShare) + " %");
-        cells.push_back(fixed(100 * s.blackShare) + " %");
+        cells.push_back(fixed(100 * s.share(light.clipped)) + " %");
+        cells.push_back(fixed(100 * s.share(light.black)) + " %");
         for (size_t i = 0; i < cells.size(); ++i) {
             columns[i].cells.push_back(std::move(cells[i]));
         }
     }
     printTable(std::move(columns), outputWidth());
+    for (const Statistics& s : all) {
+        if (s.unmeasured() > 0) {
+            complain(s.path + ": " + std::to_string(s.unmeasured()) +
+                     " pixels are NaN, infinite or negative and are in no statistic");
+        }
+    }
 }
 
-struct Options {
-    std::vector<std::string> paths;
-    bool json = false;
-    bool histogram = false;
-    std::string plot;
-};
-
-void printHistogram(const Statistics& s) {
+void printHistogram(const Statistics& s, Scale scale) {
     constexpr int UsualWidth = 80;
     std::cout << "\n"
-              << printable(s.path) << ": pixels above zero, by stops from the maximum\n"
-              << histogramBars(s.histogram, outputWidth().value_or(UsualWidth));
+              << printable(s.path) << ": pixels above zero, by stops from the 99.9 % percentile\n"
+              << histogramBars(s.histogram, scale, outputWidth().value_or(UsualWidth));
 }
 
 // The name of a plot, with that of the picture in place of %s.
@@ -203,12 +229,13 @@ void requirePlotNames(const Options& options) {
 void writePlot(const Options& options, const Statistics& s) {
     constexpr int MaxTitle = 80;
     std::vector<PlotMark> marks;
-    for (size_t i = 0; i < Percentiles.size(); ++i) {
-        marks.push_back({std::to_string(Percentiles[i]) + " %", s.stopsFromMaximum(s.percentiles[i])});
+    for (const size_t i : {0, 2, 4}) {
+        marks.push_back({percentileName(i), s.stops(s.luminance.percentiles[i])});
     }
     const std::string title = withoutStart(printable(s.path), MaxTitle);
     const std::string name = plotName(options, s.path);
-    writeOutput(name, options.paths, [&](OutputFile& file) { file.write(histogramPlot(s.plot, title, marks)); });
+    writeOutput(name, options.paths,
+                [&](OutputFile& file) { file.write(histogramPlot(s.histogram, scaleOf(options), title, marks)); });
     (options.json ? std::cerr : messagesFor(name)) << "wrote " << printable(name) << "\n";
 }
 
@@ -217,7 +244,7 @@ void showAll(const Options& options, const std::vector<Statistics>& all) {
         options.paths.size() == 1 ? printList(all.front()) : printRows(all);
     }
     if (options.histogram) {
-        std::ranges::for_each(all, printHistogram);
+        std::ranges::for_each(all, [&](const Statistics& s) { printHistogram(s, scaleOf(options)); });
     }
 }
 
@@ -228,7 +255,7 @@ void showStatistics(const Options& options) {
     bool isFailed = false;
     for (const std::string& path : options.paths) {
         try {
-            all.push_back(measure(path));
+            all.push_back(measure(options, path));
             if (options.json) {
                 printJson(all.back());
             }
@@ -257,7 +284,7 @@ Command statsCommand() {
             {
                 {.names = {"IMAGE"},
                  .target = &options->paths,
-                 .help = "Radiance HDR, OpenEXR, TIFF, PFM, PNG, JPEG, PGM\nor PPM picture; several as a table",
+                 .help = "Pictures; several are shown as a table",
                  .isRequired = true},
                 {.names = {"--json"},
                  .target = &options->json,
@@ -270,8 +297,18 @@ Command statsCommand() {
                  .target = &options->plot,
                  .help = "SVG file to write with the histogram; %s in its\nname means the name of the picture",
                  .value = "FILE"},
+                {.names = {"--log"},
+                 .target = &options->isLogarithmic,
+                 .help = "Logarithmic shares in --histogram and --plot"},
+                {.names = {"--linear"},
+                 .target = &options->isLinear,
+                 .help = "The samples are linear light; else use the ICC\nprofile, or sRGB for integers without one"},
+                {.names = {"--allow-damaged"},
+                 .target = &options->allowDamage,
+                 .help = "Measure what is left of a damaged JPEG"},
             },
-        .footer = "Integer samples are measured as linear light, in which 1 is white.\n\n"
+        .footer = "Pictures are " + pictureFormats() +
+                  " files.\n\n"
                   "Examples:\n"
                   "  tvmeta stats scene.hdr\n"
                   "  tvmeta stats scene.exr result.tif\n"

@@ -18,6 +18,7 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,7 +34,8 @@ struct Options {
     SettingsOptions settings;
     std::string depth;
     std::string orientation;
-    int32_t resolution = 300;
+    std::optional<size_t> resolution;
+    bool allowDamage = false;
 };
 
 const std::map<std::string, Depth> DepthNames = {
@@ -101,7 +103,7 @@ Depth depthOf(const Options& options, const Picture& picture) {
 
 // Converts the picture to that depth, except from 16 to 8 bits, which the library does.
 Picture pictureFor(const Options& options) {
-    Picture picture = loadPicture(options.image);
+    Picture picture = loadPicture(options.image, {.allowDamage = options.allowDamage});
     const Depth depth = depthOf(options, picture);
     if (isFloat(depth) != isFloat(picture.depth)) {
         throw Failure(options.image, isFloat(picture.depth) ? "floating-point samples: expected a --depth "
@@ -114,7 +116,11 @@ Picture pictureFor(const Options& options) {
     if (depth == Depth::Integer16 && picture.depth == Depth::Integer8) {
         widenTo16Bits(picture);
     } else if (depth == Depth::Float16 && picture.depth == Depth::Float32) {
-        convertToHalf(picture);
+        if (const uint64_t limited = convertToHalf(picture); limited > 0) {
+            complain(
+                "warning: " + options.image + ": " + std::to_string(limited) +
+                " samples are beyond 65504, the largest half float, and were limited to it; --depth 32 keeps them");
+        }
     } else if (depth == Depth::Float32 && picture.depth == Depth::Float16) {
         convertFromHalf(picture);
     }
@@ -161,12 +167,14 @@ std::string writingProblem(int32_t result, const Picture& picture) {
 void writePicture(const Options& options, const Metadata& metadata, const Picture& picture, OutputFile& output) {
     const Depth depth = depthOf(options, picture);
     const bool isReduced = depth != picture.depth;
+    constexpr int32_t UsualResolution = 300;
     const TifImageInfo info = {
         .width = picture.width,
         .height = picture.height,
         .channels = picture.channels,
         .bitsCode = static_cast<int32_t>(depth),
-        .resolution = options.resolution,
+        .resolution = options.resolution ? static_cast<int32_t>(*options.resolution)
+                                         : picture.resolution.value_or(UsualResolution),
         .iccLength = librarySize(metadata.profile),
         .pixelMode = isReduced ? 1 : 0,
         .orientation = orientationOf(options, picture, metadata.camera),
@@ -197,6 +205,9 @@ void writeTiff(const Options& options) {
         writePicture(options, metadata, picture, output);
         unkept = metadata.unkept;
     });
+    if (!picture.damage.empty()) {
+        complain("warning: " + options.image + ": damaged, some pixels may be wrong: " + picture.damage);
+    }
     reportLosses(options, picture, unkept);
     messagesFor(options.output) << "wrote " << printable(options.output) << ": " << picture.width << " x "
                                 << picture.height << " pixels\n";
@@ -214,7 +225,7 @@ Command tiffCommand() {
             {
                 {.names = {"IMAGE"},
                  .target = &options->image,
-                 .help = "PNG, JPEG, TIFF, binary PGM or PPM, PFM, Radiance\nHDR or OpenEXR picture",
+                 .help = "Picture in one of the formats below",
                  .isRequired = true},
                 {.names = {"OUT"}, .target = &options->output, .help = "TIFF file to write", .isRequired = true},
                 {.names = {"--photo"},
@@ -236,7 +247,7 @@ Command tiffCommand() {
                  .excludes = {"--icc"}},
                 {.names = {"--resolution"},
                  .target = &options->resolution,
-                 .help = "Dots per inch (default 300)",
+                 .help = "Dots per inch; else that of a PNG or TIFF, or 300",
                  .value = "N",
                  .range = {1, MaxResolution}},
                 {.names = {"--depth"},
@@ -250,11 +261,15 @@ Command tiffCommand() {
                          "(upright)",
                  .value = "CODE",
                  .choices = {"photo", "1", "2", "3", "4", "5", "6", "7", "8"}},
+                {.names = {"--allow-damaged"},
+                 .target = &options->allowDamage,
+                 .help = "Save what is left of a damaged JPEG"},
             },
-        .footer = methodHelp() + "Examples:\n"
-                                 "  tvmeta tiff result.png result.tif --photo scene.jpg --icc-from-photo\n"
-                                 "  tvmeta tiff light.exr light.tif --photo scene.jpg --depth 16f\n"
-                                 "  tvmeta tiff result.png result.tif --method Fusion/Intensive --set Radius=70",
+        .footer = "Pictures are " + pictureFormats() + " files.\n\n" + methodHelp() +
+                  "Examples:\n"
+                  "  tvmeta tiff result.png result.tif --photo scene.jpg --icc-from-photo\n"
+                  "  tvmeta tiff light.exr light.tif --photo scene.jpg --depth 16f\n"
+                  "  tvmeta tiff result.png result.tif --method Fusion/Intensive --set Radius=70",
         .run = [options] { writeTiff(*options); },
     };
     addSettingsOptions(command.options, options->settings, false);

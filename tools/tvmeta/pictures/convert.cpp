@@ -2,6 +2,7 @@
 
 #include "pictures/half.h"
 
+#include <cmath>
 #include <cstring>
 
 // 0xFF becomes 0xFFFF, so that white stays white: both bytes are the 8-bit sample.
@@ -17,17 +18,20 @@ void widenTo16Bits(Picture& picture) {
     picture.depth = Depth::Integer16;
 }
 
-void convertToHalf(Picture& picture) {
+uint64_t convertToHalf(Picture& picture) {
+    uint64_t limited = 0;
     const size_t count = picture.samples.size() / sizeof(float);
     unsigned char* const bytes = picture.samples.data();
     for (size_t i = 0; i < count; ++i) {
         float sample;
         std::memcpy(&sample, bytes + i * sizeof sample, sizeof sample);
+        limited += std::fabs(sample) > LargestHalf ? 1 : 0;
         const uint16_t half = halfFromFloat(sample);
         std::memcpy(bytes + i * sizeof half, &half, sizeof half);
     }
     picture.samples.resize(count * sizeof(uint16_t));
     picture.depth = Depth::Float16;
+    return limited;
 }
 
 void convertFromHalf(Picture& picture) {

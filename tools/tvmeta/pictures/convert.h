@@ -4,5 +4,7 @@
 #include "pictures/picture.h"
 
 void widenTo16Bits(Picture& picture);   // from 8 bits
-void convertToHalf(Picture& picture);   // from 32-bit floats
 void convertFromHalf(Picture& picture); // to 32-bit floats
+
+// From 32-bit floats. Returns the number of samples out of the range of half floats, which become the end of the range.
+uint64_t convertToHalf(Picture& picture);

@@ -2,7 +2,6 @@
 
 #include "output/failure.h"
 #include "pictures/decoders.h"
-#include "pictures/rgb_profile.h"
 
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
@@ -76,17 +75,12 @@ Picture announced(const std::string& path, const Imf::Header& header, const Name
 
 // The chromaticities of the file; unknown in most files.
 void takeColours(const Imf::Header& header, Picture& picture) {
-    if (!Imf::hasChromaticities(header)) {
-        return;
-    }
-    const auto point = [](const Imath::V2f& from) { return Chromaticities::Point{from.x, from.y}; };
-    const Imf::Chromaticities& colours = Imf::chromaticities(header);
-    if (picture.channels == 3) {
-        picture.profile =
-            linearRgbProfile({point(colours.red), point(colours.green), point(colours.blue), point(colours.white)});
-    }
-    if (picture.profile.empty()) {
-        picture.dropped.emplace_back("chromaticities");
+    if (Imf::hasChromaticities(header)) {
+        const auto point = [](const Imath::V2f& from) { return Chromaticities::Point{from.x, from.y}; };
+        const Imf::Chromaticities& colours = Imf::chromaticities(header);
+        picture.colours = {
+            .name = "chromaticities",
+            .primaries = {{point(colours.red), point(colours.green), point(colours.blue), point(colours.white)}}};
     }
 }
 
@@ -129,7 +123,7 @@ void readPixels(Imf::MultiPartInputFile& file, const Names& names, Picture& pict
     part.readPixels(window.min.y, window.max.y);
 }
 
-Picture readFirstPart(const std::string& path, Part part) {
+Picture readFirstPart(const std::string& path, Request request) {
     Imf::Header::setMaxImageSize(MaxSide, MaxSide);
     Imf::Header::setMaxTileSize(MaxTileSide, MaxTileSide);
     Imf::MultiPartInputFile file(path.c_str(), 0);
@@ -141,7 +135,7 @@ Picture readFirstPart(const std::string& path, Part part) {
     Picture picture = announced(path, header, names);
     takeColours(header, picture);
     noteRest(file, names, picture);
-    if (part == Part::Everything) {
+    if (request.pixels) {
         readPixels(file, names, picture);
     }
     return picture;
@@ -149,10 +143,10 @@ Picture readFirstPart(const std::string& path, Part part) {
 
 } // namespace
 
-Picture readExr(const std::string& path, Part part) {
+Picture readExr(const std::string& path, Request request) {
     openFile(path); // reports why the file cannot be read
     try {
-        return readFirstPart(path, part);
+        return readFirstPart(path, request);
     } catch (const Failure&) {
         throw;
     } catch (const std::bad_alloc&) {

@@ -3,6 +3,7 @@
 #include "output/failure.h"
 #include "pictures/decoders.h"
 #include "pictures/exif_orientation.h"
+#include "system/system.h"
 
 #include <cstdio> // jpeglib.h requires it
 
@@ -28,6 +29,9 @@ struct ErrorManager : jpeg_error_mgr {
     std::jmp_buf environment;
     std::array<char, JMSG_LENGTH_MAX> reason;
     bool refusedProfile = false;
+    bool isInPixels = false;
+    bool allowDamage = false;
+    bool isDamaged = false;
 };
 
 [[noreturn]] void onError(j_common_ptr jpeg) {
@@ -36,14 +40,24 @@ struct ErrorManager : jpeg_error_mgr {
     std::longjmp(errors->environment, 1);
 }
 
-// For a damaged file, libjpeg invents the missing pixels and only warns. A result must not contain them.
+// For a damaged file, libjpeg invents the missing pixels and only warns. A result must not contain them unless the
+// caller wants what is left.
 void onMessage(j_common_ptr jpeg, int level) {
-    constexpr std::array Harmless = {JWRN_ADOBE_XFORM,     JWRN_BOGUS_ICC,  JWRN_BOGUS_PROGRESSION,
-                                     JWRN_EXTRANEOUS_DATA, JWRN_JFIF_MAJOR, JWRN_NOT_SEQUENTIAL};
+    constexpr std::array Harmless = {JWRN_ADOBE_XFORM, JWRN_BOGUS_ICC, JWRN_JFIF_MAJOR, JWRN_NOT_SEQUENTIAL};
     auto* const errors = static_cast<ErrorManager*>(jpeg->err);
-    errors->refusedProfile = errors->refusedProfile || (level < 0 && errors->msg_code == JWRN_BOGUS_ICC);
-    if (level < 0 && std::ranges::find(Harmless, errors->msg_code) == Harmless.end()) {
+    const int code = errors->msg_code;
+    errors->refusedProfile = errors->refusedProfile || (level < 0 && code == JWRN_BOGUS_ICC);
+    // Superfluous bytes between the segments of the header do not change a pixel.
+    const bool isInHeader = code == JWRN_EXTRANEOUS_DATA && !errors->isInPixels;
+    if (level >= 0 || isInHeader || std::ranges::find(Harmless, code) != Harmless.end()) {
+        return;
+    }
+    if (!errors->allowDamage) {
         onError(jpeg);
+    }
+    if (!errors->isDamaged) {
+        errors->isDamaged = true;
+        errors->format_message(jpeg, errors->reason.data());
     }
 }
 
@@ -57,10 +71,11 @@ void onProgress(j_common_ptr jpeg) {
 
 class JpegReader {
   public:
-    JpegReader(File opened, const std::string& name) : path(name), file(std::move(opened)) {
+    JpegReader(File opened, const std::string& name, bool allowDamage) : path(name), file(std::move(opened)) {
         jpeg.err = jpeg_std_error(&errors);
         errors.error_exit = onError;
         errors.emit_message = onMessage;
+        errors.allowDamage = allowDamage;
         run([this] { jpeg_create_decompress(&jpeg); });
         progress.progress_monitor = onProgress;
         jpeg.progress = &progress;
@@ -69,7 +84,7 @@ class JpegReader {
     JpegReader(const JpegReader&) = delete;
     JpegReader& operator=(const JpegReader&) = delete;
 
-    Picture read(Part part);
+    Picture read(Request request);
 
     // Decodes only what a smaller picture requires.
     Picture readSmall(int32_t side);
@@ -131,6 +146,7 @@ void JpegReader::readPixels(Picture& picture) {
     picture.samples.resize(sampleBytes(picture));
     unsigned char* const samples = picture.samples.data();
     const size_t rowSize = rowBytes(picture);
+    errors.isInPixels = true;
     run([this, samples, rowSize] {
         jpeg_start_decompress(&jpeg);
         while (jpeg.output_scanline < jpeg.output_height) {
@@ -139,6 +155,7 @@ void JpegReader::readPixels(Picture& picture) {
         }
         jpeg_finish_decompress(&jpeg);
     });
+    picture.damage = errors.isDamaged ? errors.reason.data() : "";
 }
 
 // libjpeg scales by eighths.
@@ -188,12 +205,12 @@ void JpegReader::noteRest(Picture& picture) const {
     }
 }
 
-Picture JpegReader::read(Part part) {
+Picture JpegReader::read(Request request) {
     readHeader();
     Picture picture = announced();
     takeProfile(picture);
     noteRest(picture);
-    if (part == Part::Everything) {
+    if (request.pixels) {
         readPixels(picture);
     }
     return picture;
@@ -245,7 +262,7 @@ void compress(JpegEncoder& encoder, const Picture& picture) {
 } // namespace
 
 Picture readSmallJpeg(File file, const std::string& name, int32_t side) {
-    return JpegReader(std::move(file), name).readSmall(side);
+    return JpegReader(std::move(file), name, true).readSmall(side);
 }
 
 Bytes encodeJpeg(const Picture& picture) {
@@ -258,6 +275,14 @@ Bytes encodeJpeg(const Picture& picture) {
     return {encoder.bytes, encoder.bytes + encoder.size};
 }
 
-Picture readJpeg(const std::string& path, Part part) {
-    return JpegReader(openPicture(path), path).read(part);
+Picture readJpeg(const std::string& path, Request request) {
+    Picture picture = JpegReader(openPicture(path), path, request.allowDamage).read(request);
+    picture.gainMap = request.gain ? findGainMap(path) : std::nullopt;
+    if (picture.gainMap) {
+        File file = openPicture(path);
+        seekTo(file.get(), picture.gainMap->place);
+        picture.gain =
+            std::make_shared<Picture>(JpegReader(std::move(file), path, request.allowDamage).read({}));
+    }
+    return picture;
 }

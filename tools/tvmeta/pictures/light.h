@@ -1,31 +1,46 @@
-// The samples of a picture as linear light, and in the form of the library's statistics.
+// The linear light of a picture.
 #pragma once
 
 #include "pictures/picture.h"
+#include "pictures/profiles.h"
 
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
-// Shared-exponent pixels for hdrMinMax(): per row one plane each of blue, green and red mantissas and of exponents.
-// A mantissa m with exponent e is m * 2^(e - 128); e = 0 means no light.
-struct HdrPlanes {
-    static constexpr size_t Count = 4;
+// The numbers of the colour samples in a row: grey, or red, green and blue of each pixel, as the picture stores them.
+void readSamples(const Picture& picture, size_t row, std::span<float> samples);
 
-    int32_t width = 0;
-    int32_t height = 0;
-    Bytes bytes = {};
+// The number of white: the largest one of integers, 1 of floats.
+constexpr float whiteOf(const Picture& picture) {
+    return picture.depth == Depth::Integer8 ? 255.0F : picture.depth == Depth::Integer16 ? 65535.0F : 1.0F;
+}
+
+// Converts the samples of a picture to linear light, in which 1 is white. Uses the colours that the format states, else
+// the ICC profile; without both, integers are sRGB, floats linear, and the luminance that of BT.709.
+class LightRule {
+  public:
+    // Linear: the samples are linear light already.
+    LightRule(const Picture& picture, bool isLinear);
+
+    // What is done, for a reader: "sRGB, assumed".
+    const std::string& name() const { return label; }
+    const Weights& weights() const { return factors; }
+
+    // Replaces the samples of a row by light.
+    void apply(size_t row, std::span<float> samples) const;
+
+  private:
+    void useCurves(const Picture& picture, const std::array<std::function<double(double)>, 3>& curves);
+
+    void applyGain(size_t row, std::span<float> light) const;
+
+    const Picture& measured;
+    std::string label;
+    Weights factors = Bt709Weights;
+    size_t colours;
+    float white;
+    std::array<std::function<double(double)>, 3> curves = {}; // of floats; without one the samples are linear
+    std::array<std::vector<float>, 3> tables = {};            // of integers, by sample
 };
-
-// Red, green and blue of each pixel of a row; grey samples three times. Integers are treated as linear light, 1 is
-// white.
-void readLight(const Picture& picture, size_t row, std::span<float> light);
-
-// Converts the pixels to 8-bit mantissas. A pixel with a colour that is not finite has no light.
-HdrPlanes sharedExponentPlanes(const Picture& picture);
-
-// The planes of a picture file. Those of a Radiance file are used unchanged unless they need a correction.
-HdrPlanes loadPlanes(const std::string& path, const Picture& picture);
-
-// Counts clipped pixels: a colour is white (integers) or the largest finite value of the picture (floats).
-uint64_t clippedPixels(const Picture& picture);

@@ -3,58 +3,61 @@
 #include "output/failure.h"
 #include "output/text.h"
 #include "pictures/decoders.h"
+#include "pictures/profiles.h"
 
+#include <algorithm>
 #include <string_view>
+#include <vector>
+
+// The build gives this name to decoders whose library is missing.
+Picture missingDecoder(const std::string& path, Request) {
+    throw Failure(path, "this build of tvmeta has no decoder for it");
+}
 
 namespace {
 
 struct Format {
-    std::string_view name;
     std::string_view start; // the first bytes of its files
-    Decoder decoder;
+    std::string_view name;
+    Picture (*decoder)(const std::string& path, Request request);
 };
 
 constexpr Format Formats[] = {
-    {"PNG", "\x89PNG", readPng},
-    {"JPEG", "\xFF\xD8\xFF", readJpeg},
-    {"TIFF", {"II*\0", 4}, readTiff},
-    {"TIFF", {"MM\0*", 4}, readTiff},
-    {"TIFF", {"II+\0", 4}, readTiff}, // BigTIFF
-    {"TIFF", {"MM\0+", 4}, readTiff},
-    {"OpenEXR", "\x76\x2F\x31\x01", readExr},
-    {"Radiance HDR", "#?", readRadiance},
-    {"PGM", "P5", readPnm},
-    {"PPM", "P6", readPnm},
-    {"PFM", "PF", readPnm},
-    {"PFM", "Pf", readPnm},
+#define PICTURE_FORMAT(start, name, decoder, package) {{start, sizeof start - 1}, name, decoder},
+#include "pictures/formats.inc"
+#undef PICTURE_FORMAT
 };
 
 const Format* findFormat(const Bytes& start) {
-    for (const Format& format : Formats) {
-        if (asText(start).starts_with(format.start)) {
-            return &format;
-        }
-    }
-    return nullptr;
+    const auto* const format =
+        std::ranges::find_if(Formats, [&](const Format& known) { return asText(start).starts_with(known.start); });
+    return format == std::end(Formats) ? nullptr : format;
 }
 
-Picture decode(const std::string& path, Part part) {
-    const Bytes start = readStart(path, 4);
-    const Format* const format = findFormat(start);
-    if (format == nullptr) {
-        throw Failure(path, "not a PNG, JPEG, TIFF, OpenEXR, Radiance HDR, PFM or binary PGM or PPM picture: " +
-                                beginning(start));
+// A result describes its colours by a profile alone.
+void replaceColoursByProfile(Picture& picture) {
+    if (picture.colours && picture.profile.empty()) {
+        picture.profile = picture.channels >= 3 ? profileOf(*picture.colours) : Bytes();
+        if (picture.profile.empty()) {
+            picture.dropped.push_back(picture.colours->name);
+        }
     }
-    if (format->decoder == nullptr) {
-        throw Failure(path, "this build of tvmeta does not support " + std::string(format->name) + " pictures");
-    }
-    return format->decoder(path, part);
 }
 
 } // namespace
 
-Picture loadPicture(const std::string& path) {
-    return decode(path, Part::Everything);
+Picture loadPicture(const std::string& path, Request request) {
+    const Bytes start = readStart(path, 4);
+    const Format* const format = findFormat(start);
+    if (format == nullptr) {
+        throw Failure(path, "not a " + pictureFormats() + " picture: " + beginning(start));
+    }
+    if (format->decoder == missingDecoder) {
+        throw Failure(path, "this build of tvmeta does not support " + std::string(format->name) + " pictures");
+    }
+    Picture picture = format->decoder(path, request);
+    replaceColoursByProfile(picture);
+    return picture;
 }
 
 bool isPicture(const std::string& path) {
@@ -62,5 +65,19 @@ bool isPicture(const std::string& path) {
 }
 
 Bytes pictureProfile(const std::string& path) {
-    return decode(path, Part::Header).profile;
+    return loadPicture(path, {.pixels = false}).profile;
+}
+
+std::string pictureFormats() {
+    std::vector<std::string_view> names;
+    for (const Format& format : Formats) {
+        if (names.empty() || names.back() != format.name) {
+            names.push_back(format.name);
+        }
+    }
+    std::string list;
+    for (size_t i = 0; i < names.size(); ++i) {
+        list += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + std::string(names[i]);
+    }
+    return list;
 }

@@ -7,10 +7,13 @@
 
 // Reads the picture of a file, whose format is recognised by its first bytes, with unconverted samples. Throws Failure
 // if the file is damaged or its format is not supported by this build.
-Picture loadPicture(const std::string& path);
+Picture loadPicture(const std::string& path, Request request = {});
 
 // Does the file start like a picture of a supported format?
 bool isPicture(const std::string& path);
 
 // The ICC profile of a picture, empty if it has none.
 Bytes pictureProfile(const std::string& path);
+
+// The names of the formats: "PNG, JPEG, ... or binary PPM".
+std::string pictureFormats();

@@ -7,6 +7,7 @@
 #include <sys/mman.h>
 #endif
 
+#include <cmath>
 #include <filesystem>
 #include <limits>
 #include <new>
@@ -65,6 +66,17 @@ void requireFileBytes(const std::string& path, const Picture& picture, uint64_t 
         throw Failure(path, "too short for " + std::to_string(picture.width) + " x " + std::to_string(picture.height) +
                                 " pixels: expected " + std::to_string(leastBytes) + " bytes or more, found " +
                                 std::to_string(fileSize));
+    }
+}
+
+void takeResolution(Picture& picture, double across, double down, double inches) {
+    constexpr double Max = 4294967; // of TIFF results, in thousandths
+    constexpr double Tolerance = 0.01;
+    const double perInch = std::round(across / inches);
+    if (perInch >= 1 && perInch <= Max && std::fabs(down / across - 1) < Tolerance) {
+        picture.resolution = static_cast<int32_t>(perInch);
+    } else if (across > 0 || down > 0) {
+        picture.dropped.emplace_back("resolution");
     }
 }
 

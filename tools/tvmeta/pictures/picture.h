@@ -1,6 +1,8 @@
 // A picture in memory: what every decoder returns, and what the commands write and measure.
 #pragma once
 
+#include "pictures/colour_space.h"
+#include "pictures/gain_map.h"
 #include "system/files.h"
 
 #include <cstdint>
@@ -49,9 +51,21 @@ struct Picture {
     Depth depth = Depth::Integer8;
     Samples samples = {};
     Bytes profile = {};                      // its own ICC profile, empty if it has none
+    std::optional<ColourSpace> colours = {}; // what the format states without a profile
     std::optional<int32_t> orientation = {}; // its own TIFF orientation code
+    std::optional<int32_t> resolution = {};  // its own dots per inch
     std::vector<std::string> dropped = {};   // contents of the file that are not kept
     std::vector<std::string> metadata = {};  // metadata blocks that are not read: EXIF, IPTC, XMP
+    std::optional<GainMap> gainMap = {};
+    std::shared_ptr<Picture> gain = {}; // the pixels of the gain map
+    std::string damage = {};            // why some pixels may be wrong, which the caller has allowed
+};
+
+// How much of a file to read.
+struct Request {
+    bool pixels = true;       // else the samples stay empty
+    bool allowDamage = false; // accepts pixels that a decoder has invented
+    bool gain = false;        // reads the gain map, too
 };
 
 constexpr int32_t colourChannels(const Picture& picture) {
@@ -66,6 +80,10 @@ Picture announcedPicture(const std::string& path, int64_t width, int64_t height,
 
 // Throws Failure if `leastBytes`, the minimum for the pixels, exceeds the size of the file.
 void requireFileBytes(const std::string& path, const Picture& picture, uint64_t leastBytes);
+
+// Sets the resolution from dots per `inches` in both directions, to whole dots per inch. One that differs between the
+// directions is dropped.
+void takeResolution(Picture& picture, double across, double down, double inches);
 
 // Opens a picture for sequential reading.
 File openPicture(const std::string& path);

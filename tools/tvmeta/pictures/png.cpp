@@ -3,10 +3,10 @@
 #include "output/failure.h"
 #include "pictures/decoders.h"
 #include "pictures/exif_orientation.h"
-#include "pictures/rgb_profile.h"
 
 #include <png.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <csetjmp>
@@ -34,6 +34,8 @@ void onWarning(png_structp png, png_const_charp message) {
     }
 }
 
+constexpr png_byte CodePointsChunk[] = "cICP";
+
 class PngReader {
   public:
     explicit PngReader(const std::string& name) : path(name), file(openPicture(name)) {
@@ -48,7 +50,7 @@ class PngReader {
     PngReader(const PngReader&) = delete;
     PngReader& operator=(const PngReader&) = delete;
 
-    Picture read(Part part);
+    Picture read(Request request);
 
   private:
     // Runs calls of libpng. On an error, libpng jumps out of `calls`, so `calls` must not own resources.
@@ -66,6 +68,8 @@ class PngReader {
     Picture announced() const;
     void readPixels(Picture& picture);
     void takeProfile(Picture& picture) const;
+    std::optional<ColourSpace> statedColours(Picture& picture) const;
+    void takeResolution(Picture& picture) const;
     void noteRest(Picture& picture) const;
 
     const std::string& path;
@@ -78,6 +82,7 @@ class PngReader {
 void PngReader::readHeader() {
     run([this] {
         png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX); // the size is checked by announcedPicture
+        png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_ALWAYS, CodePointsChunk, 1); // libpng below 1.6.45
         png_init_io(png, file.get());
         png_read_info(png, info);
     });
@@ -125,14 +130,68 @@ void PngReader::readPixels(Picture& picture) {
     });
 }
 
-// Converts an sRGB chunk to a profile for the TIFF file. It overrides only gAMA and cHRM chunks (PNG, section 11.3.3),
-// so these are not reported as dropped.
+// The colour space that a cICP chunk states by the code points of ITU-T H.273.
+std::optional<ColourSpace> codedColours(const std::array<uint8_t, 4>& code) {
+    struct Primaries {
+        int code;
+        const char* name;
+        Chromaticities points;
+    };
+    struct Curve {
+        int code;
+        const char* name;
+        Transfer transfer;
+    };
+    constexpr Primaries KnownPrimaries[] = {
+        {1, "BT.709", Bt709Primaries},
+        {9, "BT.2020", {{0.708, 0.292}, {0.17, 0.797}, {0.131, 0.046}, {0.3127, 0.329}}},
+        {12, "P3", {{0.68, 0.32}, {0.265, 0.69}, {0.15, 0.06}, {0.3127, 0.329}}},
+    };
+    constexpr Curve KnownCurves[] = {
+        {1, "BT.709", Transfer::Bt709}, {6, "BT.709", Transfer::Bt709},  {8, "linear", Transfer::Linear},
+        {13, "sRGB", Transfer::Srgb},   {14, "BT.709", Transfer::Bt709}, {15, "BT.709", Transfer::Bt709},
+        {16, "PQ", Transfer::Pq},       {18, "HLG", Transfer::Hlg},
+    };
+    const auto* const primaries = std::ranges::find(KnownPrimaries, code[0], &Primaries::code);
+    const auto* const curve = std::ranges::find(KnownCurves, code[1], &Curve::code);
+    const bool isFullRgb = code[2] == 0 && code[3] == 1;
+    if (!isFullRgb || primaries == std::end(KnownPrimaries) || curve == std::end(KnownCurves)) {
+        return std::nullopt;
+    }
+    return ColourSpace{.name = std::string(primaries->name) + " " + curve->name + " (cICP)",
+                       .transfer = curve->transfer,
+                       .primaries = primaries->points,
+                       .cicp = code};
+}
+
+// The first of the chunks that state colours without a profile (PNG, section 4.3), besides cICP, which overrides those.
+std::optional<ColourSpace> PngReader::statedColours(Picture& picture) const {
+    png_unknown_chunkp chunks = nullptr;
+    const auto count = static_cast<size_t>(png_get_unknown_chunks(png, info, &chunks));
+    for (const png_unknown_chunk& chunk : std::span(chunks, count)) {
+        std::array<uint8_t, 4> code = {};
+        std::copy_n(chunk.data, std::min(chunk.size, code.size()), code.begin());
+        if (const auto colours = codedColours(code)) {
+            return colours;
+        }
+        picture.dropped.push_back("colours " + std::to_string(code[0]) + "/" + std::to_string(code[1]) + "/" +
+                                  std::to_string(code[2]) + "/" + std::to_string(code[3]) + " (cICP)");
+    }
+    return std::nullopt;
+}
+
 void PngReader::takeProfile(Picture& picture) const {
     png_charp name = nullptr;
     png_bytep bytes = nullptr;
     png_uint_32 length = 0;
-    int value = 0;
-    if (png_get_iCCP(png, info, &name, &value, &bytes, &length) != 0) {
+    int unused = 0;
+    double gamma = 0;
+    Chromaticities points = Bt709Primaries;
+    picture.colours = statedColours(picture);
+    if (picture.colours) {
+        return;
+    }
+    if (png_get_iCCP(png, info, &name, &unused, &bytes, &length) != 0) {
         picture.profile.assign(bytes, bytes + length);
         return;
     }
@@ -140,17 +199,24 @@ void PngReader::takeProfile(Picture& picture) const {
         picture.dropped.emplace_back("ICC profile (damaged or for other colours)");
     }
     if (has(PNG_INFO_sRGB)) {
-        picture.profile = picture.channels == 3 ? srgbProfile() : Bytes();
-        if (picture.profile.empty()) {
-            picture.dropped.emplace_back("sRGB tag");
-        }
-        return;
+        picture.colours = {.name = "sRGB tag", .transfer = Transfer::Srgb};
+    } else if (png_get_gAMA(png, info, &gamma) != 0 && gamma > 0) {
+        picture.colours = {.name = "gamma (gAMA)", .transfer = Transfer::Gamma, .gamma = 1 / gamma};
     }
-    if (has(PNG_INFO_gAMA)) {
-        picture.dropped.emplace_back("gamma (gAMA)");
+    if (!has(PNG_INFO_sRGB) && png_get_cHRM(png, info, &points.white.x, &points.white.y, &points.red.x, &points.red.y,
+                                            &points.green.x, &points.green.y, &points.blue.x, &points.blue.y) != 0) {
+        picture.colours = picture.colours.value_or(ColourSpace{.name = "", .transfer = Transfer::Srgb});
+        picture.colours->name += std::string(picture.colours->name.empty() ? "" : ", ") + "chromaticities (cHRM)";
+        picture.colours->primaries = points;
     }
-    if (has(PNG_INFO_cHRM)) {
-        picture.dropped.emplace_back("chromaticities (cHRM)");
+}
+
+void PngReader::takeResolution(Picture& picture) const {
+    constexpr double InchesOfMetre = 1 / 0.0254;
+    png_uint_32 across = 0, down = 0;
+    int unit = 0;
+    if (png_get_pHYs(png, info, &across, &down, &unit) != 0 && unit == PNG_RESOLUTION_METER) {
+        ::takeResolution(picture, across, down, InchesOfMetre);
     }
 }
 
@@ -179,19 +245,20 @@ void PngReader::noteRest(Picture& picture) const {
     }
 }
 
-Picture PngReader::read(Part part) {
+Picture PngReader::read(Request request) {
     readHeader();
     Picture picture = announced();
-    if (part == Part::Everything) {
+    if (request.pixels) {
         readPixels(picture);
     }
     takeProfile(picture);
+    takeResolution(picture);
     noteRest(picture); // last: EXIF data and texts may follow the pixels
     return picture;
 }
 
 } // namespace
 
-Picture readPng(const std::string& path, Part part) {
-    return PngReader(path).read(part);
+Picture readPng(const std::string& path, Request request) {
+    return PngReader(path).read(request);
 }

@@ -121,7 +121,7 @@ void readPixels(const std::string& path, std::FILE* file, const Layout& layout, 
 
 } // namespace
 
-Picture readPnm(const std::string& path, Part part) {
+Picture readPnm(const std::string& path, Request request) {
     const File file = openPicture(path);
     const std::string kind = nextWord(file.get());
     const bool isPfm = kind == "PF" || kind == "Pf";
@@ -133,7 +133,7 @@ Picture readPnm(const std::string& path, Part part) {
     if (std::fabs(scale) != 1) {
         picture.dropped.push_back("scale " + std::to_string(std::fabs(scale)));
     }
-    if (part == Part::Everything) {
+    if (request.pixels) {
         readPixels(path, file.get(), {scale < 0 ? std::endian::little : std::endian::big, isPfm}, picture);
     }
     return picture;

@@ -1,8 +1,6 @@
 // Radiance HDR pictures: pixels of three mantissas and one exponent, plain or with run-length coded planes.
 // No small maintained library reads them.
 
-#include "pictures/radiance.h"
-
 #include "output/failure.h"
 #include "pictures/decoders.h"
 #include "pictures/radiance_header.h"
@@ -16,10 +14,7 @@
 namespace {
 
 constexpr size_t Colours = 3;
-constexpr size_t ExponentPlane = 3;
-
-// The plane of HdrPlanes for each byte of a pixel: red, green, blue, exponent.
-constexpr std::array<size_t, HdrPlanes::Count> PlaneOf = {2, 1, 0, ExponentPlane};
+constexpr size_t Planes = 4; // red, green, blue, exponent
 
 // The run-length form begins each row with 2, 2 and the width; it exists for widths of 8 to 32767.
 bool isRunLengthCoded(ByteSpan bytes, size_t width) {
@@ -47,22 +42,22 @@ void readPlane(ByteSource& source, std::span<unsigned char> plane) {
 
 // A row as four planes. Mantissas are counted in 256ths.
 void readRow(ByteSource& source, std::span<unsigned char> row) {
-    const size_t width = row.size() / PlaneOf.size();
+    const size_t width = row.size() / Planes;
     if (isRunLengthCoded(source.peek(4), width)) {
         source.take(4);
-        for (const size_t plane : PlaneOf) {
+        for (size_t plane = 0; plane < Planes; ++plane) {
             readPlane(source, row.subspan(plane * width, width));
         }
         return;
     }
     for (size_t x = 0; x < width; ++x) {
-        const ByteSpan pixel = source.take(PlaneOf.size());
+        const ByteSpan pixel = source.take(Planes);
         // Three ones are not the colour of a pixel but the repeat mark of an older run-length form.
         if (pixel[0] == 1 && pixel[1] == 1 && pixel[2] == 1) {
             throw Failure(source.path, "expected plain or run-length coded planes, found the old run-length form");
         }
-        for (size_t i = 0; i < PlaneOf.size(); ++i) {
-            row[PlaneOf[i] * width + x] = pixel[i];
+        for (size_t i = 0; i < Planes; ++i) {
+            row[i * width + x] = pixel[i];
         }
     }
 }
@@ -84,13 +79,13 @@ void readPixels(ByteSource& source, const RadianceHeader& header, Picture& pictu
     const auto height = static_cast<size_t>(picture.height);
     std::array<Scale, Colours> scales;
     std::ranges::transform(header.correction, scales.begin(), scaleOf);
-    Bytes planes(PlaneOf.size() * width);
+    Bytes planes(Planes * width);
     std::vector<float> pixels(Colours * width);
     for (size_t row = 0; row < height; ++row) {
         readRow(source, planes);
-        const unsigned char* const exponents = planes.data() + ExponentPlane * width;
+        const unsigned char* const exponents = planes.data() + Colours * width;
         for (size_t colour = 0; colour < Colours; ++colour) {
-            const unsigned char* const mantissas = planes.data() + PlaneOf[colour] * width;
+            const unsigned char* const mantissas = planes.data() + colour * width;
             for (size_t x = 0; x < width; ++x) {
                 pixels[Colours * x + colour] = static_cast<float>(mantissas[x]) * scales[colour][exponents[x]];
             }
@@ -105,46 +100,19 @@ Picture announced(const std::string& path, const RadianceHeader& header) {
     constexpr uint64_t MaxCompression = 64; // two bytes for a run of 127
     Picture picture = announcedPicture(path, header.width, header.height, Colours, Depth::Float32);
     const auto pixels = static_cast<uint64_t>(picture.width) * static_cast<uint64_t>(picture.height);
-    requireFileBytes(path, picture, pixels * PlaneOf.size() / MaxCompression);
+    requireFileBytes(path, picture, pixels * Planes / MaxCompression);
     return picture;
-}
-
-// HdrPlanes counts mantissas in whole numbers.
-unsigned char wholeNumberExponent(unsigned char exponent) {
-    return exponent > 8 ? static_cast<unsigned char>(exponent - 8) : 0;
 }
 
 } // namespace
 
-Picture readRadiance(const std::string& path, Part part) {
+Picture readRadiance(const std::string& path, Request request) {
     ByteSource source(path);
     RadianceHeader header = readRadianceHeader(source);
     Picture picture = announced(path, header);
-    if (part == Part::Everything) {
+    if (request.pixels) {
         readPixels(source, header, picture);
     }
-    picture.profile = std::move(header.profile);
-    picture.dropped = std::move(header.dropped);
+    picture.colours = std::move(header.colours);
     return picture;
-}
-
-std::optional<HdrPlanes> radiancePlanes(const std::string& path) {
-    ByteSource source(path);
-    if (!asText(source.peek(2)).starts_with("#?")) {
-        return std::nullopt;
-    }
-    const RadianceHeader header = readRadianceHeader(source);
-    if (header.isCorrected()) {
-        return std::nullopt;
-    }
-    announced(path, header);
-    const size_t width = static_cast<size_t>(header.width);
-    HdrPlanes planes = {header.width, header.height,
-                        Bytes(HdrPlanes::Count * width * static_cast<size_t>(header.height))};
-    for (auto rest = std::span(planes.bytes); !rest.empty(); rest = rest.subspan(HdrPlanes::Count * width)) {
-        const auto row = rest.first(HdrPlanes::Count * width);
-        readRow(source, row);
-        std::ranges::transform(row.last(width), row.last(width).begin(), wholeNumberExponent);
-    }
-    return planes;
 }

@@ -1,7 +1,6 @@
 #include "pictures/radiance_header.h"
 
 #include "output/failure.h"
-#include "pictures/rgb_profile.h"
 
 #include <algorithm>
 #include <charconv>
@@ -50,12 +49,9 @@ void applyFactors(const std::string& path, const std::string& line, size_t count
 }
 
 void applyPrimaries(const std::string& line, RadianceHeader& header) {
-    const std::vector<double> xy = numbersOf(line);
-    if (xy.size() == 8) {
-        header.profile = linearRgbProfile({{xy[0], xy[1]}, {xy[2], xy[3]}, {xy[4], xy[5]}, {xy[6], xy[7]}});
-    }
-    if (header.profile.empty()) {
-        header.dropped.emplace_back("primaries");
+    header.colours = {.name = "primaries", .primaries = Chromaticities{}};
+    if (const std::vector<double> xy = numbersOf(line); xy.size() == 8) {
+        header.colours->primaries = {{xy[0], xy[1]}, {xy[2], xy[3]}, {xy[4], xy[5]}, {xy[6], xy[7]}};
     }
 }
 

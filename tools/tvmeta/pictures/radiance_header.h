@@ -41,10 +41,7 @@ struct RadianceHeader {
     int32_t height = 0;
     bool isBottomUp = false;
     std::array<double, 3> correction = {1, 1, 1}; // the factors by which the colours were multiplied
-    Bytes profile = {};
-    std::vector<std::string> dropped = {};
-
-    bool isCorrected() const { return correction != std::array<double, 3>{1, 1, 1}; }
+    std::optional<ColourSpace> colours = {};
 };
 
 // Throws Failure if the header is damaged or not supported.

@@ -10,17 +10,73 @@
 
 namespace {
 
-std::string percent(double share) {
+std::string fixedPercent(double share) {
     std::ostringstream text;
     text << std::fixed << std::setprecision(2) << 100 * share << " %";
     return text.str();
 }
 
+std::string number(double value) {
+    std::ostringstream text;
+    text << value + 0.0; // no negative zero
+    return text.str();
+}
+
+// The distance between the ticks of an axis: the smallest of 1, 2, 5, 10, ... times a power of ten that gives at most
+// `maxTicks`.
+double roundStep(double range, double maxTicks) {
+    const double decade = std::pow(10, std::floor(std::log10(range / maxTicks)));
+    for (const double step : {1.0, 2.0, 5.0}) {
+        if (range / (step * decade) <= maxTicks) {
+            return step * decade;
+        }
+    }
+    return 10 * decade;
+}
+
+// The axis of the shares, from `low` to `high`, both with a tick.
+class ShareAxis {
+  public:
+    ShareAxis(const std::vector<double>& shares, Scale kind) : scale(kind), high(std::ranges::max(shares)) {
+        constexpr double MaxSteps = 5;
+        if (scale == Scale::Linear) {
+            const double step = roundStep(high, MaxSteps);
+            high = std::ceil(high / step) * step;
+            for (double tick = 0; tick < high + step / 2; tick += step) {
+                ticks.push_back(tick);
+            }
+            return;
+        }
+        double least = high;
+        for (const double share : shares) {
+            least = share > 0 ? std::min(least, share) : least;
+        }
+        low = std::ceil(std::log10(least)) - 1; // below every share
+        high = std::ceil(std::log10(high));
+        for (double decade = low; decade <= high; ++decade) {
+            ticks.push_back(std::pow(10, decade));
+        }
+    }
+
+    const std::vector<double>& positions() const { return ticks; }
+
+    // 0 at the low end of the axis to 1 at the high one; no share is at the low end.
+    double place(double share) const {
+        return share <= 0 ? 0 : ((scale == Scale::Linear ? share : std::log10(share)) - low) / (high - low);
+    }
+
+  private:
+    Scale scale;
+    double low = 0; // of a logarithmic axis, both are exponents of ten
+    double high;
+    std::vector<double> ticks;
+};
+
 // A bar of eighths of a column. Where there is a pixel, there is a bar.
-std::string bar(double share, double largest, int columns) {
+std::string bar(double place, int columns) {
     constexpr std::array Eighths = {"", "▏", "▎", "▍", "▌", "▋", "▊", "▉"};
-    const auto length = static_cast<int>(std::lround(share / largest * columns * 8));
-    const int eighths = share > 0 ? std::max(length, 1) : 0;
+    const auto length = static_cast<int>(std::lround(place * columns * 8));
+    const int eighths = place > 0 ? std::max(length, 1) : 0;
     std::string text;
     for (int i = 0; i < eighths / 8; ++i) {
         text += "█";
@@ -38,12 +94,13 @@ struct Plot {
     static constexpr double Bottom = 60;
 
     const StopHistogram& histogram;
-    double largest;
+    ShareAxis axis;
 
+    double end() const { return histogram.start + static_cast<double>(histogram.shares.size()) * histogram.step; }
     double x(double stops) const {
-        return Left + (stops - histogram.start) / -histogram.start * (Width - Left - Right);
+        return Left + (stops - histogram.start) / (end() - histogram.start) * (Width - Left - Right);
     }
-    double y(double share) const { return Height - Bottom - share / largest * (Height - Top - Bottom); }
+    double y(double share) const { return Height - Bottom - axis.place(share) * (Height - Top - Bottom); }
 };
 
 constexpr const char* PlotStyle = R"(<style>
@@ -51,18 +108,16 @@ svg { --ink: #1c1c1c; --paper: #fff; --line: #d0d0d0; --bar: #3f6fb5; --mark: #b
 @media (prefers-color-scheme: dark) {
   svg { --ink: #ececec; --paper: #161616; --line: #444; --bar: #7aa7e8; --mark: #ff9d57; }
 }
-rect { fill: var(--paper); }
+.paper { fill: var(--paper); }
 text { fill: var(--ink); font: 13px system-ui, sans-serif; text-anchor: middle; }
 .title { font-size: 17px; text-anchor: start; }
 .share { text-anchor: end; }
 .line { stroke: var(--line); }
-.bars { fill: var(--bar); }
+.bar { fill: var(--bar); }
 .mark { stroke: var(--mark); stroke-dasharray: 4 3; }
 .label { fill: var(--mark); }
 </style>
 )";
-
-constexpr double MaxTicks = 20;
 
 void drawLine(std::ostream& svg, const char* name, double x1, double y1, double x2, double y2) {
     svg << "<line class=\"" << name << "\" x1=\"" << x1 << "\" y1=\"" << y1 << "\" x2=\"" << x2 << "\" y2=\"" << y2
@@ -74,33 +129,36 @@ void drawText(std::ostream& svg, const char* name, double x, double y, const std
 }
 
 void drawAxes(std::ostream& svg, const Plot& plot) {
-    for (const double part : {0.0, 0.5, 1.0}) {
-        const double y = plot.y(part * plot.largest);
+    constexpr double MaxTicks = 20;
+    const double bottom = Plot::Height - Plot::Bottom;
+    for (const double share : plot.axis.positions()) {
+        const double y = share == plot.axis.positions().front() ? bottom : plot.y(share);
         drawLine(svg, "line", Plot::Left, y, Plot::Width - Plot::Right, y);
-        drawText(svg, "share", Plot::Left - 8, y + 4, percent(part * plot.largest));
+        drawText(svg, "share", Plot::Left - 8, y + 4, number(100 * share) + " %");
     }
-    const double step = tickStep(-plot.histogram.start, MaxTicks);
-    for (double stops = 0; stops >= plot.histogram.start; stops -= step) {
-        drawLine(svg, "line", plot.x(stops), plot.y(0), plot.x(stops), plot.y(0) + 6);
-        std::ostringstream label;
-        label << stops + 0.0;
-        drawText(svg, "tick", plot.x(stops), plot.y(0) + 21, label.str());
+    const double step = std::max(roundStep(plot.end() - plot.histogram.start, MaxTicks), 1.0);
+    for (double stops = std::ceil(plot.histogram.start / step) * step; stops <= plot.end(); stops += step) {
+        drawLine(svg, "line", plot.x(stops), bottom, plot.x(stops), bottom + 6);
+        drawText(svg, "tick", plot.x(stops), bottom + 21, number(stops));
     }
-    std::ostringstream words;
-    words << "stops from the maximum; pixels above zero in each " << plot.histogram.step << " stops";
-    drawText(svg, "axis", (Plot::Left + Plot::Width - Plot::Right) / 2, Plot::Height - 12, words.str());
+    drawText(svg, "axis", (Plot::Left + Plot::Width - Plot::Right) / 2, Plot::Height - 12,
+             "stops from the 99.9 % percentile; share of the pixels above zero in each " +
+                 (plot.histogram.step > 1 ? number(plot.histogram.step) + " stops" : std::string("stop")));
 }
 
 void drawBars(std::ostream& svg, const Plot& plot) {
-    svg << "<path class=\"bars\" d=\"";
+    constexpr double Gap = 1;
     for (size_t i = 0; i < plot.histogram.shares.size(); ++i) {
-        if (plot.histogram.shares[i] > 0) {
-            const double stops = plot.histogram.start + static_cast<double>(i) * plot.histogram.step;
-            svg << "M" << plot.x(stops) << " " << plot.y(0) << "V" << plot.y(plot.histogram.shares[i]) << "H"
-                << plot.x(stops + plot.histogram.step) << "V" << plot.y(0) << "Z";
+        const double share = plot.histogram.shares[i];
+        const double start = plot.histogram.start + static_cast<double>(i) * plot.histogram.step;
+        const double end = start + plot.histogram.step;
+        if (share > 0) {
+            svg << "<rect class=\"bar\" x=\"" << plot.x(start) << "\" y=\"" << plot.y(share) << "\" width=\""
+                << std::max(plot.x(end) - plot.x(start) - Gap, Gap) << "\" height=\""
+                << Plot::Height - Plot::Bottom - plot.y(share) << "\"><title>" << number(start) << " to " << number(end)
+                << " stops: " << fixedPercent(share) << "</title></rect>\n";
         }
     }
-    svg << "\"/>\n";
 }
 
 // Labels of adjacent marks are below each other, so that near ones do not overlap.
@@ -109,55 +167,59 @@ void drawMarks(std::ostream& svg, const Plot& plot, std::span<const PlotMark> ma
     for (size_t i = 0; i < marks.size(); ++i) {
         const double x = plot.x(marks[i].stops);
         const double y = 46 + 15 * static_cast<double>(i % Rows);
-        drawLine(svg, "mark", x, y + 3, x, plot.y(0));
+        drawLine(svg, "mark", x, y + 3, x, Plot::Height - Plot::Bottom);
         drawText(svg, "label", std::clamp(x, Plot::Left, Plot::Width - 40), y, marks[i].label);
     }
 }
 
 } // namespace
 
-StopHistogram stopHistogram(std::span<const LuminanceHistogram::Bin> luminances, double step, size_t maxBins) {
-    const double maximum = luminances.back().luminance;
-    const double range = std::log2(maximum / luminances.front().luminance);
-    while (range / step > static_cast<double>(maxBins)) {
-        step *= 2;
+StopHistogram stopHistogram(std::span<const float> luminances, double reference, size_t maxBins) {
+    const auto stopsOf = [reference](float luminance) { return std::log2(double{luminance} / reference); };
+    const auto [least, largest] = std::ranges::minmax(luminances);
+    const double lowest = stopsOf(least), highest = stopsOf(largest);
+    StopHistogram histogram;
+    while ((highest - lowest) / histogram.step > static_cast<double>(maxBins) - 1) {
+        histogram.step *= 2;
     }
-    const double bins = std::max(std::ceil(range / step), 1.0);
-    StopHistogram histogram = {-bins * step, step, std::vector<double>(static_cast<size_t>(bins))};
-    double pixels = 0;
-    for (const LuminanceHistogram::Bin& bin : luminances) {
-        const double fromStart = std::log2(bin.luminance / maximum) - histogram.start;
-        const double index = std::clamp(std::floor(fromStart / step), 0.0, bins - 1);
-        histogram.shares[static_cast<size_t>(index)] += static_cast<double>(bin.pixels);
-        pixels += static_cast<double>(bin.pixels);
+    const auto binOf = [&histogram](double stops) { return std::ceil(stops / histogram.step) - 1; };
+    const double first = binOf(lowest);
+    histogram.start = first * histogram.step;
+    histogram.shares.resize(static_cast<size_t>(binOf(highest) - first) + 1);
+    for (const float luminance : luminances) {
+        histogram.shares[static_cast<size_t>(binOf(stopsOf(luminance)) - first)] += 1;
     }
-    std::ranges::for_each(histogram.shares, [&](double& share) { share /= pixels; });
+    for (double& share : histogram.shares) {
+        share /= static_cast<double>(luminances.size());
+    }
     return histogram;
 }
 
-std::string histogramBars(const StopHistogram& histogram, int width) {
+std::string histogramBars(const StopHistogram& histogram, Scale scale, int width) {
     constexpr int LabelWidth = 5;
     constexpr int PercentWidth = 9;
     const int columns = std::max(width - 2 * LabelWidth - PercentWidth - 5, 1);
-    const double largest = std::ranges::max(histogram.shares);
+    const ShareAxis axis(histogram.shares, scale);
+    const double longest = axis.place(std::ranges::max(histogram.shares));
     std::ostringstream text;
     for (size_t i = 0; i < histogram.shares.size(); ++i) {
         const double stops = histogram.start + static_cast<double>(i) * histogram.step;
         text << std::setw(LabelWidth) << stops << " to " << std::setw(LabelWidth - 1) << stops + histogram.step << " "
-             << bar(histogram.shares[i], largest, columns) << std::setw(PercentWidth + 1)
-             << percent(histogram.shares[i]) << "\n";
+             << bar(axis.place(histogram.shares[i]) / longest, columns) << std::setw(PercentWidth + 1)
+             << fixedPercent(histogram.shares[i]) << "\n";
     }
     return text.str();
 }
 
-std::string histogramPlot(const StopHistogram& histogram, const std::string& title, std::span<const PlotMark> marks) {
-    const Plot plot = {histogram, std::ranges::max(histogram.shares)};
+std::string histogramPlot(const StopHistogram& histogram, Scale scale, const std::string& title,
+                          std::span<const PlotMark> marks) {
+    const Plot plot = {histogram, ShareAxis(histogram.shares, scale)};
     std::ostringstream svg;
     svg << "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " << Plot::Width << " " << Plot::Height
         << "\" width=\"" << Plot::Width << "\" height=\"" << Plot::Height
         << "\" role=\"img\" aria-labelledby=\"title\">\n<title id=\"title\">" << markup(title)
-        << ": luminance in stops from the maximum</title>\n"
-        << PlotStyle << "<rect width=\"100%\" height=\"100%\"/>\n";
+        << ": luminance in stops from the 99.9 % percentile</title>\n"
+        << PlotStyle << "<rect class=\"paper\" width=\"100%\" height=\"100%\"/>\n";
     drawText(svg, "title", 20, 26, title);
     drawAxes(svg, plot);
     drawBars(svg, plot);

@@ -1,4 +1,4 @@
-// TIFF pictures, through libtiff: the first one of a file.
+// TIFF pictures, through libtiff: the first one of a file that is not a reduced copy of another.
 
 #include "output/failure.h"
 #include "pictures/decoders.h"
@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -59,7 +60,7 @@ struct Layout {
 class TiffReader {
   public:
     explicit TiffReader(const std::string& name);
-    Picture read(Part part);
+    Picture read(Request request);
 
   private:
     template <typename Value>
@@ -75,6 +76,8 @@ class TiffReader {
         }
     }
 
+    bool isCopy() const;
+    void findPage();
     void readLayout();
     int32_t colours();
     Depth depth() const;
@@ -87,10 +90,12 @@ class TiffReader {
     void copyPixels(const unsigned char* from, Picture& picture, size_t x, size_t y, size_t count, uint16_t plane);
 
     void takeProfile(Picture& picture) const;
+    void takeResolution(Picture& picture) const;
     void noteRest(Picture& picture) const;
 
     const std::string& path;
     Report report;
+    bool hasMorePages = false;
     std::unique_ptr<TIFF, TiffCloser> tiff;
     Layout layout;
 };
@@ -103,7 +108,34 @@ TiffReader::TiffReader(const std::string& name) : path(name) {
     tiff.reset(
         TIFFOpenExt(path.c_str(), "rm", options.get())); // m: no memory mapping, whose pages would count as memory
     require(tiff != nullptr);
+    findPage();
     readLayout();
+}
+
+bool TiffReader::isCopy() const {
+    return field<uint16_t>(TIFFTAG_OSUBFILETYPE, 0) == OFILETYPE_REDUCEDIMAGE ||
+           (field<uint32_t>(TIFFTAG_SUBFILETYPE, 0) & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK)) != 0;
+}
+
+// Goes to the first page that is not a reduced copy or a mask; the picture of a reduced first page can be below it. A
+// file of such pages alone has its picture in the first.
+void TiffReader::findPage() {
+    constexpr tdir_t MaxPages = 1000;
+    uint16_t children = 0;
+    const uint64_t* offsets = nullptr;
+    const bool hasChildren = TIFFGetField(tiff.get(), TIFFTAG_SUBIFD, &children, &offsets) == 1 && offsets != nullptr;
+    const std::vector<uint64_t> below(offsets, offsets + (hasChildren ? children : 0));
+    tdir_t page = 0, count = isCopy() ? 0 : 1;
+    for (tdir_t next = 1; next < MaxPages && count < 2 && TIFFReadDirectory(tiff.get()) != 0; ++next) {
+        if (!isCopy() && count++ == 0) {
+            page = next;
+        }
+    }
+    hasMorePages = count > 1;
+    const auto isFull = [this](uint64_t offset) { return TIFFSetSubDirectory(tiff.get(), offset) != 0 && !isCopy(); };
+    const bool isBelow = count == 0 && std::ranges::any_of(below, isFull);
+    report = {};
+    require(isBelow || TIFFSetDirectory(tiff.get(), page) != 0);
 }
 
 void TiffReader::fail() const {
@@ -299,6 +331,14 @@ void TiffReader::takeProfile(Picture& picture) const {
     }
 }
 
+void TiffReader::takeResolution(Picture& picture) const {
+    const auto unit = field<uint16_t>(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+    if (unit == RESUNIT_INCH || unit == RESUNIT_CENTIMETER) {
+        ::takeResolution(picture, field<float>(TIFFTAG_XRESOLUTION, 0), field<float>(TIFFTAG_YRESOLUTION, 0),
+                         unit == RESUNIT_INCH ? 1 : 1 / 2.54);
+    }
+}
+
 void TiffReader::noteRest(Picture& picture) const {
     const int extra = layout.samples - colourChannels(picture);
     uint16_t count = 0;
@@ -310,7 +350,7 @@ void TiffReader::noteRest(Picture& picture) const {
     } else if (extra > 0) {
         picture.dropped.push_back(std::to_string(extra) + " more " + (extra == 1 ? "channel" : "channels"));
     }
-    if (TIFFLastDirectory(tiff.get()) == 0) {
+    if (hasMorePages) {
         picture.dropped.emplace_back("further pages");
     }
     if (report.ignoredTag) {
@@ -333,15 +373,16 @@ void TiffReader::noteRest(Picture& picture) const {
     }
 }
 
-Picture TiffReader::read(Part part) {
+Picture TiffReader::read(Request request) {
     Picture picture = announced();
     uint16_t code = 0;
     if (TIFFGetField(tiff.get(), TIFFTAG_ORIENTATION, &code) == 1 && code >= 1 && code <= 8) {
         picture.orientation = code;
     }
     takeProfile(picture);
+    takeResolution(picture);
     noteRest(picture);
-    if (part == Part::Everything) {
+    if (request.pixels) {
         readPixels(picture);
     }
     return picture;
@@ -349,6 +390,6 @@ Picture TiffReader::read(Part part) {
 
 } // namespace
 
-Picture readTiff(const std::string& path, Part part) {
-    return TiffReader(path).read(part);
+Picture readTiff(const std::string& path, Request request) {
+    return TiffReader(path).read(request);
 }

@@ -1,0 +1,161 @@
+#include "pictures/gain_map.h"
+
+#include "system/files.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <span>
+#include <string_view>
+
+namespace {
+
+using Channel = GainMap::Channel;
+
+// The text of an attribute or element of the packet: <hdrgm:Gamma>2</hdrgm:Gamma> or hdrgm:Gamma="2".
+std::string_view propertyOf(std::string_view packet, const std::string& name) {
+    const std::string key = "hdrgm:" + name;
+    const size_t place = packet.find(key);
+    if (place == std::string_view::npos || place + key.size() == packet.size()) {
+        return {};
+    }
+    const std::string_view rest = packet.substr(place + key.size());
+    const bool isElement = rest.starts_with('>');
+    const size_t first = isElement ? 1 : std::min(rest.find_first_of("\"'"), rest.size() - 1) + 1;
+    return rest.substr(first, isElement ? rest.find("</" + key) - 1 : rest.find(rest[first - 1], first) - first);
+}
+
+// One number, or a list of three in elements <rdf:li>.
+std::optional<std::array<double, 3>> numbersOf(std::string_view text) {
+    std::array<double, 3> numbers = {};
+    size_t count = 0;
+    while (!text.empty() && count < numbers.size()) {
+        const bool isElement = text.starts_with('<');
+        const size_t length = isElement ? std::min(text.find('>'), text.size() - 1) + 1 : text.find_first_of("<, \n\t");
+        const std::string_view word = text.substr(0, length);
+        const char* const end = word.data() + word.size();
+        if (!isElement && std::from_chars(word.data(), end, numbers[count]).ec == std::errc()) {
+            ++count;
+        }
+        text.remove_prefix(std::min(std::max<size_t>(word.size(), 1), text.size()));
+    }
+    if (count == 1) {
+        numbers.fill(numbers[0]);
+    }
+    return count == 1 || count == 3 ? std::optional(numbers) : std::nullopt;
+}
+
+std::optional<GainMap> fromPacket(std::string_view packet) {
+    constexpr std::pair<const char*, double Channel::*> Properties[] = {{"GainMapMin", &Channel::minimum},
+                                                                        {"GainMapMax", &Channel::maximum},
+                                                                        {"Gamma", &Channel::gamma},
+                                                                        {"OffsetSDR", &Channel::baseOffset},
+                                                                        {"OffsetHDR", &Channel::offset}};
+    GainMap map;
+    if (!numbersOf(propertyOf(packet, "GainMapMax"))) {
+        return std::nullopt;
+    }
+    for (const auto& [name, member] : Properties) {
+        if (const auto numbers = numbersOf(propertyOf(packet, name))) {
+            for (size_t i = 0; i < numbers->size(); ++i) {
+                map.channels[i].*member = (*numbers)[i];
+            }
+        }
+    }
+    map.isForStandardRange = propertyOf(packet, "BaseRenditionIsHDR") == "True";
+    return map;
+}
+
+// Fractions of two big-endian numbers of 32 bits, after 4 bytes of versions and the flags (ISO 21496-1, annex C). The
+// first two are the headrooms.
+std::optional<GainMap> fromBlock(std::span<const unsigned char> block) {
+    constexpr size_t Start = 5, FractionSize = 8, Headrooms = 2, ChannelFractions = 5;
+    const size_t channels = block.size() > Start && (block[4] & 0x80) != 0 ? 3 : 1;
+    if (block.size() < Start + FractionSize * (Headrooms + ChannelFractions * channels)) {
+        return std::nullopt;
+    }
+    const auto fraction = [&block](size_t index) {
+        const auto number = [&](size_t place) {
+            return uint32_t{block[place]} << 24 | uint32_t{block[place + 1]} << 16 | uint32_t{block[place + 2]} << 8 |
+                   block[place + 3];
+        };
+        const size_t place = Start + FractionSize * index;
+        return static_cast<double>(static_cast<int32_t>(number(place))) / std::max(number(place + 4), 1U);
+    };
+    GainMap map;
+    for (size_t i = 0; i < map.channels.size(); ++i) {
+        const size_t first = Headrooms + ChannelFractions * (channels == 1 ? 0 : i);
+        map.channels[i] = {fraction(first), fraction(first + 1), fraction(first + 2), fraction(first + 3),
+                           fraction(first + 4)};
+    }
+    map.isForStandardRange = fraction(0) > fraction(1);
+    return map;
+}
+
+// The description in the segments of the JPEG at the start of these bytes.
+std::optional<GainMap> describedIn(std::span<const unsigned char> jpeg) {
+    constexpr unsigned char App1 = 0xE1, App2 = 0xE2, StartOfScan = 0xDA;
+    constexpr std::string_view Block("urn:iso:std:iso:ts:21496:-1\0", 28);
+    constexpr int MaxSegments = 100;
+    std::optional<GainMap> map;
+    size_t place = 2;
+    for (int i = 0; i < MaxSegments && jpeg.size() - place >= 4 && jpeg[place] == 0xFF; ++i) {
+        const unsigned char marker = jpeg[place + 1];
+        const size_t length = size_t{jpeg[place + 2]} << 8 | jpeg[place + 3];
+        if (marker == StartOfScan || length < 2 || length > jpeg.size() - place - 2) {
+            break;
+        }
+        const auto content = jpeg.subspan(place + 4, length - 2);
+        if (marker == App2 && asText(content).starts_with(Block)) {
+            if (const auto found = fromBlock(content.subspan(Block.size()))) {
+                return found;
+            }
+        } else if (marker == App1 && !map) {
+            map = fromPacket(asText(content));
+        }
+        place += 2 + length;
+    }
+    return map;
+}
+
+bool isUsable(const Channel& channel) {
+    constexpr double MaxStops = 100;
+    return channel.gamma > 0 && std::isfinite(channel.gamma) && std::fabs(channel.minimum) <= MaxStops &&
+           std::fabs(channel.maximum) <= MaxStops && std::isfinite(channel.baseOffset) && std::isfinite(channel.offset);
+}
+
+} // namespace
+
+float GainMap::Channel::apply(float base, float sample) const {
+    const double share = gamma == 1 ? double{sample} : std::pow(double{sample}, 1 / gamma);
+    return static_cast<float>((double{base} + baseOffset) * std::exp2(minimum + (maximum - minimum) * share) - offset);
+}
+
+std::string GainMap::name() const {
+    std::array<char, 40> text;
+    std::snprintf(text.data(), text.size(), "gain map, %+.1f stops",
+                  std::ranges::max(channels, {}, &Channel::maximum).maximum);
+    return text.data();
+}
+
+// The second JPEG is found by its first bytes, which the coded pixels of the first cannot contain. Blocks of metadata
+// can, with previews.
+std::optional<GainMap> findGainMap(const std::string& path) {
+    constexpr std::string_view JpegStart = "\xFF\xD8\xFF";
+    constexpr int MaxPictures = 32;
+    const Bytes file = readFile(path);
+    size_t place = 0;
+    for (int i = 0; i < MaxPictures; ++i) {
+        place = asText(file).find(JpegStart, place + 1);
+        if (place == std::string_view::npos) {
+            break;
+        }
+        std::optional<GainMap> map = describedIn(std::span(file).subspan(place));
+        if (map && std::ranges::all_of(map->channels, isUsable)) {
+            map->place = static_cast<int64_t>(place);
+            return map;
+        }
+    }
+    return std::nullopt;
+}
