@@ -26,19 +26,15 @@ std::string_view propertyOf(std::string_view packet, const std::string& name) {
     return rest.substr(first, isElement ? rest.find("</" + key) - 1 : rest.find(rest[first - 1], first) - first);
 }
 
-// One number, or a list of three in elements <rdf:li>.
+// One number, or three in elements without digits in their names.
 std::optional<std::array<double, 3>> numbersOf(std::string_view text) {
     std::array<double, 3> numbers = {};
     size_t count = 0;
-    while (!text.empty() && count < numbers.size()) {
-        const bool isElement = text.starts_with('<');
-        const size_t length = isElement ? std::min(text.find('>'), text.size() - 1) + 1 : text.find_first_of("<, \n\t");
-        const std::string_view word = text.substr(0, length);
-        const char* const end = word.data() + word.size();
-        if (!isElement && std::from_chars(word.data(), end, numbers[count]).ec == std::errc()) {
-            ++count;
-        }
-        text.remove_prefix(std::min(std::max<size_t>(word.size(), 1), text.size()));
+    const char* const end = text.data() + text.size();
+    for (const char* place = text.data(); place != end && count < numbers.size();) {
+        const auto [next, error] = std::from_chars(place, end, numbers[count]);
+        count += error == std::errc() ? 1 : 0;
+        place = error == std::errc() ? next : place + 1;
     }
     if (count == 1) {
         numbers.fill(numbers[0]);
@@ -52,18 +48,16 @@ std::optional<GainMap> fromPacket(std::string_view packet) {
                                                                         {"Gamma", &Channel::gamma},
                                                                         {"OffsetSDR", &Channel::baseOffset},
                                                                         {"OffsetHDR", &Channel::offset}};
-    GainMap map;
     if (!numbersOf(propertyOf(packet, "GainMapMax"))) {
         return std::nullopt;
     }
+    GainMap map = {.isForStandardRange = propertyOf(packet, "BaseRenditionIsHDR") == "True"};
     for (const auto& [name, member] : Properties) {
-        if (const auto numbers = numbersOf(propertyOf(packet, name))) {
-            for (size_t i = 0; i < numbers->size(); ++i) {
-                map.channels[i].*member = (*numbers)[i];
-            }
+        const auto numbers = numbersOf(propertyOf(packet, name));
+        for (size_t i = 0; i < map.channels.size() && numbers; ++i) {
+            map.channels[i].*member = (*numbers)[i];
         }
     }
-    map.isForStandardRange = propertyOf(packet, "BaseRenditionIsHDR") == "True";
     return map;
 }
 
@@ -139,11 +133,18 @@ std::string GainMap::name() const {
     return text.data();
 }
 
-// The second JPEG is found by its first bytes, which the coded pixels of the first cannot contain. Blocks of metadata
-// can, with previews.
+// The first JPEG announces the second one. That is found by its first bytes, which coded pixels cannot contain; blocks
+// of metadata can, with previews.
 std::optional<GainMap> findGainMap(const std::string& path) {
+    constexpr size_t MaxHeader = size_t{1} << 18;
+    constexpr std::string_view Announcements[] = {"hdrgm:", "ts:21496:-1", {"MPF\0", 4}};
     constexpr std::string_view JpegStart = "\xFF\xD8\xFF";
     constexpr int MaxPictures = 32;
+    const Bytes header = readStart(path, MaxHeader);
+    if (std::ranges::none_of(Announcements,
+                             [&](std::string_view text) { return asText(header).find(text) != text.npos; })) {
+        return std::nullopt;
+    }
     const Bytes file = readFile(path);
     size_t place = 0;
     for (int i = 0; i < MaxPictures; ++i) {
