@@ -121,10 +121,11 @@ bool TiffReader::isCopy() const {
 // file of such pages alone has its picture in the first.
 void TiffReader::findPage() {
     constexpr tdir_t MaxPages = 1000;
+    constexpr uint16_t MaxChildren = 16;
     uint16_t children = 0;
     const uint64_t* offsets = nullptr;
     const bool hasChildren = TIFFGetField(tiff.get(), TIFFTAG_SUBIFD, &children, &offsets) == 1 && offsets != nullptr;
-    const std::vector<uint64_t> below(offsets, offsets + (hasChildren ? children : 0));
+    const std::vector<uint64_t> below(offsets, offsets + (hasChildren ? std::min(children, MaxChildren) : 0));
     tdir_t page = 0, count = isCopy() ? 0 : 1;
     for (tdir_t next = 1; next < MaxPages && count < 2 && TIFFReadDirectory(tiff.get()) != 0; ++next) {
         if (!isCopy() && count++ == 0) {
