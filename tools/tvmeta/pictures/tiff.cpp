@@ -28,18 +28,25 @@ struct OptionsFreer {
 struct Report {
     std::array<char, 200> reason = {};
     bool ignoredTag = false;
+
+    void add(const char* format, std::va_list arguments) {
+        if (reason.front() == 0) {
+            std::vsnprintf(reason.data(), reason.size(), format, arguments);
+        }
+    }
 };
 
 int onError(TIFF*, void* data, const char*, const char* format, std::va_list arguments) {
-    auto& reason = static_cast<Report*>(data)->reason;
-    if (reason.front() == 0) {
-        std::vsnprintf(reason.data(), reason.size(), format, arguments);
-    }
+    static_cast<Report*>(data)->add(format, arguments);
     return 1; // handled
 }
 
-int onWarning(TIFF*, void* data, const char*, const char* format, std::va_list) {
+// The JPEG library warns of pixels that it has invented.
+int onWarning(TIFF*, void* data, const char* module, const char* format, std::va_list arguments) {
     auto* const report = static_cast<Report*>(data);
+    if (module != nullptr && std::strcmp(module, "JPEGLib") == 0) {
+        report->add(format, arguments);
+    }
     report->ignoredTag = report->ignoredTag || std::strstr(format, "tag ignored") != nullptr;
     return 1;
 }
@@ -315,6 +322,7 @@ void TiffReader::readPixels(Picture& picture) {
             readRows(picture, plane);
         }
     }
+    require(report.reason.front() == 0);
     if (layout.photometric == PHOTOMETRIC_MINISWHITE) {
         invert(picture);
     }
