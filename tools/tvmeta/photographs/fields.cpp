@@ -3,6 +3,7 @@
 #include "output/failure.h"
 #include "output/suggestion.h"
 #include "output/text.h"
+#include "pictures/gain_map.h"
 
 #include <algorithm>
 #include <array>
@@ -158,6 +159,12 @@ Value secondsSinceFirst(const Shot& shot) {
     return (*shot.photo.taken - *shot.first).count();
 }
 
+Value gainMap(const Shot& shot) {
+    const bool isJpeg = shot.photo.record.format == TVMETA_FORMAT_JPEG;
+    const std::optional<GainMap> map = isJpeg ? findGainMap(shot.photo.path) : std::nullopt;
+    return map ? Value(map->stops()) : Value();
+}
+
 using P = tvmeta_Photo;
 using Kind = Field::Kind;
 constexpr auto Fields = std::to_array<Field>({
@@ -218,6 +225,7 @@ constexpr auto Fields = std::to_array<Field>({
     {"iptcOffset", "IPTC offset", "IPTC offset", offsetOf<TVMETA_IPTC>},
     {"xmpLength", "XMP length", "XMP length", lengthOf<TVMETA_XMP>, " bytes"},
     {"xmpOffset", "XMP offset", "XMP offset", offsetOf<TVMETA_XMP>},
+    {"gainMap", "Gain map", "Gain map", gainMap, " stops", biasWords},
     {"secondsSinceFirst", "Since the first", "Since first", secondsSinceFirst, " s"},
 });
 

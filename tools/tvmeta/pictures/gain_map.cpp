@@ -126,10 +126,13 @@ float GainMap::Channel::apply(float base, float sample) const {
     return static_cast<float>((double{base} + baseOffset) * std::exp2(minimum + (maximum - minimum) * share) - offset);
 }
 
+double GainMap::stops() const {
+    return std::round(10 * std::ranges::max(channels, {}, &Channel::maximum).maximum) / 10;
+}
+
 std::string GainMap::name() const {
     std::array<char, 40> text;
-    std::snprintf(text.data(), text.size(), "gain map, %+.1f stops",
-                  std::ranges::max(channels, {}, &Channel::maximum).maximum);
+    std::snprintf(text.data(), text.size(), "gain map, %+.1f stops", stops());
     return text.data();
 }
 

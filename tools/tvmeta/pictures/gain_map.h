@@ -25,8 +25,8 @@ struct GainMap {
     std::array<Channel, 3> channels = {}; // of red, green and blue
     bool isForStandardRange = false;      // the base has the greater range, and the map takes it away
 
-    // "gain map, +2.3 stops"
-    std::string name() const;
+    double stops() const;     // the largest gain, to tenths
+    std::string name() const; // "gain map, +2.3 stops"
 };
 
 // Empty for a file without one, or with one whose description is damaged.
