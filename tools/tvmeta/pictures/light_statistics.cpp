@@ -110,7 +110,8 @@ uint64_t clippedPixels(const Picture& picture, const Brightest& brightest, uint6
     return clipped;
 }
 
-// Numbers above zero are in the order of their bits, so the first 16 bits lead to the few among which to search.
+// Numbers above zero are in the order of their bits. Groups with equal first 16 bits are counted; only the members of
+// those that contain a percentile are searched.
 void findPercentiles(LightStatistics& statistics) {
     constexpr size_t Groups = size_t{1} << 16;
     const auto groupOf = [](float luminance) { return std::bit_cast<uint32_t>(luminance) >> 16; };
@@ -118,17 +119,25 @@ void findPercentiles(LightStatistics& statistics) {
     for (const float luminance : statistics.luminances) {
         ++counts[groupOf(luminance)];
     }
-    for (size_t i = 0; i < statistics.percentiles.size(); ++i) {
+    std::vector<char> isSearched(Groups);
+    std::array<uint64_t, LightStatistics::Percentiles.size()> places = {}; // among the members
+    uint64_t before = 0, skipped = 0;
+    size_t group = 0;
+    for (size_t i = 0; i < places.size(); ++i) {
         const auto thousandths = static_cast<uint64_t>(LightStatistics::Percentiles[i]);
-        uint64_t rank = (statistics.lit * thousandths + 999) / 1000 - 1;
-        size_t group = 0;
-        while (rank >= counts[group]) {
-            rank -= counts[group++];
+        const uint64_t rank = (statistics.lit * thousandths + 999) / 1000 - 1;
+        for (; rank - before >= counts[group]; ++group) {
+            before += counts[group];
+            skipped += isSearched[group] == 0 ? counts[group] : 0;
         }
-        std::vector<float> members;
-        std::ranges::copy_if(statistics.luminances, std::back_inserter(members),
-                             [&](float luminance) { return groupOf(luminance) == group; });
-        const auto place = members.begin() + static_cast<std::ptrdiff_t>(rank);
+        isSearched[group] = 1;
+        places[i] = rank - skipped;
+    }
+    std::vector<float> members;
+    std::ranges::copy_if(statistics.luminances, std::back_inserter(members),
+                         [&](float luminance) { return isSearched[groupOf(luminance)] != 0; });
+    for (size_t i = 0; i < places.size(); ++i) {
+        const auto place = members.begin() + static_cast<std::ptrdiff_t>(places[i]);
         std::ranges::nth_element(members, place);
         statistics.percentiles[i] = double{*place};
     }
