@@ -226,7 +226,11 @@ std::vector<Option> bracketOptions(BracketOptions& options) {
     constexpr double MaxGap = 86400;
     constexpr double MaxCount = 100;
     return {
-        {.names = {"PATH"}, .target = &options.names, .help = "Photographs; with -r also folders", .isRequired = true},
+        {.names = {"PATH"},
+         .target = &options.names,
+         .help = "Photographs; with -r also folders",
+         .isRequired = true,
+         .isFileList = true},
         {.names = {"-r", "--recursive"},
          .target = &options.recursive,
          .help = "Read the photographs in folders and subfolders"},

@@ -1,6 +1,7 @@
 // tvmeta info: the records of photographs, as a list, a table, JSON or CSV.
 
 #include "commands/commands.h"
+#include "commands/completion.h"
 #include "output/csv.h"
 #include "output/failure.h"
 #include "output/json.h"
@@ -238,7 +239,8 @@ Command infoCommand() {
                 {.names = {"FILE"},
                  .target = &options->names,
                  .help = "Photographs; with -r also folders",
-                 .isRequired = true},
+                 .isRequired = true,
+                 .isFileList = true},
                 {.names = {"-r", "--recursive"},
                  .target = &options->recursive,
                  .help = "Read the photographs in folders and subfolders"},
@@ -255,16 +257,19 @@ Command infoCommand() {
                  .target = &options->fields,
                  .help = "Fields to show, from the list below",
                  .value = "NAME,...",
-                 .separator = ','},
+                 .separator = ',',
+                 .suggest = suggestFields},
                 {.names = {"--sort"},
                  .target = &options->sort,
                  .help = "Sort by a field (-NAME: descending)\ninstead of capture time",
-                 .value = "NAME"},
+                 .value = "NAME",
+                 .suggest = suggestOrder},
                 {.names = {"--filter"},
                  .target = &options->conditions,
                  .help = "Show photographs that meet all conditions with\n=, !=, <, <=, > or >=, such as "
                          "'isoSpeed>800'",
-                 .value = "CONDITION"},
+                 .value = "CONDITION",
+                 .suggest = suggestFields},
             },
         .footer = "One photograph is shown as a list, several as a table by capture time\n"
                   "that fits the terminal. Fields without a value are omitted.\n\n" +

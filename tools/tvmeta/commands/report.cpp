@@ -7,38 +7,34 @@
 #include "output/text.h"
 #include "photographs/photo_sets.h"
 #include "photographs/report_page.h"
-#include "system/paths.h"
 
-#include <filesystem>
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <system_error>
 
 namespace {
 
 struct Options {
     BracketOptions input;
-    std::string output;
+    Output output;
 };
 
-// Photographs in folders are inputs too, even unreadable ones.
-void requireNoPhoto(const std::string& output) {
-    std::error_code error;
-    if (std::filesystem::is_regular_file(pathOf(output), error) && isPhotograph(output)) {
-        throw Failure(output, "output is a photograph; left unchanged");
-    }
-}
-
 void makeReport(const Options& options) {
-    requireNoPhoto(options.output);
-    const PhotoSets found = readPhotoSets(options.input.names, options.input.recursive, options.input.rules,
-                                          {.blocks = {TVMETA_THUMBNAIL}});
-    writeOutput(options.output, options.input.names,
-                [&](OutputFile& file) { writeReport(found, [&](std::string_view text) { file.write(text); }); });
-    messagesFor(options.output) << "wrote " << printable(options.output) << ": " << found.sets.size() << " sets, "
-                                << found.singles.size() + found.unknown.size() << " other photographs\n";
+    PhotoSets found;
+    writeOutput(options.output, options.input.names, [&](OutputFile& file) {
+        found = readPhotoSets(options.input.names, options.input.recursive, options.input.rules,
+                              {.blocks = {TVMETA_THUMBNAIL}});
+        if (found.photos.empty()) {
+            throw Failure("no photograph found");
+        }
+        std::ranges::for_each(found.photos, [&](const Photo& photo) { requireOther(options.output.path, photo.path); });
+        writeReport(found, [&](std::string_view text) { file.write(text); });
+    });
+    messagesFor(options.output.path) << "wrote " << printable(options.output.path) << ": " << found.sets.size()
+                                     << " sets, " << found.singles.size() + found.unknown.size()
+                                     << " other photographs\n";
     requireAllRead(found.reading);
 }
 
@@ -58,9 +54,10 @@ Command reportCommand() {
         .run = [options] { makeReport(*options); },
     };
     command.options.push_back({.names = {"-o", "--output"},
-                               .target = &options->output,
+                               .target = &options->output.path,
                                .help = "HTML file to write",
                                .value = "FILE",
                                .isRequired = true});
+    command.options.push_back(forceOption(options->output.force));
     return command;
 }

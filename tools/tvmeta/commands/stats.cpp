@@ -170,6 +170,7 @@ struct Options {
     bool json = false;
     bool histogram = false;
     std::string plot;
+    bool force = false;
 };
 
 void printHistogram(const Statistics& s) {
@@ -208,7 +209,8 @@ void writePlot(const Options& options, const Statistics& s) {
     }
     const std::string title = withoutStart(printable(s.path), MaxTitle);
     const std::string name = plotName(options, s.path);
-    writeOutput(name, options.paths, [&](OutputFile& file) { file.write(histogramPlot(s.plot, title, marks)); });
+    writeOutput({name, options.force}, options.paths,
+                [&](OutputFile& file) { file.write(histogramPlot(s.plot, title, marks)); });
     (options.json ? std::cerr : messagesFor(name)) << "wrote " << printable(name) << "\n";
 }
 
@@ -258,7 +260,8 @@ Command statsCommand() {
                 {.names = {"IMAGE"},
                  .target = &options->paths,
                  .help = "Radiance HDR, OpenEXR, TIFF, PFM, PNG, JPEG, PGM\nor PPM picture; several as a table",
-                 .isRequired = true},
+                 .isRequired = true,
+                 .isFileList = true},
                 {.names = {"--json"},
                  .target = &options->json,
                  .help = "Write one JSON object per picture, on one line"},
@@ -270,6 +273,7 @@ Command statsCommand() {
                  .target = &options->plot,
                  .help = "SVG file to write with the histogram; %s in its\nname means the name of the picture",
                  .value = "FILE"},
+                forceOption(options->force),
             },
         .footer = "Integer samples are measured as linear light, in which 1 is white.\n\n"
                   "Examples:\n"

@@ -1,6 +1,7 @@
 // tvmeta tiff: a result image with the metadata of its source photograph.
 
 #include "commands/commands.h"
+#include "commands/completion.h"
 #include "commands/icc.h"
 #include "commands/result_packet.h"
 #include "commands/settings_options.h"
@@ -34,6 +35,7 @@ struct Options {
     std::string depth;
     std::string orientation;
     int32_t resolution = 300;
+    bool force = false;
 };
 
 const std::map<std::string, Depth> DepthNames = {
@@ -68,9 +70,9 @@ int32_t orientationOf(const Options& options, const Picture& picture, const Meta
     return orientation >= 1 && orientation <= 8 ? orientation : 1;
 }
 
-Metadata collectMetadata(const Options& options, const Picture& picture) {
+Metadata collectMetadata(const Options& options, const Settings& settings, const Picture& picture) {
     Metadata metadata;
-    metadata.settings = settingsFrom(options.settings);
+    metadata.settings = settings;
     if (!options.profile.empty() || options.profileFromPhoto) {
         metadata.profile = profileFor(picture, options.profileFromPhoto ? options.photo : options.profile);
     } else if (canUse(picture.profile, picture)) {
@@ -189,14 +191,16 @@ void writeTiff(const Options& options) {
     if (options.orientation == "photo" && options.photo.empty()) {
         throw WrongCommandLine("--orientation photo requires --photo");
     }
+    const Settings settings = settingsFrom(options.settings); // refuses wrong ones before the work
     Picture picture;
     std::vector<std::string> unkept;
-    writeOutput(options.output, {options.image, options.photo, options.profile}, [&](OutputFile& output) {
-        picture = pictureFor(options);
-        const Metadata metadata = collectMetadata(options, picture);
-        writePicture(options, metadata, picture, output);
-        unkept = metadata.unkept;
-    });
+    writeOutput({options.output, options.force}, {options.image, options.photo, options.profile},
+                [&](OutputFile& output) {
+                    picture = pictureFor(options);
+                    const Metadata metadata = collectMetadata(options, settings, picture);
+                    writePicture(options, metadata, picture, output);
+                    unkept = metadata.unkept;
+                });
     reportLosses(options, picture, unkept);
     messagesFor(options.output) << "wrote " << printable(options.output) << ": " << picture.width << " x "
                                 << picture.height << " pixels\n";
@@ -224,7 +228,8 @@ Command tiffCommand() {
                 {.names = {"--keyword"},
                  .target = &options->keywords,
                  .help = "Add a keyword to the IPTC block; can be repeated",
-                 .value = "TEXT"},
+                 .value = "TEXT",
+                 .suggest = suggestNothing},
                 {.names = {"--icc"},
                  .target = &options->profile,
                  .help = "ICC profile of the image, or a photograph or\npicture with it; else the image's own",
@@ -258,5 +263,6 @@ Command tiffCommand() {
         .run = [options] { writeTiff(*options); },
     };
     addSettingsOptions(command.options, options->settings, false);
+    command.options.push_back(forceOption(options->force));
     return command;
 }

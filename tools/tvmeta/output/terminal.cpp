@@ -45,7 +45,7 @@ void Progress::done(size_t count, size_t total) {
 
 void Progress::erase() {
     if (isShown) {
-        std::cerr << EraseLine << std::flush;
+        std::cerr << std::string(EraseLine) + "\r" << std::flush;
     }
     isShown = false;
 }
@@ -53,7 +53,7 @@ void Progress::erase() {
 // The cursor returns to the start of the line, and the text is short: a message, even one that the library prints by
 // itself, overwrites it.
 void Progress::show(const std::string& text) {
-    std::cerr << EraseLine << text << "\r" << std::flush;
+    std::cerr << std::string(EraseLine) + text + "\r" << std::flush;
     isShown = true;
 }
 

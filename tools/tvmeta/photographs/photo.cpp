@@ -20,7 +20,7 @@ bool isRefused(int32_t format) {
 } // namespace
 
 OpenPhoto::OpenPhoto(const std::string& path) : path_(path) {
-    if (tvmeta_open(path.c_str(), &source_) != TVMETA_OK) {
+    if (tvmeta_open(readablePath(path).c_str(), &source_) != TVMETA_OK) {
         openFile(path); // throws with the reason
         throw Failure(path, "cannot be opened");
     }

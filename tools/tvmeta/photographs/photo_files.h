@@ -1,6 +1,7 @@
 // The photographs of a command line: files and folders.
 #pragma once
 
+#include "output/failure.h"
 #include "output/terminal.h"
 
 #include <cstddef>
@@ -14,7 +15,6 @@ struct PhotoFile {
 
 struct PhotoFiles {
     std::vector<PhotoFile> files;
-    size_t failures = 0; // folders that could not be searched; a message was printed for each
 };
 
 // Whether a file has the extension of a photograph.
@@ -22,5 +22,6 @@ bool hasPhotoName(const std::string& path);
 
 // The named files, and all files of the named folders in natural order. Folders are searched if `recursive`, and
 // refused otherwise. Links to folders are followed where they are named, not inside of folders, so that loops of links
-// end.
-PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, Progress& progress);
+// end. Folders that cannot be searched are reported.
+PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, Progress& progress,
+                          FileMessages& messages);

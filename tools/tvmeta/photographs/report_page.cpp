@@ -17,8 +17,8 @@
 
 namespace {
 
-constexpr std::string_view Start = R"(<!doctype html>
-<html lang="en">
+constexpr std::string_view DocumentType = "<!doctype html>\n";
+constexpr std::string_view Start = R"(<html lang="en">
 <head>
 <meta charset="utf-8">
 <meta http-equiv="Content-Security-Policy" content="default-src 'none'; style-src 'unsafe-inline'; img-src data:; )"
@@ -193,6 +193,8 @@ class ReportPage {
 
   private:
     void writeHead() {
+        write(DocumentType);
+        write(MadeByTvmeta);
         write(Start);
         write(ReportStyle);
         write(cameras.rules() + sizes.rules());

@@ -132,7 +132,7 @@ void readPixels(Imf::MultiPartInputFile& file, const Names& names, Picture& pict
 Picture readFirstPart(const std::string& path, Part part) {
     Imf::Header::setMaxImageSize(MaxSide, MaxSide);
     Imf::Header::setMaxTileSize(MaxTileSide, MaxTileSide);
-    Imf::MultiPartInputFile file(path.c_str(), 0);
+    Imf::MultiPartInputFile file(readablePath(path).c_str(), 0);
     const Imf::Header& header = file.header(0);
     if (header.hasType() && Imf::isDeepData(header.type())) {
         throw Failure(path, "expected a picture with one sample in each pixel, found a deep picture");

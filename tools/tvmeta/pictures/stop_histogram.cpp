@@ -155,8 +155,8 @@ std::string histogramPlot(const StopHistogram& histogram, const std::string& tit
     std::ostringstream svg;
     svg << "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " << Plot::Width << " " << Plot::Height
         << "\" width=\"" << Plot::Width << "\" height=\"" << Plot::Height
-        << "\" role=\"img\" aria-labelledby=\"title\">\n<title id=\"title\">" << markup(title)
-        << ": luminance in stops from the maximum</title>\n"
+        << "\" role=\"img\" aria-labelledby=\"title\">\n"
+        << MadeByTvmeta << "<title id=\"title\">" << markup(title) << ": luminance in stops from the maximum</title>\n"
         << PlotStyle << "<rect width=\"100%\" height=\"100%\"/>\n";
     drawText(svg, "title", 20, 26, title);
     drawAxes(svg, plot);

@@ -1,10 +1,12 @@
 // What differs between operating systems. system_posix.cpp and system_windows.cpp implement it.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <vector>
 
 // Called once at the start: makes the standard streams usable, and what is written to them the same on every system.
 void prepareProcess();
@@ -20,15 +22,42 @@ std::optional<int> terminalWidth();
 // True if standard error is a terminal that can erase a line.
 bool canEraseLines();
 
+// What distinguishes a file from all others of this computer, whatever its name.
+struct FileIdentity {
+    uint64_t volume;
+    uint64_t number;
+
+    auto operator<=>(const FileIdentity&) const = default;
+};
+
+// The identity of an existing file; none if it cannot be examined.
+std::optional<FileIdentity> fileIdentity(const std::string& path);
+std::optional<FileIdentity> fileIdentity(std::FILE* file);
+
 // True if both paths name the same existing file.
-bool isSameFile(const std::string& path, const std::string& other);
+inline bool isSameFile(const std::string& path, const std::string& other) {
+    const std::optional<FileIdentity> identity = fileIdentity(path);
+    return identity && identity == fileIdentity(other);
+}
 
 // Reading from a device or a pipe might never end. A file that cannot be examined is Other.
 enum class FileKind { Folder, Device, Other };
 FileKind fileKind(const std::string& path);
 
-// True if standard output goes to this file.
-bool isStandardOutput(const std::string& path);
+// A name in a folder.
+struct FolderEntry {
+    enum class Kind { RegularFile, Subfolder, FolderLink, Other, Unknown }; // links to files are followed
+
+    std::string name; // with the folder; without it if the name is not Unicode
+    Kind kind = Kind::Unknown;
+    std::string problem = {}; // why the kind is unknown
+};
+
+// What is in a folder, in no particular order. Throws Failure if it cannot be listed.
+std::vector<FolderEntry> listFolder(const std::string& folder);
+
+// The path by which functions of the system find a file. Long paths have a prefix on Windows.
+std::string systemPath(const std::string& name);
 
 // True for a symbolic link, or a junction, which Windows follows like one.
 bool isLink(const std::string& path);

@@ -117,7 +117,7 @@ void synchroniseFolder(const fs::path& folder) {
 
 OutputTarget resolveTarget(const std::string& name) {
     constexpr int MaxLinks = 40;
-    fs::path path = name;
+    fs::path path = name == StandardStream ? "/dev/fd/1" : name;
     for (int links = 0; links < MaxLinks; ++links) {
         if (const std::optional<OutputTarget> target = descriptorTarget(name, path)) {
             return *target;
@@ -164,9 +164,15 @@ File openDirect(const OutputTarget& target) {
     return file;
 }
 
-std::string reopeningPath(std::FILE* file) {
-    return "/dev/fd/" + std::to_string(fileno(file));
+// The file has no name, so that no signal can leave it.
+SpoolFile::SpoolFile() : file(std::tmpfile()) {
+    if (!file) {
+        failWithErrno("temporary file");
+    }
+    openingPath = "/dev/fd/" + std::to_string(fileno(file.get()));
 }
+
+SpoolFile::~SpoolFile() = default;
 
 // A signal that is ignored from the start, as nohup does, stays ignored.
 void removeTemporaryFileOnSignals() {
