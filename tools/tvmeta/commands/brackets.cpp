@@ -151,16 +151,16 @@ void printCsv(const PhotoSets& found) {
     const auto print = [](const std::string& set, const Photo& photo, const std::string& ev,
                           const std::string& offset) {
         const tvmeta_Photo& record = photo.record;
-        const std::string fields[] = {set,
-                                      photo.path,
-                                      ev,
-                                      offset,
-                                      takenText(photo),
-                                      textUnlessZero(quotient(record.exposureTime)),
-                                      textUnlessZero(quotient(record.fNumber)),
-                                      record.isoSpeed > 0 ? std::to_string(record.isoSpeed) : "",
-                                      record.model,
-                                      textUnlessZero(quotient(record.focalLength))};
+        const Value fields[] = {set,
+                                photo.path,
+                                ev,
+                                offset,
+                                takenText(photo),
+                                textUnlessZero(quotient(record.exposureTime)),
+                                textUnlessZero(quotient(record.fNumber)),
+                                record.isoSpeed > 0 ? std::to_string(record.isoSpeed) : "",
+                                record.model,
+                                textUnlessZero(quotient(record.focalLength))};
         std::cout << csvRecord(fields);
     };
     std::cout << "set,file,ev,offset,taken,exposureTime,fNumber,isoSpeed,camera,focalLength\r\n";

@@ -112,14 +112,13 @@ void printJson(const Shot& shot, const FieldList& fields) {
 }
 
 void printCsv(const Shot& shot, const FieldList& fields) {
-    std::vector<std::string> cells;
-    std::ranges::transform(fields, std::back_inserter(cells),
-                           [&](const Field* field) { return csvField(field->value(shot)); });
+    std::vector<Value> cells;
+    std::ranges::transform(fields, std::back_inserter(cells), [&](const Field* field) { return field->value(shot); });
     std::cout << csvRecord(cells) << std::flush;
 }
 
 void printCsvHeader(const FieldList& fields) {
-    std::vector<std::string> cells;
+    std::vector<Value> cells;
     std::ranges::transform(fields, std::back_inserter(cells), &Field::key);
     std::cout << csvRecord(cells);
 }
