@@ -1,5 +1,6 @@
 // tvmeta info: the records of photographs, as a list, a table, JSON or CSV.
 
+#include "base/words.h"
 #include "commands/commands.h"
 #include "commands/completion.h"
 #include "output/csv.h"
@@ -99,7 +100,7 @@ void printShotTable(const std::vector<Shot>& shots, const FieldList& fields) {
     const std::optional<int> width = outputWidth();
     if (const size_t left = printTable(columns, width); left > 0) {
         complain(std::to_string(left) + " of " + std::to_string(columns.size()) + " fields do not fit in " +
-                 std::to_string(*width) + (*width == 1 ? " column" : " columns") + "; use --list or --json");
+                 counted(static_cast<size_t>(*width), "column") + "; use --list or --json");
     }
 }
 

@@ -1,5 +1,6 @@
 // tvmeta thumbnail: writes the JPEG thumbnails of photographs to files.
 
+#include "base/words.h"
 #include "commands/commands.h"
 #include "output/failure.h"
 #include "output/output_file.h"
@@ -113,8 +114,7 @@ void writeThumbnails(const Options& options) {
         }
     }
     messages.finish();
-    std::cout << "wrote " << written << (written == 1 ? " thumbnail" : " thumbnails") << " into "
-              << printable(options.output) << "\n";
+    std::cout << "wrote " << counted(written, "thumbnail") << " into " << printable(options.output) << "\n";
     requireAllRead(reading);
     if (messages.count() > 0) {
         throw Failure(std::to_string(messages.count()) + " of " + std::to_string(reading.files) +

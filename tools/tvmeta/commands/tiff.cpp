@@ -1,5 +1,6 @@
 // tvmeta tiff: a result image with the metadata of its source photograph.
 
+#include "base/words.h"
 #include "commands/commands.h"
 #include "commands/completion.h"
 #include "commands/icc.h"
@@ -121,14 +122,6 @@ Picture pictureFor(const Options& options) {
         convertFromHalf(picture);
     }
     return picture;
-}
-
-std::string joined(const std::vector<std::string>& words) {
-    std::string list;
-    for (const std::string& word : words) {
-        list += (list.empty() ? "" : ", ") + word;
-    }
-    return list;
 }
 
 // What of picture and photograph has no place in the file, in one line. The metadata of the picture is kept when it is

@@ -1,10 +1,12 @@
 #include "output/terminal.h"
 
+#include "base/numbers.h"
 #include "system/system.h"
 
-#include <charconv>
+#include <cstdint>
 #include <cstdlib>
 #include <iostream>
+#include <limits>
 #include <string_view>
 
 namespace {
@@ -15,10 +17,9 @@ constexpr std::string_view EraseLine = "\r\033[K";
 std::optional<int> chosenWidth() {
     const char* text = std::getenv("COLUMNS");
     const std::string_view columns = text == nullptr ? "" : text;
-    int width = 0;
-    const char* end = columns.data() + columns.size();
-    const auto [parsed, error] = std::from_chars(columns.data(), end, width);
-    return error == std::errc() && parsed == end && width > 0 ? std::optional(width) : std::nullopt;
+    const std::optional<int64_t> width = parseWholeNumber(columns);
+    const bool isWidth = width && *width > 0 && *width <= std::numeric_limits<int>::max();
+    return isWidth ? std::optional(static_cast<int>(*width)) : std::nullopt;
 }
 
 } // namespace

@@ -65,6 +65,10 @@ inline int32_t textSize(const std::string& text) {
     return checkedSize(uint64_t{text.size()} + 1);
 }
 
+inline std::span<const unsigned char> asBytes(std::string_view text) {
+    return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
+}
+
 inline std::string_view asText(std::span<const unsigned char> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }

@@ -1,3 +1,4 @@
+#include "base/numbers.h"
 #include "output/failure.h"
 #include "system/temporary_file.h"
 
@@ -11,9 +12,9 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <charconv>
 #include <csignal>
 #include <filesystem>
+#include <limits>
 #include <string_view>
 #include <system_error>
 #include <vector>
@@ -42,10 +43,9 @@ bool isWritable(const std::string& path) {
 }
 
 std::optional<int> parseDescriptor(const std::string& text) {
-    int descriptor = -1;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), descriptor);
-    const bool isNumber = error == std::errc() && end == text.data() + text.size();
-    return isNumber && descriptor >= 0 ? std::optional(descriptor) : std::nullopt;
+    const std::optional<int64_t> number = parseWholeNumber(text);
+    const bool isDescriptor = number && *number >= 0 && *number <= std::numeric_limits<int>::max();
+    return isDescriptor ? std::optional(static_cast<int>(*number)) : std::nullopt;
 }
 
 fs::path folderOf(const fs::path& path) {
@@ -92,7 +92,7 @@ void copyExtendedAttributes([[maybe_unused]] const std::string& from, [[maybe_un
 #endif
 }
 
-// Without its group a file must not grant the rights of that group to another one.
+// If the group cannot be kept, the new file has another group, which must not get the rights of the old one.
 void copyAttributes(const std::string& from, int to) {
     struct stat former = {};
     if (stat(from.c_str(), &former) != 0) {
