@@ -2,7 +2,7 @@
 
 #include "base/line_output.h"
 #include "commands/commands.h"
-#include "output/failure.h"
+#include "base/failure.h"
 #include "system/system.h"
 #include "system/temporary_file.h"
 

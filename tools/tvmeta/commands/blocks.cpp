@@ -1,10 +1,10 @@
 // tvmeta exif and tvmeta iptc: metadata blocks as other file formats embed them.
 
+#include "base/failure.h"
+#include "base/text.h"
 #include "commands/commands.h"
 #include "commands/completion.h"
-#include "output/failure.h"
 #include "output/output_file.h"
-#include "output/text.h"
 #include "photographs/iptc_block.h"
 #include "photographs/photo.h"
 

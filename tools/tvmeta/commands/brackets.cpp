@@ -1,15 +1,15 @@
 // tvmeta brackets: the bracketed sets among photographs.
 
 #include "commands/brackets.h"
+#include "base/failure.h"
+#include "base/text.h"
 #include "commands/commands.h"
 #include "output/csv.h"
-#include "output/failure.h"
 #include "output/set_folders.h"
 #include "output/table.h"
-#include "output/terminal.h"
-#include "output/text.h"
 #include "photographs/field_words.h"
 #include "photographs/photo_sets.h"
+#include "system/terminal.h"
 
 #include <nlohmann/json.hpp>
 

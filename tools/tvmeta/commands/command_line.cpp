@@ -1,10 +1,10 @@
 // The one file that includes CLI11, because compiling its header takes seven seconds.
 #include "commands/command_line.h"
 
+#include "base/failure.h"
 #include "base/numbers.h"
+#include "base/suggestion.h"
 #include "commands/completion.h"
-#include "output/failure.h"
-#include "output/suggestion.h"
 #include "system/files.h"
 #include "system/paths.h"
 

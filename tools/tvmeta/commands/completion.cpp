@@ -1,7 +1,7 @@
 #include "commands/completion.h"
 
+#include "base/failure.h"
 #include "commands/settings_options.h"
-#include "output/failure.h"
 #include "photographs/fields.h"
 
 #include <algorithm>

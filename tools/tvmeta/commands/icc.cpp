@@ -2,10 +2,10 @@
 
 #include "commands/icc.h"
 
+#include "base/failure.h"
+#include "base/text.h"
 #include "commands/commands.h"
-#include "output/failure.h"
 #include "output/output_file.h"
-#include "output/text.h"
 #include "photographs/photo.h"
 #include "photographs/profile_description.h"
 #include "pictures/load_picture.h"

@@ -1,17 +1,17 @@
 // tvmeta info: the records of photographs, as a list, a table, JSON or CSV.
 
+#include "base/failure.h"
+#include "base/text.h"
 #include "base/words.h"
 #include "commands/commands.h"
 #include "commands/completion.h"
 #include "output/csv.h"
-#include "output/failure.h"
 #include "output/json.h"
 #include "output/table.h"
-#include "output/terminal.h"
-#include "output/text.h"
 #include "photographs/field_filter.h"
 #include "photographs/fields.h"
 #include "photographs/read_photos.h"
+#include "system/terminal.h"
 
 #include <algorithm>
 #include <iomanip>

@@ -1,10 +1,10 @@
 // tvmeta report: the bracketed sets among photographs as a page for a browser.
 
+#include "base/failure.h"
+#include "base/text.h"
 #include "commands/brackets.h"
 #include "commands/commands.h"
-#include "output/failure.h"
 #include "output/output_file.h"
-#include "output/text.h"
 #include "photographs/photo_sets.h"
 #include "photographs/report_page.h"
 

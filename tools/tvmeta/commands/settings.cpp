@@ -1,10 +1,10 @@
 // tvmeta settings: packets of processing settings in files.
 
+#include "base/failure.h"
+#include "base/text.h"
 #include "commands/commands.h"
 #include "commands/settings_options.h"
-#include "output/failure.h"
 #include "output/output_file.h"
-#include "output/text.h"
 #include "photographs/photo.h"
 
 #include <cerrno>

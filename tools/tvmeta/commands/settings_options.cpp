@@ -1,9 +1,9 @@
 #include "commands/settings_options.h"
 
+#include "base/failure.h"
+#include "base/suggestion.h"
+#include "base/text.h"
 #include "commands/completion.h"
-#include "output/failure.h"
-#include "output/suggestion.h"
-#include "output/text.h"
 #include "system/files.h"
 
 #include <algorithm>

@@ -1,17 +1,17 @@
 // tvmeta stats: the luminance of HDR pictures.
 
+#include "base/failure.h"
+#include "base/text.h"
 #include "commands/commands.h"
-#include "output/failure.h"
 #include "output/json.h"
 #include "output/output_file.h"
 #include "output/table.h"
-#include "output/terminal.h"
-#include "output/text.h"
 #include "pictures/load_picture.h"
 #include "pictures/luminance_histogram.h"
 #include "pictures/stop_histogram.h"
 #include "system/files.h"
 #include "system/paths.h"
+#include "system/terminal.h"
 
 #include <tvmeta.h>
 

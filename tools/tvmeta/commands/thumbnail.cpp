@@ -1,10 +1,10 @@
 // tvmeta thumbnail: writes the JPEG thumbnails of photographs to files.
 
+#include "base/failure.h"
+#include "base/text.h"
 #include "base/words.h"
 #include "commands/commands.h"
-#include "output/failure.h"
 #include "output/output_file.h"
-#include "output/text.h"
 #include "photographs/read_photos.h"
 #include "system/files.h"
 #include "system/paths.h"

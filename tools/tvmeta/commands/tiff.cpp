@@ -1,14 +1,14 @@
 // tvmeta tiff: a result image with the metadata of its source photograph.
 
+#include "base/failure.h"
+#include "base/text.h"
 #include "base/words.h"
 #include "commands/commands.h"
 #include "commands/completion.h"
 #include "commands/icc.h"
 #include "commands/result_packet.h"
 #include "commands/settings_options.h"
-#include "output/failure.h"
 #include "output/output_file.h"
-#include "output/text.h"
 #include "photographs/iptc_block.h"
 #include "photographs/photo.h"
 #include "photographs/unkept_tags.h"

@@ -1,7 +1,7 @@
 #include "output/csv.h"
 
 #include "base/numbers.h"
-#include "output/text.h"
+#include "base/text.h"
 
 #include <fmt/format.h>
 

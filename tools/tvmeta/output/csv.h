@@ -1,7 +1,7 @@
 // Comma-separated values (RFC 4180).
 #pragma once
 
-#include "output/value.h"
+#include "base/value.h"
 
 #include <span>
 #include <string>

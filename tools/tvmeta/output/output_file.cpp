@@ -1,6 +1,6 @@
 #include "output/output_file.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "output/own_files.h"
 #include "system/file_copy.h"
 #include "system/paths.h"

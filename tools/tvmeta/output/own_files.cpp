@@ -1,6 +1,6 @@
 #include "output/own_files.h"
 
-#include "output/markup.h"
+#include "base/markup.h"
 #include "photographs/photo.h"
 #include "pictures/load_picture.h"
 #include "system/files.h"

@@ -1,6 +1,6 @@
 #include "output/set_folders.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "output/output_file.h"
 #include "system/file_copy.h"
 #include "system/files.h"

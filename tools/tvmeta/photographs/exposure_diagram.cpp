@@ -1,6 +1,6 @@
 #include "photographs/exposure_diagram.h"
 
-#include "output/markup.h"
+#include "base/markup.h"
 
 #include <algorithm>
 #include <cmath>

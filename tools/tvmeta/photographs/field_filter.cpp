@@ -1,7 +1,7 @@
 #include "photographs/field_filter.h"
 
+#include "base/failure.h"
 #include "base/numbers.h"
-#include "output/failure.h"
 #include "photographs/natural_order.h"
 
 #include <optional>

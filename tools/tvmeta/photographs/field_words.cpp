@@ -1,6 +1,6 @@
 #include "photographs/field_words.h"
 
-#include "output/text.h"
+#include "base/text.h"
 
 #include <fmt/format.h>
 

@@ -1,9 +1,9 @@
 #include "photographs/fields.h"
 
-#include "output/failure.h"
-#include "output/markup.h"
-#include "output/suggestion.h"
-#include "output/text.h"
+#include "base/failure.h"
+#include "base/markup.h"
+#include "base/suggestion.h"
+#include "base/text.h"
 #include "photographs/bracket_sets.h"
 #include "system/files.h"
 

@@ -1,7 +1,7 @@
 #include "photographs/photo.h"
 
-#include "output/failure.h"
-#include "output/text.h"
+#include "base/failure.h"
+#include "base/text.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "photographs/photo_files.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "photographs/natural_order.h"
 #include "system/files.h"
 #include "system/paths.h"

@@ -1,8 +1,8 @@
 // The photographs of a command line: files and folders.
 #pragma once
 
-#include "output/failure.h"
-#include "output/terminal.h"
+#include "base/failure.h"
+#include "system/terminal.h"
 
 #include <cstddef>
 #include <string>

@@ -1,6 +1,6 @@
 #include "photographs/photo_sets.h"
 
-#include "output/text.h"
+#include "base/text.h"
 #include "photographs/natural_order.h"
 #include "system/paths.h"
 

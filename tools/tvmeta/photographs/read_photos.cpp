@@ -1,9 +1,9 @@
 #include "photographs/read_photos.h"
 
-#include "output/failure.h"
-#include "output/terminal.h"
+#include "base/failure.h"
 #include "photographs/natural_order.h"
 #include "photographs/photo_files.h"
+#include "system/terminal.h"
 
 #include <algorithm>
 #include <deque>

@@ -1,7 +1,7 @@
 #include "photographs/report_page.h"
 
-#include "output/failure.h"
-#include "output/markup.h"
+#include "base/failure.h"
+#include "base/markup.h"
 #include "photographs/exposure_diagram.h"
 #include "photographs/fields.h"
 #include "photographs/natural_order.h"

@@ -1,6 +1,6 @@
 // OpenEXR pictures: the red, green and blue or the luminance channel of the first part, within its data window.
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "pictures/decoders.h"
 #include "pictures/rgb_profile.h"
 

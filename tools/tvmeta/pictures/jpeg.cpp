@@ -1,6 +1,6 @@
 // JPEG pictures, through libjpeg-turbo.
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "pictures/decoders.h"
 #include "pictures/exif_orientation.h"
 

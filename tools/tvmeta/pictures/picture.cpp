@@ -1,6 +1,6 @@
 #include "pictures/picture.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "system/paths.h"
 
 #if __has_include(<sys/mman.h>)

@@ -3,7 +3,7 @@
 
 #include "pictures/radiance.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "pictures/decoders.h"
 #include "pictures/radiance_header.h"
 

@@ -1,6 +1,6 @@
 #include "pictures/radiance_header.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "pictures/rgb_profile.h"
 
 #include <algorithm>

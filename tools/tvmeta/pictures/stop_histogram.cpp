@@ -1,6 +1,6 @@
 #include "pictures/stop_histogram.h"
 
-#include "output/markup.h"
+#include "base/markup.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 // TIFF pictures, through libtiff: the first one of a file.
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "pictures/decoders.h"
 #include "system/paths.h"
 

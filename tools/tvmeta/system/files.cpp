@@ -1,6 +1,6 @@
 #include "system/files.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "system/file_copy.h"
 #include "system/paths.h"
 #include "system/system.h"

@@ -61,6 +61,3 @@ std::string systemPath(const std::string& name);
 
 // True for a symbolic link, or a junction, which Windows follows like one.
 bool isLink(const std::string& path);
-
-// The columns of a character in a terminal; -1 if it is not printable.
-int characterWidth(char32_t character);

@@ -1,6 +1,7 @@
 #include "system/system.h"
 
-#include "output/failure.h"
+#include "base/character_width.h"
+#include "base/failure.h"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>

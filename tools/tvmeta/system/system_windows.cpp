@@ -1,4 +1,5 @@
-#include "output/failure.h"
+#include "base/character_width.h"
+#include "base/failure.h"
 #include "system/paths.h"
 #include "system/system.h"
 #include "system/windows_handle.h"

@@ -1,5 +1,5 @@
+#include "base/failure.h"
 #include "base/numbers.h"
-#include "output/failure.h"
 #include "system/temporary_file.h"
 
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-#include "output/failure.h"
+#include "base/failure.h"
 #include "system/paths.h"
 #include "system/system.h"
 #include "system/temporary_file.h"

@@ -1,6 +1,6 @@
-#include "output/text.h"
+#include "base/text.h"
 
-#include "system/system.h"
+#include "base/character_width.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
-#include "output/failure.h"
+#include "base/failure.h"
 
-#include "output/text.h"
+#include "base/text.h"
 
 #include <iostream>
 

@@ -1,4 +1,4 @@
-#include "output/terminal.h"
+#include "system/terminal.h"
 
 #include "base/numbers.h"
 #include "system/system.h"
