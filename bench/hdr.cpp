@@ -1,7 +1,7 @@
 // Statistics of HDR buffers.
-#include "hdr_as_written.h"
 #include "support/hdr_buffers.h"
 #include "support/jobs.h"
+#include "testing/hdr_definition.h"
 
 #include <tvmeta.h>
 
@@ -38,10 +38,12 @@ HdrBuffer bufferWith() {
     return hdrBuffer(Fill);
 }
 
-// Photographs have exponents from 110 to 140; the other buffers measure unusual data.
+// The first rows are like photographs: light and shade in a row, dark noise. The others measure unusual data.
 constexpr Distribution Distributions[] = {
-    {"HDR 24 MP, exponents 110 to 140", bufferWith<fillRange<110, 140>>},
+    {"HDR 24 MP, wide span in a row", bufferWith<fillWithWindows>},
+    {"HDR 24 MP, noise in the dark", bufferWith<fillWithDarkNoise>},
     {"HDR 24 MP, exponents 110 to 140, smooth", bufferWith<fillSmoothly>},
+    {"HDR 24 MP, exponents 110 to 140", bufferWith<fillRange<110, 140>>},
     {"HDR 24 MP, exponents 90 to 160", bufferWith<fillRange<90, 160>>},
     {"HDR 24 MP, exponents 1 to 255", bufferWith<fillRange<1, 255>>},
     {"HDR 24 MP, any bytes", bufferWith<leaveAny>},
@@ -59,7 +61,7 @@ Bits measureByTvmeta(const HdrBuffer& buffer) {
 }
 
 Bits measureByPeer(const HdrBuffer& buffer) {
-    return std::bit_cast<Bits>(measureAsWritten(HdrWidth, HdrHeight, buffer.data()));
+    return std::bit_cast<Bits>(test::hdrByDefinition(HdrWidth, HdrHeight, buffer.data()).results);
 }
 
 // The floor: reads every byte once.

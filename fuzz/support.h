@@ -1,9 +1,9 @@
 // Helpers shared by the fuzz targets.
 //
-// Each target is one file, named after the source file that it tests. It builds arguments from the fuzzer's bytes,
-// calls the library, and checks the result against the documentation. Numbers come from the end of the input and
-// payloads from its start, so a seed is a payload followed by some bytes. Buffers have exactly the documented size, so
-// that the address sanitizer detects any access outside of them.
+// Each target is one file, named after the source file or the function that it tests. It builds arguments from the
+// fuzzer's bytes, calls the library, and checks the result against the documentation. Numbers come from the end of the
+// input and payloads from its start, so a seed is a payload followed by some bytes. Buffers have exactly the documented
+// size, so that the address sanitizer detects any access outside of them.
 #pragma once
 
 #include "testing/memory_file.h"

@@ -234,48 +234,141 @@ TVMETA_API int64_t tvmeta_build_exif(const tvmeta_Result* result, void* buffer, 
 
 /* ---- Brackets ---- */
 
-/* What grouping needs of one file; made by tvmeta_shot(), some 100 bytes, so that 10^6 fit. */
+/**
+ * What tvmeta_find_brackets() needs of one file. Make it with tvmeta_shot(), or fill it in. captureTime to exposureMode
+ * count only if their bit in `present` is set; exposureTime, fNumber, isoSpeed and focalLength only if they are
+ * positive and finite.
+ */
 typedef struct tvmeta_Shot {
-    uint32_t recordSize;
-    int32_t format;
-    const char* folder; /* borrowed from the caller of tvmeta_shot() */
-    const char* name;
-    uint64_t camera; /* equal for the same make, model and serial number */
-    uint64_t present;
-    int64_t captureTime;
-    int32_t captureNanoseconds;
-    int32_t utcOffset;
-    float exposureTime, fNumber, isoSpeed, exposureBias, focalLength;
+    uint32_t recordSize;        /**< sizeof(tvmeta_Shot) of the caller, equal in all records of an array */
+    int32_t format;             /**< TVMETA_FORMAT_... */
+    const char* folder;         /**< Path of the folder; may be null. Borrowed: no copy is made. */
+    const char* name;           /**< Name of the file without its folder; may be null. Borrowed. */
+    uint64_t camera;            /**< A number for make and model, equal for equal texts */
+    uint64_t serialNumber;      /**< A number for the serial number of the body; 0: unknown */
+    uint64_t present;           /**< Bits (1 << TVMETA_EXPOSURE_TIME and so on), as in tvmeta_Photo */
+    int64_t captureTime;        /**< As in tvmeta_Photo */
+    int32_t captureNanoseconds; /**< As in tvmeta_Photo; present: TVMETA_SUB_SECOND */
+    int32_t utcOffset;          /**< As in tvmeta_Photo */
+    float exposureTime;         /**< Seconds */
+    float fNumber;
+    float isoSpeed;
+    float exposureBias; /**< Stops */
+    float focalLength;  /**< Millimetres */
     int32_t exposureMode;
-    int32_t width, height;
+    int32_t width; /**< Pixels. Width, height and orientation are compared, whatever they are. */
+    int32_t height;
+    int32_t orientation;
+    int32_t hidesBrackets; /**< 1: of a maker whose cameras do not record exposure mode 2 for brackets (Nikon) */
 } tvmeta_Shot;
 
+/**
+ * Makes the record for tvmeta_find_brackets() from that of tvmeta_read_photo().
+ *
+ * @param photo   Its recordSize says how much of it is read.
+ * @param folder  Path of the folder, may be null. Files of one folder must have the same text.
+ * @param name    Name of the file without its folder, may be null. Both texts must live as long as the record.
+ * @param shot    Set its recordSize; all other members within that size are written.
+ * @return TVMETA_OK, or TVMETA_BAD_ARGUMENT (nothing is written): a null pointer, or a recordSize below its own size.
+ */
 TVMETA_API int32_t tvmeta_shot(const tvmeta_Photo* photo, const char* folder, const char* name,
                                tvmeta_Shot* shot) TVMETA_NOEXCEPT;
 
+/** How to group. What is given here wins over all evidence. */
 typedef struct tvmeta_BracketOptions {
-    uint32_t recordSize;
-    int32_t count; /* 0: found */
-    double gap;    /* seconds; negative: learnt */
+    uint32_t recordSize; /**< sizeof(tvmeta_BracketOptions) */
+    int32_t count;       /**< Photographs of every set, 2 or more; 0 or less: found */
+    double gap; /**< Longest pause in a set, seconds from the end of an exposure to the next; negative, NaN: learnt */
 } tvmeta_BracketOptions;
 
-enum { TVMETA_BY_CAMERA = 1, TVMETA_BY_PATTERN, TVMETA_BY_GUESS, TVMETA_BY_COUNT };
+/** tvmeta_BracketSet.confidence */
+enum {
+    TVMETA_BY_CAMERA = 1, /**< The camera recorded that it varied the exposure */
+    TVMETA_BY_PATTERN,    /**< The same series of exposures occurs again */
+    TVMETA_BY_GUESS,      /**< Looks like a series, once */
+    TVMETA_BY_COUNT       /**< Divided by tvmeta_BracketOptions.count */
+};
 
-typedef struct tvmeta_BracketMember { /* one for each shot */
-    int64_t set;                      /* -1: none */
-    int64_t place;                    /* in the set, from 0, in order of capture */
-    int64_t leader;                   /* the shot that this file belongs to (itself, or the raw file of a pair) */
-    double offset;                    /* stops from the middle exposure */
+/** tvmeta_BracketSet.evidence; tvmeta_evidence_text() has words for it. */
+enum {
+    TVMETA_EVIDENCE_MARK_BIAS = 1, /**< Exposure mode 2, divided where the exposure bias repeats */
+    TVMETA_EVIDENCE_MARK_EXPOSURE, /**< Exposure mode 2 with a constant bias, divided where the exposure repeats */
+    TVMETA_EVIDENCE_BIAS,          /**< Automatic exposure with a bias in regular steps */
+    TVMETA_EVIDENCE_REPEATED,      /**< Exposures that repeat, shot after shot */
+    TVMETA_EVIDENCE_SERIES,        /**< Exposures in regular steps, set by hand */
+    TVMETA_EVIDENCE_DIFFERENT,     /**< Different exposures without a longer pause */
+    TVMETA_EVIDENCE_COUNT          /**< The number of photographs that the caller gave */
+};
+
+/**
+ * Words for people, English, in lower case: "exposure mode 2, bias varies".
+ *
+ * @return A constant text; "" for other numbers.
+ */
+TVMETA_API const char* tvmeta_evidence_text(int32_t evidence) TVMETA_NOEXCEPT;
+
+/** The place of one file. */
+typedef struct tvmeta_BracketMember {
+    int64_t set;    /**< Index of its set; -1: none */
+    int64_t place;  /**< Place of its photograph in the set, from 0, in order of capture; 0 without a set */
+    int64_t leader; /**< Index of the file that speaks for the photograph: itself, or the raw file or original */
+    double offset;  /**< Stops from the middle exposure of the set, positive for brighter; 0 if unknown */
 } tvmeta_BracketMember;
 
+/** One set. */
 typedef struct tvmeta_BracketSet {
-    uint32_t recordSize;
-    int32_t confidence;
-    int64_t shots, expectedShots; /* 0: unknown */
+    uint32_t recordSize;   /**< sizeof(tvmeta_BracketSet); the first record's is that of all */
+    int32_t confidence;    /**< TVMETA_BY_... */
+    int64_t shots;         /**< Photographs; a raw file and its JPEG are one */
+    int64_t expectedShots; /**< Above `shots`: some are missing. 0: unknown */
+    double longestPause;   /**< Seconds between two of its exposures, at least 0; with whole-second clocks 1 less */
+    int32_t evidence;      /**< TVMETA_EVIDENCE_... */
+    int32_t reserved;
 } tvmeta_BracketSet;
 
-/* `members` has room for `count`, `sets` for `count` records of the size that sets[0] names. Returns the number of
- * sets. */
+/**
+ * Groups photographs into exposure brackets. Reads no file. Takes n log n time, and some 160 bytes per file during the
+ * call.
+ *
+ * Files become photographs. In one folder, files of one camera and second are one photograph if their names differ in
+ * the extension only, or if one name continues the other with a character that is not a digit and time and exposure are
+ * equal. The raw file speaks for the photograph, else the HEIF file, else the JPEG file.
+ *
+ * Photographs become sequences, in order of capture time with its fraction, then of names. A sequence is of one camera
+ * (make, model, serial number), format, exposure mode and, within 1 %, focal length. It is in one folder, or goes on in
+ * the next folder of a card (100CANON, 101CANON) with the next file number. It ends with a pause of more than 30 s plus
+ * the exposure before it. Except in exposure mode 2, pauses are up to 2 s where the size or the orientation changes.
+ * Pauses are measured from the end of an exposure; they may be 1 s longer if one of both times has no fraction. The UTC
+ * offset counts if all photographs of the camera have one, fractions if not all are 0.
+ *
+ * A sequence becomes sets by the evidence that it has:
+ * - Exposure mode 2: a bias that repeats starts a new set; where the bias is constant, an exposure that repeats does.
+ *   Pauses are up to 5 s plus the exposure before (noise reduction), and up to 15 s more than it in regular sets.
+ * - Exposure mode 0: a set is regular in its bias, and its exposures follow the bias. With `hidesBrackets` it is
+ *   evidence of the camera if the pauses are up to 2 s, or up to 15 s in an order of cameras; everything else is a
+ *   guess. A constant bias gives no set.
+ * - Exposure mode 1, or none: exposures that repeat, with pauses of up to 2 s; and, at any pause, series that are
+ * regular or go one way, set by the exposure time alone, or four and more in regular steps over 3 EV. A set is regular
+ * if it has three to 16 exposures in equal steps, from one end or the middle outward, or the middle before the others,
+ * and no pause is much longer than the others.
+ *
+ * Exposures within 1/6 EV are equal. Equal exposures (bursts, focus and white balance brackets) are no set. An f-number
+ * or an ISO speed that is absent counts as constant if it is absent in the whole sequence. In exposure mode 1 and 2,
+ * where the numbers of the exposure are equal and the bias varies, the bias is the exposure. Photographs without
+ * capture time are in no set, nor are those without exposure time except in exposure mode 2 with a bias.
+ *
+ * With a count, sequences of any exposure mode are divided into sets of that size, also photographs without exposure;
+ * those without time follow each other by name. Known exposures that are all equal are no set.
+ *
+ * @param shots    `count` records, each of the size that shots[0].recordSize names; may be null if `count` is 0.
+ * @param count    Number of files; any order.
+ * @param options  May be null: all is found.
+ * @param members  Room for `count` records; all are written. May be null if `count` is 0.
+ * @param sets     Room for `count` records of the size that sets[0].recordSize names, which must be set; may be null if
+ *                 `count` is 0. The sets found are written, in order of capture; each record's own recordSize too.
+ * @return The number of sets; or TVMETA_BAD_ARGUMENT (a null pointer, a negative count, a recordSize below its own
+ *         size) or TVMETA_NO_MEMORY, and nothing is written.
+ */
 TVMETA_API int64_t tvmeta_find_brackets(const tvmeta_Shot* shots, int64_t count, const tvmeta_BracketOptions* options,
                                         tvmeta_BracketMember* members, tvmeta_BracketSet* sets) TVMETA_NOEXCEPT;
 

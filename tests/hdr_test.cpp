@@ -1,11 +1,12 @@
 // Compares the luminance statistics of HDR buffers with the definition.
 #include "hdr/statistics.h"
+#include "testing/hdr_definition.h"
 #include "tvmeta.h"
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
-#include <cstdint>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <random>
@@ -16,76 +17,84 @@ namespace {
 using namespace tvmeta::hdr;
 using Buffer = std::vector<unsigned char>;
 
-// The definition: pixel by pixel in row order, each value added to one double.
-double measureInOrder(int width, int height, const Buffer& pixels, float results[3]) {
-    float minimum = 99999997952.0F;
-    float maximum = 0.0F;
-    double sum = 0.0;
-    std::uint64_t count = 0;
-    for (int y = 0; y < height; ++y) {
-        const unsigned char* row =
-            pixels.data() + std::size_t{4} * static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
-        for (int x = 0; x < width; ++x) {
-            const int exponent = row[3 * width + x];
-            if (exponent == 0) {
-                continue;
-            }
-            const int luminance = (19 * row[x] + 183 * row[width + x] + 54 * row[2 * width + x]) >> 8;
-            const float value = static_cast<float>(luminance) * static_cast<float>(std::ldexp(1.0, exponent - 128));
-            minimum = value > 0 && value < minimum ? value : minimum;
-            maximum = value > maximum ? value : maximum;
-            sum += static_cast<double>(value);
-            ++count;
-        }
-    }
-    results[0] = minimum;
-    results[1] = maximum;
-    results[2] = count == 0 ? 0.0F : static_cast<float>(sum / static_cast<double>(static_cast<float>(count)));
-    return sum;
-}
-
-struct NamedKernels {
+struct InstructionSet {
     const char* name;
-    const BlockKernels* kernels;
+    decltype(portable::measure)* measure;
 };
 
-// All kernels that this processor can run.
-std::vector<NamedKernels> runnableKernels() {
-    std::vector<NamedKernels> runnable = {{"portable", &PortableKernels}};
+// All that this processor can run.
+std::vector<InstructionSet> runnableSets() {
+    std::vector<InstructionSet> runnable = {{"portable", portable::measure}};
 #if defined(TVMETA_X86_64) && defined(__GNUC__)
     if (__builtin_cpu_supports("avx2")) {
-        runnable.push_back({"AVX2", &Avx2Kernels});
+        runnable.push_back({"AVX2", avx2::measure});
     }
 #endif
     return runnable;
 }
 
-void expectExact(int width, int height, const Buffer& pixels, const char* what) {
-    float expected[3];
-    const double expectedSum = measureInOrder(width, height, pixels, expected);
-    const auto columns = static_cast<std::size_t>(width);
-    for (const auto& [name, kernels] : runnableKernels()) {
-        Statistics statistics(*kernels);
-        for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y) {
-            statistics.addRow(pixels.data() + 4 * y * columns, columns, nullptr);
-        }
-        float results[3] = {-1, -1, -1};
-        statistics.report(results);
-        EXPECT_EQ(std::memcmp(results, expected, sizeof results), 0)
+void expectDefinition(int width, int height, const Buffer& pixels, const char* what) {
+    const auto expected =
+        test::hdrByDefinition(static_cast<std::size_t>(width), static_cast<std::size_t>(height), pixels.data()).results;
+    const auto expect = [&](const char* name, const float(&results)[3]) {
+        EXPECT_EQ(std::memcmp(results, expected.data(), sizeof results), 0)
             << name << ", " << what << ' ' << width << 'x' << height << ": " << results[0] << ' ' << results[1] << ' '
             << results[2] << ", expected " << expected[0] << ' ' << expected[1] << ' ' << expected[2];
-        EXPECT_EQ(statistics.sum(), expectedSum) << name << ", " << what; // rounding the mean could hide a wrong bit
-    }
+    };
     float results[3] = {-1, -1, -1};
+    for (const auto& [name, measure] : runnableSets()) {
+        measure(static_cast<std::size_t>(width), static_cast<std::size_t>(height), pixels.data(), results);
+        expect(name, results);
+    }
     EXPECT_EQ(hdrMinMax(width, height, pixels.data(), results), height);
-    EXPECT_EQ(std::memcmp(results, expected, sizeof results), 0) << what;
+    expect("hdrMinMax", results);
 }
 
-#if defined(TVMETA_X86_64) && defined(__GNUC__)
-TEST(Kernels, AreTheFastestOfTheProcessor) {
-    EXPECT_EQ(&fastestKernels(), runnableKernels().back().kernels);
+void setPixel(Buffer& pixels, int width, std::size_t index, unsigned luminance, int exponent) {
+    const auto columns = static_cast<std::size_t>(width);
+    unsigned char* const pixel = &pixels[index / columns * 4 * columns + index % columns];
+    pixel[0] = pixel[columns] = pixel[2 * columns] = static_cast<unsigned char>(luminance);
+    pixel[3 * columns] = static_cast<unsigned char>(exponent);
 }
-#endif
+
+// Appends pixels that bring the sum to the middle between two floats and the number of pixels to a power of two. The
+// mean is then rounded to the float with an even last bit, the one below if `roundsDown`, so a wrong last bit of the
+// sum gives another mean. Returns the new height; the old one if the numbers are too small or too large for that.
+int appendTie(Buffer& pixels, int width, int height, bool roundsDown) {
+    const auto [results, sum, count] =
+        test::hdrByDefinition(static_cast<std::size_t>(width), static_cast<std::size_t>(height), pixels.data());
+    if (!(results[2] > 1e-30F && sum < 1e30)) {
+        return height;
+    }
+    const double halfUnit = std::ldexp(1.0, std::ilogb(sum) - 24);
+    auto halves = static_cast<std::uint64_t>(std::ceil(sum / halfUnit));
+    while (halves % 4 != (roundsDown ? 1U : 3U)) {
+        ++halves;
+    }
+    std::size_t index = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    const std::size_t added = 8 + (std::bit_ceil(count + 8) - count);
+    const int newHeight = height + static_cast<int>(added / static_cast<std::size_t>(width)) + 1;
+    pixels.resize(std::size_t{4} * static_cast<std::size_t>(width) * static_cast<std::size_t>(newHeight));
+    std::size_t black = std::bit_ceil(count + 8) - count;
+    for (double rest = static_cast<double>(halves) * halfUnit - sum; rest > 0.0; --black) {
+        const int exponent = std::ilogb(rest) - 7;
+        const auto luminance = static_cast<unsigned>(std::ldexp(rest, -exponent));
+        setPixel(pixels, width, index++, luminance, 128 + exponent);
+        rest -= std::ldexp(luminance, exponent);
+    }
+    for (; black > 0; --black) {
+        setPixel(pixels, width, index++, 0, 128);
+    }
+    return newHeight;
+}
+
+void expectExact(int width, int height, const Buffer& pixels, const char* what) {
+    expectDefinition(width, height, pixels, what);
+    for (const bool roundsDown : {true, false}) {
+        Buffer tie = pixels;
+        expectDefinition(width, appendTie(tie, width, height, roundsDown), tie, what);
+    }
+}
 
 TEST(HdrMinMax, SinglePixels) {
     const struct {
@@ -156,33 +165,58 @@ TEST(HdrMinMax, DistributionsAreBitExact) {
                                           {"fading out", 40, 44, -1, 0},
                                           {"fading away", 200, 201, -2, 0},
                                           {"largest finite", 247, 249, 0, 0},
-                                          {"widest block", 120, 131, 0, 0, 9},
-                                          {"too wide a block", 120, 132, 0, 0, 9}};
+                                          {"widest block of floats", 120, 131, 0, 0, 9},
+                                          {"too wide for floats", 120, 132, 0, 0, 9},
+                                          {"widest block of doubles", 100, 135, 0, 0, 9},
+                                          {"too wide for doubles", 100, 137, 0, 0, 9},
+                                          {"dark after light", 180, 180, -12, 0}};
     std::mt19937 random(7);
     for (const Distribution& distribution : distributions) {
-        for (const int width : {1, 7, 255, 511, 512, 513, 1700}) {
-            for (const int height : {1, 12, 13, 14, 40}) { // few rows, because later rows can round an error away
+        for (const int width : {1, 7, 31, 32, 65, 1023, 1024, 1700}) {
+            for (const int height : {1, 5, 13, 40}) { // few rows, because later rows can round an error away
                 expectExact(width, height, pixelsOf(distribution, width, height, random), distribution.what);
             }
         }
     }
 }
 
+// 2^24 + 3 pixels of value 1. As a float, their number is 2^24 + 4.
+TEST(HdrMinMax, NumberOfPixelsIsRoundedToSinglePrecision) {
+    constexpr int Width = (1 << 24) + 3;
+    Buffer pixels(std::size_t{4} * Width, 128);
+    std::fill(pixels.begin() + 3 * std::ptrdiff_t{Width}, pixels.end(), static_cast<unsigned char>(121));
+    float results[3];
+    EXPECT_EQ(hdrMinMax(Width, 1, pixels.data(), results), 1);
+    EXPECT_EQ(std::to_array(results), (std::array{1.0F, 1.0F, 0x1.fffffep-1F}));
+}
+
+// 0 * 2^127 is 0, also after a sum that is infinite.
+TEST(HdrMinMax, BlackPixelsAfterInfinity) {
+    constexpr int Width = 64;
+    Buffer pixels(std::size_t{4} * Width * 2, 255);
+    for (std::size_t x = 0; x < Width; ++x) {
+        setPixel(pixels, Width, Width + x, x == 5 ? 1 : 0, x == 5 ? 128 : 255);
+    }
+    float results[3];
+    EXPECT_EQ(hdrMinMax(Width, 2, pixels.data(), results), 2);
+    EXPECT_EQ(std::to_array(results), (std::array{1.0F, INFINITY, INFINITY}));
+}
+
+// Large enough for the fastest instruction set of the processor.
+TEST(HdrMinMax, LargeImageIsBitExact) {
+    std::mt19937 random(8);
+    expectExact(1700, 160, pixelsOf({"large", 110, 125, 0, 50}, 1700, 160, random), "large");
+}
+
 // Black pixels count in the mean but are never the minimum or maximum, whatever their exponent.
 TEST(HdrMinMax, BlackPixelsAndOneNearlyBlack) {
-    for (const int width : {96, 512, 5 * 512 + 40}) {
+    for (const int width : {96, 1024, 3 * 1024 + 40}) {
         for (const int blackExponent : {100, 110, 120}) {
             Buffer pixels(std::size_t{4} * static_cast<std::size_t>(width), 254);
             std::fill(pixels.begin() + 3 * width, pixels.end(), static_cast<unsigned char>(110));
-            const auto set = [&](int x, int luminance, int exponent) {
-                for (int plane = 0; plane < 4; ++plane) {
-                    pixels[static_cast<std::size_t>(plane * width + x)] =
-                        static_cast<unsigned char>(plane < 3 ? luminance : exponent);
-                }
-            };
-            set(width - 40, 255, 110);
+            setPixel(pixels, width, static_cast<std::size_t>(width - 40), 255, 110);
             for (const int x : {0, 31, width / 2, width - 1}) {
-                set(x, 0, blackExponent);
+                setPixel(pixels, width, static_cast<std::size_t>(x), 0, blackExponent);
             }
             float results[3];
             EXPECT_EQ(hdrMinMax(width, 1, pixels.data(), results), 1);

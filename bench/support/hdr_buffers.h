@@ -3,6 +3,7 @@
 
 #include "support/bytes.h"
 
+#include <bit>
 #include <cmath>
 #include <span>
 
@@ -34,6 +35,22 @@ inline void fillSmoothly(Row exponents, std::size_t y) {
         const double light = Middle + rowLight * std::sin(static_cast<double>(x) / 700.0);
         const double noise = static_cast<double>(exponents[x]) / 128.0 - 1.0;
         exponents[x] = static_cast<unsigned char>(light + noise + 0.5);
+    }
+}
+
+// As in a room with windows: bright stretches of 100 pixels 12 stops above the rest, so that a few hundred adjacent
+// pixels span about 17 exponents.
+inline void fillWithWindows(Row exponents, std::size_t y) {
+    for (std::size_t x = 0; x < exponents.size(); ++x) {
+        const bool bright = (x + y / 8) % 400 < 100;
+        exponents[x] = static_cast<unsigned char>((bright ? 139 : 127) + exponents[x] % 5);
+    }
+}
+
+// As the noise of a sensor: half of the pixels have the highest exponent, a quarter two stops less, and so on to 16.
+inline void fillWithDarkNoise(Row exponents, std::size_t /*y*/) {
+    for (unsigned char& exponent : exponents) {
+        exponent = static_cast<unsigned char>(136 - 2 * std::countl_zero(exponent));
     }
 }
 

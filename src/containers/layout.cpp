@@ -29,8 +29,9 @@ void Layout::addCompressed(std::int32_t block, Region region) {
 }
 
 void Layout::offerLarger(std::int32_t block, Region region) {
-    const auto present = std::ranges::find(pieces(), block, &Piece::block);
-    if (present == pieces().end()) {
+    const std::span<Piece> known = pieces();
+    const auto present = std::ranges::find(known, block, &Piece::block);
+    if (present == known.end()) {
         addPiece(block, region);
     } else if (present->region.size < region.size) {
         present->region = region;
@@ -38,7 +39,9 @@ void Layout::offerLarger(std::int32_t block, Region region) {
 }
 
 void Layout::removePieces(std::int32_t block) {
-    pieceCount_ -= std::ranges::remove(pieces(), block, &Piece::block).size();
+    const auto end = std::remove_if(pieces_.begin(), pieces_.begin() + static_cast<std::ptrdiff_t>(pieceCount_),
+                                    [block](const Piece& piece) { return piece.block == block; });
+    pieceCount_ = static_cast<std::size_t>(end - pieces_.begin());
 }
 
 std::size_t Layout::regionsOf(std::int32_t block, std::span<Region> regions) const {
@@ -61,7 +64,8 @@ void Layout::sortPieces() {
 }
 
 bool Layout::has(std::int32_t block) const {
-    return std::ranges::find(pieces(), block, &Piece::block) != pieces().end();
+    const std::span<const Piece> known = pieces();
+    return std::ranges::find(known, block, &Piece::block) != known.end();
 }
 
 bool readAt(SourceReader& reader, std::int64_t position, std::span<unsigned char> block) {

@@ -2,7 +2,7 @@
 
 #include "containers/joined_regions.h"
 #include "metadata/byte_cursor.h"
-#include "metadata/photoshop_resource.h"
+#include "metadata/photoshop_format.h"
 
 #include <algorithm>
 #include <array>

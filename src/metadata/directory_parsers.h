@@ -1,11 +1,15 @@
 // Metadata: the parsers of TIFF directories and of the payloads in them. They fill the metadata record.
 #pragma once
 
+#include "metadata/stream_reader.h"
 #include "metadata/tiff_reader.h"
 #include "metadata/work_budget.h"
+#include "support/result.h"
 #include "tvmeta.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <string_view>
 
 namespace tvmeta {
@@ -18,10 +22,29 @@ std::int32_t readImageDirectories(StreamReader& reader, std::int32_t tiffBase, s
 void readExifDirectory(const TiffReader& tiff, WorkBudget& budget, ExifInfo& info);
 void readGpsDirectory(const TiffReader& tiff, WorkBudget& budget, ExifInfo& info);
 
-// The reader is at a payload of `size` bytes. Results are those of parse_image_description and parse_photoshop_data. A
-// payload beyond the budget is skipped.
-std::int32_t readImageDescription(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info);
-std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info);
+// The reader is at a payload of `size` bytes. Values and failures are results of parse_image_description and
+// parse_photoshop_data. A payload beyond the budget is skipped.
+Result<std::int32_t> readImageDescription(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info);
+Result<std::int32_t> readPhotoshopResources(StreamReader& reader, std::int32_t size, WorkBudget& budget,
+                                            ExifInfo& info);
+
+// Clamps a declared size to what the file can contain, before memory is allocated for it. Small sizes are not worth the
+// system call.
+inline std::int64_t clampedSize(StreamReader& reader, std::int32_t declared) {
+    constexpr std::int32_t MaxUnchecked = 1 << 16;
+    return declared <= MaxUnchecked ? declared : std::min<std::int64_t>(declared, reader.remaining());
+}
+
+// Runs a parser on a stream of the caller, which is left where the parser stops.
+template <typename Parse>
+std::int32_t parseStream(std::FILE* stream, const ExifInfo* info, std::int32_t resultOfNull, Parse parse) {
+    if (stream == nullptr || info == nullptr) {
+        return resultOfNull;
+    }
+    LentStreamReader reader(stream);
+    WorkBudget budget;
+    return parse(reader, budget);
+}
 
 // Exposure and colour values of a description, which a zero byte ends. Returns the last colour value.
 std::int32_t parseDescription(std::string_view text, ExifInfo& info);

@@ -1,11 +1,11 @@
 // Exposure and colour values in the text of an ImageDescription tag: fields separated by a comma and a space. Field 8
 // is the exposure ("1/250s"), fields 9 to 11 are colour values ("R30", "G30", "B30").
 #include "metadata/directory_parsers.h"
-#include "metadata/payload.h"
 #include "support/text_search.h"
 #include "support/zeroed_buffer.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -20,6 +20,7 @@ constexpr int ExposureField = 8;
 constexpr int FirstColorField = 9;
 constexpr int LastColorField = 11;
 constexpr std::string_view Separator = ", ";
+constexpr std::string_view ColorLetters = "RGB";
 constexpr std::int32_t NotSeen = -1;
 
 // The values found so far.
@@ -28,9 +29,7 @@ struct Description {
     bool stopped = false; // by 'B', which is the last colour, or by a token that is too long
     std::int64_t numerator = 0;
     std::int64_t denominator = 0;
-    std::int32_t red = NotSeen;
-    std::int32_t green = NotSeen;
-    std::int32_t blue = NotSeen;
+    std::array<std::int32_t, ColorLetters.size()> colors = {NotSeen, NotSeen, NotSeen};
     std::int32_t lastColor = 0;
 };
 
@@ -82,29 +81,16 @@ void parseExposure(std::string_view text, Description& description) {
     }
 }
 
-std::int32_t* colorNamed(char letter, Description& description) {
-    switch (letter) {
-    case 'R':
-        return &description.red;
-    case 'G':
-        return &description.green;
-    case 'B':
-        return &description.blue;
-    default:
-        return nullptr;
-    }
-}
-
 void parseColors(std::string_view text, Description& description) {
     for (; !text.empty() && !text.starts_with(Separator) && !description.stopped; text.remove_prefix(1)) {
-        std::int32_t* const color = colorNamed(text.front(), description);
-        if (color == nullptr) {
+        const std::size_t color = ColorLetters.find(text.front());
+        if (color == std::string_view::npos) {
             continue;
         }
         const std::string_view token = takeToken(textFrom(text, 1), " ,.");
         const bool tooLong = token.size() > MaxToken;
-        *color = tooLong ? 0 : tokenValue(token);
-        description.lastColor = *color;
+        description.lastColor = tooLong ? 0 : tokenValue(token);
+        description.colors[color] = description.lastColor;
         description.stopped = tooLong || text.front() == 'B';
     }
 }
@@ -130,7 +116,7 @@ Description parseFields(std::string_view text) {
 std::int32_t isoSpeedFor(const Description& description) {
     constexpr std::int32_t Step = 200;
     constexpr std::int32_t Max = std::numeric_limits<std::int32_t>::max();
-    const auto [low, high] = std::minmax({description.red, description.green, description.blue});
+    const auto [low, high] = std::ranges::minmax(description.colors);
     const std::int64_t middle = (std::int64_t{low} + high) / 2;
     const double steps = std::exp2(static_cast<double>(middle) / 30.0);
     constexpr double Limit = double{Max / Step} + 1.0;
@@ -142,8 +128,7 @@ constexpr bool isPlausible(std::int64_t value) {
 }
 
 void copyValues(const Description& description, ExifInfo& info) {
-    const bool colors = description.red != NotSeen && description.green != NotSeen && description.blue != NotSeen;
-    if (!description.separated || !colors) {
+    if (!description.separated || std::ranges::count(description.colors, NotSeen) > 0) {
         return;
     }
     if (description.denominator > 0) {
@@ -157,14 +142,14 @@ void copyValues(const Description& description, ExifInfo& info) {
 
 } // namespace
 
-std::int32_t readImageDescription(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info) {
-    if (size <= 0 || budget.payloadBytes <= 0 || availableSize(reader, size) < size) {
-        return PARSE_DESCRIPTION_UNREADABLE;
+Result<std::int32_t> readImageDescription(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info) {
+    if (size <= 0 || !budget.hasPayload() || clampedSize(reader, size) < size) {
+        return Failure{PARSE_DESCRIPTION_UNREADABLE};
     }
-    budget.payloadBytes -= size;
+    budget.takePayload(size);
     ZeroedBuffer buffer(static_cast<std::size_t>(size));
     if (!buffer || reader.read(buffer.bytes()) < buffer.size()) {
-        return PARSE_DESCRIPTION_UNREADABLE;
+        return Failure{PARSE_DESCRIPTION_UNREADABLE};
     }
     return parseDescription({buffer.text(), buffer.size()}, info);
 }
@@ -179,10 +164,8 @@ std::int32_t parseDescription(std::string_view text, ExifInfo& info) {
 } // namespace tvmeta
 
 std::int32_t parse_image_description(FILE* stream, std::int32_t size, ExifInfo* info) noexcept {
-    if (stream == nullptr || info == nullptr) {
-        return PARSE_DESCRIPTION_UNREADABLE;
-    }
-    tvmeta::LentStreamReader reader(stream);
-    tvmeta::WorkBudget budget;
-    return tvmeta::readImageDescription(reader, size, budget, *info);
+    const auto parse = [&](tvmeta::StreamReader& reader, tvmeta::WorkBudget& budget) {
+        return tvmeta::readImageDescription(reader, size, budget, *info).result();
+    };
+    return tvmeta::parseStream(stream, info, PARSE_DESCRIPTION_UNREADABLE, parse);
 }

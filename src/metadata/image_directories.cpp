@@ -23,7 +23,8 @@ std::int32_t typeSize(std::uint16_t type) {
     return TIFF_TYPE_SIZES[type < std::size(TIFF_TYPE_SIZES) ? type : 0];
 }
 
-struct Walk {
+// What the entries of all directories need.
+struct Context {
     TiffReader tiff;
     std::int32_t fileType;
     WorkBudget& budget;
@@ -42,13 +43,13 @@ void readInlineModel(const DirectoryEntry& entry, ExifInfo& info) {
     }
 }
 
-void readModel(const Walk& walk, const DirectoryEntry& entry) {
+void readModel(const Context& context, const DirectoryEntry& entry) {
     constexpr std::int32_t MinTextCount = 3;
     if (entry.count <= static_cast<std::int32_t>(EntryValueSize) / typeSize(entry.type)) {
-        readInlineModel(entry, walk.info);
+        readInlineModel(entry, context.info);
     } else if (entry.count >= MinTextCount) {
-        const auto room = std::min(static_cast<std::size_t>(entry.count), sizeof walk.info.model);
-        walk.tiff.readLine(std::span(walk.info.model).first(room));
+        const auto room = std::min(static_cast<std::size_t>(entry.count), sizeof context.info.model);
+        context.tiff.readLine(std::span(context.info.model).first(room));
     }
 }
 
@@ -61,60 +62,51 @@ void locateIptc(const DirectoryEntry& entry, ExifInfo& info) {
     info.iptcOffset = entry.value;
 }
 
-void locateThumbnail(const Walk& walk, const DirectoryEntry& entry) {
-    if (entry.tag == tiff_tag::JpegInterchangeFormat) {
-        walk.info.thumbnailOffset = wrappingAdd(entry.value, walk.tiff.base);
-    } else {
-        walk.info.thumbnailLength = entry.value;
-    }
-}
-
-// Descriptions and Photoshop resources are read in TIFF files only. A JPEG has its resources in a segment, and camera
-// raw files use these tags for other purposes.
-void readPayload(const Walk& walk, const DirectoryEntry& entry) {
-    if (walk.fileType != FILE_TYPE_TIFF) {
-        return;
-    }
-    if (entry.tag == tiff_tag::ImageDescription) {
-        readImageDescription(walk.tiff.reader, entry.count, walk.budget, walk.info);
-    } else {
-        readPhotoshopResources(walk.tiff.reader, entry.count, walk.budget, walk.info);
-    }
-}
-
-void readEntry(const Walk& walk, const DirectoryEntry& entry, bool isMainImage) {
-    walk.tiff.seekToValue(entry);
+void readEntry(const Context& context, const DirectoryEntry& entry, bool isMainImage) {
+    context.tiff.seekToValue(entry);
+    // A JPEG has its Photoshop resources in a segment, and camera raw files use these tags for other purposes.
+    const bool hasPayloads = context.fileType == FILE_TYPE_TIFF;
     switch (entry.tag) {
     case tiff_tag::Model:
-        readModel(walk, entry);
+        readModel(context, entry);
         break;
     case tiff_tag::Orientation:
         if (entry.type == tiff_type::Short) {
-            walk.info.orientation = entry.value;
+            context.info.orientation = entry.value;
         }
         break;
     case tiff_tag::JpegInterchangeFormat:
+        if (!isMainImage) {
+            context.info.thumbnailOffset = wrappingAdd(entry.value, context.tiff.base);
+        }
+        break;
     case tiff_tag::JpegInterchangeFormatLength:
         if (!isMainImage) {
-            locateThumbnail(walk, entry);
+            context.info.thumbnailLength = entry.value;
         }
         break;
     case tiff_tag::Xmp:
-        walk.info.xmpLength = entry.count;
-        walk.info.xmpOffset = entry.value;
+        context.info.xmpLength = entry.count;
+        context.info.xmpOffset = entry.value;
         break;
     case tiff_tag::Iptc:
-        locateIptc(entry, walk.info);
+        locateIptc(entry, context.info);
         break;
     case tiff_tag::ImageDescription:
+        if (hasPayloads) {
+            static_cast<void>(readImageDescription(context.tiff.reader, entry.count, context.budget, context.info));
+        }
+        break;
     case tiff_tag::Photoshop:
-        readPayload(walk, entry);
+        if (hasPayloads) {
+            static_cast<void>(readPhotoshopResources(context.tiff.reader, entry.count, context.budget, context.info));
+        }
         break;
     case tiff_tag::ExifIfd:
-        readExifDirectory(walk.tiff, walk.budget, walk.info);
+        readExifDirectory(context.tiff, context.budget, context.info);
         break;
     case tiff_tag::GpsIfd:
-        readGpsDirectory(walk.tiff, walk.budget, walk.info);
+        readGpsDirectory(context.tiff, context.budget, context.info);
         break;
     default:
         break;
@@ -133,14 +125,14 @@ std::int32_t readImageDirectories(StreamReader& reader, std::int32_t tiffBase, s
     if (tiff.read16() != TiffMagic) {
         return GET_EXIF_UNSUPPORTED;
     }
-    const Walk walk{tiff, fileType, budget, info};
+    const Context context{tiff, fileType, budget, info};
     std::int32_t offset = tiff.read32();
     for (int index = 0; offset != 0 && index < ImageDirectories; ++index) {
         tiff.seek(offset);
         const std::uint16_t count = tiff.read16();
         DirectoryReader directory(tiff, count);
         while (const std::optional<DirectoryEntry> entry = directory.next()) {
-            readEntry(walk, *entry, index == 0);
+            readEntry(context, *entry, index == 0);
         }
         if (count == LastDirectoryEntries) {
             break;

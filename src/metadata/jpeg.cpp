@@ -88,7 +88,7 @@ bool skipSegment(StreamReader& reader) {
 }
 
 bool readSignature(StreamReader& reader, std::string_view signature) {
-    unsigned char bytes[32] = {};
+    unsigned char bytes[XmpSignature.size()] = {}; // the longest
     const auto block = std::span(bytes).first(signature.size());
     return reader.read(block) == signature.size() && std::ranges::equal(block, signature, [](unsigned char a, char b) {
                return a == static_cast<unsigned char>(b);
@@ -118,7 +118,7 @@ Result<Segment> findApp1(StreamReader& reader) {
 
 // Reads the lens name from the XMP segment at the reader, and records the position of the packet if it contains
 // processing settings.
-void readXmpSegment(StreamReader& reader, ExifInfo& info) {
+void readXmp(StreamReader& reader, ExifInfo& info) {
     const Segment segment = readSegment(reader);
     if (!segment.isValid() || !readSignature(reader, XmpSignature)) {
         return;
@@ -137,27 +137,9 @@ void readXmpSegment(StreamReader& reader, ExifInfo& info) {
     }
 }
 
-// Searches the markers after the EXIF segment for the next APP1. Returns false if a segment is broken.
-bool searchXmp(StreamReader& reader, ExifInfo& info) {
-    for (int i = 0; i < XmpSearchMarkers; ++i) {
-        const int code = readMarker(reader);
-        if (endsHeader(code) || code == marker::Prefix) {
-            return true;
-        }
-        if (code == marker::App1) {
-            readXmpSegment(reader, info);
-            return true;
-        }
-        if (!skipSegment(reader)) {
-            return false;
-        }
-    }
-    return true;
-}
-
 } // namespace
 
-Result<std::int32_t> findTiffInJpeg(StreamReader& reader, ExifInfo& info) {
+Result<ExifSegment> findExifSegment(StreamReader& reader) {
     if (!startsImage(reader)) {
         return Failure{GET_EXIF_UNREADABLE};
     }
@@ -165,16 +147,25 @@ Result<std::int32_t> findTiffInJpeg(StreamReader& reader, ExifInfo& info) {
     if (!segment) {
         return Failure{segment.code()};
     }
-    if (!readSignature(reader, ExifSignature)) {
-        return 0; // the caller finds no TIFF header here
+    const bool isExif = readSignature(reader, ExifSignature);
+    return ExifSegment{isExif ? static_cast<std::int32_t>(reader.position()) : 0, segment->end()};
+}
+
+std::int32_t readXmpSegment(StreamReader& reader, ExifInfo& info) {
+    for (int i = 0; i < XmpSearchMarkers; ++i) {
+        const int code = readMarker(reader);
+        if (endsHeader(code) || code == marker::Prefix) {
+            break;
+        }
+        if (code == marker::App1) {
+            readXmp(reader, info);
+            break;
+        }
+        if (!skipSegment(reader)) {
+            return GET_EXIF_UNREADABLE;
+        }
     }
-    const std::int64_t base = reader.position();
-    reader.seek(segment->end());
-    if (!searchXmp(reader, info)) {
-        return Failure{GET_EXIF_UNREADABLE};
-    }
-    reader.seek(base);
-    return static_cast<std::int32_t>(base);
+    return GET_EXIF_OK;
 }
 
 std::int32_t readPhotoshopSegment(StreamReader& reader, WorkBudget& budget, ExifInfo& info) {
@@ -193,7 +184,7 @@ std::int32_t readPhotoshopSegment(StreamReader& reader, WorkBudget& budget, Exif
                 return reportInvalidMarker();
             }
             if (readSignature(reader, PhotoshopSignature)) {
-                readPhotoshopResources(reader, segment.length, budget, info);
+                static_cast<void>(readPhotoshopResources(reader, segment.length, budget, info));
             }
             return GET_EXIF_OK;
         }

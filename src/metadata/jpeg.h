@@ -10,10 +10,18 @@
 
 namespace tvmeta {
 
-// Finds the TIFF structure in the EXIF segment, and moves to it. Also reads the XMP segment after it: the lens name
-// goes into the record, and the packet's position if the packet contains processing settings. A failure is a result of
+struct ExifSegment {
+    std::int32_t tiffBase; // file offset of the TIFF structure; 0 if the segment does not have the EXIF signature
+    std::int64_t end;
+};
+
+// Finds the first APP1 segment, and moves after its signature. A failure is a result of getExifData.
+Result<ExifSegment> findExifSegment(StreamReader& reader);
+
+// Reads the XMP segment, which must be close to the EXIF segment: the lens name goes into the record, and the packet's
+// position if the packet contains processing settings. The reader is after the EXIF segment. Returns a result of
 // getExifData.
-Result<std::int32_t> findTiffInJpeg(StreamReader& reader, ExifInfo& info);
+std::int32_t readXmpSegment(StreamReader& reader, ExifInfo& info);
 
 // Reads the Photoshop segment in a second pass over the file. Returns a result of getExifData.
 std::int32_t readPhotoshopSegment(StreamReader& reader, WorkBudget& budget, ExifInfo& info);

@@ -12,16 +12,25 @@ using namespace tvmeta;
 
 namespace {
 
-// Finds the TIFF structure in its container, and moves to it. Returns its file offset.
-Result<std::int32_t> findTiff(StreamReader& reader, std::int32_t fileType, ExifInfo& info) {
-    switch (fileType) {
-    case FILE_TYPE_JPEG:
-        return findTiffInJpeg(reader, info);
-    case FILE_TYPE_PSD:
-        return findTiffInPsd(reader);
-    default:
-        return 0;
+std::int32_t readJpeg(StreamReader& reader, WorkBudget& budget, ExifInfo& info) {
+    const Result<ExifSegment> exif = findExifSegment(reader);
+    if (!exif) {
+        return exif.code();
     }
+    if (exif->tiffBase > 0) {
+        reader.seek(exif->end);
+        if (readXmpSegment(reader, info) != GET_EXIF_OK) {
+            return GET_EXIF_UNREADABLE;
+        }
+        reader.seek(exif->tiffBase);
+    }
+    const std::int32_t result = readImageDirectories(reader, exif->tiffBase, FILE_TYPE_JPEG, budget, info);
+    return result == GET_EXIF_OK ? readPhotoshopSegment(reader, budget, info) : result;
+}
+
+std::int32_t readPsd(StreamReader& reader, WorkBudget& budget, ExifInfo& info) {
+    const Result<std::int32_t> base = findTiffInPsd(reader);
+    return base ? readImageDirectories(reader, *base, FILE_TYPE_PSD, budget, info) : base.code();
 }
 
 } // namespace
@@ -42,14 +51,13 @@ std::int32_t getExifData(const char* path, std::int32_t fileType, ExifInfo* info
         return GET_EXIF_UNREADABLE;
     }
     StreamReader reader(file.get(), 0, fileType == FILE_TYPE_JPEG ? window_size::Jpeg : window_size::Tiff);
-    const Result<std::int32_t> base = findTiff(reader, fileType, *info);
-    if (!base) {
-        return base.code();
-    }
     WorkBudget budget;
-    const std::int32_t result = readImageDirectories(reader, *base, fileType, budget, *info);
-    if (result != GET_EXIF_OK || fileType != FILE_TYPE_JPEG) {
-        return result;
+    switch (fileType) {
+    case FILE_TYPE_JPEG:
+        return readJpeg(reader, budget, *info);
+    case FILE_TYPE_PSD:
+        return readPsd(reader, budget, *info);
+    default:
+        return readImageDirectories(reader, 0, fileType, budget, *info);
     }
-    return readPhotoshopSegment(reader, budget, *info);
 }

@@ -1,8 +1,7 @@
 // The thumbnail and the IPTC block in Photoshop image resources. The block is scanned, not walked, so a broken resource
 // does not hide the others.
 #include "metadata/directory_parsers.h"
-#include "metadata/payload.h"
-#include "metadata/photoshop_resource.h"
+#include "metadata/photoshop_format.h"
 #include "support/bytes.h"
 #include "support/text_search.h"
 #include "support/zeroed_buffer.h"
@@ -18,23 +17,16 @@ namespace {
 constexpr std::size_t HeaderSize = 8; // signature, identifier, and the two bytes of an empty name
 constexpr SearchText Signature{"8BIM", 0};
 
-// After the header and the data size: a format, the numbers below, and the JPEG data. The total size, the bits per
-// pixel and the number of planes are not used.
-constexpr std::int64_t ThumbnailWidthOffset = 16;
+constexpr std::int64_t ThumbnailWidthOffset = 16; // after the header, the data size and a format
 
 void readThumbnail(StreamReader& reader, ExifInfo& info) {
     info.thumbnailWidth = reader.read32(ByteOrder::Big);
     info.thumbnailHeight = reader.read32(ByteOrder::Big);
     info.thumbnailRowBytes = reader.read32(ByteOrder::Big);
-    reader.read32(ByteOrder::Big);
+    reader.read32(ByteOrder::Big); // size in memory
     info.thumbnailLength = reader.read32(ByteOrder::Big);
-    reader.read32(ByteOrder::Big);
+    reader.read32(ByteOrder::Big); // bits per pixel, number of planes
     info.thumbnailOffset = static_cast<std::int32_t>(reader.position());
-}
-
-void readIptc(StreamReader& reader, ExifInfo& info) {
-    info.iptcLength = reader.read32(ByteOrder::Big);
-    info.iptcOffset = static_cast<std::int32_t>(reader.position());
 }
 
 // Reads the resource whose header is at `position`. Returns true for a thumbnail.
@@ -49,25 +41,28 @@ bool readResource(StreamReader& reader, std::string_view header, std::int64_t po
     const bool unnamed = loadBe16(bytes + photoshop::Signature.size() + 2) == 0;
     if (id == photoshop::IptcBlock && unnamed) {
         reader.seek(position + static_cast<std::int64_t>(HeaderSize));
-        readIptc(reader, info);
+        info.iptcLength = reader.read32(ByteOrder::Big);
+        info.iptcOffset = static_cast<std::int32_t>(reader.position());
     }
     return false;
 }
 
 } // namespace
 
-std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info) {
-    // Bytes that the file lacks count as zeros, of which a header can contain two after its identifier.
+Result<std::int32_t> readPhotoshopResources(StreamReader& reader, std::int32_t size, WorkBudget& budget,
+                                            ExifInfo& info) {
+    // Bytes that the file lacks count as zeros. A signature and an identifier at the end of the file, and two such
+    // zeros, are the header of an IPTC resource.
     constexpr std::int64_t ZerosSeen = 2;
-    if (size <= 0 || budget.payloadBytes <= 0) {
+    if (size <= 0 || !budget.hasPayload()) {
         return PARSE_PHOTOSHOP_NO_THUMBNAIL;
     }
     const std::int64_t start = reader.position();
-    ZeroedBuffer block(static_cast<std::size_t>(std::min<std::int64_t>(size, availableSize(reader, size) + ZerosSeen)));
+    ZeroedBuffer block(static_cast<std::size_t>(std::min<std::int64_t>(size, clampedSize(reader, size) + ZerosSeen)));
     if (!block) {
-        return PARSE_PHOTOSHOP_NO_MEMORY;
+        return Failure{PARSE_PHOTOSHOP_NO_MEMORY};
     }
-    budget.payloadBytes -= static_cast<std::int64_t>(reader.read(block.bytes()));
+    budget.takePayload(static_cast<std::int64_t>(reader.read(block.bytes())));
     std::int32_t result = PARSE_PHOTOSHOP_NO_THUMBNAIL;
     const std::string_view text(block.text(), block.size());
     for (std::size_t at = findText(text, Signature); at != std::string_view::npos && text.size() - at >= HeaderSize;
@@ -82,10 +77,8 @@ std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, Wor
 } // namespace tvmeta
 
 std::int32_t parse_photoshop_data(FILE* stream, std::int32_t size, ExifInfo* info) noexcept {
-    if (stream == nullptr || info == nullptr) {
-        return PARSE_PHOTOSHOP_NO_MEMORY;
-    }
-    tvmeta::LentStreamReader reader(stream);
-    tvmeta::WorkBudget budget;
-    return tvmeta::readPhotoshopResources(reader, size, budget, *info);
+    const auto parse = [&](tvmeta::StreamReader& reader, tvmeta::WorkBudget& budget) {
+        return tvmeta::readPhotoshopResources(reader, size, budget, *info).result();
+    };
+    return tvmeta::parseStream(stream, info, PARSE_PHOTOSHOP_NO_MEMORY, parse);
 }

@@ -1,7 +1,7 @@
 // Photoshop files: the header and the image resources (Photoshop file format). All numbers are big-endian.
 #include "metadata/psd.h"
 
-#include "metadata/photoshop_resource.h"
+#include "metadata/photoshop_format.h"
 #include "tvmeta.h"
 
 #include <array>

@@ -9,32 +9,22 @@ namespace tvmeta {
 
 namespace {
 
-// `byteAt` returns the bytes of the entry by their index.
-template <typename ByteAt>
-DirectoryEntry decodeBytes(ByteOrder order, ByteAt byteAt) {
-    const auto number16 = [&](std::size_t i) { return combine16(order, byteAt(i), byteAt(i + 1)); };
-    const auto number32 = [&](std::size_t i) {
-        return combine32(order, byteAt(i), byteAt(i + 1), byteAt(i + 2), byteAt(i + 3));
-    };
-    DirectoryEntry entry{};
-    entry.tag = number16(0);
-    entry.type = number16(2);
-    entry.count = number32(4);
-    entry.field = number32(8);
-    const bool isShort = entry.type == tiff_type::Short && entry.count <= 2;
-    entry.value = isShort ? number16(8) : entry.field;
-    for (std::size_t i = 0; i < EntryValueSize; ++i) {
-        entry.fieldBytes[i] = static_cast<unsigned char>(byteAt(8 + i));
-    }
-    return entry;
-}
-
 // In an entry that the file cuts short, missing bytes count as in the byte-order readers.
 DirectoryEntry decode(ByteOrder order, std::span<const unsigned char> bytes) {
-    if (bytes.size() == DirectoryEntrySize) {
-        return decodeBytes(order, [bytes](std::size_t i) -> int { return bytes[i]; });
+    std::array<int, DirectoryEntrySize> b;
+    b.fill(EOF);
+    std::ranges::copy(bytes, b.begin());
+    DirectoryEntry entry{};
+    entry.tag = combine16(order, b[0], b[1]);
+    entry.type = combine16(order, b[2], b[3]);
+    entry.count = combine32(order, b[4], b[5], b[6], b[7]);
+    entry.field = combine32(order, b[8], b[9], b[10], b[11]);
+    const bool isShort = entry.type == tiff_type::Short && entry.count <= 2;
+    entry.value = isShort ? combine16(order, b[8], b[9]) : entry.field;
+    for (std::size_t i = 0; i < EntryValueSize; ++i) {
+        entry.fieldBytes[i] = static_cast<unsigned char>(b[8 + i]);
     }
-    return decodeBytes(order, [bytes](std::size_t i) -> int { return i < bytes.size() ? bytes[i] : EOF; });
+    return entry;
 }
 
 } // namespace

@@ -15,41 +15,25 @@ namespace {
 constexpr std::int32_t MaxEntries = 1 << 22;
 constexpr std::int32_t MaxDirectories = 1 << 16;
 
-// An entry is skipped by reading its tag, as far as the file goes, and moving on by the rest. Past the end of the file
-// this gives every entry a position of its own; all of them have tag 65535.
+// The positions of entries are those of a stream from which each tag is read and the rest of the entry is skipped. A
+// tag that the end of the file cuts short moves the stream by less.
 constexpr std::int64_t TagSize = 2;
 constexpr std::int64_t RestSize = static_cast<std::int64_t>(DirectoryEntrySize) - TagSize;
 
-// Detects a chain of offsets that returns to an earlier one, without a list of offsets. Each offset is compared with a
-// landmark, which moves on whenever the distance from it has doubled (Brent's cycle detection).
-class LoopDetector {
-  public:
-    // True if the offset was met before.
-    bool meets(std::int32_t offset) {
-        if (offset == landmark_) {
-            return true;
-        }
-        if (++steps_ == limit_) {
-            landmark_ = offset;
-            limit_ *= 2;
-            steps_ = 0;
-        }
-        return false;
-    }
-
-  private:
-    std::int32_t landmark_ = 0; // no directory has this offset: it ends the chain
-    std::int64_t steps_ = 0;
-    std::int64_t limit_ = 1;
-};
-
 Result<TagEntry> searchDirectories(const TiffReader& tiff, std::int32_t tag) {
-    LoopDetector loop;
     std::int32_t entriesLeft = MaxEntries;
-    std::int32_t directoriesLeft = MaxDirectories;
-    for (std::int32_t offset = tiff.read32(); offset != 0 && !loop.meets(offset); offset = tiff.read32()) {
-        if (directoriesLeft-- == 0) {
+    // A chain that returns to an earlier offset is found by comparing each with a landmark, which moves on whenever the
+    // distance from it has doubled (Brent's cycle detection).
+    std::int32_t landmark = 0; // no directory has this offset: it ends the chain
+    std::int32_t moveAt = 1;
+    for (std::int32_t number = 1; number <= MaxDirectories; ++number) {
+        const std::int32_t offset = tiff.read32();
+        if (offset == 0 || offset == landmark) {
             break;
+        }
+        if (number == moveAt) {
+            landmark = offset;
+            moveAt = 2 * moveAt + 1;
         }
         if (!tiff.reader.seek(offset)) {
             return Failure{TIF_TAG_SEEK_FAILED};

@@ -20,6 +20,9 @@ struct WorkBudget {
         entries -= count;
         return true;
     }
+
+    bool hasPayload() const { return payloadBytes > 0; }
+    void takePayload(std::int64_t size) { payloadBytes -= size; }
 };
 
 } // namespace tvmeta

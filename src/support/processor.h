@@ -10,8 +10,8 @@
 namespace tvmeta {
 
 #ifdef TVMETA_X86_64
-// Whether the processor has AVX2 and the system saves its registers. In a virtual machine the question can take tens of
-// microseconds, and the library keeps no static data to remember the answer: ask once per large task.
+// Whether the processor and the system support AVX2. Asking can take tens of microseconds in a virtual machine, and the
+// answer is not kept: ask once per large task.
 bool hasAvx2();
 #endif
 

@@ -105,6 +105,7 @@ inline constexpr std::uint16_t Flash = 37385;
 inline constexpr std::uint16_t FocalLength = 37386;
 inline constexpr std::uint16_t SubSecTimeOriginal = 37521;
 inline constexpr std::uint16_t SubSecTimeDigitized = 37522;
+inline constexpr std::uint16_t FlashpixVersion = 40960;
 inline constexpr std::uint16_t ColorSpace = 40961;
 inline constexpr std::uint16_t PixelXDimension = 40962;
 inline constexpr std::uint16_t PixelYDimension = 40963;

@@ -19,21 +19,22 @@ struct Rule {
 
 // Image directory: TIFF 6.0, its supplements, TIFF/EP and DNG. Others: EXIF 3.0.
 constexpr Rule Rules[] = {
-    {TVMETA_IMAGE, 0, 253, Fate::Private},           // sensor data of RW2
-    {TVMETA_IMAGE, 254, 259, Fate::OfItsPixels},     // kind, size, bits, compression
-    {TVMETA_IMAGE, 262, 266, Fate::OfItsPixels},     // photometric interpretation, halftoning, fill order
-    {TVMETA_IMAGE, 273, 273, Fate::OfItsFile},       // strip offsets
-    {TVMETA_IMAGE, 274, 274, Fate::Replaced},        // orientation
-    {TVMETA_IMAGE, 277, 281, Fate::OfItsPixels},     // samples, strips, extreme values
-    {TVMETA_IMAGE, 282, 283, Fate::Resolution},      // resolution
-    {TVMETA_IMAGE, 284, 284, Fate::OfItsPixels},     // planes
-    {TVMETA_IMAGE, 286, 287, Fate::OfItsPixels},     // position on a page
-    {TVMETA_IMAGE, 288, 289, Fate::OfItsFile},       // free space in the file
-    {TVMETA_IMAGE, 290, 293, Fate::OfItsPixels},     // response curves, fax options
-    {TVMETA_IMAGE, 296, 296, Fate::Resolution},      // resolution unit
-    {TVMETA_IMAGE, 297, 297, Fate::OfItsFile},       // page number
-    {TVMETA_IMAGE, 300, 301, Fate::OfItsPixels},     // transfer function
-    {TVMETA_IMAGE, 305, 306, Fate::Replaced},        // software, modification time
+    {TVMETA_IMAGE, 0, 253, Fate::Private},       // sensor data of RW2
+    {TVMETA_IMAGE, 254, 259, Fate::OfItsPixels}, // kind, size, bits, compression
+    {TVMETA_IMAGE, 262, 266, Fate::OfItsPixels}, // photometric interpretation, halftoning, fill order
+    {TVMETA_IMAGE, 273, 273, Fate::OfItsFile},   // strip offsets
+    {TVMETA_IMAGE, 274, 274, Fate::Replaced},    // orientation
+    {TVMETA_IMAGE, 277, 281, Fate::OfItsPixels}, // samples, strips, extreme values
+    {TVMETA_IMAGE, 282, 283, Fate::Resolution},  // resolution
+    {TVMETA_IMAGE, 284, 284, Fate::OfItsPixels}, // planes
+    {TVMETA_IMAGE, 286, 287, Fate::OfItsPixels}, // position on a page
+    {TVMETA_IMAGE, 288, 289, Fate::OfItsFile},   // free space in the file
+    {TVMETA_IMAGE, 290, 293, Fate::OfItsPixels}, // response curves, fax options
+    {TVMETA_IMAGE, 296, 296, Fate::Resolution},  // resolution unit
+    {TVMETA_IMAGE, 297, 297, Fate::OfItsFile},   // page number
+    {TVMETA_IMAGE, 300, 301, Fate::OfItsPixels}, // transfer function
+    {TVMETA_IMAGE, 305, 305, Fate::Software},
+    {TVMETA_IMAGE, 306, 306, Fate::Replaced},        // modification time
     {TVMETA_IMAGE, 317, 325, Fate::OfItsPixels},     // predictor, white point, colour map, tiles
     {TVMETA_IMAGE, 326, 328, Fate::OfItsPixels},     // damaged fax rows
     {TVMETA_IMAGE, 330, 330, Fate::OfItsFile},       // sub-images
@@ -66,9 +67,9 @@ constexpr Rule Rules[] = {
     {TVMETA_IMAGE, 42032, 42037, Fate::Kept},        // owner, serial numbers, lens
     {TVMETA_IMAGE, 50341, 50341, Fate::OfItsPixels}, // print matching
     {TVMETA_IMAGE, 50706, 50707, Fate::OfItsFile},   // DNG version
-    {TVMETA_IMAGE, 50708, 50708, Fate::Kept},        // name of the camera model
+    {TVMETA_IMAGE, 50708, 50709, Fate::Kept},        // name of the camera model
     {TVMETA_IMAGE, 50735, 50736, Fate::Kept},        // serial number, lens
-    {TVMETA_IMAGE, 50709, 52551, Fate::OfItsPixels}, // other tags of DNG: raw data and its development
+    {TVMETA_IMAGE, 50710, 52551, Fate::OfItsPixels}, // other tags of DNG: raw data and its development
     {TVMETA_IMAGE, 59932, 59933, Fate::OfItsFile},   // padding
     {TVMETA_IMAGE, 32768, 65535, Fate::Private},
 
@@ -76,8 +77,9 @@ constexpr Rule Rules[] = {
     {TVMETA_EXIF_DIRECTORY, 37121, 37122, Fate::OfItsPixels},    // components, compressed bits
     {TVMETA_EXIF_DIRECTORY, 37396, 37396, Fate::KeptAtSameSize}, // subject area
     {TVMETA_EXIF_DIRECTORY, 37500, 37500, Fate::MakerNote},
-    {TVMETA_EXIF_DIRECTORY, 37520, 37520, Fate::Replaced},       // fraction of the modification time
-    {TVMETA_EXIF_DIRECTORY, 40961, 40963, Fate::Replaced},       // colour space, size
+    {TVMETA_EXIF_DIRECTORY, 37520, 37520, Fate::Replaced}, // fraction of the modification time
+    {TVMETA_EXIF_DIRECTORY, 40961, 40961, Fate::ColorSpace},
+    {TVMETA_EXIF_DIRECTORY, 40962, 40963, Fate::Replaced},       // size
     {TVMETA_EXIF_DIRECTORY, 40964, 40964, Fate::OfItsFile},      // sound file
     {TVMETA_EXIF_DIRECTORY, 40965, 40965, Fate::Replaced},       // interoperability directory
     {TVMETA_EXIF_DIRECTORY, 41492, 41492, Fate::KeptAtSameSize}, // subject location

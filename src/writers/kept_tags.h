@@ -10,6 +10,7 @@ enum class Fate {
     KeptAtSameSize, // positions in the picture: true of a result of the same size
     Resolution,     // kept unless the caller gives one
     Software,       // likewise
+    ColorSpace,     // kept unless a profile or the samples say another
     Replaced,       // the result has a value of its own, or none because the caller gave none
     OfItsPixels,    // how the photograph's own pixels are stored or to be interpreted
     OfItsFile,      // places in the photograph's file, or names of files beside it

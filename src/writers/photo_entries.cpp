@@ -95,6 +95,8 @@ class Chooser {
             return kept_.resolution;
         case Fate::Software:
             return kept_.software;
+        case Fate::ColorSpace:
+            return kept_.colorSpace;
         default:
             return false;
         }

@@ -24,6 +24,7 @@ struct KeptValues {
     bool positions; // in the picture
     bool resolution;
     bool software;
+    bool colorSpace;
 };
 
 class PhotoEntries {

@@ -75,7 +75,7 @@ PixelKernel kernelFor(const PixelLayout& layout) {
     return layout.channels != layout.samples ? droppingKernel(layout.channels, layout.sampleBytes) : nullptr;
 }
 
-// Rows per block. Its size is that of source rows, extra channel included, in the written depth.
+// The rows of a block. It has room for them with all source channels, in the written depth.
 std::size_t rowsPerBlock(const PixelLayout& layout) {
     const std::size_t rows = CHUNK_BYTES / (layout.width * layout.channels * layout.sampleBytes);
     return std::min(std::max<std::size_t>(rows, 1), layout.height);

@@ -19,9 +19,10 @@ constexpr std::size_t NotFound = std::string_view::npos;
 constexpr std::string_view RdfEnd = "</rdf:RDF>";
 constexpr std::string_view DescriptionEnd = "</rdf:Description>";
 constexpr std::string_view OwnSettings = "<rdf:Description rdf:about=''\nxmlns:tvtm=";
-constexpr std::string_view NewPacketStart = "<x:xmpmeta xmlns:x='adobe:ns:meta/'>\n"
+constexpr std::string_view NewPacketStart = "<?xpacket begin='\xEF\xBB\xBF' id='W5M0MpCehiHzreSzNTczkc9d'?>\n"
+                                            "<x:xmpmeta xmlns:x='adobe:ns:meta/'>\n"
                                             "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>\n\n";
-constexpr std::string_view NewPacketEnd = "</rdf:RDF>\n</x:xmpmeta>\n";
+constexpr std::string_view NewPacketEnd = "</rdf:RDF>\n</x:xmpmeta>\n<?xpacket end='w'?>\n";
 constexpr std::string_view SubjectStart = "<rdf:Description rdf:about=''\n"
                                           "xmlns:dc='http://purl.org/dc/elements/1.1/'>\n<dc:subject>\n<rdf:Bag>\n";
 constexpr std::string_view SubjectEnd = "</rdf:Bag>\n</dc:subject>\n</rdf:Description>\n\n";

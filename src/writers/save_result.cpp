@@ -92,7 +92,9 @@ std::int32_t readPhotograph(const tvmeta_Result& result, Contents& contents, Los
     const bool hasSize = result.width > 0 && result.height > 0;
     const bool isSameSize =
         !hasSize || (result.width == contents.photo.width && result.height == contents.photo.height);
-    const KeptValues kept = {isSameSize, result.resolution == 0, result.software == nullptr};
+    const bool isFloat = result.bitsCode == 32 || result.bitsCode == 3216;
+    const KeptValues kept = {isSameSize, result.resolution == 0, result.software == nullptr,
+                             result.iccSize == 0 && !isFloat};
     if (contents.photo.blocks[TVMETA_EXIF].isCompressed != 0) {
         losses.addBlock(TVMETA_EXIF, TVMETA_LOSS_BLOCK);
     }
@@ -242,11 +244,9 @@ void ResultDirectories::addResults(const tvmeta_Result& result, const PixelLayou
     constexpr std::int32_t UsualResolution = 300;
     constexpr std::uint16_t IeeeFloat = 3;
     image.addShort(tiff_tag::Orientation, writtenOrientation(result.orientation));
-    if (!image.has(tiff_tag::XResolution) || !image.has(tiff_tag::YResolution)) {
-        if (!image.has(tiff_tag::XResolution) && !image.has(tiff_tag::YResolution) &&
-            !image.has(tiff_tag::ResolutionUnit)) {
-            addResolution(image, result.resolution > 0 ? result.resolution : UsualResolution);
-        }
+    if (!image.has(tiff_tag::XResolution) && !image.has(tiff_tag::YResolution) &&
+        !image.has(tiff_tag::ResolutionUnit)) {
+        addResolution(image, result.resolution > 0 ? result.resolution : UsualResolution);
     }
     if (result.software != nullptr) {
         addText(tiff_tag::Software, result.software);
@@ -267,35 +267,40 @@ void ResultDirectories::addResults(const tvmeta_Result& result, const PixelLayou
         };
         addBlock(tiff_tag::IccProfile, tiff_type::Undefined, contents_.icc);
         addBlock(tiff_tag::Xmp, tiff_type::Byte, {contents_.xmp->data(), contents_.xmp->size()});
-        if (const Bytes iptc{contents_.iptc.block.data(), contents_.iptc.block.size()}; !iptc.empty()) {
-            addBlock(tiff_tag::Iptc, tiff_type::Undefined, iptc);
+        if (contents_.iptc.block.size() > 0) {
+            addIptc(image, {contents_.iptc.block.data(), contents_.iptc.block.size()});
         }
     }
     addExif(result);
 }
 
+bool isSrgb(Bytes profile) {
+    char name[32];
+    const auto size = static_cast<std::int32_t>(std::min<std::size_t>(profile.size(), INT32_MAX));
+    return get_profile_name(size, profile.data(), name) > 0 && std::string_view(name, 4) == "sRGB";
+}
+
 // What EXIF requires of each of its directories, and what it says of the picture itself.
 void ResultDirectories::addExif(const tvmeta_Result& result) {
     static constexpr std::array<unsigned char, 4> ExifVersion = {'0', '2', '3', '2'};
+    static constexpr std::array<unsigned char, 4> FlashpixVersion = {'0', '1', '0', '0'};
     static constexpr std::array<unsigned char, 4> GpsVersion = {2, 3, 0, 0};
     constexpr std::uint16_t Srgb = 1;
     constexpr std::uint16_t Uncalibrated = 0xFFFF;
     if (exif.entries() > 0 || interoperability.entries() > 0) {
-        if (!exif.has(exif_tag::ExifVersion)) {
-            exif.addBytes(exif_tag::ExifVersion, tiff_type::Undefined, ExifVersion.size(), ExifVersion,
-                          ExifVersion.size());
-        }
-        if (!contents_.icc.empty()) {
-            char name[32];
-            const bool isSrgb =
-                get_profile_name(static_cast<std::int32_t>(std::min<std::size_t>(contents_.icc.size(), INT32_MAX)),
-                                 contents_.icc.data(), name) > 0 &&
-                std::string_view(name, 4) == "sRGB";
-            exif.addShort(exif_tag::ColorSpace, isSrgb ? Srgb : Uncalibrated);
+        const auto addVersion = [&](std::uint16_t tag, Bytes version) {
+            if (!exif.has(tag)) {
+                exif.addBytes(tag, tiff_type::Undefined, version.size(), version, version.size());
+            }
+        };
+        addVersion(exif_tag::ExifVersion, ExifVersion);
+        addVersion(exif_tag::FlashpixVersion, FlashpixVersion);
+        if (!exif.has(exif_tag::ColorSpace)) {
+            exif.addShort(exif_tag::ColorSpace, isSrgb(contents_.icc) ? Srgb : Uncalibrated);
         }
         if (result.width > 0 && result.height > 0) {
-            exif.addShortOrLong(exif_tag::PixelXDimension, static_cast<std::uint32_t>(result.width));
-            exif.addShortOrLong(exif_tag::PixelYDimension, static_cast<std::uint32_t>(result.height));
+            exif.addLong(exif_tag::PixelXDimension, static_cast<std::uint32_t>(result.width));
+            exif.addLong(exif_tag::PixelYDimension, static_cast<std::uint32_t>(result.height));
         }
     }
     if (gps.entries() > 0 && !gps.has(gps_tag::VersionId)) {

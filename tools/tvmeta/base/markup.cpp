@@ -31,6 +31,28 @@ std::string markup(std::string_view text) {
     return safe;
 }
 
+std::string attribute(std::string_view name, std::string_view value) {
+    return std::string(" ").append(name).append("=\"").append(value).append("\"");
+}
+
+std::string element(std::string_view name, std::string_view content, std::string_view attributes) {
+    std::string text = "<";
+    text.append(name).append(attributes).append(">").append(content);
+    return text.append("</").append(name).append(">");
+}
+
+std::string urlPath(std::string_view path) {
+    constexpr std::string_view HexDigits = "0123456789ABCDEF";
+    constexpr std::string_view Plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
+    std::string url;
+    for (const char c : path) {
+        const auto byte = static_cast<unsigned char>(c);
+        url += Plain.find(c) != std::string_view::npos ? std::string(1, c)
+                                                       : std::string{'%', HexDigits[byte >> 4], HexDigits[byte & 0xF]};
+    }
+    return url;
+}
+
 // RFC 4648, section 4.
 std::string base64(std::span<const unsigned char> bytes) {
     constexpr std::string_view Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";

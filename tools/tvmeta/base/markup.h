@@ -12,6 +12,13 @@ constexpr std::string_view MadeByTvmeta = "<!-- Made by tvmeta -->\n";
 // become \xNN.
 std::string markup(std::string_view text);
 
+// The name and value of an attribute after a blank, and an element. Value and content are markup already.
+std::string attribute(std::string_view name, std::string_view value);
+std::string element(std::string_view name, std::string_view content, std::string_view attributes = "");
+
+// A path as part of a URL (RFC 3986): bytes other than unreserved characters and slashes become %NN.
+std::string urlPath(std::string_view path);
+
 // The distance between the ticks of an axis: the smallest power of two from 1 that gives at most `maxTicks`.
 double tickStep(double range, double maxTicks);
 

@@ -4,8 +4,8 @@
 #include "base/failure.h"
 #include "base/text.h"
 #include "commands/commands.h"
+#include "commands/set_placement.h"
 #include "output/csv.h"
-#include "output/set_folders.h"
 #include "output/table.h"
 #include "photographs/field_words.h"
 #include "photographs/photo_sets.h"
@@ -32,9 +32,7 @@ struct Options {
     bool json = false;
     bool csv = false;
     bool files0 = false;
-    std::string folder;
-    bool copy = false;
-    bool dryRun = false;
+    PlacementOptions placement;
 };
 
 std::string counted(size_t count, const std::string& thing) {
@@ -64,7 +62,7 @@ void printSets(const std::vector<PhotoSet>& sets) {
         const std::string cells[] = {std::to_string(columns.front().cells.size() + 1),
                                      printable(first.path),
                                      shotsText(set),
-                                     offsetsText(set),
+                                     offsetsText(set.offsets),
                                      stopsText(set.range()) + " EV",
                                      printable(takenText(first)),
                                      printable(first.record.model),
@@ -88,7 +86,7 @@ void printSummary(const PhotoSets& found) {
     std::cout << (found.sets.empty() ? "" : "\n") << counted(found.sets.size(), "set") << " of "
               << counted(inSets, "photograph") << ", " << counted(found.singles.size(), "single photograph") << "\n";
     if (!found.unknown.empty()) {
-        std::cout << counted(found.unknown.size(), "photograph") << " without a known time or exposure:\n";
+        std::cout << counted(found.unknown.size(), "photograph") << " without a known time or exposure time:\n";
     }
     for (const Photo* photo : found.unknown) {
         std::cout << "  " << printable(photo->path) << "\n";
@@ -112,7 +110,10 @@ void printJson(const PhotoSets& found) {
         const Photo& first = *set.photos.front();
         ordered_json object = {{"set", ++count}, {"files", ordered_json::array()}};
         std::ranges::for_each(set.photos, [&](const Photo* photo) { object["files"].push_back(photo->path); });
-        std::ranges::for_each(set.values, [&](double value) { object["ev"].push_back(rounded(value)); });
+        for (const Photo* photo : set.photos) {
+            const std::optional<double> value = exposureValue(*photo);
+            object["ev"].push_back(value ? ordered_json(rounded(*value)) : ordered_json());
+        }
         std::ranges::for_each(set.offsets, [&](double stops) { object["offsets"].push_back(rounded(stops)); });
         object["range"] = rounded(set.range());
         object["taken"] = takenText(first);
@@ -148,12 +149,12 @@ std::string textUnlessZero(double value) {
 
 // One record per photograph, those of sets first. Set number and EV are empty if unknown.
 void printCsv(const PhotoSets& found) {
-    const auto print = [](const std::string& set, const Photo& photo, const std::string& ev,
-                          const std::string& offset) {
+    const auto print = [](const std::string& set, const Photo& photo, const std::string& offset) {
+        const std::optional<double> ev = exposureValue(photo);
         const tvmeta_Photo& record = photo.record;
         const Value fields[] = {set,
                                 photo.path,
-                                ev,
+                                ev ? hundredths(*ev) : "",
                                 offset,
                                 takenText(photo),
                                 textUnlessZero(quotient(record.exposureTime)),
@@ -168,46 +169,27 @@ void printCsv(const PhotoSets& found) {
     for (const PhotoSet& set : found.sets) {
         const std::string number = std::to_string(++count);
         for (size_t i = 0; i < set.photos.size(); ++i) {
-            print(number, *set.photos[i], hundredths(set.values[i]), hundredths(set.offsets[i]));
+            print(number, *set.photos[i], hundredths(set.offsets[i]));
         }
     }
     for (const Photo* photo : found.singles) {
-        print("", *photo, hundredths(exposureValue(bracketShot(*photo)).value()), "");
+        print("", *photo, "");
     }
-    std::ranges::for_each(found.unknown, [&](const Photo* photo) { print("", *photo, "", ""); });
-}
-
-void placeSets(const Options& options, const PhotoSets& found) {
-    std::vector<std::vector<std::string>> files;
-    size_t placed = 0;
-    for (const PhotoSet& set : found.sets) {
-        std::vector<std::string>& paths = files.emplace_back();
-        std::ranges::transform(set.photos, std::back_inserter(paths), &Photo::path);
-        placed += paths.size();
-    }
-    const std::string verb = std::string(options.dryRun ? "would " : "") + (options.copy ? "cop" : "link") +
-                             (options.dryRun ? (options.copy ? "y" : "") : (options.copy ? "ied" : "ed"));
-    const auto report = [&](size_t i) {
-        std::cout << printable(setFolder(options.folder, i + 1)) << ": " << verb << " "
-                  << counted(files[i].size(), "photograph") << ", " << offsetsText(found.sets[i]) << "\n";
-    };
-    requireNewFolders(options.folder, files.size());
-    if (options.dryRun) {
-        for (size_t i = 0; i < files.size(); ++i) {
-            report(i);
-        }
-    } else if (!files.empty()) {
-        fillSetFolders(options.folder, files, options.copy ? Placement::Copy : Placement::Link, report);
-    }
-    std::cout << verb << " " << counted(placed, "photograph") << " into " << counted(files.size(), "folder")
-              << "; in no set: " << found.singles.size() + found.unknown.size() << "\n";
+    std::ranges::for_each(found.unknown, [&](const Photo* photo) { print("", *photo, ""); });
 }
 
 void showBrackets(const Options& options) {
+    if (!options.placement.undo.empty()) {
+        return undoPlacement(options.placement);
+    }
+    if (options.input.names.empty()) {
+        throw WrongCommandLine("PATH is required");
+    }
+    if (!options.placement.folder.empty()) {
+        return placeSets(options.input, options.placement);
+    }
     const PhotoSets found = readPhotoSets(options.input.names, options.input.recursive, options.input.rules);
-    if (!options.folder.empty()) {
-        placeSets(options, found);
-    } else if (options.json) {
+    if (options.json) {
         printJson(found);
     } else if (options.csv) {
         printCsv(found);
@@ -236,7 +218,7 @@ std::vector<Option> bracketOptions(BracketOptions& options) {
          .help = "Read the photographs in folders and subfolders"},
         {.names = {"--gap"},
          .target = &options.rules.gap,
-         .help = "Maximum pause within a set (default 2)",
+         .help = "Maximum pause within a set (default: learnt)",
          .value = "SECONDS",
          .range = {0, MaxGap}},
         {.names = {"--count"},
@@ -253,11 +235,15 @@ Command bracketsCommand() {
         .name = "brackets",
         .purpose = "Find the bracketed sets among photographs",
         .options = bracketOptions(options->input),
-        .footer = "A set is a sequence of photographs of one camera, folder and focal length\n"
-                  "with different exposures. When the exposures repeat, a new set begins.\n\n"
+        .footer = "Sets are found by what cameras record: exposure mode, bias, time. Without\n"
+                  "that, by exposures that repeat or were set by hand.\n\n"
+                  "The pattern of --name can contain\n  " +
+                  namePlaceholders() +
+                  "\n\n"
                   "Examples:\n"
                   "  tvmeta brackets -r photos\n"
                   "  tvmeta brackets -r photos --into sets\n"
+                  "  tvmeta brackets -r photos --into sets --move --name '{date} {number}'\n"
                   "  tvmeta brackets -r photos --json | jq -r 'select(.range > 4).files[]'",
         .run = [options] { showBrackets(*options); },
     };
@@ -271,20 +257,10 @@ Command bracketsCommand() {
          .target = &options->files0,
          .help = "Write file names with a NUL after each, and one\nmore between sets",
          .excludes = {"--json", "--csv"}},
-        {.names = {"--into"},
-         .target = &options->folder,
-         .help = "Make a folder per set in this folder, with hard\nlinks",
-         .value = "FOLDER",
-         .excludes = {"--json", "--csv", "--files0"}},
-        {.names = {"--copy"},
-         .target = &options->copy,
-         .help = "With --into: copy instead of link",
-         .needs = {"--into"}},
-        {.names = {"--dry-run"},
-         .target = &options->dryRun,
-         .help = "With --into: only print the plan",
-         .needs = {"--into"}},
     };
+    command.options.front().isRequired = false; // not with --undo
     command.options.insert(command.options.end(), std::begin(forms), std::end(forms));
+    const std::vector<Option> placement = placementOptions(options->placement, {"--json", "--csv", "--files0"});
+    command.options.insert(command.options.end(), placement.begin(), placement.end());
     return command;
 }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "commands/command_line.h"
-#include "photographs/bracket_sets.h"
+#include "photographs/photo_sets.h"
 
 #include <string>
 #include <vector>

@@ -138,13 +138,13 @@ constexpr std::string_view HelpName = "help";
 // Adds --files0-from to a command with a list of files, one of which must be named on the command line or in the list.
 void addFileList(Command& command, Option& files) {
     auto* const names = std::get<std::vector<std::string>*>(files.target);
-    const std::string word = files.names.front();
+    const std::string word = files.isRequired ? files.names.front() : "";
     const auto list = std::make_shared<std::string>();
     files.isRequired = false;
     command.run = [run = command.run, names, word, list] {
         if (!list->empty()) {
             std::ranges::copy(readNames(*list), std::back_inserter(*names));
-        } else if (names->empty()) {
+        } else if (names->empty() && !word.empty()) {
             throw WrongCommandLine("expected " + word);
         }
         run();

@@ -5,8 +5,12 @@
 #include "commands/brackets.h"
 #include "commands/commands.h"
 #include "output/output_file.h"
+#include "pages/page_content.h"
+#include "pages/report_page.h"
 #include "photographs/photo_sets.h"
-#include "photographs/report_page.h"
+#include "system/files.h"
+#include "system/paths.h"
+#include "system/system.h"
 
 #include <algorithm>
 #include <iostream>
@@ -16,21 +20,33 @@
 
 namespace {
 
+namespace fs = std::filesystem;
+
 struct Options {
     BracketOptions input;
     Output output;
 };
 
+// The folder from which the links of the page lead to the photographs: the current one for a pipe or device.
+fs::path folderOf(const std::string& page) {
+    std::error_code error;
+    const bool isFile = !fs::exists(pathOf(page), error) || fs::is_regular_file(pathOf(page), error);
+    const fs::path folder = isFile && page != StandardStream && fileIdentity(page) != fileIdentity(stdout)
+                                ? fs::absolute(pathOf(page)).parent_path()
+                                : ".";
+    return fs::weakly_canonical(fs::absolute(folder));
+}
+
 void makeReport(const Options& options) {
     PhotoSets found;
     writeOutput(options.output, options.input.names, [&](OutputFile& file) {
-        found = readPhotoSets(options.input.names, options.input.recursive, options.input.rules,
-                              {.blocks = {TVMETA_THUMBNAIL}});
+        found = readPhotoSets(options.input.names, options.input.recursive, options.input.rules);
         if (found.photos.empty()) {
             throw Failure("no photograph found");
         }
         std::ranges::for_each(found.photos, [&](const Photo& photo) { requireOther(options.output.path, photo.path); });
-        writeReport(found, [&](std::string_view text) { file.write(text); });
+        const PageContent content = pageContent(found, folderOf(options.output.path));
+        writeReport(content, [&](std::string_view text) { file.write(text); });
     });
     messagesFor(options.output.path) << "wrote " << printable(options.output.path) << ": " << found.sets.size()
                                      << " sets, " << found.singles.size() + found.unknown.size()
@@ -47,8 +63,8 @@ Command reportCommand() {
         .purpose = "Show the bracketed sets as a page for a browser",
         .options = bracketOptions(options->input),
         .footer = "The page shows the thumbnails of each set, its exposures as diagram and table,\n"
-                  "single photographs, and unreadable files. It requires no other file,\n"
-                  "no network and no script.\n\n"
+                  "single photographs, and unreadable files. It requires no network and no\n"
+                  "script. A click on a thumbnail shows the photograph in its folder.\n\n"
                   "Example:\n"
                   "  tvmeta report -r photos -o report.html",
         .run = [options] { makeReport(*options); },

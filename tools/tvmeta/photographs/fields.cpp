@@ -4,7 +4,6 @@
 #include "base/markup.h"
 #include "base/suggestion.h"
 #include "base/text.h"
-#include "photographs/bracket_sets.h"
 #include "system/files.h"
 
 #include <fmt/format.h>
@@ -140,12 +139,7 @@ Value derivedFields(const Shot& shot) {
 }
 
 Value exposureValueAt100(const Shot& shot) {
-    const tvmeta_Photo& record = shot.photo.record;
-    BracketShot exposure;
-    exposure.exposureTime = quotient(record.exposureTime);
-    exposure.fNumber = quotient(record.fNumber);
-    exposure.isoSpeed = record.isoSpeed;
-    const std::optional<double> value = exposureValue(exposure);
+    const std::optional<double> value = exposureValue(shot.photo);
     return value ? Value(*value) : Value();
 }
 

@@ -4,6 +4,7 @@
 #include "base/text.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <cstdio>
 #include <new>
@@ -107,6 +108,13 @@ double quotient(const tvmeta_Rational& fraction) {
     return fraction.denominator == 0 ? 0
                                      : decimal(static_cast<float>(static_cast<double>(fraction.numerator) /
                                                                   static_cast<double>(fraction.denominator)));
+}
+
+std::optional<double> exposureValue(const Photo& photo) {
+    const double time = quotient(photo.record.exposureTime), fNumber = quotient(photo.record.fNumber);
+    const double value = std::log2(fNumber * fNumber / time) - std::log2(photo.record.isoSpeed / 100.0);
+    const bool isKnown = time > 0 && fNumber > 0 && photo.record.isoSpeed > 0;
+    return isKnown && std::isfinite(value) ? std::optional(value) : std::nullopt;
 }
 
 std::string takenText(const Photo& photo) {

@@ -72,5 +72,8 @@ Photo readPhoto(const std::string& path, const Wanted& wanted = {});
 // A fraction of the record as a number; 0 if it has none.
 double quotient(const tvmeta_Rational& fraction);
 
+// EV at ISO 100. Empty without exposure time, f-number or ISO speed.
+std::optional<double> exposureValue(const Photo& photo);
+
 // The capture time as EXIF writes it, "YYYY:MM:DD HH:MM:SS"; empty without one.
 std::string takenText(const Photo& photo);

@@ -16,7 +16,8 @@ namespace {
 
 class Search {
   public:
-    Search(Progress& shown, FileMessages& reported) : progress(shown), messages(reported) {}
+    Search(const std::string& excludedFolder, Progress& shown, FileMessages& reported)
+        : excluded(excludedFolder), progress(shown), messages(reported) {}
 
     void takeName(const std::string& name, bool recursive) {
         if (name == StandardStream || fileKind(name) != FileKind::Folder) {
@@ -44,6 +45,14 @@ class Search {
         }
     }
 
+    bool isSearched(const std::string& folder) const {
+        if (nameOf(pathOf(folder).filename()).starts_with(".tvmeta-")) {
+            complain(folder + ": left by an interrupted run; not read");
+            return false;
+        }
+        return excluded.empty() || !isSameFile(folder, excluded);
+    }
+
     // Not recursive, because deeply nested folders would overflow the stack.
     void descend(const std::string& top) {
         std::vector<std::string> folders = {top};
@@ -55,7 +64,7 @@ class Search {
                 if (entry.kind == FolderEntry::Kind::RegularFile) {
                     found.files.push_back({entry.name, false});
                     progress.found(found.files.size());
-                } else if (entry.kind == FolderEntry::Kind::Subfolder) {
+                } else if (entry.kind == FolderEntry::Kind::Subfolder && isSearched(entry.name)) {
                     folders.push_back(entry.name);
                 } else if (entry.kind == FolderEntry::Kind::Unknown) {
                     fail(entry.name.empty() ? folder : entry.name, entry.problem);
@@ -66,6 +75,7 @@ class Search {
     }
 
     PhotoFiles found;
+    const std::string& excluded;
     Progress& progress;
     FileMessages& messages;
 };
@@ -82,9 +92,9 @@ bool hasPhotoName(const std::string& path) {
     return std::ranges::find(Extensions, extension) != std::end(Extensions);
 }
 
-PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, Progress& progress,
-                          FileMessages& messages) {
-    Search search(progress, messages);
+PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, const std::string& excludedFolder,
+                          Progress& progress, FileMessages& messages) {
+    Search search(excludedFolder, progress, messages);
     for (const std::string& name : names) {
         search.takeName(name, recursive);
     }

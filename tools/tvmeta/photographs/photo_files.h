@@ -22,6 +22,7 @@ bool hasPhotoName(const std::string& path);
 
 // The named files, and all files of the named folders in natural order. Folders are searched if `recursive`, and
 // refused otherwise. Links to folders are followed where they are named, not inside of folders, so that loops of links
-// end. Folders that cannot be searched are reported.
-PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, Progress& progress,
-                          FileMessages& messages);
+// end. Inside of folders, the excluded one and those that an interrupted run of tvmeta has left are not searched.
+// Folders that cannot be searched are reported.
+PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, const std::string& excludedFolder,
+                          Progress& progress, FileMessages& messages);

@@ -3,13 +3,17 @@
 #include "base/text.h"
 #include "photographs/natural_order.h"
 #include "system/paths.h"
+#include "system/system.h"
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <filesystem>
 #include <iterator>
+#include <map>
+#include <new>
+#include <optional>
 #include <sstream>
-#include <unordered_set>
 #include <utility>
 
 namespace {
@@ -18,29 +22,89 @@ std::filesystem::path normalPath(const Photo& photo) {
     return pathOf(photo.path).lexically_normal();
 }
 
-// Sorted by name, which decides the order of equal times; each file once.
+// Sorted by name, which decides the order of equal times; each file once, if possible not by the name of a link to it.
 std::vector<Photo> readByName(const std::vector<std::string>& names, bool recursive, const Wanted& wanted,
-                              Reading& reading) {
+                              const std::string& excludedFolder, Reading& reading) {
     std::vector<Photo> photos;
-    std::unordered_set<std::string> paths;
-    reading = readPhotos(names, recursive, wanted, [&](Photo&& photo) {
-        if (paths.insert(nameOf(normalPath(photo))).second) {
+    std::map<FileIdentity, size_t> places;
+    const auto take = [&](Photo&& photo) {
+        const std::optional<FileIdentity> file = fileIdentity(photo.path);
+        const auto [found, isNew] = places.emplace(file.value_or(FileIdentity()), photos.size());
+        if (isNew || !file) {
             photos.push_back(std::move(photo));
+        } else if (isLink(photos[found->second].path) && !isLink(photo.path)) {
+            photos[found->second] = std::move(photo);
         }
-    });
+    };
+    reading = readPhotos(names, recursive, wanted, take, excludedFolder);
     std::ranges::sort(photos, naturalLess, &Photo::path);
     return photos;
 }
 
-PhotoSet photoSet(const BracketSet& set, const std::vector<Photo>& photos, const std::vector<BracketShot>& shots) {
-    PhotoSet result;
-    result.expectedPhotos = set.expectedShots;
-    for (const size_t i : set.shots) {
-        result.photos.push_back(&photos[i]);
-        result.values.push_back(exposureValue(shots[i]).value());
+// The records of the library, and the texts that they point at.
+struct Records {
+    std::vector<tvmeta_Shot> shots;
+    std::deque<std::string> texts;
+};
+
+Records recordsOf(const std::vector<Photo>& photos) {
+    Records records;
+    for (const Photo& photo : photos) {
+        const std::filesystem::path path = normalPath(photo);
+        const std::string& folder = records.texts.emplace_back(nameOf(path.parent_path()));
+        const std::string& name = records.texts.emplace_back(nameOf(path.filename()));
+        tvmeta_Shot& shot = records.shots.emplace_back();
+        shot.recordSize = sizeof shot;
+        tvmeta_shot(&photo.record, folder.c_str(), name.c_str(), &shot);
     }
-    result.offsets = exposureOffsets(result.values);
-    return result;
+    return records;
+}
+
+struct Found {
+    std::vector<tvmeta_BracketMember> members;
+    std::vector<tvmeta_BracketSet> sets;
+};
+
+Found findBrackets(const std::vector<Photo>& photos, const BracketRules& rules) {
+    const Records records = recordsOf(photos);
+    Found found = {std::vector<tvmeta_BracketMember>(photos.size()), std::vector<tvmeta_BracketSet>(photos.size() + 1)};
+    found.sets.front().recordSize = sizeof(tvmeta_BracketSet);
+    const tvmeta_BracketOptions options = {sizeof options, static_cast<int32_t>(rules.count.value_or(0)), rules.gap};
+    const int64_t count = tvmeta_find_brackets(records.shots.data(), static_cast<int64_t>(photos.size()), &options,
+                                               found.members.data(), found.sets.data());
+    if (count < 0) {
+        throw std::bad_alloc();
+    }
+    found.sets.resize(static_cast<size_t>(count));
+    return found;
+}
+
+void addSets(PhotoSets& result, const Found& found) {
+    for (const tvmeta_BracketSet& set : found.sets) {
+        PhotoSet& added = result.sets.emplace_back();
+        added.photos.resize(static_cast<size_t>(set.shots));
+        added.offsets.resize(added.photos.size());
+        added.expectedPhotos = static_cast<size_t>(set.expectedShots);
+        added.confidence = set.confidence;
+        added.evidence = set.evidence;
+    }
+    for (size_t i = 0; i < found.members.size(); ++i) {
+        const tvmeta_BracketMember& member = found.members[i];
+        const Photo* const photo = &result.photos[i];
+        const bool speaks = member.leader == static_cast<int64_t>(i);
+        if (member.set >= 0) {
+            PhotoSet& set = result.sets[static_cast<size_t>(member.set)];
+            const size_t place = static_cast<size_t>(member.place);
+            set.files.push_back(photo);
+            if (speaks) {
+                set.photos[place] = photo;
+                set.offsets[place] = member.offset;
+            }
+        } else if (speaks) {
+            const bool isKnown = photo->has(TVMETA_CAPTURE_TIME) && photo->has(TVMETA_EXPOSURE_TIME);
+            (isKnown ? result.singles : result.unknown).push_back(photo);
+        }
+    }
 }
 
 // The nearest third or half.
@@ -53,37 +117,16 @@ double nominalStops(double stops) {
 } // namespace
 
 double PhotoSet::range() const {
-    const auto [low, high] = std::ranges::minmax(values);
+    const auto [low, high] = std::ranges::minmax(offsets);
     return high - low;
 }
 
-BracketShot bracketShot(const Photo& photo) {
-    BracketShot shot;
-    shot.folder = nameOf(normalPath(photo).parent_path());
-    shot.camera = photo.record.model;
-    shot.fileType = photo.record.format;
-    if (photo.taken) {
-        shot.start = photo.taken->time_since_epoch().count();
-    }
-    shot.exposureTime = quotient(photo.record.exposureTime);
-    shot.fNumber = quotient(photo.record.fNumber);
-    shot.isoSpeed = photo.record.isoSpeed;
-    shot.focalLength = quotient(photo.record.focalLength);
-    return shot;
-}
-
 PhotoSets readPhotoSets(const std::vector<std::string>& names, bool recursive, const BracketRules& rules,
-                        const Wanted& wanted) {
+                        const Wanted& wanted, const std::string& excludedFolder) {
     PhotoSets result;
-    result.photos = readByName(names, recursive, wanted, result.reading);
-    std::vector<BracketShot> shots;
-    std::ranges::transform(result.photos, std::back_inserter(shots), bracketShot);
-    const Brackets found = findBrackets(shots, rules);
-    const auto photoAt = [&](size_t i) { return &result.photos[i]; };
-    std::ranges::transform(found.sets, std::back_inserter(result.sets),
-                           [&](const BracketSet& set) { return photoSet(set, result.photos, shots); });
-    std::ranges::transform(found.singles, std::back_inserter(result.singles), photoAt);
-    std::ranges::transform(found.unknown, std::back_inserter(result.unknown), photoAt);
+    result.photos = readByName(names, recursive, wanted, excludedFolder, result.reading);
+    addSets(result, findBrackets(result.photos, rules));
+    std::ranges::stable_sort(result.singles, {}, [](const Photo* photo) { return photo->taken; });
     return result;
 }
 
@@ -98,9 +141,9 @@ std::string offsetText(double stops) {
     return sign + stopsText(stops);
 }
 
-std::string offsetsText(const PhotoSet& set) {
+std::string offsetsText(std::span<const double> offsets) {
     std::string text;
-    for (const double offset : set.offsets) {
+    for (const double offset : offsets) {
         text += text.empty() ? "" : " ";
         text += offsetText(offset);
     }

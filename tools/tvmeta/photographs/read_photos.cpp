@@ -104,10 +104,10 @@ void reportKinds(const std::map<std::string, size_t>& kinds) {
 } // namespace
 
 Reading readPhotos(const std::vector<std::string>& names, bool recursive, const Wanted& wanted,
-                   const std::function<void(Photo&&)>& take) {
+                   const std::function<void(Photo&&)>& take, const std::string& excludedFolder) {
     Progress progress;
     FileMessages messages;
-    const PhotoFiles found = findPhotoFiles(names, recursive, progress, messages);
+    const PhotoFiles found = findPhotoFiles(names, recursive, excludedFolder, progress, messages);
     Reading reading = {messages.count(), messages.count()};
     std::map<std::string, size_t> kinds;
     size_t done = 0;

@@ -20,9 +20,9 @@ struct Reading {
 // must be photographs. Folders are searched if `recursive` and refused otherwise. Of other files in folders, those that
 // are pictures or films of another kind, or have the name of a photograph, are counted in one message at the end.
 // Prints a message for a file that cannot be read completely, at most ten of a kind and then a count. Memory does not
-// grow with the number of photographs, except for their paths.
+// grow with the number of photographs, except for their paths. A folder to exclude is not searched unless it is named.
 Reading readPhotos(const std::vector<std::string>& names, bool recursive, const Wanted& wanted,
-                   const std::function<void(Photo&&)>& take);
+                   const std::function<void(Photo&&)>& take, const std::string& excludedFolder = "");
 
 // Ends the command if a file could not be read completely.
 void requireAllRead(const Reading& reading);

@@ -28,6 +28,13 @@ constexpr Decoder readTiff = nullptr;
 
 #ifdef TVMETA_HAS_JPEG
 Picture readJpeg(const std::string& path, Part part);
+
+// The samples of the picture in an open JPEG file at the smallest scale by eighths whose longer side has at least
+// `side` pixels, if the picture has.
+Picture readSmallJpeg(File file, const std::string& name, int32_t side);
+
+// A JPEG file with the samples, 8 bits each, of a grey or RGB picture.
+Bytes encodeJpeg(const Picture& picture);
 #else
 constexpr Decoder readJpeg = nullptr;
 #endif

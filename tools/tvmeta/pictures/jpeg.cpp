@@ -15,6 +15,7 @@
 #include <csetjmp>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -56,7 +57,7 @@ void onProgress(j_common_ptr jpeg) {
 
 class JpegReader {
   public:
-    explicit JpegReader(const std::string& name) : path(name), file(openPicture(name)) {
+    JpegReader(File opened, const std::string& name) : path(name), file(std::move(opened)) {
         jpeg.err = jpeg_std_error(&errors);
         errors.error_exit = onError;
         errors.emit_message = onMessage;
@@ -69,6 +70,9 @@ class JpegReader {
     JpegReader& operator=(const JpegReader&) = delete;
 
     Picture read(Part part);
+
+    // Decodes only what a smaller picture requires.
+    Picture readSmall(int32_t side);
 
   private:
     // Runs calls of libjpeg. On an error, libjpeg jumps out of `calls`, so `calls` must not own resources.
@@ -83,6 +87,7 @@ class JpegReader {
     void readHeader();
     Picture announced() const;
     void readPixels(Picture& picture);
+    void scaleTo(int32_t side, Picture& picture);
     void takeProfile(Picture& picture);
     void noteRest(Picture& picture) const;
 
@@ -101,6 +106,7 @@ void JpegReader::readHeader() {
         jpeg_save_markers(&jpeg, IccProfile, MaxSegment);
         jpeg_save_markers(&jpeg, Photoshop, MaxSegment);
         jpeg_read_header(&jpeg, TRUE);
+        jpeg.out_color_space = jpeg.jpeg_color_space == JCS_GRAYSCALE ? JCS_GRAYSCALE : JCS_RGB;
     });
 }
 
@@ -126,7 +132,6 @@ void JpegReader::readPixels(Picture& picture) {
     unsigned char* const samples = picture.samples.data();
     const size_t rowSize = rowBytes(picture);
     run([this, samples, rowSize] {
-        jpeg.out_color_space = jpeg.jpeg_color_space == JCS_GRAYSCALE ? JCS_GRAYSCALE : JCS_RGB;
         jpeg_start_decompress(&jpeg);
         while (jpeg.output_scanline < jpeg.output_height) {
             JSAMPROW row = samples + jpeg.output_scanline * rowSize;
@@ -134,6 +139,17 @@ void JpegReader::readPixels(Picture& picture) {
         }
         jpeg_finish_decompress(&jpeg);
     });
+}
+
+// libjpeg scales by eighths.
+void JpegReader::scaleTo(int32_t side, Picture& picture) {
+    constexpr int64_t Unscaled = 8;
+    const int64_t longer = std::max(picture.width, picture.height);
+    jpeg.scale_num = static_cast<unsigned>(std::clamp<int64_t>((Unscaled * side + longer - 1) / longer, 1, Unscaled));
+    jpeg.scale_denom = Unscaled;
+    run([this] { jpeg_calc_output_dimensions(&jpeg); });
+    picture.width = static_cast<int32_t>(jpeg.output_width);
+    picture.height = static_cast<int32_t>(jpeg.output_height);
 }
 
 void JpegReader::takeProfile(Picture& picture) {
@@ -183,8 +199,65 @@ Picture JpegReader::read(Part part) {
     return picture;
 }
 
+Picture JpegReader::readSmall(int32_t side) {
+    readHeader();
+    Picture picture = announced();
+    scaleTo(side, picture);
+    readPixels(picture);
+    return picture;
+}
+
+// An encoder and the memory that it writes.
+struct JpegEncoder {
+    JpegEncoder() {
+        jpeg.err = jpeg_std_error(&errors);
+        errors.error_exit = onError;
+    }
+    ~JpegEncoder() { jpeg_destroy_compress(&jpeg); }
+    JpegEncoder(const JpegEncoder&) = delete;
+    JpegEncoder& operator=(const JpegEncoder&) = delete;
+
+    ErrorManager errors = {};
+    jpeg_compress_struct jpeg = {};
+    unsigned char* bytes = nullptr; // valid after success
+    unsigned long size = 0;
+};
+
+void compress(JpegEncoder& encoder, const Picture& picture) {
+    constexpr int Quality = 75;
+    jpeg_compress_struct& jpeg = encoder.jpeg;
+    jpeg_create_compress(&jpeg);
+    jpeg_mem_dest(&jpeg, &encoder.bytes, &encoder.size);
+    jpeg.image_width = static_cast<JDIMENSION>(picture.width);
+    jpeg.image_height = static_cast<JDIMENSION>(picture.height);
+    jpeg.input_components = picture.channels;
+    jpeg.in_color_space = picture.channels == 1 ? JCS_GRAYSCALE : JCS_RGB;
+    jpeg_set_defaults(&jpeg);
+    jpeg_set_quality(&jpeg, Quality, TRUE);
+    jpeg_start_compress(&jpeg, TRUE);
+    while (jpeg.next_scanline < jpeg.image_height) {
+        JSAMPROW row = const_cast<unsigned char*>(picture.samples.data()) + jpeg.next_scanline * rowBytes(picture);
+        jpeg_write_scanlines(&jpeg, &row, 1);
+    }
+    jpeg_finish_compress(&jpeg);
+}
+
 } // namespace
 
+Picture readSmallJpeg(File file, const std::string& name, int32_t side) {
+    return JpegReader(std::move(file), name).readSmall(side);
+}
+
+Bytes encodeJpeg(const Picture& picture) {
+    JpegEncoder encoder;
+    if (setjmp(encoder.errors.environment) != 0) {
+        throw Failure(std::string("cannot encode a JPEG: ") + encoder.errors.reason.data());
+    }
+    compress(encoder, picture);
+    const std::unique_ptr<unsigned char, decltype(&std::free)> owner(encoder.bytes, std::free);
+    return {encoder.bytes, encoder.bytes + encoder.size};
+}
+
 Picture readJpeg(const std::string& path, Part part) {
-    return JpegReader(path).read(part);
+    return JpegReader(openPicture(path), path).read(part);
 }

@@ -1,6 +1,7 @@
 #include "system/paths.h"
 
 #include <algorithm>
+#include <system_error>
 
 std::filesystem::path pathOf(std::string_view name) {
     return std::u8string(name.begin(), name.end());
@@ -22,4 +23,9 @@ std::string nameKey(const std::string& name) {
                                [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 32) : c; });
     }
     return key;
+}
+
+bool isThere(const std::string& name) {
+    std::error_code error;
+    return std::filesystem::exists(std::filesystem::symlink_status(pathOf(name), error));
 }

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 // Called once at the start: makes the standard streams usable, and what is written to them the same on every system.
@@ -24,8 +25,8 @@ bool canEraseLines();
 
 // What distinguishes a file from all others of this computer, whatever its name.
 struct FileIdentity {
-    uint64_t volume;
-    uint64_t number;
+    uint64_t volume = 0;
+    uint64_t number = 0;
 
     auto operator<=>(const FileIdentity&) const = default;
 };
@@ -39,6 +40,10 @@ inline bool isSameFile(const std::string& path, const std::string& other) {
     const std::optional<FileIdentity> identity = fileIdentity(path);
     return identity && identity == fileIdentity(other);
 }
+
+// Renames a file or folder. Fails with file_exists if the new name exists, and with cross_device_link if it is on
+// another file system.
+std::error_code moveTo(const std::string& path, const std::string& newPath);
 
 // Reading from a device or a pipe might never end. A file that cannot be examined is Other.
 enum class FileKind { Folder, Device, Other };

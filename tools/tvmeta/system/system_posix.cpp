@@ -8,8 +8,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <clocale>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cwchar>
 #include <filesystem>
@@ -78,6 +80,29 @@ std::optional<FileIdentity> fileIdentity(const std::string& path) {
 std::optional<FileIdentity> fileIdentity(std::FILE* file) {
     struct stat status = {};
     return fstat(fileno(file), &status) == 0 ? std::optional(identityOf(status)) : std::nullopt;
+}
+
+std::error_code moveTo(const std::string& path, const std::string& newPath) {
+#if defined(__GLIBC__)
+    const int result = renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, newPath.c_str(), RENAME_NOREPLACE);
+#elif defined(__APPLE__)
+    const int result = renamex_np(path.c_str(), newPath.c_str(), RENAME_EXCL);
+#else
+    const int result = (errno = EINVAL, -1);
+#endif
+    if (result == 0) {
+        return {};
+    }
+    if (errno != EINVAL && errno != ENOSYS && errno != ENOTSUP) {
+        return {errno, std::generic_category()};
+    }
+    // Some network file systems cannot refuse to replace a file.
+    struct stat status = {};
+    if (lstat(newPath.c_str(), &status) == 0) {
+        return std::make_error_code(std::errc::file_exists);
+    }
+    return rename(path.c_str(), newPath.c_str()) == 0 ? std::error_code()
+                                                      : std::error_code(errno, std::generic_category());
 }
 
 FileKind fileKind(const std::string& path) {

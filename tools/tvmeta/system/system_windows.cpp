@@ -134,6 +134,11 @@ std::optional<FileIdentity> fileIdentity(std::FILE* file) {
     return identityOf(handleOf(file));
 }
 
+std::error_code moveTo(const std::string& path, const std::string& newPath) {
+    const BOOL isMoved = MoveFileExW(pathOf(path).c_str(), pathOf(newPath).c_str(), MOVEFILE_WRITE_THROUGH);
+    return isMoved != 0 ? std::error_code() : std::error_code(static_cast<int>(GetLastError()), std::system_category());
+}
+
 // Names such as COM1 and CON open a device in every folder, and have no file status.
 FileKind fileKind(const std::string& path) {
     const Handle file = openHandle(path, GENERIC_READ); // CON requires the access

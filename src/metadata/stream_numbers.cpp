@@ -1,4 +1,4 @@
-// The exported readers of single numbers. They read nothing ahead.
+// The exported readers of single numbers from a stream. They read nothing ahead.
 #include "metadata/byte_order.h"
 #include "tvmeta.h"
 

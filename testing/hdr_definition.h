@@ -1,10 +1,20 @@
-#include "hdr_as_written.h"
+// The HDR statistics by definition: pixel by pixel in row order, each value added to one double.
+#pragma once
 
+#include <array>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 
-namespace bench {
+namespace test {
 
-HdrStatistics measureAsWritten(std::size_t width, std::size_t height, const unsigned char* pixels) {
+struct HdrStatistics {
+    std::array<float, 3> results; // minimum, maximum, mean
+    double sum;
+    std::uint64_t count;
+};
+
+inline HdrStatistics hdrByDefinition(std::size_t width, std::size_t height, const unsigned char* pixels) {
     float scale[256];
     for (int exponent = 0; exponent < 256; ++exponent) {
         scale[exponent] = static_cast<float>(std::ldexp(1.0, exponent - 128));
@@ -12,7 +22,7 @@ HdrStatistics measureAsWritten(std::size_t width, std::size_t height, const unsi
     float minimum = 99999997952.0F;
     float maximum = 0.0F;
     double sum = 0.0;
-    std::size_t count = 0;
+    std::uint64_t count = 0;
     for (std::size_t y = 0; y < height; ++y) {
         const unsigned char* const blue = pixels + y * 4 * width;
         const unsigned char* const green = blue + width;
@@ -34,8 +44,8 @@ HdrStatistics measureAsWritten(std::size_t width, std::size_t height, const unsi
             ++count;
         }
     }
-    const auto pixelCount = static_cast<double>(static_cast<float>(count));
-    return {minimum, maximum, count > 0 ? static_cast<float>(sum / pixelCount) : 0.0F};
+    const auto divisor = static_cast<double>(static_cast<float>(count));
+    return {{minimum, maximum, count > 0 ? static_cast<float>(sum / divisor) : 0.0F}, sum, count};
 }
 
-} // namespace bench
+} // namespace test

@@ -1,0 +1,179 @@
+#include "commands/set_placement.h"
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "output/move_journal.h"
+#include "output/set_folders.h"
+#include "photographs/photo_sets.h"
+#include "system/paths.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <filesystem>
+#include <iostream>
+#include <iterator>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string counted(size_t count, const std::string& thing) {
+    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
+}
+
+struct Verb {
+    Placement placement;
+    const char* present;
+    const char* past;
+};
+constexpr std::array Verbs = {Verb{Placement::Link, "link", "linked"}, Verb{Placement::Copy, "copy", "copied"},
+                              Verb{Placement::Move, "move", "moved"}};
+
+Verb verbOf(const PlacementOptions& options) {
+    const Placement placement = options.copy ? Placement::Copy : options.move ? Placement::Move : Placement::Link;
+    return *std::ranges::find(Verbs, placement, &Verb::placement);
+}
+
+// All files of one photograph, which go to the same folder; the first one leads.
+ShotFiles filesOf(const Photo& photo) {
+    return {photo.path};
+}
+
+std::string stemOf(const Photo& photo) {
+    return nameOf(pathOf(photo.path).stem());
+}
+
+SetWords wordsOf(const PhotoSet& set) {
+    const Photo& first = *set.photos.front();
+    SetWords words = {.first = stemOf(first),
+                      .last = stemOf(*set.photos.back()),
+                      .shots = std::to_string(set.photos.size()),
+                      .camera = first.record.model,
+                      .folder = nameOf(fs::absolute(pathOf(first.path)).parent_path().filename())};
+    if (first.taken) { // YYYY:MM:DD HH:MM:SS
+        std::string time = takenText(first);
+        std::ranges::replace(time, ':', '-');
+        words.date = time.substr(0, 10);
+        words.time = time.substr(11);
+    }
+    return words;
+}
+
+std::vector<FolderSet> foldersOf(const PhotoSets& found, const std::string& pattern) {
+    std::vector<SetWords> words;
+    std::ranges::transform(found.sets, std::back_inserter(words), wordsOf);
+    std::vector<std::string> names = setNames(pattern, words);
+    std::vector<FolderSet> folders;
+    for (const PhotoSet& set : found.sets) {
+        FolderSet& folder = folders.emplace_back(FolderSet{std::move(names[folders.size()]), {}});
+        std::ranges::transform(set.photos, std::back_inserter(folder.shots),
+                               [](const Photo* photo) { return filesOf(*photo); });
+    }
+    return folders;
+}
+
+// "3 photographs", and the number of files if there are more.
+std::string contents(size_t photographs, size_t files) {
+    return counted(photographs, "photograph") + (files == photographs ? "" : " (" + std::to_string(files) + " files)");
+}
+
+// Fills the folders and prints a line for each one. Returns the number of sets whose folder has other contents.
+size_t fillAndReport(const PhotoSets& found, const PlacementOptions& options) {
+    const Verb verb = verbOf(options);
+    const std::vector<PlannedFolder> plan = planFolders(options.folder, foldersOf(found, options.name), verb.placement);
+    const std::string done = options.dryRun ? std::string("would ") + verb.present : verb.past;
+    size_t folders = 0, placed = 0;
+    const auto report = [&](const PlannedFolder& folder) {
+        const PhotoSet& set = found.sets[static_cast<size_t>(&folder - plan.data())];
+        std::cout << printable(folder.path) << ": " << done << " " << contents(set.photos.size(), folder.files.size())
+                  << ", " << offsetsText(set.offsets) << "\n";
+        ++folders;
+        placed += set.photos.size();
+    };
+    const auto inState = [&](PlannedFolder::State state, const auto& action) {
+        for (const PlannedFolder& folder : plan) {
+            if (folder.state == state) {
+                action(folder);
+            }
+        }
+    };
+    inState(PlannedFolder::State::Complete,
+            [](const PlannedFolder& folder) { std::cout << printable(folder.path) << ": is complete already\n"; });
+    if (options.dryRun) {
+        inState(PlannedFolder::State::New, report);
+    } else {
+        fillFolders(options.folder, plan, verb.placement, report);
+    }
+    size_t taken = 0;
+    inState(PlannedFolder::State::Taken, [&](const PlannedFolder& folder) {
+        complain(folder.path + ": already exists with other contents; left unchanged (choose another --name)");
+        ++taken;
+    });
+    std::cout << done << " " << counted(placed, "photograph") << " into " << counted(folders, "folder")
+              << "; in no set: " << found.singles.size() + found.unknown.size() << "\n";
+    return taken;
+}
+
+} // namespace
+
+std::vector<Option> placementOptions(PlacementOptions& options, const std::vector<std::string>& otherForms) {
+    std::vector<std::string> others = otherForms;
+    others.insert(others.end(), {"--into", "PATH"});
+    return {
+        {.names = {"--into"},
+         .target = &options.folder,
+         .help = "Make a folder per set in this folder, with hard\nlinks",
+         .value = "FOLDER",
+         .excludes = otherForms},
+        {.names = {"--name"},
+         .target = &options.name,
+         .help = "With --into: names of the folders (default\n" + std::string(DefaultNamePattern) + ")",
+         .value = "PATTERN",
+         .needs = {"--into"}},
+        {.names = {"--copy"},
+         .target = &options.copy,
+         .help = "With --into: copy instead of link",
+         .needs = {"--into"}},
+        {.names = {"--move"},
+         .target = &options.move,
+         .help = "With --into: move instead of link, and list the\nmoves in FOLDER/moves.tsv",
+         .needs = {"--into"},
+         .excludes = {"--copy"}},
+        {.names = {"--dry-run"},
+         .target = &options.dryRun,
+         .help = "With --into: only print the plan",
+         .needs = {"--into"}},
+        {.names = {"--undo"},
+         .target = &options.undo,
+         .help = "Move back the files that moves.tsv lists",
+         .value = "FILE",
+         .excludes = others},
+    };
+}
+
+void placeSets(const BracketOptions& input, const PlacementOptions& options) {
+    requireNamePattern(options.name);
+    std::vector<std::string> names = input.names;
+    if (options.move && !options.dryRun) {
+        finishMoves(options.folder, [](const PlannedFolder& folder) {
+            std::cout << printable(folder.path) << ": moved " << counted(folder.files.size(), "file")
+                      << ", as an interrupted run had planned\n";
+        });
+        dropMoved(names, options.folder);
+    }
+    const PhotoSets found = readPhotoSets(names, input.recursive, input.rules, {}, options.folder);
+    const size_t taken = fillAndReport(found, options);
+    if (options.move && isThere(nameOf(pathOf(options.folder) / JournalName))) {
+        std::cout << "to undo: tvmeta brackets --undo " << printable(nameOf(pathOf(options.folder) / JournalName))
+                  << "\n";
+    }
+    requireAllRead(found.reading);
+    if (taken > 0) {
+        throw Failure(std::to_string(taken) + " of " + counted(found.sets.size(), "set") + " got no folder");
+    }
+}
+
+void undoPlacement(const PlacementOptions& options) {
+    std::cout << "moved " << counted(undoMoves(options.undo), "file") << " back\n";
+}
