@@ -22,7 +22,7 @@ function(add_copyright component folder)
         "Copyright 2026 the tvmeta maintainers\n\n"
         "No licence has been granted yet: ask the maintainers before you copy or distribute any of this.\n")
     if(component STREQUAL tool)
-        foreach(package IN ITEMS libcli11-dev nlohmann-json3-dev)
+        foreach(package IN ITEMS libcli11-dev nlohmann-json3-dev libfmt-dev)
             file(READ /usr/share/doc/${package}/copyright notice)
             string(APPEND text "\n\nThe program contains code of ${package}, with this notice:\n\n")
             string(APPEND text "${notice}")

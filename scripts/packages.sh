@@ -36,4 +36,4 @@ need_packages() {
 
 # Packages for every build of the library and the tool.
 build_packages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libopenexr-dev libpng-dev libtiff-dev
-    libjpeg-dev liblcms2-dev)
+    libjpeg-dev liblcms2-dev libfmt-dev)

@@ -1,5 +1,5 @@
 // Texts from files, made safe for a terminal, on every system.
-#include "output/text.h"
+#include "base/text.h"
 #include "system/system.h"
 
 #include <gtest/gtest.h>

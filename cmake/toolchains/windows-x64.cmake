@@ -10,10 +10,10 @@ set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/wine)
 set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
 set(CMAKE_SHARED_LINKER_FLAGS_INIT -static)
 
-# Two libraries of the tool are headers alone, so Debian's packages for this machine serve Windows, too. Only their
+# Three libraries of the tool are headers alone, so Debian's packages for this machine serve Windows, too. Only their
 # folders are linked: the other headers there are those of Linux.
 set(header_libraries ${CMAKE_BINARY_DIR}/header_libraries)
-foreach(folder include/CLI include/nlohmann share/cmake/CLI11 share/cmake/nlohmann_json)
+foreach(folder include/CLI include/nlohmann include/fmt share/cmake/CLI11 share/cmake/nlohmann_json)
     get_filename_component(parent ${header_libraries}/${folder} DIRECTORY)
     file(MAKE_DIRECTORY ${parent})
     file(CREATE_LINK /usr/${folder} ${header_libraries}/${folder} SYMBOLIC)

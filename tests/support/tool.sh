@@ -5,7 +5,8 @@ tvmeta=$(realpath "$1")
 examples=$(realpath "$2")
 dir=$(mktemp -d)
 runner=$(mktemp)
-trap 'rm -rf "$dir" "$runner"' EXIT
+errors=$(mktemp)
+trap 'rm -rf "$dir" "$runner" "$errors"' EXIT
 if [ $# -gt 2 ]; then
     printf '#!/bin/sh\nexec%s "$@"\n' "$(printf ' %q' "${@:3}" "$tvmeta")" >"$runner"
     chmod +x "$runner"
@@ -17,23 +18,31 @@ fail() {
     echo "FAILED: $*" >&2
     failed=1
 }
-# expect TEXT COMMAND...: the command succeeds and prints the text.
-expect() {
-    local text=$1 output
+# run STATUS COMMAND...: runs the command, which exits with the status. Sets "output" and "messages", its two streams.
+run() {
+    local expected=$1 status
     shift
-    output=$("$@" 2>&1) || fail "$* exits with $?: $output"
-    [[ $output == *"$text"* ]] || fail "$* does not print '$text' but: $output"
+    output=$("$@" 2>"$errors")
+    status=$?
+    messages=$(cat "$errors")
+    [ "$status" -eq "$expected" ] || fail "$* exits with $status: $messages"
 }
-# refuse TEXT COMMAND...: the command fails with status 1 and prints the text. misuse: the same with status 2.
+# contains WHAT TEXT FOUND
+contains() { [[ $3 == *"$2"* ]] || fail "$1 does not print '$2' but: $3"; }
+# expect TEXT COMMAND...: the command succeeds, prints the text, and no message.
+expect() {
+    run 0 "${@:2}"
+    contains "${*:2}" "$1" "$output"
+    [ -z "$messages" ] || fail "${*:2} complains: $messages"
+}
+# warn TEXT COMMAND...: the command succeeds with the text as a message. refuse: it fails with status 1 and that message.
+# misuse: the same with status 2.
+warn() { complain 0 "$@"; }
 refuse() { complain 1 "$@"; }
 misuse() { complain 2 "$@"; }
 complain() {
-    local expected=$1 text=$2 output status
-    shift 2
-    output=$("$@" 2>&1)
-    status=$?
-    [ "$status" -eq "$expected" ] || fail "$* exits with $status"
-    [[ $output == *"$text"* ]] || fail "$* does not print '$text' but: $output"
+    run "$1" "${@:3}"
+    contains "messages of ${*:3}" "$2" "$messages"
 }
 # profile FILE NAME: writes a small ICC version 2 profile (ICC.1:2001-04) with a name of up to 31 characters.
 profile() {

@@ -1,7 +1,8 @@
 // tvmeta: the library's functions at the command line.
 
+#include "base/failure.h"
+#include "base/line_output.h"
 #include "commands/commands.h"
-#include "output/failure.h"
 #include "system/system.h"
 #include "system/temporary_file.h"
 
@@ -28,21 +29,28 @@ Command tool() {
     };
 }
 
-int failed(const std::string& problem) {
-    complain(problem);
-    return 1;
+int run(int argc, char** argv) {
+    try {
+        prepareProcess();
+        writeWholeLines();
+        removeTemporaryFileOnSignals();
+        return runCommandLine(tool(), argc, argv);
+    } catch (const std::bad_alloc&) {
+        complain("not enough memory");
+    } catch (const std::exception& error) {
+        complain(error.what());
+    }
+    return Failed;
 }
 
 } // namespace
 
+// What was printed before a failure is written, too.
 int main(int argc, char** argv) {
-    try {
-        prepareProcess();
-        removeTemporaryFileOnSignals();
-        return runCommandLine(tool(), argc, argv);
-    } catch (const std::bad_alloc&) {
-        return failed("not enough memory");
-    } catch (const std::exception& error) {
-        return failed(error.what());
+    const int status = run(argc, argv);
+    if (!finishOutput()) {
+        complain("cannot write to standard output");
+        return Failed;
     }
+    return status;
 }

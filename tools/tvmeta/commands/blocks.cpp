@@ -1,9 +1,10 @@
 // tvmeta exif and tvmeta iptc: metadata blocks as other file formats embed them.
 
+#include "base/failure.h"
+#include "base/text.h"
 #include "commands/commands.h"
-#include "output/failure.h"
+#include "commands/completion.h"
 #include "output/output_file.h"
-#include "output/text.h"
 #include "photographs/iptc_block.h"
 #include "photographs/photo.h"
 
@@ -70,14 +71,14 @@ Bytes exifBlock(const std::string& path) {
     return block;
 }
 
-void writeBlock(const std::string& photo, const std::string& path, const std::function<Bytes()>& makeBlock) {
+void writeBlock(const std::string& photo, const Output& file, const std::function<Bytes()>& makeBlock) {
     size_t size = 0;
-    writeOutput(path, {photo}, [&](OutputFile& output) {
+    writeOutput(file, {photo}, [&](OutputFile& output) {
         const Bytes block = makeBlock();
         size = block.size();
         output.write(asText(block));
     });
-    messagesFor(path) << "wrote " << printable(path) << ": " << size << " bytes\n";
+    messagesFor(file.path) << "wrote " << printable(file.path) << ": " << size << " bytes\n";
 }
 
 void listDatasets(std::string_view block) {
@@ -105,7 +106,7 @@ Bytes photographBlock(const std::string& path) {
 
 struct IptcOptions {
     std::string photo;
-    std::string output;
+    Output output;
     std::vector<std::string> keywords;
 };
 
@@ -121,7 +122,7 @@ Bytes iptcBlock(const IptcOptions& options) {
 }
 
 void runIptc(const IptcOptions& options) {
-    if (options.output.empty()) {
+    if (options.output.path.empty()) {
         listDatasets(asText(iptcBlock(options)));
     } else {
         writeBlock(options.photo, options.output, [&] { return iptcBlock(options); });
@@ -132,7 +133,7 @@ void runIptc(const IptcOptions& options) {
 
 Command exifCommand() {
     const auto photo = std::make_shared<std::string>();
-    const auto output = std::make_shared<std::string>();
+    const auto output = std::make_shared<Output>();
     return {
         .name = "exif",
         .purpose = "Write camera, exposure and position as EXIF block",
@@ -140,10 +141,11 @@ Command exifCommand() {
             {
                 {.names = {"PHOTO"}, .target = photo.get(), .help = "Photograph", .isRequired = true},
                 {.names = {"-o", "--output"},
-                 .target = output.get(),
+                 .target = &output->path,
                  .help = "File to write: the TIFF structure of a JPEG EXIF\nsegment",
                  .value = "FILE",
                  .isRequired = true},
+                forceOption(output->force),
             },
         .footer = "Example:\n"
                   "  tvmeta exif scene.jpg -o block",
@@ -160,13 +162,15 @@ Command iptcCommand() {
             {
                 {.names = {"PHOTO"}, .target = &options->photo, .help = "Photograph", .isRequired = true},
                 {.names = {"-o", "--output"},
-                 .target = &options->output,
+                 .target = &options->output.path,
                  .help = "Write the block to this file instead of listing it",
                  .value = "FILE"},
                 {.names = {"--add-keyword"},
                  .target = &options->keywords,
                  .help = "Add a keyword to the block; can be repeated",
-                 .value = "TEXT"},
+                 .value = "TEXT",
+                 .suggest = suggestNothing},
+                forceOption(options->output.force),
             },
         .footer = "Examples:\n"
                   "  tvmeta iptc scene.jpg\n"

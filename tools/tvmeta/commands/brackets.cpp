@@ -1,15 +1,15 @@
 // tvmeta brackets: the bracketed sets among photographs.
 
 #include "commands/brackets.h"
+#include "base/failure.h"
+#include "base/text.h"
 #include "commands/commands.h"
 #include "commands/set_placement.h"
 #include "output/csv.h"
-#include "output/failure.h"
 #include "output/table.h"
-#include "output/terminal.h"
-#include "output/text.h"
 #include "photographs/field_words.h"
 #include "photographs/photo_sets.h"
+#include "system/terminal.h"
 
 #include <nlohmann/json.hpp>
 
@@ -152,16 +152,16 @@ void printCsv(const PhotoSets& found) {
     const auto print = [](const std::string& set, const Photo& photo, const std::string& offset) {
         const std::optional<double> ev = exposureValue(photo);
         const tvmeta_Photo& record = photo.record;
-        const std::string fields[] = {set,
-                                      photo.path,
-                                      ev ? hundredths(*ev) : "",
-                                      offset,
-                                      takenText(photo),
-                                      textUnlessZero(quotient(record.exposureTime)),
-                                      textUnlessZero(quotient(record.fNumber)),
-                                      record.isoSpeed > 0 ? std::to_string(record.isoSpeed) : "",
-                                      record.model,
-                                      textUnlessZero(quotient(record.focalLength))};
+        const Value fields[] = {set,
+                                photo.path,
+                                ev ? hundredths(*ev) : "",
+                                offset,
+                                takenText(photo),
+                                textUnlessZero(quotient(record.exposureTime)),
+                                textUnlessZero(quotient(record.fNumber)),
+                                record.isoSpeed > 0 ? std::to_string(record.isoSpeed) : "",
+                                record.model,
+                                textUnlessZero(quotient(record.focalLength))};
         std::cout << csvRecord(fields);
     };
     std::cout << "set,file,ev,offset,taken,exposureTime,fNumber,isoSpeed,camera,focalLength\r\n";
@@ -208,7 +208,11 @@ std::vector<Option> bracketOptions(BracketOptions& options) {
     constexpr double MaxGap = 86400;
     constexpr double MaxCount = 100;
     return {
-        {.names = {"PATH"}, .target = &options.names, .help = "Photographs; with -r also folders", .isRequired = true},
+        {.names = {"PATH"},
+         .target = &options.names,
+         .help = "Photographs; with -r also folders",
+         .isRequired = true,
+         .isFileList = true},
         {.names = {"-r", "--recursive"},
          .target = &options.recursive,
          .help = "Read the photographs in folders and subfolders"},

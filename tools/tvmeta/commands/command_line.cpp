@@ -1,18 +1,20 @@
 // The one file that includes CLI11, because compiling its header takes seven seconds.
 #include "commands/command_line.h"
 
-#include "commands/lists.h"
-#include "output/failure.h"
-#include "output/suggestion.h"
+#include "base/failure.h"
+#include "base/numbers.h"
+#include "base/suggestion.h"
+#include "commands/completion.h"
+#include "system/files.h"
 #include "system/paths.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -21,14 +23,8 @@
 
 namespace {
 
-enum ExitStatus { Done = 0, Failed = 1, WrongUse = 2 };
-
-bool hasName(const Option& option) {
-    return option.names.front().starts_with('-');
-}
-
-bool isFlag(const Option& option) {
-    return std::holds_alternative<bool*>(option.target);
+bool hasRange(const Option& option) {
+    return option.range.second > 0;
 }
 
 bool isList(const Option& option) {
@@ -46,27 +42,29 @@ CLI::Validator oneOf(const std::vector<std::string>& choices) {
     return CLI::Validator(
         [choices](const std::string& word) {
             const bool isValid = std::ranges::find(choices, word) != choices.end();
-            return isValid ? "" : "'" + word + "' is unknown; use " + wordList(choices, "or");
+            return isValid ? "" : "expected " + wordList(choices, "or") + ", found " + word;
         },
         "");
 }
 
-std::string shortest(double number) {
-    std::array<char, 32> text;
-    return {text.data(), std::to_chars(text.begin(), text.end(), number).ptr};
+bool isWhole(const Option& option) {
+    return !std::holds_alternative<double*>(option.target);
 }
 
-CLI::Validator inRange(const std::pair<double, double>& range) {
+// The limits of a number, for help and messages: "from 2 to 100".
+std::string limitsOf(const Option& option) {
+    return fmt::format("from {} to {}", option.range.first, option.range.second);
+}
+
+CLI::Validator numberOf(const Option& option) {
     return CLI::Validator(
-        [range](const std::string& word) {
-            double number = 0;
-            const char* end = word.data() + word.size();
-            const auto [parsed, error] = std::from_chars(word.data(), end, number);
-            const bool isValid =
-                error == std::errc() && parsed == end && number >= range.first && number <= range.second;
+        [option](const std::string& word) {
+            const bool isNumber = isWhole(option) ? parseWholeNumber(word).has_value() : parseNumber(word).has_value();
+            const double number = parseNumber(word).value_or(0);
+            const bool isValid = isNumber && number >= option.range.first && number <= option.range.second;
             return isValid ? ""
-                           : "'" + word + "' is not a number from " + shortest(range.first) + " to " +
-                                 shortest(range.second);
+                           : fmt::format("expected a {}number {}, found {}", isWhole(option) ? "whole " : "",
+                                         limitsOf(option), word);
         },
         "");
 }
@@ -76,12 +74,13 @@ CLI::Option* addOption(CLI::App& app, const Option& option) {
     for (const std::string& name : option.names) {
         names.append(names.empty() ? "" : ",").append(name);
     }
+    const std::string help = option.help + (hasRange(option) ? "\n" + limitsOf(option) : "");
     CLI::Option* const added = std::visit(
         [&](auto* target) {
             if constexpr (std::is_same_v<decltype(target), bool*>) {
-                return app.add_flag(names, *target, option.help);
+                return app.add_flag(names, *target, help);
             } else {
-                return app.add_option(names, *target, option.help);
+                return app.add_option(names, *target, help);
             }
         },
         option.target);
@@ -95,8 +94,8 @@ CLI::Option* addOption(CLI::App& app, const Option& option) {
     if (!option.choices.empty()) {
         added->check(oneOf(option.choices));
     }
-    if (option.range.second > 0) {
-        added->check(inRange(option.range));
+    if (hasRange(option)) {
+        added->check(numberOf(option));
     }
     return added;
 }
@@ -117,9 +116,9 @@ void addOptions(CLI::App& app, const std::vector<Option>& options) {
 }
 
 // Asked after parsing, so that a mistyped name is reported as an unknown command.
-void requireSubcommand(const CLI::App& app) {
+void requireSubcommand(const CLI::App& app, const Command& command) {
     if (app.get_subcommands().empty()) {
-        throw CLI::RequiredError::Subcommand(1);
+        throw WrongCommandLine("expected a command: " + wordList(commandNames(command), "or"));
     }
 }
 
@@ -131,7 +130,48 @@ void describe(CLI::App& app, const Command& command) {
         describe(*app.add_subcommand(subcommand.name, subcommand.purpose), subcommand);
     }
     const bool isGroup = !command.commands.empty();
-    app.callback(isGroup ? [&app] { requireSubcommand(app); } : command.run);
+    app.callback(isGroup ? [&app, &command] { requireSubcommand(app, command); } : command.run);
+}
+
+constexpr std::string_view HelpName = "help";
+
+// Adds --files0-from to a command with a list of files, one of which must be named on the command line or in the list.
+void addFileList(Command& command, Option& files) {
+    auto* const names = std::get<std::vector<std::string>*>(files.target);
+    const std::string word = files.isRequired ? files.names.front() : "";
+    const auto list = std::make_shared<std::string>();
+    files.isRequired = false;
+    command.run = [run = command.run, names, word, list] {
+        if (!list->empty()) {
+            std::ranges::copy(readNames(*list), std::back_inserter(*names));
+        } else if (names->empty() && !word.empty()) {
+            throw WrongCommandLine("expected " + word);
+        }
+        run();
+    };
+    command.options.push_back(
+        {.names = {"--files0-from"},
+         .target = list.get(),
+         .help = "Also read names, each with a NUL after it, from\nthis file ('-': standard input)",
+         .value = "FILE"});
+}
+
+// The command with what is the same in all commands.
+Command completed(Command command) {
+    const auto files = std::ranges::find_if(command.options, &Option::isFileList);
+    if (files != command.options.end()) {
+        addFileList(command, *files);
+    }
+    std::ranges::transform(command.commands, command.commands.begin(), completed);
+    if (!command.version.empty()) {
+        const auto words = std::make_shared<std::vector<std::string>>();
+        command.commands.push_back({.name = std::string(HelpName),
+                                    .purpose = "Show the help of a command",
+                                    .options = {{.names = {"COMMAND"}, .target = words.get(), .help = "Its name"}},
+                                    .footer = "Example:\n  tvmeta help info",
+                                    .run = [words] {}});
+    }
+    return command;
 }
 
 // The innermost command that was named, and its name with those of its groups.
@@ -152,26 +192,49 @@ Chosen chosenCommand(const Command& tool, const CLI::App& app) {
 // Names the command whose help explains it.
 int wrongUse(const Chosen& chosen, const std::string& problem) {
     complain(problem);
-    std::cerr << "Try: " << chosen.words << " --help\n";
+    std::cerr << "Try: " + chosen.words + " --help\n";
     return WrongUse;
+}
+
+// The messages of CLI11 about an option begin with its name.
+std::string inOurWords(const CLI::ParseError& error, const Command& command) {
+    const std::string message = error.what();
+    const std::string name = message.substr(0, message.find_first_of(": "));
+    const std::string last = message.substr(message.rfind(' ') + 1);
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+        return (name.starts_with('-') ? name + " is required" : "expected " + name);
+    }
+    if (dynamic_cast<const CLI::ExcludesError*>(&error) != nullptr) {
+        return name + " and " + last + " cannot be combined";
+    }
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+        return "unexpected word " + message.substr(message.find(": ") + 2);
+    }
+    const Option* const option = optionNamed(command, name);
+    const bool isOurs = dynamic_cast<const CLI::ValidationError*>(&error) != nullptr;
+    if (option == nullptr || isOurs || dynamic_cast<const CLI::RequiresError*>(&error) != nullptr) {
+        return message;
+    }
+    return name + ": " +
+           (isFlag(*option)                                ? "has no value"
+            : message.find("missing") != std::string::npos ? "expected " + option->value + " after it"
+            : message.find("At Most") != std::string::npos ? "can be given only once"
+                                                           : "invalid value");
 }
 
 bool isOption(const Command& command, const std::string& word) {
     const bool isLong = word.starts_with("--");
     const std::string name = isLong ? word.substr(0, word.find('=')) : word.substr(0, 2);
     const std::vector<std::string> names = optionNames(command);
-    const auto option = std::ranges::find_if(command.options, [&](const Option& known) {
-        return std::ranges::find(known.names, name) != known.names.end();
-    });
+    const Option* const option = optionNamed(command, name);
     const bool isJoined = !isLong && word.size() > 2; // -oFILE
-    return isJoined ? option != command.options.end() && !isFlag(*option)
-                    : std::ranges::find(names, name) != names.end();
+    return isJoined ? option != nullptr && !isFlag(*option) : std::ranges::find(names, name) != names.end();
 }
 
 // The first unknown option, which is usually why something else is missing. A file name that begins with a dash is
 // treated as an option too; CLI11 accepts names that begin with a dash and a digit.
-std::optional<std::string> strayOption(const Command& command, std::span<const char* const> words) {
-    for (const std::string word : words) {
+std::optional<std::string> strayOption(const Command& command, const std::vector<std::string>& words) {
+    for (const std::string& word : words) {
         const bool isDash = word.size() > 1 && word[0] == '-' && (word[1] < '0' || word[1] > '9');
         if (word == "--") {
             break;
@@ -195,18 +258,38 @@ std::optional<std::string> strayCommand(const Command& command, const std::vecto
     return "unknown command '" + words.front() + "'" + nearestOrAll(words.front(), names);
 }
 
+// help COMMAND means COMMAND --help.
+std::vector<std::string> helpWords(const Command& tool, std::span<const std::string> names) {
+    const Command* command = &tool;
+    for (const std::string& name : names) {
+        const auto found = std::ranges::find(command->commands, name, &Command::name);
+        if (found == command->commands.end() && !name.starts_with('-')) {
+            const std::vector<std::string> known = commandNames(*command);
+            throw WrongCommandLine("unknown command '" + name + "'" + (known.empty() ? "" : nearestOrAll(name, known)));
+        }
+        command = found == command->commands.end() ? command : &*found;
+    }
+    std::vector<std::string> words(names.begin(), names.end());
+    words.emplace_back("--help");
+    return words;
+}
+
 } // namespace
 
-int runCommandLine(const Command& tool, int argc, const char* const* argv) {
+int runCommandLine(const Command& described, int argc, const char* const* argv) {
+    const Command tool = completed(described);
     CLI::App app(tool.purpose, tool.name);
-    app.set_version_flag("--version", tool.version);
+    app.set_version_flag("-V,--version", tool.version, "Show the version");
     describe(app, tool);
-    const std::span<const char* const> words(argv + 1, argv + std::max(argc, 1));
+    std::vector<std::string> words(argv + 1, argv + std::max(argc, 1));
     try {
-        if (!words.empty() && words.front() == std::string_view("--list")) { // for the completion
-            printNames(tool, words.subspan(1));
+        if (!words.empty() && words.front() == HelpName) {
+            words = helpWords(tool, std::span(words).subspan(1));
+        }
+        if (!words.empty() && words.front() == "--complete") { // for the shells
+            printCompletions(tool, std::span(words).subspan(1));
         } else {
-            app.parse(argc, argv);
+            app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
         }
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() != 0) {
@@ -215,20 +298,34 @@ int runCommandLine(const Command& tool, int argc, const char* const* argv) {
             if (!stray) {
                 stray = strayCommand(*chosen.command, app.remaining(true));
             }
-            return wrongUse(chosen, stray.value_or(error.what()));
+            return wrongUse(chosen, stray.value_or(inOurWords(error, *chosen.command)));
         }
         app.exit(error); // prints help or version
     } catch (const WrongCommandLine& error) {
         return wrongUse(chosenCommand(tool, app), error.what());
     } catch (const Reported&) {
-        std::cout.flush();
-        return Failed;
-    }
-    if (!std::cout.flush()) {
-        complain("cannot write to standard output");
         return Failed;
     }
     return Done;
+}
+
+Option forceOption(bool& force) {
+    return {.names = {"--force"}, .target = &force, .help = "Replace any existing file"};
+}
+
+bool hasName(const Option& option) {
+    return option.names.front().starts_with('-');
+}
+
+bool isFlag(const Option& option) {
+    return std::holds_alternative<bool*>(option.target);
+}
+
+const Option* optionNamed(const Command& command, const std::string& name) {
+    const auto option = std::ranges::find_if(command.options, [&](const Option& known) {
+        return std::ranges::find(known.names, name) != known.names.end();
+    });
+    return option == command.options.end() ? nullptr : &*option;
 }
 
 std::vector<std::string> commandNames(const Command& command) {
@@ -240,7 +337,7 @@ std::vector<std::string> commandNames(const Command& command) {
 std::vector<std::string> optionNames(const Command& command) {
     std::vector<std::string> names = {"-h", "--help"};
     if (!command.version.empty()) {
-        names.emplace_back("--version");
+        names.insert(names.end(), {"-V", "--version"});
     }
     for (const Option& option : command.options) {
         if (hasName(option)) {

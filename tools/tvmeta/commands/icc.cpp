@@ -2,10 +2,10 @@
 
 #include "commands/icc.h"
 
+#include "base/failure.h"
+#include "base/text.h"
 #include "commands/commands.h"
-#include "output/failure.h"
 #include "output/output_file.h"
-#include "output/text.h"
 #include "photographs/photo.h"
 #include "photographs/profile_description.h"
 #include "pictures/load_picture.h"
@@ -22,6 +22,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace {
 
@@ -59,7 +60,7 @@ void describeProfile(const std::string& path) {
 }
 
 // Refuses unsupported files before copying them.
-void requireReplaceable(const std::string& path, const Bytes& profile) {
+void requireChangeable(const std::string& path, const Bytes& profile) {
     constexpr uint64_t MaxSize = std::numeric_limits<int32_t>::max();
     const Bytes start = readStart(path, 4);
     if (OpenPhoto(path).format() != TVMETA_FORMAT_TIFF) {
@@ -68,16 +69,27 @@ void requireReplaceable(const std::string& path, const Bytes& profile) {
     if (start.front() != 'I') {
         throw Failure(path, "big-endian TIFF files are not supported");
     }
-    if (std::filesystem::file_size(pathOf(path)) > MaxSize - std::min<uint64_t>(profile.size(), MaxSize)) {
+    if (std::filesystem::file_size(pathOf(readablePath(path))) >
+        MaxSize - std::min<uint64_t>(profile.size(), MaxSize)) {
         throw Failure(path, "the file would exceed 2 GiB");
     }
 }
 
+struct Options {
+    std::string file;
+    std::string replacement;
+    Output output; // without a name, the file is changed
+};
+
 // The library changes the file in place. It changes a copy here, so that the file survives a failure.
-void replaceProfile(const std::string& profilePath, const std::string& path) {
-    const Bytes profile = readRgbProfile(profilePath);
-    writeOutput(path, {}, [&](OutputFile& output) {
-        requireReplaceable(path, profile);
+void replaceProfile(const Options& options) {
+    const std::string& path = options.file;
+    const bool isNew = !options.output.path.empty();
+    const Output target = isNew ? options.output : Output(path, options.output.force);
+    const auto inputs = isNew ? std::vector{path, options.replacement} : std::vector<std::string>();
+    writeOutput(target, inputs, [&](OutputFile& output) {
+        const Bytes profile = readRgbProfile(options.replacement);
+        requireChangeable(path, profile);
         const std::string copy = output.libraryPath();
         copyFile(path, copy);
         errno = 0;
@@ -89,13 +101,24 @@ void replaceProfile(const std::string& profilePath, const std::string& path) {
                                                   errno == 0 ? "the file would exceed 2 GiB" : systemReason()}}));
         }
     });
-    std::cout << "replaced the profile of " << printable(path) << "\n";
+    messagesFor(target.path) << (isNew ? "wrote " : "replaced the profile of ") << printable(target.path) << "\n";
 }
 
-struct Options {
-    std::string file;
-    std::string replacement;
-};
+void writeProfile(const Options& options) {
+    writeOutput(options.output, {options.file},
+                [&](OutputFile& output) { output.write(asText(readProfile(options.file))); });
+    messagesFor(options.output.path) << "wrote " << printable(options.output.path) << "\n";
+}
+
+void runIcc(const Options& options) {
+    if (!options.replacement.empty()) {
+        replaceProfile(options);
+    } else if (!options.output.path.empty()) {
+        writeProfile(options);
+    } else {
+        describeProfile(options.file);
+    }
+}
 
 } // namespace
 
@@ -128,23 +151,23 @@ Command iccCommand() {
             {
                 {.names = {"FILE"},
                  .target = &options->file,
-                 .help = "Profile, or photograph that contains one; with\n--replace: the TIFF file to change",
+                 .help = "Profile, or photograph that contains one; with\n--replace: a TIFF file",
                  .isRequired = true},
                 {.names = {"--replace"},
                  .target = &options->replacement,
                  .help = "New profile, or photograph that contains it",
                  .value = "PROFILE"},
+                {.names = {"-o", "--output"},
+                 .target = &options->output.path,
+                 .help = "Write the profile, or the TIFF file with the new\nprofile, to this file",
+                 .value = "FILE"},
+                forceOption(options->output.force),
             },
-        .footer = "Examples:\n"
+        .footer = "Without -o, --replace changes the TIFF file itself and requires --force.\n\n"
+                  "Examples:\n"
                   "  tvmeta icc scene.jpg\n"
-                  "  tvmeta icc --replace wide.icc result.tif",
-        .run =
-            [options] {
-                if (options->replacement.empty()) {
-                    describeProfile(options->file);
-                } else {
-                    replaceProfile(options->replacement, options->file);
-                }
-            },
+                  "  tvmeta icc scene.jpg -o scene.icc\n"
+                  "  tvmeta icc --replace wide.icc result.tif -o wide.tif",
+        .run = [options] { runIcc(*options); },
     };
 }

@@ -1,15 +1,17 @@
 // tvmeta info: the records of photographs, as a list, a table, JSON or CSV.
 
+#include "base/failure.h"
+#include "base/text.h"
+#include "base/words.h"
 #include "commands/commands.h"
+#include "commands/completion.h"
 #include "output/csv.h"
-#include "output/failure.h"
 #include "output/json.h"
 #include "output/table.h"
-#include "output/terminal.h"
-#include "output/text.h"
 #include "photographs/field_filter.h"
 #include "photographs/fields.h"
 #include "photographs/read_photos.h"
+#include "system/terminal.h"
 
 #include <algorithm>
 #include <iomanip>
@@ -98,7 +100,7 @@ void printShotTable(const std::vector<Shot>& shots, const FieldList& fields) {
     const std::optional<int> width = outputWidth();
     if (const size_t left = printTable(columns, width); left > 0) {
         complain(std::to_string(left) + " of " + std::to_string(columns.size()) + " fields do not fit in " +
-                 std::to_string(*width) + (*width == 1 ? " column" : " columns") + "; use --list or --json");
+                 counted(static_cast<size_t>(*width), "column") + "; use --list or --json");
     }
 }
 
@@ -111,14 +113,13 @@ void printJson(const Shot& shot, const FieldList& fields) {
 }
 
 void printCsv(const Shot& shot, const FieldList& fields) {
-    std::vector<std::string> cells;
-    std::ranges::transform(fields, std::back_inserter(cells),
-                           [&](const Field* field) { return csvField(field->value(shot)); });
+    std::vector<Value> cells;
+    std::ranges::transform(fields, std::back_inserter(cells), [&](const Field* field) { return field->value(shot); });
     std::cout << csvRecord(cells) << std::flush;
 }
 
 void printCsvHeader(const FieldList& fields) {
-    std::vector<std::string> cells;
+    std::vector<Value> cells;
     std::ranges::transform(fields, std::back_inserter(cells), &Field::key);
     std::cout << csvRecord(cells);
 }
@@ -238,7 +239,8 @@ Command infoCommand() {
                 {.names = {"FILE"},
                  .target = &options->names,
                  .help = "Photographs; with -r also folders",
-                 .isRequired = true},
+                 .isRequired = true,
+                 .isFileList = true},
                 {.names = {"-r", "--recursive"},
                  .target = &options->recursive,
                  .help = "Read the photographs in folders and subfolders"},
@@ -255,16 +257,19 @@ Command infoCommand() {
                  .target = &options->fields,
                  .help = "Fields to show, from the list below",
                  .value = "NAME,...",
-                 .separator = ','},
+                 .separator = ',',
+                 .suggest = suggestFields},
                 {.names = {"--sort"},
                  .target = &options->sort,
                  .help = "Sort by a field (-NAME: descending)\ninstead of capture time",
-                 .value = "NAME"},
+                 .value = "NAME",
+                 .suggest = suggestOrder},
                 {.names = {"--filter"},
                  .target = &options->conditions,
                  .help = "Show photographs that meet all conditions with\n=, !=, <, <=, > or >=, such as "
                          "'isoSpeed>800'",
-                 .value = "CONDITION"},
+                 .value = "CONDITION",
+                 .suggest = suggestFields},
             },
         .footer = "One photograph is shown as a list, several as a table by capture time\n"
                   "that fits the terminal. Fields without a value are omitted.\n\n" +

@@ -1,6 +1,6 @@
 #include "commands/result_packet.h"
 
-#include "output/markup.h"
+#include "base/markup.h"
 #include "system/files.h"
 
 #include <algorithm>

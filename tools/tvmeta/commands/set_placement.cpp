@@ -1,9 +1,9 @@
 #include "commands/set_placement.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
+#include "base/text.h"
 #include "output/move_journal.h"
 #include "output/set_folders.h"
-#include "output/text.h"
 #include "photographs/photo_sets.h"
 #include "system/paths.h"
 

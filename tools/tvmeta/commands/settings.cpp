@@ -1,10 +1,10 @@
 // tvmeta settings: packets of processing settings in files.
 
+#include "base/failure.h"
+#include "base/text.h"
 #include "commands/commands.h"
 #include "commands/settings_options.h"
-#include "output/failure.h"
 #include "output/output_file.h"
-#include "output/text.h"
 #include "photographs/photo.h"
 
 #include <cerrno>
@@ -34,8 +34,9 @@ void showSettings(const std::string& path) {
     }
 }
 
-void writeSettings(const std::string& path, const Settings& settings) {
-    writeOutput(path, {}, [&](OutputFile& output) {
+void writeSettings(const Output& file, const Settings& settings) {
+    const std::string& path = file.path;
+    writeOutput(file, {}, [&](OutputFile& output) {
         const std::string libraryPath = output.libraryPath();
         errno = 0;
         const int32_t result = write_xmp(libraryPath.c_str(), settings.method, settings.values.data());
@@ -68,14 +69,14 @@ std::string inserted(const std::string& path, const Settings& settings) {
     return packet;
 }
 
-void insertSettings(const std::string& path, const Settings& settings, const std::string& outputPath) {
+void insertSettings(const std::string& path, const Settings& settings, const Output& file) {
     std::string packet;
-    writeOutput(outputPath, {path}, [&](OutputFile& output) {
+    writeOutput(file, {path}, [&](OutputFile& output) {
         packet = inserted(path, settings);
         output.write(packet);
     });
-    std::ostream& messages = messagesFor(outputPath);
-    messages << "wrote " << printable(outputPath) << "\n";
+    std::ostream& messages = messagesFor(file.path);
+    messages << "wrote " << printable(file.path) << "\n";
     if (tvsettings_occurences_in_xmp(textSize(packet), packet.c_str()) > 1) {
         messages << "the packet contained settings; the new ones come first and take effect\n";
     }
@@ -83,7 +84,7 @@ void insertSettings(const std::string& path, const Settings& settings, const std
 
 struct Options {
     std::string file;
-    std::string output;
+    Output output;
     SettingsOptions settings;
 };
 
@@ -104,7 +105,7 @@ Command settingsCommand() {
         .name = "write",
         .purpose = "Write a settings file",
         .options =
-            {{.names = {"OUT"}, .target = &options->output, .help = "Settings file to write", .isRequired = true}},
+            {{.names = {"OUT"}, .target = &options->output.path, .help = "Settings file to write", .isRequired = true}},
         .footer = methodHelp() + "Example:\n"
                                  "  tvmeta settings write my.xmp --method 'Details Enhancer' \\\n"
                                  "    --set Strength=70 --set Gamma=1.20",
@@ -117,7 +118,7 @@ Command settingsCommand() {
             {
                 {.names = {"PACKET"}, .target = &options->file, .help = "File with an XMP packet", .isRequired = true},
                 {.names = {"-o", "--output"},
-                 .target = &options->output,
+                 .target = &options->output.path,
                  .help = "File to write",
                  .value = "FILE",
                  .isRequired = true},
@@ -129,6 +130,7 @@ Command settingsCommand() {
     };
     for (Command* const command : {&write, &insert}) {
         addSettingsOptions(command->options, options->settings, true);
+        command->options.push_back(forceOption(options->output.force));
     }
     return {
         .name = "settings",

@@ -1,8 +1,9 @@
 #include "commands/settings_options.h"
 
-#include "output/failure.h"
-#include "output/suggestion.h"
-#include "output/text.h"
+#include "base/failure.h"
+#include "base/suggestion.h"
+#include "base/text.h"
+#include "commands/completion.h"
 #include "system/files.h"
 
 #include <algorithm>
@@ -162,11 +163,13 @@ void addSettingsOptions(std::vector<Option>& options, SettingsOptions& settings,
                        .target = &settings.method,
                        .help = "Processing method, listed below",
                        .value = "NAME",
-                       .isRequired = isRequired});
+                       .isRequired = isRequired,
+                       .suggest = suggestMethods});
     options.push_back({.names = {"--set"},
                        .target = &settings.assignments,
                        .help = "A setting of the method, as settings show prints\nit; can be repeated",
                        .value = "NAME=VALUE",
+                       .suggest = suggestSettings,
                        .needs = {"--method"}});
 }
 

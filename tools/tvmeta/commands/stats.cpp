@@ -1,17 +1,17 @@
 // tvmeta stats: the luminance of HDR pictures.
 
+#include "base/failure.h"
+#include "base/text.h"
 #include "commands/commands.h"
-#include "output/failure.h"
 #include "output/json.h"
 #include "output/output_file.h"
 #include "output/table.h"
-#include "output/terminal.h"
-#include "output/text.h"
 #include "pictures/light_statistics.h"
 #include "pictures/load_picture.h"
 #include "pictures/stop_histogram.h"
 #include "system/files.h"
 #include "system/paths.h"
+#include "system/terminal.h"
 
 #include <algorithm>
 #include <array>
@@ -31,6 +31,7 @@ namespace {
 
 struct Options {
     std::vector<std::string> paths;
+    bool force = false;
     bool json = false;
     bool histogram = false;
     bool isLinear = false;
@@ -234,7 +235,7 @@ void writePlot(const Options& options, const Statistics& s) {
     }
     const std::string title = withoutStart(printable(s.path), MaxTitle);
     const std::string name = plotName(options, s.path);
-    writeOutput(name, options.paths,
+    writeOutput({name, options.force}, options.paths,
                 [&](OutputFile& file) { file.write(histogramPlot(s.histogram, scaleOf(options), title, marks)); });
     (options.json ? std::cerr : messagesFor(name)) << "wrote " << printable(name) << "\n";
 }
@@ -285,7 +286,8 @@ Command statsCommand() {
                 {.names = {"IMAGE"},
                  .target = &options->paths,
                  .help = "Pictures; several are shown as a table",
-                 .isRequired = true},
+                 .isRequired = true,
+                 .isFileList = true},
                 {.names = {"--json"},
                  .target = &options->json,
                  .help = "Write one JSON object per picture, on one line"},
@@ -306,6 +308,7 @@ Command statsCommand() {
                 {.names = {"--allow-damaged"},
                  .target = &options->allowDamage,
                  .help = "Measure what is left of a damaged JPEG"},
+                forceOption(options->force),
             },
         .footer = "Pictures are " + pictureFormats() +
                   " files.\n\n"

@@ -1,18 +1,23 @@
 // tvmeta thumbnail: writes the JPEG thumbnails of photographs to files.
 
+#include "base/failure.h"
+#include "base/text.h"
+#include "base/words.h"
 #include "commands/commands.h"
-#include "output/failure.h"
 #include "output/output_file.h"
-#include "output/text.h"
 #include "photographs/read_photos.h"
 #include "system/files.h"
 #include "system/paths.h"
+#include "system/system.h"
 
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
 #include <iostream>
+#include <map>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -28,23 +33,19 @@ struct Options {
     bool force = false;
 };
 
-const Wanted WantedBlock = {.blocks = {TVMETA_THUMBNAIL}};
+struct Thumbnail {
+    std::string photo;
+    fs::path target;
+};
 
-const Bytes& thumbnailOf(const Photo& photo) {
-    const Bytes& thumbnail = photo.blocks[TVMETA_THUMBNAIL];
-    if (thumbnail.empty()) {
-        throw Failure(photo.path, "no JPEG thumbnail");
-    }
-    return thumbnail;
-}
-
-void writeThumbnail(const Photo& photo, const std::string& path, bool force) {
-    const Bytes& thumbnail = thumbnailOf(photo);
-    std::error_code error;
-    if (!force && fs::is_regular_file(pathOf(path), error)) {
-        throw Failure(path, "already exists; left unchanged (use --force to replace it)");
-    }
-    writeOutput(path, {photo.path}, [&](OutputFile& output) { output.write(asText(thumbnail)); });
+void writeThumbnail(const std::string& photo, const Output& file) {
+    writeOutput(file, {photo}, [&](OutputFile& output) {
+        const Bytes thumbnail = OpenPhoto(photo).block(TVMETA_THUMBNAIL);
+        if (thumbnail.empty()) {
+            throw Failure(photo, "no JPEG thumbnail");
+        }
+        output.write(asText(thumbnail));
+    });
 }
 
 // The path of the photograph relative to the folder that was searched.
@@ -66,38 +67,71 @@ fs::path targetOf(const Photo& photo, const Options& options) {
     return pathOf(options.output) / name;
 }
 
+// Refuses what would replace a photograph of the same run, and two thumbnails of one name, before the first is written.
+void requireSafe(const std::vector<Thumbnail>& thumbnails, const Reading& reading) {
+    std::set<FileIdentity> inputs;
+    for (const std::string& path : reading.paths) {
+        if (const std::optional<FileIdentity> identity = fileIdentity(path)) {
+            inputs.insert(*identity);
+        }
+    }
+    std::map<std::string, std::string> photos; // by the names of their thumbnails
+    for (const Thumbnail& thumbnail : thumbnails) {
+        const std::string target = nameOf(thumbnail.target);
+        const auto [photo, isNew] = photos.emplace(nameKey(target), thumbnail.photo);
+        if (!isNew) {
+            throw Failure(target, "would be the thumbnail of " + photo->second + " and of " + thumbnail.photo +
+                                      "; nothing was written");
+        }
+        if (const auto identity = fileIdentity(target); identity && inputs.contains(*identity)) {
+            throw Failure(target, "output is the same file as input; nothing was written");
+        }
+    }
+}
+
 void writeThumbnails(const Options& options) {
-    size_t written = 0;
-    size_t failures = 0;
-    const Reading reading = readPhotos(options.names, options.recursive, WantedBlock, [&](Photo&& photo) {
-        try {
-            const fs::path target = targetOf(photo, options);
-            fs::create_directories(target.parent_path());
-            writeThumbnail(photo, nameOf(target), options.force);
-            ++written;
-        } catch (const Failure& failure) {
-            complain(failure.what());
-            ++failures;
-        } catch (const fs::filesystem_error& error) {
-            complain(nameOf(error.path1()) + ": " + error.code().message());
-            ++failures;
+    std::vector<Thumbnail> thumbnails;
+    std::set<std::string> paths;
+    FileMessages messages;
+    const Reading reading = readPhotos(options.names, options.recursive, {}, [&](Photo&& photo) {
+        if (photo.record.blocks[TVMETA_THUMBNAIL].size <= 0) {
+            messages.add(photo.path, photo.path + ": no JPEG thumbnail");
+        } else if (paths.insert(nameOf(pathOf(photo.path).lexically_normal())).second) { // each once
+            thumbnails.push_back({photo.path, targetOf(photo, options)});
         }
     });
-    std::cout << "wrote " << written << (written == 1 ? " thumbnail" : " thumbnails") << " into "
-              << printable(options.output) << "\n";
+    requireSafe(thumbnails, reading);
+    size_t written = 0;
+    for (const auto& [photo, target] : thumbnails) {
+        try {
+            fs::create_directories(target.parent_path());
+            writeThumbnail(photo, {nameOf(target), options.force});
+            ++written;
+        } catch (const Failure& failure) {
+            messages.add(photo, failure.what());
+        } catch (const fs::filesystem_error& error) {
+            messages.add(photo, nameOf(error.path1()) + ": " + error.code().message());
+        }
+    }
+    messages.finish();
+    std::cout << "wrote " << counted(written, "thumbnail") << " into " << printable(options.output) << "\n";
     requireAllRead(reading);
-    if (failures > 0) {
-        throw Failure(std::to_string(failures) + " of " + std::to_string(reading.files) +
+    if (messages.count() > 0) {
+        throw Failure(std::to_string(messages.count()) + " of " + std::to_string(reading.files) +
                       " thumbnails could not be written");
     }
 }
 
 void writeOutputs(const Options& options) {
     std::error_code error;
-    if (options.names.size() > 1 || options.recursive || fs::is_directory(pathOf(options.output), error)) {
+    const bool isFolder = options.names.size() > 1 || options.recursive;
+    if (isFolder && options.output == StandardStream) {
+        throw WrongCommandLine("-o - requires one photograph");
+    }
+    if (isFolder || fs::is_directory(pathOf(options.output), error)) {
         return writeThumbnails(options);
     }
-    writeThumbnail(readPhoto(options.names.front(), WantedBlock), options.output, options.force);
+    writeThumbnail(readPhoto(options.names.at(0)).path, {options.output, options.force});
     messagesFor(options.output) << "wrote " << printable(options.output) << "\n";
 }
 
@@ -113,7 +147,8 @@ Command thumbnailCommand() {
                 {.names = {"PHOTO"},
                  .target = &options->names,
                  .help = "Photographs; with -r also folders",
-                 .isRequired = true},
+                 .isRequired = true,
+                 .isFileList = true},
                 {.names = {"-o", "--output"},
                  .target = &options->output,
                  .help = "File to write, or folder for several",
@@ -122,7 +157,7 @@ Command thumbnailCommand() {
                 {.names = {"-r", "--recursive"},
                  .target = &options->recursive,
                  .help = "Read the photographs in folders and subfolders"},
-                {.names = {"--force"}, .target = &options->force, .help = "Replace existing files"},
+                forceOption(options->force),
             },
         .footer = "In a folder, thumbnails have the names and subfolders of their photographs;\n"
                   "the extension .jpg is added to other names.\n\n"

@@ -1,12 +1,14 @@
 // tvmeta tiff: a result image with the metadata of its source photograph.
 
+#include "base/failure.h"
+#include "base/text.h"
+#include "base/words.h"
 #include "commands/commands.h"
+#include "commands/completion.h"
 #include "commands/icc.h"
 #include "commands/result_packet.h"
 #include "commands/settings_options.h"
-#include "output/failure.h"
 #include "output/output_file.h"
-#include "output/text.h"
 #include "photographs/iptc_block.h"
 #include "photographs/photo.h"
 #include "photographs/unkept_tags.h"
@@ -36,6 +38,7 @@ struct Options {
     std::string orientation;
     std::optional<size_t> resolution;
     bool allowDamage = false;
+    bool force = false;
 };
 
 const std::map<std::string, Depth> DepthNames = {
@@ -70,9 +73,9 @@ int32_t orientationOf(const Options& options, const Picture& picture, const Meta
     return orientation >= 1 && orientation <= 8 ? orientation : 1;
 }
 
-Metadata collectMetadata(const Options& options, const Picture& picture) {
+Metadata collectMetadata(const Options& options, const Settings& settings, const Picture& picture) {
     Metadata metadata;
-    metadata.settings = settingsFrom(options.settings);
+    metadata.settings = settings;
     if (!options.profile.empty() || options.profileFromPhoto) {
         metadata.profile = profileFor(picture, options.profileFromPhoto ? options.photo : options.profile);
     } else if (canUse(picture.profile, picture)) {
@@ -125,14 +128,6 @@ Picture pictureFor(const Options& options) {
         convertFromHalf(picture);
     }
     return picture;
-}
-
-std::string joined(const std::vector<std::string>& words) {
-    std::string list;
-    for (const std::string& word : words) {
-        list += (list.empty() ? "" : ", ") + word;
-    }
-    return list;
 }
 
 // What of picture and photograph has no place in the file, in one line. The metadata of the picture is kept when it is
@@ -197,14 +192,16 @@ void writeTiff(const Options& options) {
     if (options.orientation == "photo" && options.photo.empty()) {
         throw WrongCommandLine("--orientation photo requires --photo");
     }
+    const Settings settings = settingsFrom(options.settings); // refuses wrong ones before the work
     Picture picture;
     std::vector<std::string> unkept;
-    writeOutput(options.output, {options.image, options.photo, options.profile}, [&](OutputFile& output) {
-        picture = pictureFor(options);
-        const Metadata metadata = collectMetadata(options, picture);
-        writePicture(options, metadata, picture, output);
-        unkept = metadata.unkept;
-    });
+    writeOutput({options.output, options.force}, {options.image, options.photo, options.profile},
+                [&](OutputFile& output) {
+                    picture = pictureFor(options);
+                    const Metadata metadata = collectMetadata(options, settings, picture);
+                    writePicture(options, metadata, picture, output);
+                    unkept = metadata.unkept;
+                });
     if (!picture.damage.empty()) {
         complain("warning: " + options.image + ": damaged, some pixels may be wrong: " + picture.damage);
     }
@@ -235,7 +232,8 @@ Command tiffCommand() {
                 {.names = {"--keyword"},
                  .target = &options->keywords,
                  .help = "Add a keyword to the IPTC block; can be repeated",
-                 .value = "TEXT"},
+                 .value = "TEXT",
+                 .suggest = suggestNothing},
                 {.names = {"--icc"},
                  .target = &options->profile,
                  .help = "ICC profile of the image, or a photograph or\npicture with it; else the image's own",
@@ -273,5 +271,6 @@ Command tiffCommand() {
         .run = [options] { writeTiff(*options); },
     };
     addSettingsOptions(command.options, options->settings, false);
+    command.options.push_back(forceOption(options->force));
     return command;
 }

@@ -1,52 +1,61 @@
 #include "output/csv.h"
 
-#include "output/text.h"
+#include "base/numbers.h"
+#include "base/text.h"
 
-#include <array>
-#include <charconv>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <string>
 #include <string_view>
 
 namespace {
 
-// Spreadsheets treat texts that start with these characters as formulas. Coordinates and offsets, such as
-// "-33.8, 151.2" and "+02:00", are harmless.
-bool isFormula(std::string_view text) {
-    const bool isSuspect = !text.empty() && std::string_view("=+-@").find(text[0]) != std::string_view::npos;
-    return isSuspect && text.find_first_not_of("0123456789.,:+ -") != std::string_view::npos;
+// Spreadsheets treat texts that start with these characters as formulas, except single numbers.
+constexpr std::string_view FormulaStarts = "=+-@";
+
+bool isNumber(std::string_view text) {
+    return parseNumber(text.substr(text.starts_with('+') ? 1 : 0)).has_value();
 }
 
-template <typename Number>
-std::string digitsOf(Number number) {
-    std::array<char, 32> digits;
-    return {digits.data(), std::to_chars(digits.begin(), digits.end(), number).ptr};
+// Coordinates and offsets of time, such as "-33.8, 151.2" and "+02:00".
+bool isPairOfNumbers(std::string_view text, std::string_view separator) {
+    const size_t middle = std::min(text.find(separator), text.size());
+    return isNumber(text.substr(0, middle)) && isNumber(text.substr(std::min(middle + separator.size(), text.size())));
+}
+
+std::string textField(const std::string& value) {
+    const std::string text = printable(value);
+    const bool isSuspect = !text.empty() && FormulaStarts.find(text[0]) != std::string_view::npos;
+    const bool isHarmless = isNumber(text) || isPairOfNumbers(text, ", ") || isPairOfNumbers(text, ":");
+    return isSuspect && !isHarmless ? "'" + text : text;
+}
+
+std::string quoted(const std::string& field) {
+    if (field.find_first_of(",\"") == std::string::npos) {
+        return field;
+    }
+    std::string text = "\"";
+    for (const char c : field) {
+        text += c == '"' ? "\"\"" : std::string(1, c);
+    }
+    return text + "\"";
+}
+
+std::string fieldOf(const Value& value) {
+    const auto* integer = std::get_if<int64_t>(&value);
+    const auto* number = std::get_if<double>(&value);
+    return integer != nullptr  ? fmt::to_string(*integer)
+           : number != nullptr ? fmt::format("{}", *number)
+                               : quoted(textField(textOf(value)));
 }
 
 } // namespace
 
-std::string csvRecord(std::span<const std::string> fields) {
+std::string csvRecord(std::span<const Value> fields) {
     std::string record;
-    for (const std::string& field : fields) {
-        record += &field == &fields.front() ? "" : ",";
-        if (field.find_first_of(",\"\r\n") == std::string::npos) {
-            record += field;
-            continue;
-        }
-        record += '"';
-        for (const char c : field) {
-            record += c == '"' ? "\"\"" : std::string(1, c);
-        }
-        record += '"';
+    for (const Value& field : fields) {
+        record += (&field == &fields.front() ? "" : ",") + fieldOf(field);
     }
     return record + "\r\n";
-}
-
-std::string csvField(const Value& value) {
-    if (const auto* integer = std::get_if<int64_t>(&value)) {
-        return digitsOf(*integer);
-    }
-    if (const auto* number = std::get_if<double>(&value)) {
-        return digitsOf(*number);
-    }
-    const std::string shown = printable(textOf(value));
-    return (isFormula(shown) ? "'" : "") + shown;
 }

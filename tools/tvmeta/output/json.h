@@ -1,7 +1,7 @@
 // JSON Lines: one object on each line.
 #pragma once
 
-#include "output/value.h"
+#include "base/value.h"
 
 #include <span>
 #include <string>

@@ -1,6 +1,6 @@
 #include "output/move_journal.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "output/output_file.h"
 #include "system/files.h"
 #include "system/paths.h"
@@ -118,7 +118,7 @@ void writeJournal(const std::string& path, const std::vector<MoveRun>& runs) {
             text += escaped(move.from) + "\t" + escaped(move.to) + "\n";
         }
     }
-    writeOutput(path, {}, [&](OutputFile& output) { output.write(text); });
+    writeOutput({path, true}, {}, [&](OutputFile& output) { output.write(text); });
 }
 
 size_t undoMoves(const std::string& journal) {

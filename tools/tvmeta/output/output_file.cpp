@@ -1,10 +1,12 @@
 #include "output/output_file.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
+#include "output/own_files.h"
 #include "system/file_copy.h"
 #include "system/paths.h"
 #include "system/system.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -14,18 +16,10 @@
 
 namespace {
 
-void requireNoInput(const std::string& path, const std::vector<std::string>& inputs) {
-    for (const std::string& input : inputs) {
-        if (isSameFile(path, input)) {
-            throw Failure(path, "output is the same file as input");
-        }
-    }
-}
-
 // Adds the state of the output to a failure. Most failures are about an input and do not name the output.
-Failure withFate(const std::string& problem, const std::string& path, const std::string& fate) {
+Failure withState(const std::string& problem, const std::string& path, const std::string& state) {
     const bool isNamed = problem.starts_with(path + ": ");
-    return Failure(problem + "; " + (isNamed ? "" : path + " ") + fate);
+    return Failure(problem + "; " + (isNamed ? "" : path + " ") + state);
 }
 
 } // namespace
@@ -52,22 +46,18 @@ std::string OutputFile::libraryPath() {
         isBegun = true;
         return target.path;
     }
-    spool.reset(std::tmpfile());
-    if (!spool) {
-        failWithErrno("temporary file for " + target.name);
-    }
-    return reopeningPath(spool.get());
+    return spool.emplace().path();
 }
 
 void OutputFile::commit() {
     if (spool) {
         direct = openDirect(target);
         isBegun = true;
-        std::rewind(spool.get());
-        readPieces(spool.get(), target.name,
+        std::rewind(spool->stream());
+        readPieces(spool->stream(), target.name,
                    [this](std::string_view piece) { writeBytes(direct.get(), piece, target.name); });
     }
-    // A full disk can fail only at the last buffered bytes.
+    // The last bytes are still in a buffer. If the disk is full, writing them fails.
     if (direct && std::fflush(direct.get()) != 0) {
         failWithErrno(target.name);
     }
@@ -76,25 +66,44 @@ void OutputFile::commit() {
     }
 }
 
-const char* OutputFile::fate() const {
+const char* OutputFile::stateWithoutCommit() const {
     return isBegun ? "incomplete" : target.exists ? "left unchanged" : "not written";
 }
 
-void writeOutput(const std::string& path, const std::vector<std::string>& inputs,
+void requireOther(const std::string& output, const std::string& input) {
+    const auto identity = input == StandardStream ? fileIdentity(stdin) : fileIdentity(input);
+    if (output != StandardStream && identity && identity == fileIdentity(output)) {
+        throw Failure(output, "output is the same file as input");
+    }
+}
+
+void requireReplaceable(const Output& output) {
+    const OutputTarget target = resolveTarget(output.path);
+    if (target.exists && !output.force && !isOwnFile(target.path)) {
+        throw Failure(output.path, "exists and " + kindOfFile(target.path) + "; use --force to replace it");
+    }
+}
+
+void writeOutput(const Output& output, const std::vector<std::string>& inputs,
                  const std::function<void(OutputFile&)>& write) {
     std::error_code error;
-    std::string fate = std::filesystem::is_regular_file(pathOf(path), error) ? "left unchanged" : "not written";
-    std::optional<OutputFile> output;
+    const bool exists = std::filesystem::is_regular_file(pathOf(output.path), error);
+    std::optional<OutputFile> file;
     try {
-        requireNoInput(path, inputs);
-        output.emplace(resolveTarget(path));
-        write(*output);
-        output->commit();
+        std::ranges::for_each(inputs, [&](const auto& input) { requireOther(output.path, input); });
+        requireReplaceable(output);
+        file.emplace(resolveTarget(output.path));
+        write(*file);
+        if (!exists) {
+            requireReplaceable(output); // a file of that name may be new
+        }
+        file->commit();
     } catch (const WrongCommandLine&) {
         throw;
     } catch (const std::exception& problem) {
         const bool isMemory = dynamic_cast<const std::bad_alloc*>(&problem) != nullptr;
-        throw withFate(isMemory ? "not enough memory" : problem.what(), path, output ? output->fate() : fate);
+        const char* const state = file ? file->stateWithoutCommit() : exists ? "left unchanged" : "not written";
+        throw withState(isMemory ? "not enough memory" : problem.what(), output.path, state);
     }
 }
 
@@ -103,5 +112,6 @@ std::string systemReason() {
 }
 
 std::ostream& messagesFor(const std::string& output) {
-    return isStandardOutput(output) ? std::cerr : std::cout;
+    const bool isStandardOutput = output == StandardStream || fileIdentity(output) == fileIdentity(stdout);
+    return isStandardOutput ? std::cerr : std::cout;
 }

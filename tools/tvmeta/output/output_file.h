@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 // A file that is written completely or not at all: a temporary file in the same folder replaces it at the end. Devices,
@@ -26,19 +27,35 @@ class OutputFile {
     void commit();
 
     // The state of the output if it is not committed: "not written", "left unchanged" or "incomplete".
-    const char* fate() const;
+    const char* stateWithoutCommit() const;
 
   private:
     OutputTarget target;
     std::optional<TemporaryFile> temporary; // none for a target that is written directly
     File direct;
-    File spool; // buffers the output of functions that cannot open such a target
+    std::optional<SpoolFile> spool; // buffers the output of functions that cannot open such a target
     bool isBegun = false;
 };
 
-// Calls `write` with the output, then commits it. Refuses an output that is one of the inputs. Throws Failure with the
-// reason and the state of the output.
-void writeOutput(const std::string& path, const std::vector<std::string>& inputs,
+// What a command writes: a file, or "-" for standard output.
+struct Output {
+    std::string path;
+    bool force = false; // --force: replace any file
+
+    Output() = default;
+    Output(std::string name, bool replacesAny = false) : path(std::move(name)), force(replacesAny) {}
+};
+
+// Throws Failure if the output is a file that exists and is not to be replaced: without --force, every file whose text
+// does not show that tvmeta made it.
+void requireReplaceable(const Output& output);
+
+// Throws Failure if the output is the same file as the input, under any name.
+void requireOther(const std::string& output, const std::string& input);
+
+// Calls `write` with the output, then commits it. Refuses an output that is one of the inputs or not replaceable.
+// Throws Failure with the reason and the state of the output.
+void writeOutput(const Output& output, const std::vector<std::string>& inputs,
                  const std::function<void(OutputFile&)>& write);
 
 // The system's reason for the failure of a library function. Set errno to 0 before the call.

@@ -1,6 +1,6 @@
 #include "output/set_folders.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "output/move_journal.h"
 #include "output/output_file.h"
 #include "output/set_names.h"
@@ -51,7 +51,7 @@ uint64_t deviceOf(fs::path folder) {
     while (!isThere(nameOf(folder)) && folder.has_relative_path()) {
         folder = folder.parent_path();
     }
-    return fileId(nameOf(folder)).value_or(FileId()).device;
+    return fileIdentity(nameOf(folder)).value_or(FileIdentity()).volume;
 }
 
 [[noreturn]] void failAcross(const std::string& file, const std::string& folder, Placement placement) {

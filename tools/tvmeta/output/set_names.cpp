@@ -1,6 +1,6 @@
 #include "output/set_names.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "output/move_journal.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "output/table.h"
 
-#include "output/text.h"
+#include "base/text.h"
 
 #include <algorithm>
 #include <iostream>

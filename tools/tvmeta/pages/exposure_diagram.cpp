@@ -1,6 +1,6 @@
 #include "pages/exposure_diagram.h"
 
-#include "output/markup.h"
+#include "base/markup.h"
 #include "photographs/photo_sets.h"
 
 #include <algorithm>

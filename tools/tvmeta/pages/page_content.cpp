@@ -1,6 +1,6 @@
 #include "pages/page_content.h"
 
-#include "output/markup.h"
+#include "base/markup.h"
 #include "pages/thumbnails.h"
 #include "photographs/fields.h"
 #include "system/paths.h"

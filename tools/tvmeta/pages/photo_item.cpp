@@ -1,6 +1,6 @@
 #include "pages/photo_item.h"
 
-#include "output/markup.h"
+#include "base/markup.h"
 
 namespace {
 

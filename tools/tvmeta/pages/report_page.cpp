@@ -1,6 +1,6 @@
 #include "pages/report_page.h"
 
-#include "output/markup.h"
+#include "base/markup.h"
 #include "pages/exposure_diagram.h"
 #include "pages/photo_item.h"
 #include "pages/report_style.h"
@@ -15,8 +15,8 @@
 
 namespace {
 
-constexpr std::string_view Start = R"(<!doctype html>
-<html lang="en">
+constexpr std::string_view DocumentType = "<!doctype html>\n";
+constexpr std::string_view Start = R"(<html lang="en">
 <head>
 <meta charset="utf-8">
 <meta http-equiv="Content-Security-Policy" content="default-src 'none'; style-src 'unsafe-inline'; img-src data: 'self' file:; )"
@@ -146,6 +146,8 @@ class ReportPage {
 
   private:
     void writeHead() {
+        write(DocumentType);
+        write(MadeByTvmeta);
         write(Start);
         write(titleOf(content));
         write("</title>\n<style>");

@@ -1,6 +1,6 @@
 #include "pages/set_filter.h"
 
-#include "output/markup.h"
+#include "base/markup.h"
 #include "photographs/natural_order.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "pages/thumbnails.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "pictures/small_jpeg.h"
 
 #include <cstdio>

@@ -1,33 +1,24 @@
 #include "photographs/field_filter.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
+#include "base/numbers.h"
 #include "photographs/natural_order.h"
 
-#include <charconv>
-#include <cmath>
 #include <optional>
 #include <string_view>
 
 namespace {
 
-std::optional<double> parseDecimal(std::string_view text) {
-    double number = 0;
-    const char* end = text.data() + text.size();
-    const auto [parsed, error] = std::from_chars(text.data(), end, number);
-    const bool isValid = error == std::errc() && parsed == end && std::isfinite(number);
-    return isValid ? std::optional(number) : std::nullopt;
-}
-
 // Parses numbers, also in the notation of photographers: 1/125, f/2.8.
-std::optional<double> parseNumber(std::string_view text) {
+std::optional<double> parsePhotoNumber(std::string_view text) {
     if (text.starts_with("f/")) {
-        return parseDecimal(text.substr(2));
+        return parseNumber(text.substr(2));
     }
     const size_t slash = text.find('/');
     if (slash == std::string_view::npos) {
-        return parseDecimal(text);
+        return parseNumber(text);
     }
-    const auto numerator = parseDecimal(text.substr(0, slash)), denominator = parseDecimal(text.substr(slash + 1));
+    const auto numerator = parseNumber(text.substr(0, slash)), denominator = parseNumber(text.substr(slash + 1));
     return numerator && denominator && *denominator != 0 ? std::optional(*numerator / *denominator) : std::nullopt;
 }
 
@@ -36,7 +27,7 @@ Value wantedValue(const Field& field, const std::string& text) {
     if (text.empty() || field.kind != Field::Kind::Number) {
         return text.empty() ? Value() : text;
     }
-    if (const std::optional<double> number = parseNumber(text)) {
+    if (const std::optional<double> number = parsePhotoNumber(text)) {
         return *number;
     }
     throw WrongCommandLine("expected a number for " + std::string(field.key) + ", found '" + text + "'");

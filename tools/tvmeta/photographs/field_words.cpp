@@ -1,11 +1,11 @@
 #include "photographs/field_words.h"
 
-#include "output/text.h"
+#include "base/text.h"
+
+#include <fmt/format.h>
 
 #include <array>
 #include <cmath>
-#include <iomanip>
-#include <sstream>
 #include <string_view>
 
 namespace {
@@ -24,9 +24,7 @@ std::string plainWords(const Value& value) {
     if (!isNumber(value)) {
         return printable(textOf(value));
     }
-    std::ostringstream shown;
-    shown << std::setprecision(9) << numberOf(value);
-    return shown.str();
+    return fmt::format("{:.9g}", numberOf(value));
 }
 
 // Cameras show exposures of a quarter of a second and less as fractions.
@@ -43,9 +41,7 @@ std::string apertureWords(const Value& value) {
 }
 
 std::string evWords(const Value& value) {
-    std::ostringstream shown;
-    shown << std::fixed << std::setprecision(1) << numberOf(value);
-    return shown.str();
+    return fmt::format("{:.1f}", numberOf(value));
 }
 
 // TIFF 6.0, Orientation: how to turn the picture upright.

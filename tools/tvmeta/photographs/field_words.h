@@ -1,7 +1,7 @@
 // Formats values in the notation of photographers.
 #pragma once
 
-#include "output/value.h"
+#include "base/value.h"
 
 #include <string>
 

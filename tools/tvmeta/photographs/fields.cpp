@@ -1,9 +1,13 @@
 #include "photographs/fields.h"
 
-#include "output/failure.h"
-#include "output/suggestion.h"
-#include "output/text.h"
+#include "base/failure.h"
+#include "base/markup.h"
+#include "base/suggestion.h"
+#include "base/text.h"
 #include "pictures/gain_map.h"
+#include "system/files.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
@@ -11,8 +15,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
-#include <iomanip>
-#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -88,10 +90,8 @@ Value utcOffset(const Shot& shot) {
         return {};
     }
     const int32_t minutes = std::abs(shot.photo.record.utcOffset);
-    std::ostringstream text;
-    text << (shot.photo.record.utcOffset < 0 ? '-' : '+') << std::setfill('0') << std::setw(2) << minutes / 60 << ":"
-         << std::setw(2) << minutes % 60;
-    return text.str();
+    const char sign = shot.photo.record.utcOffset < 0 ? '-' : '+';
+    return fmt::format("{}{:02}:{:02}", sign, minutes / 60, minutes % 60);
 }
 
 constexpr auto latitude = number<TVMETA_LATITUDE, &tvmeta_Photo::latitude>;
@@ -99,9 +99,7 @@ constexpr auto longitude = number<TVMETA_LONGITUDE, &tvmeta_Photo::longitude>;
 
 // Seven decimals of a degree are about a centimetre.
 std::string coordinate(const Value& degrees) {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(7) << numberOf(degrees);
-    const std::string digits = text.str();
+    const std::string digits = fmt::format("{:.7f}", numberOf(degrees));
     return digits.substr(0, std::max(digits.find_last_not_of('0') + 1, digits.find('.') + 2));
 }
 
@@ -149,7 +147,7 @@ Value exposureValueAt100(const Shot& shot) {
 // For names that JSON and CSV cannot represent.
 Value fileBytes(const Shot& shot) {
     const std::string& path = shot.photo.path;
-    return printable(path) == path ? Value() : base64(path);
+    return printable(path) == path ? Value() : base64(asBytes(path));
 }
 
 Value secondsSinceFirst(const Shot& shot) {

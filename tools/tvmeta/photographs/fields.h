@@ -1,7 +1,7 @@
 // The fields of a photograph that tvmeta info shows.
 #pragma once
 
-#include "output/value.h"
+#include "base/value.h"
 #include "photographs/field_words.h"
 #include "photographs/photo.h"
 

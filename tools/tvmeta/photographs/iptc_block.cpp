@@ -1,7 +1,7 @@
 #include "photographs/iptc_block.h"
 
-#include "output/failure.h"
-#include "output/text.h"
+#include "base/failure.h"
+#include "base/text.h"
 
 #include <tvmeta.h>
 

@@ -1,7 +1,7 @@
 #include "photographs/photo.h"
 
-#include "output/failure.h"
-#include "output/text.h"
+#include "base/failure.h"
+#include "base/text.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,7 +21,7 @@ bool isRefused(int32_t format) {
 } // namespace
 
 OpenPhoto::OpenPhoto(const std::string& path) : path_(path) {
-    if (tvmeta_open(path.c_str(), &source_) != TVMETA_OK) {
+    if (tvmeta_open(readablePath(path).c_str(), &source_) != TVMETA_OK) {
         openFile(path); // throws with the reason
         throw Failure(path, "cannot be opened");
     }

@@ -1,64 +1,48 @@
 #include "photographs/photo_files.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "photographs/natural_order.h"
+#include "system/files.h"
 #include "system/paths.h"
 #include "system/system.h"
 
 #include <algorithm>
 #include <cctype>
-#include <filesystem>
+#include <cstddef>
 #include <iterator>
 #include <string_view>
-#include <system_error>
 
 namespace {
 
-namespace fs = std::filesystem;
-
-struct Entry {
-    std::string name;
-    fs::directory_entry file;
-};
-
 class Search {
   public:
-    Search(const std::string& excludedFolder, Progress& shown) : excluded(excludedFolder), progress(shown) {}
+    Search(const std::string& excludedFolder, Progress& shown, FileMessages& reported)
+        : excluded(excludedFolder), progress(shown), messages(reported) {}
 
     void takeName(const std::string& name, bool recursive) {
-        std::error_code error;
-        if (!fs::is_directory(pathOf(name), error)) {
+        if (name == StandardStream || fileKind(name) != FileKind::Folder) {
             found.files.push_back({name, true}); // reading it reports errors
         } else if (recursive) {
-            descend(pathOf(name));
+            descend(name);
         } else {
-            fail(name + ": is a folder; use -r to read its photographs");
+            fail(name, "is a folder; use -r to read its photographs");
         }
     }
 
     PhotoFiles take() { return std::move(found); }
 
   private:
-    void fail(const std::string& message) {
-        complain(message);
-        ++found.failures;
-    }
+    void fail(const std::string& path, const std::string& reason) { messages.add(path, path + ": " + reason); }
 
-    std::vector<Entry> entriesOf(const fs::path& folder) {
-        std::vector<Entry> entries;
-        std::error_code error;
-        for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-            try {
-                entries.push_back({nameOf(entry->path()), *entry});
-            } catch (const std::system_error&) { // unpaired surrogates, which NTFS allows
-                fail(nameOf(folder) + ": contains a file whose name is not Unicode");
-            }
+    std::vector<FolderEntry> entriesOf(const std::string& folder) {
+        try {
+            std::vector<FolderEntry> entries = listFolder(folder);
+            std::ranges::sort(entries, naturalLess, &FolderEntry::name);
+            return entries;
+        } catch (const Failure& failure) {
+            messages.add(folder, failure.what());
+            return {};
         }
-        if (error) {
-            fail(nameOf(folder) + ": " + error.message());
-        }
-        std::ranges::sort(entries, naturalLess, &Entry::name);
-        return entries;
     }
 
     bool isSearched(const std::string& folder) const {
@@ -70,19 +54,20 @@ class Search {
     }
 
     // Not recursive, because deeply nested folders would overflow the stack.
-    void descend(const fs::path& top) {
-        std::vector<fs::path> folders = {top};
+    void descend(const std::string& top) {
+        std::vector<std::string> folders = {top};
         while (!folders.empty()) {
-            const fs::path folder = folders.back();
+            const std::string folder = folders.back();
             folders.pop_back();
             const auto subfolders = static_cast<std::ptrdiff_t>(folders.size());
-            for (const auto& [name, entry] : entriesOf(folder)) {
-                std::error_code error;
-                if (entry.is_regular_file(error)) {
-                    found.files.push_back({name, false});
+            for (const FolderEntry& entry : entriesOf(folder)) {
+                if (entry.kind == FolderEntry::Kind::RegularFile) {
+                    found.files.push_back({entry.name, false});
                     progress.found(found.files.size());
-                } else if (entry.is_directory(error) && !isLink(name) && isSearched(name)) {
-                    folders.push_back(entry.path());
+                } else if (entry.kind == FolderEntry::Kind::Subfolder && isSearched(entry.name)) {
+                    folders.push_back(entry.name);
+                } else if (entry.kind == FolderEntry::Kind::Unknown) {
+                    fail(entry.name.empty() ? folder : entry.name, entry.problem);
                 }
             }
             std::reverse(folders.begin() + subfolders, folders.end()); // the last is searched next
@@ -92,6 +77,7 @@ class Search {
     PhotoFiles found;
     const std::string& excluded;
     Progress& progress;
+    FileMessages& messages;
 };
 
 } // namespace
@@ -107,8 +93,8 @@ bool hasPhotoName(const std::string& path) {
 }
 
 PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, const std::string& excludedFolder,
-                          Progress& progress) {
-    Search search(excludedFolder, progress);
+                          Progress& progress, FileMessages& messages) {
+    Search search(excludedFolder, progress, messages);
     for (const std::string& name : names) {
         search.takeName(name, recursive);
     }

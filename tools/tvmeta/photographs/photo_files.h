@@ -1,7 +1,8 @@
 // The photographs of a command line: files and folders.
 #pragma once
 
-#include "output/terminal.h"
+#include "base/failure.h"
+#include "system/terminal.h"
 
 #include <cstddef>
 #include <string>
@@ -14,7 +15,6 @@ struct PhotoFile {
 
 struct PhotoFiles {
     std::vector<PhotoFile> files;
-    size_t failures = 0; // folders that could not be searched; a message was printed for each
 };
 
 // Whether a file has the extension of a photograph.
@@ -23,5 +23,6 @@ bool hasPhotoName(const std::string& path);
 // The named files, and all files of the named folders in natural order. Folders are searched if `recursive`, and
 // refused otherwise. Links to folders are followed where they are named, not inside of folders, so that loops of links
 // end. Inside of folders, the excluded one and those that an interrupted run of tvmeta has left are not searched.
+// Folders that cannot be searched are reported.
 PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, const std::string& excludedFolder,
-                          Progress& progress);
+                          Progress& progress, FileMessages& messages);

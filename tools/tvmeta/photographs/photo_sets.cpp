@@ -1,6 +1,6 @@
 #include "photographs/photo_sets.h"
 
-#include "output/text.h"
+#include "base/text.h"
 #include "photographs/natural_order.h"
 #include "system/paths.h"
 #include "system/system.h"
@@ -26,10 +26,10 @@ std::filesystem::path normalPath(const Photo& photo) {
 std::vector<Photo> readByName(const std::vector<std::string>& names, bool recursive, const Wanted& wanted,
                               const std::string& excludedFolder, Reading& reading) {
     std::vector<Photo> photos;
-    std::map<FileId, size_t> places;
+    std::map<FileIdentity, size_t> places;
     const auto take = [&](Photo&& photo) {
-        const std::optional<FileId> file = fileId(photo.path);
-        const auto [found, isNew] = places.emplace(file.value_or(FileId()), photos.size());
+        const std::optional<FileIdentity> file = fileIdentity(photo.path);
+        const auto [found, isNew] = places.emplace(file.value_or(FileIdentity()), photos.size());
         if (isNew || !file) {
             photos.push_back(std::move(photo));
         } else if (isLink(photos[found->second].path) && !isLink(photo.path)) {

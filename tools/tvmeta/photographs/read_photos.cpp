@@ -1,9 +1,9 @@
 #include "photographs/read_photos.h"
 
-#include "output/failure.h"
-#include "output/terminal.h"
+#include "base/failure.h"
 #include "photographs/natural_order.h"
 #include "photographs/photo_files.h"
+#include "system/terminal.h"
 
 #include <algorithm>
 #include <deque>
@@ -106,22 +106,26 @@ void reportKinds(const std::map<std::string, size_t>& kinds) {
 Reading readPhotos(const std::vector<std::string>& names, bool recursive, const Wanted& wanted,
                    const std::function<void(Photo&&)>& take, const std::string& excludedFolder) {
     Progress progress;
-    const PhotoFiles found = findPhotoFiles(names, recursive, excludedFolder, progress);
-    Reading reading = {found.failures, found.failures};
+    FileMessages messages;
+    const PhotoFiles found = findPhotoFiles(names, recursive, excludedFolder, progress, messages);
+    Reading reading = {messages.count(), messages.count()};
     std::map<std::string, size_t> kinds;
     size_t done = 0;
     BatchReader reader(found.files, wanted);
     for (Batch batch = reader.next(); !batch.empty(); batch = reader.next()) {
         for (Outcome& outcome : batch) {
+            const std::string& path = found.files[done].path;
             progress.done(done++, found.files.size());
-            const bool isCounted = outcome.photo || !outcome.problem.empty() || outcome.isPhotoName;
-            reading.files += isCounted ? size_t{1} : 0;
+            if (outcome.photo || !outcome.problem.empty() || outcome.isPhotoName) {
+                ++reading.files;
+                reading.paths.push_back(path);
+            }
             if (!outcome.kind.empty()) {
                 ++kinds[outcome.kind];
                 reading.failures += outcome.isPhotoName ? size_t{1} : 0;
             }
             if (!outcome.problem.empty()) {
-                complain(outcome.problem);
+                messages.add(path, outcome.problem);
                 ++reading.failures;
                 reading.problems.push_back(std::move(outcome.problem));
             }
@@ -130,6 +134,8 @@ Reading readPhotos(const std::vector<std::string>& names, bool recursive, const 
             }
         }
     }
+    progress.erase();
+    messages.finish();
     reportKinds(kinds);
     return reading;
 }

@@ -1,6 +1,6 @@
 // OpenEXR pictures: the red, green and blue or the luminance channel of the first part, within its data window.
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "pictures/decoders.h"
 
 #include <ImfChannelList.h>
@@ -126,7 +126,7 @@ void readPixels(Imf::MultiPartInputFile& file, const Names& names, Picture& pict
 Picture readFirstPart(const std::string& path, Request request) {
     Imf::Header::setMaxImageSize(MaxSide, MaxSide);
     Imf::Header::setMaxTileSize(MaxTileSide, MaxTileSide);
-    Imf::MultiPartInputFile file(path.c_str(), 0);
+    Imf::MultiPartInputFile file(readablePath(path).c_str(), 0);
     const Imf::Header& header = file.header(0);
     if (header.hasType() && Imf::isDeepData(header.type())) {
         throw Failure(path, "expected a picture with one sample in each pixel, found a deep picture");

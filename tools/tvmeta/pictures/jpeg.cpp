@@ -1,6 +1,6 @@
 // JPEG pictures, through libjpeg-turbo.
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "pictures/decoders.h"
 #include "pictures/exif_orientation.h"
 #include "system/system.h"
@@ -281,8 +281,7 @@ Picture readJpeg(const std::string& path, Request request) {
     if (picture.gainMap) {
         File file = openPicture(path);
         seekTo(file.get(), picture.gainMap->place);
-        picture.gain =
-            std::make_shared<Picture>(JpegReader(std::move(file), path, request.allowDamage).read({}));
+        picture.gain = std::make_shared<Picture>(JpegReader(std::move(file), path, request.allowDamage).read({}));
     }
     return picture;
 }

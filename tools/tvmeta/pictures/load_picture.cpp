@@ -1,7 +1,7 @@
 #include "pictures/load_picture.h"
 
-#include "output/failure.h"
-#include "output/text.h"
+#include "base/failure.h"
+#include "base/text.h"
 #include "pictures/decoders.h"
 #include "pictures/profiles.h"
 

@@ -1,6 +1,6 @@
 #include "pictures/picture.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "system/paths.h"
 
 #if __has_include(<sys/mman.h>)
@@ -61,7 +61,7 @@ Picture announcedPicture(const std::string& path, int64_t width, int64_t height,
 
 void requireFileBytes(const std::string& path, const Picture& picture, uint64_t leastBytes) {
     std::error_code error;
-    const std::uintmax_t fileSize = std::filesystem::file_size(pathOf(path), error);
+    const std::uintmax_t fileSize = std::filesystem::file_size(pathOf(readablePath(path)), error);
     if (!error && leastBytes > fileSize) {
         throw Failure(path, "too short for " + std::to_string(picture.width) + " x " + std::to_string(picture.height) +
                                 " pixels: expected " + std::to_string(leastBytes) + " bytes or more, found " +

@@ -1,6 +1,6 @@
 // PNG pictures, through libpng.
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "pictures/decoders.h"
 #include "pictures/exif_orientation.h"
 

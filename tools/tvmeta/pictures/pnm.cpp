@@ -1,6 +1,6 @@
 // Binary PGM and PPM pictures, and PFM ones, which contain floats.
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "pictures/decoders.h"
 #include "system/system.h"
 

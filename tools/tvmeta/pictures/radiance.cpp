@@ -1,7 +1,7 @@
 // Radiance HDR pictures: pixels of three mantissas and one exponent, plain or with run-length coded planes.
 // No small maintained library reads them.
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "pictures/decoders.h"
 #include "pictures/radiance_header.h"
 

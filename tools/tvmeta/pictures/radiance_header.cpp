@@ -1,6 +1,6 @@
 #include "pictures/radiance_header.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,6 +1,6 @@
 #include "pictures/small_jpeg.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "pictures/decoders.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "pictures/stop_histogram.h"
 
-#include "output/markup.h"
+#include "base/markup.h"
 
 #include <algorithm>
 #include <array>
@@ -217,7 +217,8 @@ std::string histogramPlot(const StopHistogram& histogram, Scale scale, const std
     std::ostringstream svg;
     svg << "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " << Plot::Width << " " << Plot::Height
         << "\" width=\"" << Plot::Width << "\" height=\"" << Plot::Height
-        << "\" role=\"img\" aria-labelledby=\"title\">\n<title id=\"title\">" << markup(title)
+        << "\" role=\"img\" aria-labelledby=\"title\">\n"
+        << MadeByTvmeta << "<title id=\"title\">" << markup(title)
         << ": luminance in stops from the 99.9 % percentile</title>\n"
         << PlotStyle << "<rect class=\"paper\" width=\"100%\" height=\"100%\"/>\n";
     drawText(svg, "title", 20, 26, title);

@@ -1,6 +1,6 @@
 // TIFF pictures, through libtiff: the first one of a file that is not a reduced copy of another.
 
-#include "output/failure.h"
+#include "base/failure.h"
 #include "pictures/decoders.h"
 #include "system/paths.h"
 
@@ -112,8 +112,8 @@ TiffReader::TiffReader(const std::string& name) : path(name) {
     const std::unique_ptr<TIFFOpenOptions, OptionsFreer> options(TIFFOpenOptionsAlloc());
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), onError, &report);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), onWarning, &report);
-    tiff.reset(
-        TIFFOpenExt(path.c_str(), "rm", options.get())); // m: no memory mapping, whose pages would count as memory
+    tiff.reset(TIFFOpenExt(readablePath(path).c_str(), "rm",
+                           options.get())); // m: no memory mapping, whose pages would count as memory
     require(tiff != nullptr);
     findPage();
     readLayout();

@@ -1,8 +1,10 @@
 #include "system/files.h"
 
-#include "output/failure.h"
+#include "base/failure.h"
+#include "system/file_copy.h"
 #include "system/paths.h"
 #include "system/system.h"
+#include "system/temporary_file.h"
 
 #include <algorithm>
 #include <array>
@@ -37,14 +39,45 @@ Bytes readBytes(const std::string& path, int64_t offset, size_t length) {
     return bytes;
 }
 
+std::unique_ptr<SpoolFile> spooledInput() {
+    const std::string name(StandardStream);
+    auto spool = std::make_unique<SpoolFile>();
+    readPieces(stdin, name, [&](std::string_view piece) { writeBytes(spool->stream(), piece, name); });
+    if (std::fflush(spool->stream()) != 0) {
+        failWithErrno(name);
+    }
+    return spool;
+}
+
 } // namespace
 
 void failWithErrno(const std::string& path) {
     throw Failure(path, std::strerror(errno));
 }
 
+std::string readablePath(const std::string& name) {
+    if (name != StandardStream) {
+        return systemPath(name);
+    }
+    static const std::unique_ptr<SpoolFile> input = spooledInput(); // a pipe can be read only once
+    return input->path();
+}
+
+std::vector<std::string> readNames(const std::string& list) {
+    std::vector<std::string> names;
+    const Bytes bytes = readFile(list);
+    for (std::string_view rest = asText(bytes); !rest.empty();) {
+        const std::string_view name = rest.substr(0, rest.find('\0'));
+        rest.remove_prefix(std::min(name.size() + 1, rest.size()));
+        if (!name.empty()) { // an empty name is between two sets
+            names.emplace_back(name);
+        }
+    }
+    return names;
+}
+
 void requireRegularFile(const std::string& path) {
-    const FileKind kind = fileKind(path);
+    const FileKind kind = fileKind(readablePath(path));
     if (kind == FileKind::Folder) {
         throw Failure(path, "is a folder");
     }
@@ -55,7 +88,7 @@ void requireRegularFile(const std::string& path) {
 
 File openFile(const std::string& path) {
     requireRegularFile(path);
-    File file(std::fopen(path.c_str(), "rb"));
+    File file(std::fopen(readablePath(path).c_str(), "rb"));
     if (!file) {
         failWithErrno(path);
     }
@@ -76,7 +109,7 @@ Bytes readStart(const std::string& path, size_t length) {
 
 Bytes readRegion(const std::string& path, const Region& region) {
     std::error_code error;
-    const std::uintmax_t fileSize = std::filesystem::file_size(pathOf(path), error);
+    const std::uintmax_t fileSize = std::filesystem::file_size(pathOf(readablePath(path)), error);
     if (error) {
         throw Failure(path, error.message());
     }

@@ -11,6 +11,16 @@
 #include <string_view>
 #include <vector>
 
+// The name of standard input among inputs, and of standard output as an output.
+constexpr std::string_view StandardStream = "-";
+
+// The path from which an input can be read, for functions that open it themselves: its name, or for "-" a file with the
+// whole standard input.
+std::string readablePath(const std::string& name);
+
+// The names in a list, of which each ends in NUL: those that `find -print0` prints, and `tvmeta brackets --files0`.
+std::vector<std::string> readNames(const std::string& list);
+
 using Bytes = std::vector<unsigned char>;
 
 struct FileCloser {
@@ -53,6 +63,10 @@ int32_t librarySize(const Container& content) {
 // The size of a text with its terminating zero.
 inline int32_t textSize(const std::string& text) {
     return checkedSize(uint64_t{text.size()} + 1);
+}
+
+inline std::span<const unsigned char> asBytes(std::string_view text) {
+    return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
 }
 
 inline std::string_view asText(std::span<const unsigned char> bytes) {

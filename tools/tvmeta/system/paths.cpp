@@ -16,6 +16,15 @@ std::string nameOf(const std::filesystem::path& path) {
     return name;
 }
 
+std::string nameKey(const std::string& name) {
+    std::string key = nameOf(pathOf(name).lexically_normal());
+    if constexpr (std::filesystem::path::preferred_separator != '/') {
+        std::ranges::transform(key, key.begin(),
+                               [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 32) : c; });
+    }
+    return key;
+}
+
 bool isThere(const std::string& name) {
     std::error_code error;
     return std::filesystem::exists(std::filesystem::symlink_status(pathOf(name), error));

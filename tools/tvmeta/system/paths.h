@@ -8,5 +8,8 @@
 std::filesystem::path pathOf(std::string_view name);
 std::string nameOf(const std::filesystem::path& path);
 
+// The same for all names that this kind of system treats as equal: Windows ignores the case of names.
+std::string nameKey(const std::string& name);
+
 // True for files, folders and links, also for links to nothing.
 bool isThere(const std::string& name);

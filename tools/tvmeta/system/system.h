@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <vector>
 
 // Called once at the start: makes the standard streams usable, and what is written to them the same on every system.
 void prepareProcess();
@@ -22,17 +23,23 @@ std::optional<int> terminalWidth();
 // True if standard error is a terminal that can erase a line.
 bool canEraseLines();
 
-// True if both paths name the same existing file.
-bool isSameFile(const std::string& path, const std::string& other);
-
-// What identifies a file under all its names; none if it cannot be examined.
-struct FileId {
-    uint64_t device = 0;
+// What distinguishes a file from all others of this computer, whatever its name.
+struct FileIdentity {
+    uint64_t volume = 0;
     uint64_t number = 0;
 
-    auto operator<=>(const FileId&) const = default;
+    auto operator<=>(const FileIdentity&) const = default;
 };
-std::optional<FileId> fileId(const std::string& path);
+
+// The identity of an existing file; none if it cannot be examined.
+std::optional<FileIdentity> fileIdentity(const std::string& path);
+std::optional<FileIdentity> fileIdentity(std::FILE* file);
+
+// True if both paths name the same existing file.
+inline bool isSameFile(const std::string& path, const std::string& other) {
+    const std::optional<FileIdentity> identity = fileIdentity(path);
+    return identity && identity == fileIdentity(other);
+}
 
 // Renames a file or folder. Fails with file_exists if the new name exists, and with cross_device_link if it is on
 // another file system.
@@ -42,11 +49,20 @@ std::error_code moveTo(const std::string& path, const std::string& newPath);
 enum class FileKind { Folder, Device, Other };
 FileKind fileKind(const std::string& path);
 
-// True if standard output goes to this file.
-bool isStandardOutput(const std::string& path);
+// A name in a folder.
+struct FolderEntry {
+    enum class Kind { RegularFile, Subfolder, FolderLink, Other, Unknown }; // links to files are followed
+
+    std::string name; // with the folder; without it if the name is not Unicode
+    Kind kind = Kind::Unknown;
+    std::string problem = {}; // why the kind is unknown
+};
+
+// What is in a folder, in no particular order. Throws Failure if it cannot be listed.
+std::vector<FolderEntry> listFolder(const std::string& folder);
+
+// The path by which functions of the system find a file. Long paths have a prefix on Windows.
+std::string systemPath(const std::string& name);
 
 // True for a symbolic link, or a junction, which Windows follows like one.
 bool isLink(const std::string& path);
-
-// The columns of a character in a terminal; -1 if it is not printable.
-int characterWidth(char32_t character);

@@ -1,5 +1,8 @@
 #include "system/system.h"
 
+#include "base/character_width.h"
+#include "base/failure.h"
+
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -20,13 +23,18 @@ static_assert(sizeof(wchar_t) == sizeof(char32_t), "wcwidth() takes every charac
 
 namespace {
 
-// Otherwise the next file that is opened becomes a closed standard stream, and gets the messages.
+// A program can be started with standard streams that are closed. The next file that it opens would become such a
+// stream, and messages would be written into it.
 void occupyStandardStreams() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(descriptor, F_GETFD) < 0) {
             open("/dev/null", O_RDONLY); // the lowest free descriptor; writing to it fails, as it did before
         }
     }
+}
+
+FileIdentity identityOf(const struct stat& status) {
+    return {static_cast<uint64_t>(status.st_dev), static_cast<uint64_t>(status.st_ino)};
 }
 
 } // namespace
@@ -64,14 +72,14 @@ bool canEraseLines() {
     return isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
 }
 
-bool isSameFile(const std::string& path, const std::string& other) {
-    std::error_code error;
-    return std::filesystem::equivalent(path, other, error);
+std::optional<FileIdentity> fileIdentity(const std::string& path) {
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 ? std::optional(identityOf(status)) : std::nullopt;
 }
 
-std::optional<FileId> fileId(const std::string& path) {
+std::optional<FileIdentity> fileIdentity(std::FILE* file) {
     struct stat status = {};
-    return stat(path.c_str(), &status) == 0 ? std::optional(FileId{status.st_dev, status.st_ino}) : std::nullopt;
+    return fstat(fileno(file), &status) == 0 ? std::optional(identityOf(status)) : std::nullopt;
 }
 
 std::error_code moveTo(const std::string& path, const std::string& newPath) {
@@ -105,11 +113,33 @@ FileKind fileKind(const std::string& path) {
     return S_ISDIR(status.st_mode) ? FileKind::Folder : FileKind::Device;
 }
 
-bool isStandardOutput(const std::string& path) {
-    struct stat file = {};
-    struct stat output = {};
-    return stat(path.c_str(), &file) == 0 && fstat(STDOUT_FILENO, &output) == 0 && file.st_dev == output.st_dev &&
-           file.st_ino == output.st_ino;
+std::string systemPath(const std::string& name) {
+    return name;
+}
+
+std::vector<FolderEntry> listFolder(const std::string& folder) {
+    namespace fs = std::filesystem;
+    std::vector<FolderEntry> entries;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+        std::error_code problem;
+        const fs::file_type type = entry->status(problem).type();
+        const bool isFolder = type == fs::file_type::directory;
+        FolderEntry found = {.name = entry->path().string()};
+        found.kind = type == fs::file_type::regular                               ? FolderEntry::Kind::RegularFile
+                     : isFolder                                                   ? FolderEntry::Kind::Subfolder
+                     : problem && problem != std::errc::no_such_file_or_directory ? FolderEntry::Kind::Unknown
+                                                                                  : FolderEntry::Kind::Other;
+        if (isFolder && isLink(found.name)) {
+            found.kind = FolderEntry::Kind::FolderLink;
+        }
+        found.problem = problem.message();
+        entries.push_back(std::move(found));
+    }
+    if (error) {
+        throw Failure(folder, error.message());
+    }
+    return entries;
 }
 
 bool isLink(const std::string& path) {

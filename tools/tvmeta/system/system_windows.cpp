@@ -1,3 +1,5 @@
+#include "base/character_width.h"
+#include "base/failure.h"
 #include "system/paths.h"
 #include "system/system.h"
 #include "system/windows_handle.h"
@@ -7,6 +9,9 @@
 
 #include <array>
 #include <cstdlib>
+#include <memory>
+#include <string_view>
+#include <system_error>
 
 #ifdef __MINGW32__
 extern "C" {
@@ -28,12 +33,12 @@ BOOL WINAPI restoreCodePageOnEvent(DWORD /*event*/) {
     return FALSE; // the next handler ends the process
 }
 
-bool isSame(HANDLE file, HANDLE other) {
-    BY_HANDLE_FILE_INFORMATION first = {};
-    BY_HANDLE_FILE_INFORMATION second = {};
-    return GetFileInformationByHandle(file, &first) != 0 && GetFileInformationByHandle(other, &second) != 0 &&
-           first.dwVolumeSerialNumber == second.dwVolumeSerialNumber && first.nFileIndexHigh == second.nFileIndexHigh &&
-           first.nFileIndexLow == second.nFileIndexLow;
+std::optional<FileIdentity> identityOf(HANDLE file) {
+    BY_HANDLE_FILE_INFORMATION found = {};
+    if (GetFileInformationByHandle(file, &found) == 0) {
+        return std::nullopt;
+    }
+    return FileIdentity{found.dwVolumeSerialNumber, uint64_t{found.nFileIndexHigh} << 32 | found.nFileIndexLow};
 }
 
 HANDLE handleOf(std::FILE* stream) {
@@ -41,17 +46,48 @@ HANDLE handleOf(std::FILE* stream) {
     return descriptor < 0 ? INVALID_HANDLE_VALUE : reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
 }
 
+struct SearchCloser {
+    using pointer = HANDLE;
+    void operator()(HANDLE search) const {
+        if (search != INVALID_HANDLE_VALUE) {
+            FindClose(search);
+        }
+    }
+};
+using Search = std::unique_ptr<HANDLE, SearchCloser>;
+
+// Reparse points with other tags, such as files in cloud folders, are no links.
+bool isLink(const WIN32_FIND_DATAW& found) {
+    return (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+           (found.dwReserved0 == IO_REPARSE_TAG_SYMLINK || found.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT);
+}
+
+FolderEntry entryOf(const std::string& folder, const WIN32_FIND_DATAW& found) {
+    FolderEntry entry;
+    try {
+        entry.name = nameOf(pathOf(folder) / found.cFileName);
+    } catch (const std::system_error&) { // unpaired surrogates, which NTFS allows
+        entry.problem = "contains a file whose name is not Unicode";
+        return entry;
+    }
+    const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    entry.kind = !isFolder       ? FolderEntry::Kind::RegularFile // reading a link to nothing reports it
+                 : isLink(found) ? FolderEntry::Kind::FolderLink
+                                 : FolderEntry::Kind::Subfolder;
+    return entry;
+}
+
 } // namespace
 
 Handle openHandle(const std::string& path, DWORD access) {
     constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const HANDLE handle = CreateFileW(pathOf(path).c_str(), access, ShareAll, nullptr, OPEN_EXISTING,
+    const HANDLE handle = CreateFileW(pathOf(systemPath(path)).c_str(), access, ShareAll, nullptr, OPEN_EXISTING,
                                       FILE_FLAG_BACKUP_SEMANTICS, nullptr); // folders require the flag
     return Handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
 }
 
 void prepareProcess() {
-    for (std::FILE* const stream : {stdout, stderr}) {
+    for (std::FILE* const stream : {stdin, stdout, stderr}) {
         if (const int descriptor = _fileno(stream); descriptor >= 0) {
             _setmode(descriptor, _O_BINARY); // lines end as on other systems
         }
@@ -88,21 +124,14 @@ bool canEraseLines() {
            SetConsoleMode(console, mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
-// The standard library takes one file for two if it is reached through two drive letters.
-bool isSameFile(const std::string& path, const std::string& other) {
-    const Handle first = openHandle(path, 0);
-    const Handle second = openHandle(other, 0);
-    return first && second && isSame(first.get(), second.get());
+// The standard library treats one file as two if it is reached through two drive letters.
+std::optional<FileIdentity> fileIdentity(const std::string& path) {
+    const Handle file = openHandle(path, 0);
+    return file ? identityOf(file.get()) : std::nullopt;
 }
 
-std::optional<FileId> fileId(const std::string& path) {
-    const Handle file = openHandle(path, 0);
-    BY_HANDLE_FILE_INFORMATION information = {};
-    if (!file || GetFileInformationByHandle(file.get(), &information) == 0) {
-        return std::nullopt;
-    }
-    return FileId{information.dwVolumeSerialNumber,
-                  uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
+std::optional<FileIdentity> fileIdentity(std::FILE* file) {
+    return identityOf(handleOf(file));
 }
 
 std::error_code moveTo(const std::string& path, const std::string& newPath) {
@@ -116,26 +145,51 @@ FileKind fileKind(const std::string& path) {
     if (file && GetFileType(file.get()) != FILE_TYPE_DISK) {
         return FileKind::Device;
     }
-    const DWORD attributes = GetFileAttributesW(pathOf(path).c_str());
+    const DWORD attributes = GetFileAttributesW(pathOf(systemPath(path)).c_str());
     const bool isKnown = attributes != INVALID_FILE_ATTRIBUTES;
     return isKnown && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? FileKind::Folder : FileKind::Other;
 }
 
-bool isStandardOutput(const std::string& path) {
-    const Handle file = openHandle(path, 0);
-    return file && isSame(file.get(), handleOf(stdout));
-}
-
-// Reparse points with other tags, such as files in cloud folders, are no links.
 bool isLink(const std::string& path) {
     WIN32_FIND_DATAW found = {};
-    const HANDLE search = FindFirstFileW(pathOf(path).c_str(), &found);
-    if (search == INVALID_HANDLE_VALUE) {
-        return false;
+    const Search search(FindFirstFileW(pathOf(systemPath(path)).c_str(), &found));
+    return search.get() != INVALID_HANDLE_VALUE && isLink(found);
+}
+
+// With the prefix a path can have more than 260 characters, but no slashes and no relative parts.
+std::string systemPath(const std::string& name) {
+    constexpr size_t MaxPlain = 247; // of the path of a folder, to which 8.3 names are added
+    const std::wstring path = pathOf(name).wstring();
+    std::wstring full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
+    full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+    if (full.size() <= MaxPlain || full.starts_with(L"\\\\?\\")) {
+        return name;
     }
-    FindClose(search);
-    return (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
-           (found.dwReserved0 == IO_REPARSE_TAG_SYMLINK || found.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT);
+    const bool isNetwork = full.starts_with(L"\\\\");
+    const std::u8string text =
+        std::filesystem::path(isNetwork ? L"\\\\?\\UNC" + full.substr(1) : L"\\\\?\\" + full).u8string();
+    return {text.begin(), text.end()};
+}
+
+// The directory iterator of the C++ library lists another folder if the path is long.
+std::vector<FolderEntry> listFolder(const std::string& folder) {
+    std::vector<FolderEntry> entries;
+    WIN32_FIND_DATAW found = {};
+    const std::wstring pattern = pathOf(systemPath(nameOf(pathOf(folder) / "*"))).wstring();
+    const Search search(FindFirstFileW(pattern.c_str(), &found));
+    if (search.get() == INVALID_HANDLE_VALUE) {
+        throw Failure(folder, std::system_category().message(static_cast<int>(GetLastError())));
+    }
+    do {
+        const std::wstring_view name = found.cFileName;
+        if (name != L"." && name != L"..") {
+            entries.push_back(entryOf(folder, found));
+        }
+    } while (FindNextFileW(search.get(), &found) != 0);
+    if (const DWORD error = GetLastError(); error != ERROR_NO_MORE_FILES) {
+        throw Failure(folder, std::system_category().message(static_cast<int>(error)));
+    }
+    return entries;
 }
 
 // Windows classifies UTF-16 units. Of the characters that have two, most are ideographs and pictures.

@@ -22,8 +22,21 @@ OutputTarget resolveTarget(const std::string& name);
 // Opens a target that is written directly, without truncating it.
 File openDirect(const OutputTarget& target);
 
-// A path that opens a file that is already open.
-std::string reopeningPath(std::FILE* file);
+// A file in the system's temporary folder that ends with its scope: for data that must be read or written by path.
+class SpoolFile {
+  public:
+    SpoolFile();
+    ~SpoolFile();
+    SpoolFile(const SpoolFile&) = delete;
+    SpoolFile& operator=(const SpoolFile&) = delete;
+
+    const std::string& path() const { return openingPath; }
+    std::FILE* stream() const { return file.get(); }
+
+  private:
+    File file;
+    std::string openingPath;
+};
 
 // Called once at the start: a signal, or Ctrl+C in a console, removes the temporary file and ends the process.
 void removeTemporaryFileOnSignals();

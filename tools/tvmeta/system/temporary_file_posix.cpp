@@ -1,4 +1,5 @@
-#include "output/failure.h"
+#include "base/failure.h"
+#include "base/numbers.h"
 #include "system/temporary_file.h"
 
 #include <fcntl.h>
@@ -11,9 +12,9 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <charconv>
 #include <csignal>
 #include <filesystem>
+#include <limits>
 #include <string_view>
 #include <system_error>
 #include <vector>
@@ -42,10 +43,9 @@ bool isWritable(const std::string& path) {
 }
 
 std::optional<int> parseDescriptor(const std::string& text) {
-    int descriptor = -1;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), descriptor);
-    const bool isNumber = error == std::errc() && end == text.data() + text.size();
-    return isNumber && descriptor >= 0 ? std::optional(descriptor) : std::nullopt;
+    const std::optional<int64_t> number = parseWholeNumber(text);
+    const bool isDescriptor = number && *number >= 0 && *number <= std::numeric_limits<int>::max();
+    return isDescriptor ? std::optional(static_cast<int>(*number)) : std::nullopt;
 }
 
 fs::path folderOf(const fs::path& path) {
@@ -92,7 +92,7 @@ void copyExtendedAttributes([[maybe_unused]] const std::string& from, [[maybe_un
 #endif
 }
 
-// Without its group a file must not grant the rights of that group to another one.
+// If the group cannot be kept, the new file has another group, which must not get the rights of the old one.
 void copyAttributes(const std::string& from, int to) {
     struct stat former = {};
     if (stat(from.c_str(), &former) != 0) {
@@ -117,7 +117,7 @@ void synchroniseFolder(const fs::path& folder) {
 
 OutputTarget resolveTarget(const std::string& name) {
     constexpr int MaxLinks = 40;
-    fs::path path = name;
+    fs::path path = name == StandardStream ? "/dev/fd/1" : name;
     for (int links = 0; links < MaxLinks; ++links) {
         if (const std::optional<OutputTarget> target = descriptorTarget(name, path)) {
             return *target;
@@ -164,9 +164,15 @@ File openDirect(const OutputTarget& target) {
     return file;
 }
 
-std::string reopeningPath(std::FILE* file) {
-    return "/dev/fd/" + std::to_string(fileno(file));
+// The file has no name, so that no signal can leave it.
+SpoolFile::SpoolFile() : file(std::tmpfile()) {
+    if (!file) {
+        failWithErrno("temporary file");
+    }
+    openingPath = "/dev/fd/" + std::to_string(fileno(file.get()));
 }
+
+SpoolFile::~SpoolFile() = default;
 
 // A signal that is ignored from the start, as nohup does, stays ignored.
 void removeTemporaryFileOnSignals() {

@@ -1,4 +1,4 @@
-#include "output/failure.h"
+#include "base/failure.h"
 #include "system/paths.h"
 #include "system/system.h"
 #include "system/temporary_file.h"
@@ -115,6 +115,12 @@ File createFile(const std::wstring& path, DWORD attributes, const std::string& n
 // Devices such as NUL, and pipes, cannot be replaced.
 OutputTarget resolveTarget(const std::string& name) {
     OutputTarget target = {.name = name, .path = name};
+    if (name == StandardStream) {
+        target.isDirect = true;
+        target.isSpooled = true;
+        target.descriptor = _fileno(stdout);
+        return target;
+    }
     const Handle file = openHandle(name, FILE_READ_ATTRIBUTES);
     if (!file) {
         if (GetLastError() != ERROR_FILE_NOT_FOUND || !pathOf(name).has_filename()) {
@@ -150,16 +156,23 @@ OutputTarget resolveTarget(const std::string& name) {
 }
 
 File openDirect(const OutputTarget& target) {
-    File file(_wfopen(pathOf(target.path).c_str(), L"wbN"));
+    File file(target.descriptor ? _fdopen(_dup(*target.descriptor), "wb")
+                                : _wfopen(pathOf(target.path).c_str(), L"wbN"));
     if (!file) {
         failWithErrno(target.name);
     }
     return file;
 }
 
-// No target is spooled on Windows, which has no path for an open file.
-std::string reopeningPath(std::FILE* /*file*/) {
-    throw Failure("a spooled output cannot be opened");
+SpoolFile::SpoolFile() {
+    const std::filesystem::path folder = std::filesystem::temp_directory_path();
+    openingPath = temporaryName(nameOf(folder / "spool"));
+    file = createFile(pathOf(openingPath).wstring(), FILE_ATTRIBUTE_TEMPORARY, "temporary file");
+}
+
+SpoolFile::~SpoolFile() {
+    file.reset();
+    removeFile(pathOf(openingPath).wstring(), ScannerTime);
 }
 
 void removeTemporaryFileOnSignals() {

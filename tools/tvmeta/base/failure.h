@@ -1,9 +1,11 @@
 // Errors and their messages.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <initializer_list>
+#include <map>
 #include <stdexcept>
 #include <string>
 
@@ -25,6 +27,22 @@ class Reported : public std::exception {};
 
 // Writes a line to standard error; bytes that are not printable are escaped.
 void complain(const std::string& message);
+
+// Prints messages about many files: the first ten of a kind, then a count.
+class FileMessages {
+  public:
+    // Numbers and quoted texts in messages do not make another kind, nor does the path at the start.
+    void add(const std::string& path, const std::string& message);
+
+    // Prints the counts.
+    void finish() const;
+
+    size_t count() const { return total; }
+
+  private:
+    size_t total = 0;
+    std::map<std::string, size_t> kinds;
+};
 
 // The meaning of one result of a library function.
 struct Meaning {

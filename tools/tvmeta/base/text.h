@@ -10,8 +10,6 @@ std::string printable(std::string_view text);
 
 bool isUtf8(std::string_view text);
 
-std::string base64(std::string_view bytes); // RFC 4648
-
 // The width of a printable text in columns.
 int displayWidth(std::string_view text);
 

@@ -1,6 +1,6 @@
-#include "output/text.h"
+#include "base/text.h"
 
-#include "system/system.h"
+#include "base/character_width.h"
 
 #include <algorithm>
 #include <array>
@@ -105,22 +105,6 @@ bool isUtf8(std::string_view text) {
         text.remove_prefix(length);
     }
     return true;
-}
-
-std::string base64(std::string_view bytes) {
-    constexpr std::string_view Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    for (size_t i = 0; i < bytes.size(); i += 3) {
-        const std::string_view group = bytes.substr(i, 3);
-        uint32_t bits = 0;
-        for (size_t j = 0; j < 3; ++j) {
-            bits = bits << 8 | (j < group.size() ? static_cast<unsigned char>(group[j]) : 0);
-        }
-        for (size_t j = 0; j < 4; ++j) {
-            text += j <= group.size() ? Alphabet[bits >> (18 - 6 * j) & 0x3F] : '=';
-        }
-    }
-    return text;
 }
 
 int displayWidth(std::string_view text) {

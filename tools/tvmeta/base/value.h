@@ -1,6 +1,8 @@
 // The value of a field, apart from how it is printed.
 #pragma once
 
+#include "base/words.h"
+
 #include <cstdint>
 #include <string>
 #include <variant>
@@ -29,11 +31,6 @@ inline std::string textOf(const Value& value) {
     if (const auto* text = std::get_if<std::string>(&value)) {
         return *text;
     }
-    std::string joined;
-    if (const auto* list = std::get_if<std::vector<std::string>>(&value)) {
-        for (const std::string& item : *list) {
-            joined += (joined.empty() ? "" : ", ") + item;
-        }
-    }
-    return joined;
+    const auto* list = std::get_if<std::vector<std::string>>(&value);
+    return list == nullptr ? "" : joined(*list);
 }

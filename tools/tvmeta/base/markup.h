@@ -5,6 +5,9 @@
 #include <string>
 #include <string_view>
 
+// A comment in the first lines of pages and plots, by which the tool recognises its own files.
+constexpr std::string_view MadeByTvmeta = "<!-- Made by tvmeta -->\n";
+
 // Escapes &, <, >, " and ' as character references, for elements and quoted attributes. Bytes that are not printable
 // become \xNN.
 std::string markup(std::string_view text);

@@ -1,4 +1,4 @@
-#include "output/suggestion.h"
+#include "base/suggestion.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,10 +1,12 @@
-#include "output/terminal.h"
+#include "system/terminal.h"
 
+#include "base/numbers.h"
 #include "system/system.h"
 
-#include <charconv>
+#include <cstdint>
 #include <cstdlib>
 #include <iostream>
+#include <limits>
 #include <string_view>
 
 namespace {
@@ -15,10 +17,9 @@ constexpr std::string_view EraseLine = "\r\033[K";
 std::optional<int> chosenWidth() {
     const char* text = std::getenv("COLUMNS");
     const std::string_view columns = text == nullptr ? "" : text;
-    int width = 0;
-    const char* end = columns.data() + columns.size();
-    const auto [parsed, error] = std::from_chars(columns.data(), end, width);
-    return error == std::errc() && parsed == end && width > 0 ? std::optional(width) : std::nullopt;
+    const std::optional<int64_t> width = parseWholeNumber(columns);
+    const bool isWidth = width && *width > 0 && *width <= std::numeric_limits<int>::max();
+    return isWidth ? std::optional(static_cast<int>(*width)) : std::nullopt;
 }
 
 } // namespace
@@ -45,7 +46,7 @@ void Progress::done(size_t count, size_t total) {
 
 void Progress::erase() {
     if (isShown) {
-        std::cerr << EraseLine << std::flush;
+        std::cerr << std::string(EraseLine) + "\r" << std::flush;
     }
     isShown = false;
 }
@@ -53,7 +54,7 @@ void Progress::erase() {
 // The cursor returns to the start of the line, and the text is short: a message, even one that the library prints by
 // itself, overwrites it.
 void Progress::show(const std::string& text) {
-    std::cerr << EraseLine << text << "\r" << std::flush;
+    std::cerr << std::string(EraseLine) + text + "\r" << std::flush;
     isShown = true;
 }
 

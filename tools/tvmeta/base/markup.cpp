@@ -1,6 +1,6 @@
-#include "output/markup.h"
+#include "base/markup.h"
 
-#include "output/text.h"
+#include "base/text.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,0 +1,38 @@
+#include "base/failure.h"
+
+#include "base/text.h"
+
+#include <iostream>
+
+constexpr size_t MaxOfKind = 10;
+
+void complain(const std::string& message) {
+    std::cerr << "tvmeta: " + printable(message) + "\n";
+}
+
+void FileMessages::add(const std::string& path, const std::string& message) {
+    const std::string reason = message.starts_with(path + ": ") ? message.substr(path.size() + 2) : message;
+    const std::string kind = reason.substr(0, reason.find_first_of(":;'\"0123456789"));
+    ++total;
+    if (++kinds[kind] <= MaxOfKind) {
+        complain(message);
+    }
+}
+
+void FileMessages::finish() const {
+    for (const auto& [kind, number] : kinds) {
+        if (number > MaxOfKind) {
+            complain(std::to_string(number - MaxOfKind) + " more of: " + kind);
+        }
+    }
+}
+
+std::string explain(int32_t result, std::initializer_list<Meaning> meanings) {
+    std::string text = "unexpected result of the library";
+    for (const Meaning& meaning : meanings) {
+        if (meaning.result == result) {
+            text = meaning.text;
+        }
+    }
+    return text;
+}
