@@ -2,15 +2,19 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "base/words.h"
 #include "commands/commands.h"
 #include "commands/completion.h"
+#include "commands/result_file.h"
 #include "output/output_file.h"
 #include "photographs/iptc_block.h"
 #include "photographs/photo.h"
 
+#include <algorithm>
 #include <functional>
 #include <iomanip>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,55 +22,31 @@
 
 namespace {
 
-// The counts and sizes that get_exif_count returns.
-struct ExifCounts {
-    int32_t exifCount, exifBytes, gpsCount, gpsBytes, modelCount, makeCount, dateCount, gpsDateCount, lensCount;
-    char make[64];
-};
-
-struct WriterRecords {
-    MetadataBuf metadata;
-    GpsBuf gps;
-};
-
-ExifCounts countsOf(const WriterRecords& records) {
-    ExifCounts c = {};
-    get_exif_count(&records.metadata, &c.exifCount, &c.exifBytes, &records.gps, &c.gpsCount, &c.gpsBytes, &c.modelCount,
-                   &c.makeCount, &c.dateCount, &c.gpsDateCount, &c.lensCount, c.make);
-    return c;
-}
-
-// TIFF 6.0: a directory is a count, 12 bytes for each entry and the offset of the next directory; values that do not
-// fit the four bytes of an entry follow.
-int32_t directorySize(int32_t entries, int32_t valueBytes) {
-    return entries > 0 ? 2 + 12 * entries + 4 + valueBytes : 0;
-}
-
-int32_t blockSize(const ExifCounts& c) {
-    constexpr int32_t HeaderSize = 8;
-    int32_t entries = 1; // the orientation
-    for (const int32_t count : {c.makeCount, c.modelCount, c.exifCount, c.gpsCount}) {
-        entries += count > 0 ? 1 : 0;
+// The directories of a photograph. Throws Failure if it has no camera, exposure or position.
+Bytes exifBlockOf(const std::string& path) {
+    const OpenPhoto file(path);
+    const Photo photo = file.read();
+    if (!photo.damage.empty()) {
+        complain("warning: " + path + ": " + photo.damage);
     }
-    int32_t texts = 0;
-    for (const int32_t count : {c.makeCount, c.modelCount}) {
-        texts += count > 4 ? count : 0;
+    const std::vector<tvmeta_Tag> tags = file.tags();
+    constexpr int32_t Camera[] = {TVMETA_EXIF_DIRECTORY, TVMETA_GPS_DIRECTORY};
+    const bool hasCamera =
+        photo.has(TVMETA_MAKE) || photo.has(TVMETA_MODEL) || std::ranges::any_of(tags, [&](const tvmeta_Tag& tag) {
+            return std::ranges::find(Camera, tag.directory) != std::end(Camera);
+        });
+    if (!hasCamera) {
+        throw Failure(path, "no camera, exposure or position to write");
     }
-    return HeaderSize + directorySize(entries, texts) + directorySize(c.exifCount, c.exifBytes) +
-           directorySize(c.gpsCount, c.gpsBytes);
-}
-
-Bytes exifBlock(const std::string& path) {
-    const Photo photo = readPhoto(path);
-    WriterRecords records;
-    tvmeta_writer_records(&photo.record, &records.metadata, &records.gps);
-    const ExifCounts c = countsOf(records);
-    Bytes block(static_cast<size_t>(blockSize(c)));
-    const int32_t result = write_exif_buf(c.exifCount, c.exifBytes, c.gpsCount, c.gpsBytes, c.modelCount, c.makeCount,
-                                          c.dateCount, c.gpsDateCount, records.metadata.orientation, &records.metadata,
-                                          &records.gps, c.make, block.data());
-    if (result < 0) {
-        throw Failure(path, explain(result, {{WRITE_EXIF_NOTHING, "no camera, exposure or position to write"}}));
+    tvmeta_Result result = {};
+    result.recordSize = sizeof result;
+    result.channels = 3;
+    result.orientation = photo.record.orientation;
+    result.photo = &file.source();
+    std::vector<tvmeta_Loss> losses;
+    Bytes block = exifBlock(result, path, losses);
+    if (!losses.empty()) {
+        complain(path + ": not copied to the block: " + joined(lossWords(losses)));
     }
     return block;
 }
@@ -149,7 +129,7 @@ Command exifCommand() {
             },
         .footer = "Example:\n"
                   "  tvmeta exif scene.jpg -o block",
-        .run = [photo, output] { writeBlock(*photo, *output, [&] { return exifBlock(*photo); }); },
+        .run = [photo, output] { writeBlock(*photo, *output, [&] { return exifBlockOf(*photo); }); },
     };
 }
 

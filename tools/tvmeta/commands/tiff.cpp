@@ -6,18 +6,17 @@
 #include "commands/commands.h"
 #include "commands/completion.h"
 #include "commands/icc.h"
-#include "commands/result_packet.h"
+#include "commands/result_file.h"
 #include "commands/settings_options.h"
 #include "output/output_file.h"
-#include "photographs/iptc_block.h"
 #include "photographs/photo.h"
-#include "photographs/unkept_tags.h"
 #include "pictures/convert.h"
 #include "pictures/load_picture.h"
 #include "system/system.h"
 
-#include <cerrno>
+#include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
@@ -44,59 +43,27 @@ struct Options {
 const std::map<std::string, Depth> DepthNames = {
     {"8", Depth::Integer8}, {"16", Depth::Integer16}, {"32", Depth::Float32}, {"16f", Depth::Float16}};
 
-// The metadata of the file; without a photograph only settings and profile.
-struct Metadata {
-    MetadataBuf camera = {};
-    GpsBuf gps = {};
-    Bytes iptc;
-    Bytes profile;
-    Settings settings;
-    std::string packet;
-    std::vector<std::string> unkept; // values of the photograph
-};
-
-// A damaged block of the photograph is omitted and the rest of its metadata is kept.
-Bytes readOrLeaveOut(const OpenPhoto& photo, int32_t block) {
-    try {
-        return photo.block(block);
-    } catch (const Failure& failure) {
-        complain("warning: " + std::string(failure.what()) + "; omitted");
-        return {};
+// The photograph whose metadata the result has: that of --photo, else the picture itself, if it has any.
+std::optional<std::string> photographOf(const Options& options) {
+    if (!options.photo.empty()) {
+        return options.photo;
     }
+    return options.image != "-" && isPhotograph(options.image) ? std::optional(options.image) : std::nullopt;
 }
 
 // Pixels are saved as they are, so unless chosen the orientation is that of the picture, which is upright without one.
-int32_t orientationOf(const Options& options, const Picture& picture, const MetadataBuf& camera) {
-    const int32_t orientation = options.orientation == "photo" ? camera.orientation
+int32_t orientationOf(const Options& options, const Picture& picture, const Photo* photo) {
+    const int32_t orientation = options.orientation == "photo" ? (photo != nullptr ? photo->record.orientation : 1)
                                 : options.orientation.empty()  ? picture.orientation.value_or(1)
                                                                : options.orientation.front() - '0';
     return orientation >= 1 && orientation <= 8 ? orientation : 1;
 }
 
-Metadata collectMetadata(const Options& options, const Settings& settings, const Picture& picture) {
-    Metadata metadata;
-    metadata.settings = settings;
+Bytes profileOf(const Options& options, const Picture& picture) {
     if (!options.profile.empty() || options.profileFromPhoto) {
-        metadata.profile = profileFor(picture, options.profileFromPhoto ? options.photo : options.profile);
-    } else if (canUse(picture.profile, picture)) {
-        metadata.profile = picture.profile;
+        return profileFor(picture, options.profileFromPhoto ? options.photo : options.profile);
     }
-    if (!options.photo.empty()) {
-        const OpenPhoto file(options.photo);
-        const Photo photo = file.read();
-        const int64_t clamped = tvmeta_writer_records(&photo.record, &metadata.camera, &metadata.gps);
-        metadata.iptc = readOrLeaveOut(file, TVMETA_IPTC);
-        const int32_t orientation = orientationOf(options, picture, metadata.camera);
-        ResultPacket packet = resultPacket(std::string(asText(readOrLeaveOut(file, TVMETA_XMP))), metadata.settings,
-                                           photo.record.lens, orientation);
-        metadata.packet = std::move(packet.text);
-        metadata.unkept = unkeptValues(file, clamped);
-        metadata.unkept.insert(metadata.unkept.end(), packet.unkept.begin(), packet.unkept.end());
-    }
-    for (const std::string& keyword : options.keywords) {
-        metadata.iptc = withKeyword(options.photo.empty() ? "--keyword" : options.photo, metadata.iptc, keyword);
-    }
-    return metadata;
+    return canUse(picture.profile, picture) ? picture.profile : Bytes();
 }
 
 // The depth of the file (default: that of the picture).
@@ -130,62 +97,64 @@ Picture pictureFor(const Options& options) {
     return picture;
 }
 
-// What of picture and photograph has no place in the file, in one line. The metadata of the picture is kept when it is
-// the photograph, too.
+// What of picture and photograph has no place in the file, in one line. The metadata of the picture is replaced by that
+// of a photograph.
 void reportLosses(const Options& options, const Picture& picture, const std::vector<std::string>& unkept) {
     std::vector<std::string> losses = picture.dropped;
     if (options.profile.empty() && !options.profileFromPhoto && !canUse(picture.profile, picture)) {
         losses.push_back("ICC profile for " + colourSpaceOf(picture.profile));
     }
-    if (!isSameFile(options.image, options.photo)) {
+    if (!options.photo.empty() && !isSameFile(options.image, options.photo)) {
         losses.insert(losses.end(), picture.metadata.begin(), picture.metadata.end());
+    }
+    if (options.photo.empty()) {
+        losses.insert(losses.end(), unkept.begin(), unkept.end());
     }
     if (!losses.empty()) {
         complain(options.image + ": not copied to the result: " + joined(losses) +
-                 (unkept.empty() ? "" : "; from " + options.photo + ": " + joined(unkept)));
+                 (unkept.empty() || options.photo.empty() ? "" : "; from " + options.photo + ": " + joined(unkept)));
     } else if (!unkept.empty()) {
         complain(options.photo + ": not copied to the result: " + joined(unkept));
     }
 }
 
-std::string writingProblem(int32_t result, const Picture& picture) {
-    return explain(result, {{BUF2TIF_CANNOT_OPEN, systemReason()},
-                            {BUF2TIF_HEADER_FAILED, systemReason()},
-                            {BUF2TIF_PIXELS_FAILED, systemReason()},
-                            {BUF2TIF_NO_PIXEL_MEMORY, "not enough memory"},
-                            {BUF2TIF_BAD_ARGUMENTS, "expected an image of less than 2 GiB, found " +
-                                                        std::to_string(picture.width) + " x " +
-                                                        std::to_string(picture.height) + " pixels"},
-                            {BUF2TIF_DIRECTORY_FAILED, systemReason()}});
-}
-
-void writePicture(const Options& options, const Metadata& metadata, const Picture& picture, OutputFile& output) {
+// Writes the file. Returns what could not be kept.
+std::vector<std::string> writePicture(const Options& options, const Settings& settings, const Picture& picture,
+                                      const std::string& path) {
     const Depth depth = depthOf(options, picture);
-    const bool isReduced = depth != picture.depth;
-    constexpr int32_t UsualResolution = 300;
-    const TifImageInfo info = {
-        .width = picture.width,
-        .height = picture.height,
-        .channels = picture.channels,
-        .bitsCode = static_cast<int32_t>(depth),
-        .resolution = options.resolution ? static_cast<int32_t>(*options.resolution)
-                                         : picture.resolution.value_or(UsualResolution),
-        .iccLength = librarySize(metadata.profile),
-        .pixelMode = isReduced ? 1 : 0,
-        .orientation = orientationOf(options, picture, metadata.camera),
-    };
-    // In samples if the library converts them, else in bytes.
-    const int32_t rowPitch = checkedSize(isReduced ? rowBytes(picture) / 2 : rowBytes(picture));
-    const int32_t packetLength = metadata.packet.empty() ? 0 : textSize(metadata.packet);
-    const std::string path = output.libraryPath();
-    errno = 0;
-    const int32_t result =
-        buf2tif(picture.samples.data(), &info, rowPitch, metadata.profile.data(), &metadata.camera, &metadata.gps,
-                librarySize(metadata.iptc), metadata.iptc.data(), metadata.settings.method,
-                metadata.settings.values.data(), packetLength, metadata.packet.c_str(), path.c_str());
-    if (result < 0) {
-        throw Failure(options.output, writingProblem(result, picture));
+    const Bytes profile = profileOf(options, picture);
+    const std::optional<std::string> photoPath = photographOf(options);
+    std::optional<OpenPhoto> file;
+    std::optional<Photo> photo;
+    if (photoPath) {
+        file.emplace(*photoPath);
+        photo = file->read();
+        if (!photo->damage.empty()) {
+            complain("warning: " + *photoPath + ": " + photo->damage);
+        }
     }
+    std::vector<const char*> keywords;
+    std::ranges::transform(options.keywords, std::back_inserter(keywords), &std::string::c_str);
+    tvmeta_Result result = {};
+    result.recordSize = sizeof result;
+    result.width = picture.width;
+    result.height = picture.height;
+    result.channels = picture.channels;
+    result.bitsCode = static_cast<int32_t>(depth);
+    result.pixelMode = depth != picture.depth ? 1 : 0; // 16 to 8 bits, which the library does
+    result.resolution = options.resolution ? static_cast<int32_t>(*options.resolution) : picture.resolution.value_or(0);
+    result.orientation = orientationOf(options, picture, photo ? &*photo : nullptr);
+    result.path = path.c_str();
+    result.pixels = picture.samples.data();
+    result.rowPitch = static_cast<int64_t>(rowBytes(picture));
+    result.icc = profile.data();
+    result.iccSize = std::ssize(profile);
+    result.keywords = keywords.data();
+    result.keywordCount = static_cast<int32_t>(keywords.size());
+    result.method = settings.method;
+    result.settings = settings.values.data();
+    result.photo = file ? &file->source() : nullptr;
+    return lossWords(saveResult(result, options.output));
 }
 
 void writeTiff(const Options& options) {
@@ -198,9 +167,7 @@ void writeTiff(const Options& options) {
     writeOutput({options.output, options.force}, {options.image, options.photo, options.profile},
                 [&](OutputFile& output) {
                     picture = pictureFor(options);
-                    const Metadata metadata = collectMetadata(options, settings, picture);
-                    writePicture(options, metadata, picture, output);
-                    unkept = metadata.unkept;
+                    unkept = writePicture(options, settings, picture, output.libraryPath());
                 });
     if (!picture.damage.empty()) {
         complain("warning: " + options.image + ": damaged, some pixels may be wrong: " + picture.damage);
