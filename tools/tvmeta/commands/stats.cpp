@@ -310,8 +310,8 @@ Command statsCommand() {
                  .help = "Measure what is left of a damaged JPEG"},
                 forceOption(options->force),
             },
-        .footer = "Pictures are " + pictureFormats() +
-                  " files.\n\n"
+        .footer = "Pictures: " + pictureFormats() +
+                  "\n\n"
                   "Examples:\n"
                   "  tvmeta stats scene.hdr\n"
                   "  tvmeta stats scene.exr result.tif\n"
