@@ -86,6 +86,7 @@ void findInResources(SourceReader& reader, std::span<const Region> regions, Layo
         if (found != std::end(Blocks) && !known[static_cast<std::size_t>(found->block)]) {
             resources.slice(resource.dataOffset + found->headerSize, size - found->headerSize,
                             [&](const Region& region) { layout.addPiece(found->block, region); });
+            known[static_cast<std::size_t>(found->block)] = true; // of several resources the first counts
         }
         offset = resource.dataOffset + resource.dataSize + resource.dataSize % 2;
     }
