@@ -1,27 +1,15 @@
 // The reader of any photograph, on the table of photographs.
-#include "testing/files.h"
+#include "testing/photo_sources.h"
 #include "testing/photographs_table.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
-#include <chrono>
+#include <ctime>
 
 using namespace test;
 
 namespace {
-
-tvmeta_Source memory(const Bytes& bytes) {
-    tvmeta_Source source;
-    EXPECT_EQ(tvmeta_memory(bytes.data(), std::ssize(bytes), &source), TVMETA_OK);
-    return source;
-}
-
-tvmeta_Photo emptyRecord() {
-    tvmeta_Photo photo{};
-    photo.recordSize = sizeof photo;
-    return photo;
-}
 
 std::string print(const char* format, auto... values) {
     char text[400];
@@ -147,7 +135,7 @@ std::string differences(const Fields& found, const Fields& expected) {
 TEST(Photo, EveryContainer) {
     for (const Photograph& photo : photographs()) {
         SCOPED_TRACE(photo.name);
-        const tvmeta_Source source = memory(photo.bytes);
+        const tvmeta_Source source = memorySource(photo.bytes);
         tvmeta_Photo record = emptyRecord();
         EXPECT_EQ(tvmeta_read_photo(&source, &record), photo.status);
         EXPECT_EQ(differences(fieldsOf(source, record), expectedFields(photo)), "");
@@ -169,7 +157,7 @@ TEST(Photo, EveryContainer) {
 
 TEST(Photo, RefusedKinds) {
     for (const Photograph& file : refusedFiles()) {
-        const tvmeta_Source source = memory(file.bytes);
+        const tvmeta_Source source = memorySource(file.bytes);
         tvmeta_Photo record = emptyRecord();
         EXPECT_EQ(tvmeta_read_photo(&source, &record), TVMETA_REFUSED_KIND) << file.name;
         EXPECT_EQ(inQuotes(tvmeta_format_name(record.format)), file.expected.at("container"));
