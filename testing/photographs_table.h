@@ -123,8 +123,8 @@ inline void addTiffs(std::vector<Photograph>& photos) {
 }
 
 inline void addPhotoshopFiles(std::vector<Photograph>& photos) {
-    const Bytes thumbnail =
-        be32(1) + be32(16) + be32(12) + be32(48) + be32(576) + be32(size32(Thumbnail)) + be16(24) + be16(1) + Thumbnail;
+    const Bytes thumbnail = be32(1) + be32(16) + be32(12) + be32(48) + be32(576) +
+                            be32(static_cast<std::uint32_t>(Thumbnail.size())) + be16(24) + be16(1) + Thumbnail;
     const Bytes resources = resource(0x0404, IptcBlock) + resource(0x040C, thumbnail) +
                             resource(0x040F, Profile, Bytes("\3abc", 4)) + resource(0x0422, cameraTiff(Tiff(false))) +
                             resource(0x0424, Packet);

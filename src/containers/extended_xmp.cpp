@@ -83,7 +83,7 @@ std::optional<Span> descriptionsIn(SourceReader& reader, const JoinedRegions& pa
 
 void joinExtendedXmp(SourceReader& reader, Layout& layout) {
     std::array<Region, Layout::MaxPieces> chunks;
-    std::size_t count = layout.regionsOf(ExtendedXmp, chunks);
+    const std::size_t count = layout.regionsOf(ExtendedXmp, chunks);
     layout.removePieces(ExtendedXmp);
     Region standard;
     if (count == 0 || layout.regionsOf(TVMETA_XMP, std::span(&standard, 1)) == 0) {
@@ -101,10 +101,9 @@ void joinExtendedXmp(SourceReader& reader, Layout& layout) {
         return;
     }
     const auto named = std::string_view(text.data() + reference->begin, text.data() + reference->end);
-    const auto others = std::ranges::remove_if(std::span(chunks).first(count),
-                                               [&](const Region& chunk) { return !isNamed(reader, chunk, named); });
-    count -= others.size();
-    const JoinedRegions extended{std::span<const Region>(chunks).first(count)};
+    const auto end = std::remove_if(chunks.begin(), chunks.begin() + count,
+                                    [&](const Region& chunk) { return !isNamed(reader, chunk, named); });
+    const JoinedRegions extended{std::span<const Region>(chunks.begin(), end)};
     const std::size_t close = text.rfind(RdfEnd);
     const std::optional<Span> descriptions = descriptionsIn(reader, extended);
     if (!descriptions || close == NotFound) {
