@@ -111,4 +111,30 @@ TEST(HostilePhoto, EveryNumberChanged) {
     }
 }
 
+// Tables that refer to each other, or whose rows have no bytes: without bounds these take hours.
+TEST(HostilePhoto, LargeTables) {
+    const auto heic = [](const Bytes& boxes) { return box("ftyp", "heic" + zeros(8)) + versionBox("meta", 0, boxes); };
+    const Bytes properties = box("ipco", repeated(box("irot", Bytes(1, '\1')), 16000, ""));
+    const Bytes associations = be16(1) + "\xFF" + repeated(be16(15999), 255, "");
+    const Bytes location = be16(4) + be16(0) + be16(0) + be16(65535); // no bytes for each of its extents
+    const Bytes packet = versionBox("iinf", 0, be16(1) + itemInfo(4, "mime", Bytes("application/rdf+xml\0", 20)));
+    Tiff tiff;
+    const Bytes index = tiff.finish(tiff.add(Entries(100, {0xB002, 7, 1600, le32(8)})));
+    const struct {
+        const char* what;
+        Bytes bytes;
+    } cases[] = {
+        {"associations",
+         heic(versionBox("pitm", 0, be16(1)) +
+              box("iprp", properties + versionBox("ipma", 0, be32(1000) + repeated(associations, 1000, ""), 1)))},
+        {"extents", heic(packet + versionBox("iloc", 1, be16(0) + be16(65535) + repeated(location, 65535, "")))},
+        {"pictures", "\xFF\xD8" + repeated(iccSegment(1, 1, "a"), 1000, "") +
+                         repeated(segment(0xE2, Bytes("MPF\0", 4) + index), 1000, "")},
+        {"items", jpeg(xmpSegment(xmp("<dc:subject>" + repeated("<rdf:li>", 8000, "") + "</dc:subject>")))},
+    };
+    for (const auto& test : cases) {
+        ASSERT_EQ(readFile(test.bytes, TVMETA_TEXT_KEYWORD), "") << test.what;
+    }
+}
+
 } // namespace
