@@ -2,11 +2,28 @@
  * @file
  * Any photograph, from any source; results that keep its metadata; exposure brackets.
  *
+ * Print the camera of any photograph, a raw file for example:
+ *
+ *     tvmeta_Source source;
+ *     tvmeta_Photo photo = {0};
+ *     photo.recordSize = sizeof photo;
+ *     if (tvmeta_open("photo.cr3", &source) == TVMETA_OK) {
+ *         if (tvmeta_read_photo(&source, &photo) == TVMETA_OK) {
+ *             printf("%s %s\n", photo.make, photo.model);
+ *         }
+ *         tvmeta_close(&source);
+ *     }
+ *
  * Conventions: those of tvmeta.h, and
- * - every record that may grow starts with recordSize, which the caller sets to its sizeof; the library touches no byte
- *   beyond it. tvmeta_Source, tvmeta_Block, tvmeta_Rational, tvmeta_Tag and tvmeta_Loss never grow;
- * - positions and sizes are 64-bit; results are a status (int32_t) or a size or count (int64_t), negative for failures;
- * - nothing is printed, nothing is kept after a call, no call needs a lock.
+ *
+ * - Growing records: a record that starts with recordSize may get more fields at its end in a later version. Set
+ *   recordSize to the sizeof of the record; the library touches no byte beyond it. tvmeta_Source, tvmeta_Block,
+ *   tvmeta_Rational, tvmeta_Tag and tvmeta_Loss never grow.
+ * - Sizes: positions and sizes are signed 64-bit numbers of bytes.
+ * - Results: a status (int32_t), or a size or number (int64_t); negative ones are failures and have the values of
+ *   TVMETA_READ_FAILED and below.
+ * - Messages: nothing is printed.
+ * - Texts of records and of tvmeta_read_text() are UTF-8. Bytes of a file that are no UTF-8 are read as ISO 8859-1.
  */
 #ifndef TVMETA_PHOTO_H
 #define TVMETA_PHOTO_H
@@ -17,171 +34,364 @@
 extern "C" {
 #endif
 
-/* ---- Status of every function below ---- */
+/** @defgroup status Status
+ *  @{ */
+
+/** Results of the functions of this header. */
 enum {
-    TVMETA_OK = 0,
-    TVMETA_READ_FAILED = -1,  /* the source or the system reports an error */
-    TVMETA_UNKNOWN_KIND = -2, /* no kind of photograph */
-    TVMETA_REFUSED_KIND = -3, /* recognised, not supported; the record names it in `format` */
-    TVMETA_BROKEN = -4,       /* `brokenAt` is set; the record has what was found before */
-    TVMETA_NO_MEMORY = -5,
-    TVMETA_BAD_ARGUMENT = -6,
-    TVMETA_TOO_SMALL = -7, /* the buffer; nothing was written to it */
-    TVMETA_TOO_LARGE = -8, /* a result beyond what its format can express */
-    TVMETA_WRITE_FAILED = -9
+    TVMETA_OK = 0,            /**< success */
+    TVMETA_READ_FAILED = -1,  /**< the source or the system reports an error */
+    TVMETA_UNKNOWN_KIND = -2, /**< no kind of file that the library knows */
+    TVMETA_REFUSED_KIND = -3, /**< recognised, but not supported */
+    TVMETA_BROKEN = -4,       /**< the file is damaged; the result has what was found all the same */
+    TVMETA_NO_MEMORY = -5,    /**< an allocation failed */
+    TVMETA_BAD_ARGUMENT = -6, /**< a null pointer, or a number outside of what the function accepts */
+    TVMETA_TOO_SMALL = -7,    /**< a buffer; nothing was written to it */
+    TVMETA_TOO_LARGE = -8,    /**< a result beyond what its format can express */
+    TVMETA_WRITE_FAILED = -9  /**< the system reports an error for an output file */
 };
+
+/**
+ * Describes a status for people, in English: "the source cannot be read".
+ *
+ * @param status  one of the numbers above.
+ * @return the text, without a full stop: static text, never null. "unknown status" for other numbers.
+ */
 TVMETA_API const char* tvmeta_status_text(int32_t status) TVMETA_NOEXCEPT;
 
-/* ---- Sources ---- */
+/** @}
+ *  @defgroup sources Sources
+ *  @{ */
 
-/* Bytes that can be read at any position. `read` returns the bytes read, fewer than count only at the end, negative for
- * an error; it runs on the caller's thread and must not throw. `close` may be null. A source of tvmeta_open() or
- * tvmeta_memory() can be read by several threads at once. */
+/** Bytes that can be read at any position: a file, memory, or anything of the application, such as an archive or a
+ * network connection. The library keeps no copy after a call.
+ *
+ * Functions may read one source on several threads at once if its `read` may be called so. That is true of the
+ * sources that tvmeta_open() and tvmeta_memory() make. */
 typedef struct tvmeta_Source {
-    void* context;
-    int64_t size;
+    void* context; /**< passed to the functions below; else not used */
+    int64_t size;  /**< number of bytes, 0 to 2^62 */
+    /** Copies `count` bytes from `position` on to `buffer`, and returns their number. Fewer mean that the source ends
+     * there. A negative number, or one above `count`, is an error: the function that reads the source returns
+     * TVMETA_READ_FAILED. The library asks only for bytes inside of the source, at least one. It calls `read` on the
+     * thread of its own caller. No exception may leave it. */
     int64_t (*read)(void* context, int64_t position, void* buffer, int64_t count);
-    void (*close)(void* context);
+    void (*close)(void* context); /**< called by tvmeta_close(); may be null */
 } tvmeta_Source;
 
-/* Regular files only: a FIFO, a device or a directory is TVMETA_READ_FAILED at once. */
+/**
+ * Opens a file as a source: one open and one inquiry of the system, no allocation.
+ *
+ * @param path  regular file to read. Null: -6.
+ * @param source  receives the source; all zero on failure. Close it with tvmeta_close(). Null: -6.
+ * @retval 0  TVMETA_OK
+ * @retval -1  TVMETA_READ_FAILED: there is no such file, it may not be read, or it is a directory, a FIFO or a
+ *   device. The call does not wait for the other end of a FIFO
+ * @retval -6  TVMETA_BAD_ARGUMENT
+ * @limits a file that grows later has the size that it had; one that shrinks ends early. The file is not
+ *   inherited by programs that the process starts.
+ */
 TVMETA_API int32_t tvmeta_open(const char* path, tvmeta_Source* source) TVMETA_NOEXCEPT;
+
+/**
+ * Makes a source of bytes in memory.
+ *
+ * @param bytes  the file; must not change while the source is used. Null if size is above 0: -6.
+ * @param size  bytes of the file, not negative.
+ * @param source  receives the source; all zero on failure. It need not be closed. Null: -6.
+ * @retval 0  TVMETA_OK
+ * @retval -6  TVMETA_BAD_ARGUMENT: also a negative size
+ */
 TVMETA_API int32_t tvmeta_memory(const void* bytes, int64_t size, tvmeta_Source* source) TVMETA_NOEXCEPT;
-TVMETA_API void tvmeta_close(tvmeta_Source* source) TVMETA_NOEXCEPT; /* twice is harmless */
 
-/* ---- A photograph ---- */
+/**
+ * Closes a source and clears the record, so that closing it again does nothing.
+ *
+ * @param source  source of tvmeta_open() or tvmeta_memory(), one of your own, or one that failed to open. May be null.
+ */
+TVMETA_API void tvmeta_close(tvmeta_Source* source) TVMETA_NOEXCEPT;
 
-enum { /* tvmeta_Photo.format */
-       TVMETA_FORMAT_UNKNOWN,
-       TVMETA_FORMAT_JPEG,
-       TVMETA_FORMAT_TIFF, /* and DNG, CR2, NEF, NRW, ARW, PEF, SRW */
-       TVMETA_FORMAT_BIGTIFF,
-       TVMETA_FORMAT_PSD, /* and PSB */
-       TVMETA_FORMAT_ORF,
-       TVMETA_FORMAT_RW2,
-       TVMETA_FORMAT_RAF,
-       TVMETA_FORMAT_CR3,
-       TVMETA_FORMAT_HEIF, /* HEIC, HIF */
-       TVMETA_FORMAT_AVIF,
-       TVMETA_FORMAT_JXL,
-       TVMETA_FORMAT_PNG,
-       TVMETA_FORMAT_WEBP,
-       TVMETA_FORMAT_REFUSED = 100 /* and above: X3F, CRW, MRW, IIQ, 3FR, GIF, MP4, ... */
+/** @}
+ *  @defgroup photograph A photograph
+ *  @{ */
+
+/** Formats of files, by their first bytes. */
+enum {
+    TVMETA_FORMAT_UNKNOWN,      /**< no format that the library knows */
+    TVMETA_FORMAT_JPEG,         /**< JPEG, also with several pictures (MPO) */
+    TVMETA_FORMAT_TIFF,         /**< TIFF, and raw files with its structure: DNG, CR2, NEF, NRW, ARW, PEF, SRW, 3FR */
+    TVMETA_FORMAT_BIGTIFF,      /**< TIFF with 64-bit offsets */
+    TVMETA_FORMAT_PSD,          /**< Photoshop files, PSD and PSB */
+    TVMETA_FORMAT_ORF,          /**< raw files that start with "IIRO", "IIRS" or "MMOR" */
+    TVMETA_FORMAT_RW2,          /**< raw files that start with "II" and 85 */
+    TVMETA_FORMAT_RAF,          /**< raw files that start with "FUJIFILMCCD-RAW" */
+    TVMETA_FORMAT_CR3,          /**< raw files of boxes with the brand "crx " */
+    TVMETA_FORMAT_HEIF,         /**< HEIF: HEIC, HIF */
+    TVMETA_FORMAT_AVIF,         /**< HEIF with the brand "avif" or "avis" first */
+    TVMETA_FORMAT_JXL,          /**< JPEG XL, in boxes or as a codestream alone */
+    TVMETA_FORMAT_PNG,          /**< PNG */
+    TVMETA_FORMAT_WEBP,         /**< WebP */
+    TVMETA_FORMAT_REFUSED = 100 /**< this number and above: X3F, CRW, MRW, IIQ, GIF, MP4, ... tvmeta_format_name()
+                                     has the name */
 };
+
+/**
+ * Names a format.
+ *
+ * @param format  `format` of a record.
+ * @return the name, such as "JPEG" or "MP4": static text, never null. "unknown" for TVMETA_FORMAT_UNKNOWN and for
+ *   numbers that are no format.
+ */
 TVMETA_API const char* tvmeta_format_name(int32_t format) TVMETA_NOEXCEPT;
 
-/* Numbers of fields, for the masks of a record. */
+/** Fields of tvmeta_Photo: bits of its masks, counted from the lowest. */
 enum {
-    TVMETA_SIZE,
-    TVMETA_ORIENTATION,
-    TVMETA_MAKE,
-    TVMETA_MODEL,
-    TVMETA_LENS,
-    TVMETA_SERIAL_NUMBER,
-    TVMETA_EXPOSURE_TIME,
-    TVMETA_F_NUMBER,
-    TVMETA_ISO_SPEED,
-    TVMETA_EXPOSURE_BIAS,
-    TVMETA_EXPOSURE_MODE,
-    TVMETA_EXPOSURE_PROGRAM,
-    TVMETA_METERING_MODE,
-    TVMETA_FLASH,
-    TVMETA_WHITE_BALANCE,
-    TVMETA_FOCAL_LENGTH,
-    TVMETA_FOCAL_LENGTH_35MM,
-    TVMETA_CAPTURE_TIME,
-    TVMETA_SUB_SECOND,
-    TVMETA_UTC_OFFSET,
-    TVMETA_LATITUDE,
-    TVMETA_LONGITUDE,
-    TVMETA_ALTITUDE,
-    TVMETA_GPS_TIME
+    TVMETA_SIZE,              /**< width and height */
+    TVMETA_ORIENTATION,       /**< orientation */
+    TVMETA_MAKE,              /**< make */
+    TVMETA_MODEL,             /**< model */
+    TVMETA_LENS,              /**< lens */
+    TVMETA_SERIAL_NUMBER,     /**< serialNumber */
+    TVMETA_EXPOSURE_TIME,     /**< exposureTime */
+    TVMETA_F_NUMBER,          /**< fNumber */
+    TVMETA_ISO_SPEED,         /**< isoSpeed */
+    TVMETA_EXPOSURE_BIAS,     /**< exposureBias */
+    TVMETA_EXPOSURE_MODE,     /**< exposureMode */
+    TVMETA_EXPOSURE_PROGRAM,  /**< exposureProgram */
+    TVMETA_METERING_MODE,     /**< meteringMode */
+    TVMETA_FLASH,             /**< flash */
+    TVMETA_WHITE_BALANCE,     /**< whiteBalance */
+    TVMETA_FOCAL_LENGTH,      /**< focalLength */
+    TVMETA_FOCAL_LENGTH_35MM, /**< focalLength35mm */
+    TVMETA_CAPTURE_TIME,      /**< captureTime */
+    TVMETA_SUB_SECOND,        /**< captureNanoseconds and subSecondDigits */
+    TVMETA_UTC_OFFSET,        /**< utcOffset */
+    TVMETA_LATITUDE,          /**< latitude */
+    TVMETA_LONGITUDE,         /**< longitude */
+    TVMETA_ALTITUDE,          /**< altitude */
+    TVMETA_GPS_TIME           /**< gpsTime */
 };
+
+/** 1 if the record that the pointer names has a field, such as TVMETA_ISO_SPEED; else 0. */
 #define TVMETA_HAS(photo, field) (((photo)->present >> (field)) & 1)
 
+/** A fraction as it is in the file: terms of 32 bits, signed or not. The denominator of a field that is present is
+ * above zero. 16 bytes. */
 typedef struct tvmeta_Rational {
-    int64_t numerator; /* as in the file: 32-bit, signed or unsigned */
-    int64_t denominator;
+    int64_t numerator;   /**< may be negative */
+    int64_t denominator; /**< above zero */
 } tvmeta_Rational;
 
-enum { TVMETA_EXIF, TVMETA_XMP, TVMETA_IPTC, TVMETA_ICC, TVMETA_THUMBNAIL, TVMETA_PREVIEW, TVMETA_BLOCKS };
+/** Blocks of a photograph: indices of `blocks`, and arguments of tvmeta_read_block(). */
+enum {
+    TVMETA_EXIF,      /**< EXIF data as one TIFF structure. Files that are such a structure themselves (TIFF and its raw
+                           files) or have several (CR3, RW2) have no such block: see tvmeta_list_tags() */
+    TVMETA_XMP,       /**< XMP packet, joined with the extended packet of a JPEG */
+    TVMETA_IPTC,      /**< IPTC-IIM datasets */
+    TVMETA_ICC,       /**< ICC profile */
+    TVMETA_THUMBNAIL, /**< JPEG of the EXIF data, of Photoshop resources, or of CR3 */
+    TVMETA_PREVIEW,   /**< largest JPEG of a raw file, or preview that a JPEG has after its end */
+    TVMETA_BLOCKS     /**< number of blocks */
+};
 
-/* Where a block is. Thumbnail and preview: JPEG only. EXIF: only where one TIFF structure is embedded. */
+/** Where a block is. 24 bytes. */
 typedef struct tvmeta_Block {
-    int64_t position; /* in the source; -1 if in several pieces or compressed */
-    int64_t size;     /* after joining; 0 absent */
-    int32_t pieces;
-    int32_t isCompressed; /* PNG iCCP and iTXt, JXL brob: named, not read */
+    int64_t position;     /**< in the source; -1 if the block is in several pieces or compressed. 0 if absent */
+    int64_t size;         /**< bytes, of all pieces together; 0: the photograph has no such block */
+    int32_t pieces;       /**< segments, chunks or extents that tvmeta_read_block() joins */
+    int32_t isCompressed; /**< 1: inside of PNG iCCP, iTXt, zTXt or JPEG XL brob; named, but not read. Then size is
+                               that of the compressed data */
 } tvmeta_Block;
 
+/** The metadata of one photograph. A field without its bit in `present` is zero (an empty text). No pointers: the
+ * record may be copied.
+ *
+ * EXIF tags are read from the EXIF directory, else from the first image directory. Of several entries with one tag the
+ * first counts. A value that means "unknown" (0/0, an exposure time of 0, blanks, a date of zeros) is absent. */
 typedef struct tvmeta_Photo {
-    uint32_t recordSize;
-    int32_t format;
-    uint64_t present;      /* fields with a value */
-    uint64_t derived;      /* of them, those computed from APEX values, an exposure index or a description */
-    uint64_t damaged;      /* fields that the file has, but unreadable or impossible */
-    int64_t brokenAt;      /* -1: nothing is broken */
-    int32_t width, height; /* of the main image, before orientation */
-    int32_t orientation;   /* of the main image */
-    char make[64], model[64], lens[128],
-        serialNumber[64]; /* UTF-8, terminated; a longer text is cut and marked damaged */
-    tvmeta_Rational exposureTime, fNumber, focalLength, exposureBias;
-    int32_t isoSpeed, exposureMode, exposureProgram, meteringMode, flash, whiteBalance, focalLength35mm;
-    int64_t captureTime;        /* seconds since 1970-01-01 00:00:00 by the camera's clock, as if it were UTC */
-    int32_t captureNanoseconds; /* sub-second */
-    int32_t subSecondDigits;
-    int32_t utcOffset;          /* minutes east of UTC */
-    double latitude, longitude; /* degrees */
-    double altitude;            /* metres above sea level */
-    int64_t gpsTime;            /* seconds since 1970 UTC */
-    tvmeta_Block blocks[TVMETA_BLOCKS];
+    uint32_t recordSize;   /**< sizeof of this record; set by the caller, 48 to 65536 */
+    int32_t format;        /**< TVMETA_FORMAT_JPEG, ... */
+    uint64_t present;      /**< fields that have a value: use TVMETA_HAS() */
+    uint64_t derived;      /**< those of them that were computed from another value: exposureTime, fNumber, isoSpeed */
+    uint64_t damaged;      /**< fields whose value in the file is unreadable, impossible, or (texts) cut to fit. They
+                                may be present from another tag, or cut */
+    int64_t brokenAt;      /**< position of the first damage of the container; -1: none was found */
+    int32_t width;         /**< pixels of the main image, before it is turned. TIFF: of the widest image that is neither
+                                reduced nor a mask. RAF: of its preview. RW2: inside of the sensor's borders */
+    int32_t height;        /**< see width */
+    int32_t orientation;   /**< TIFF orientation code of the main image, 1 to 8. HEIF and AVIF: from irot and imir, if
+                                the image has one. JPEG XL: from its codestream. Else tag 274, never that of a
+                                thumbnail */
+    char make[64];         /**< maker of the camera */
+    char model[64];        /**< camera model */
+    char lens[128];        /**< EXIF lens model, else aux:Lens or exifEX:LensModel of the XMP packet */
+    char serialNumber[64]; /**< of the body; in DNG files also tag 50735 */
+    tvmeta_Rational exposureTime; /**< seconds, above zero; derived from ShutterSpeedValue (APEX), or from the
+                                     description of a TIFF file */
+    tvmeta_Rational fNumber;      /**< f-number, above zero; derived from ApertureValue (APEX) */
+    tvmeta_Rational focalLength;  /**< millimetres, above zero */
+    tvmeta_Rational exposureBias; /**< EV, may be 0 or negative */
+    int32_t isoSpeed; /**< ISO speed; where tag 34855 is missing or 65535, of the tags 34867, 34866, 34865; derived from
+                           ExposureIndex, or from the description of a TIFF file */
+    int32_t exposureMode;    /**< EXIF code: 0 auto, 1 manual, 2 automatic bracket */
+    int32_t exposureProgram; /**< EXIF code: 1 manual, 2 normal, 3 aperture priority, 4 shutter priority, ... */
+    int32_t meteringMode;    /**< EXIF code: 2 centre-weighted, 3 spot, 5 pattern, ... */
+    int32_t flash;           /**< EXIF flags: bit 0 is set if the flash fired */
+    int32_t whiteBalance;    /**< EXIF code: 0 auto, 1 manual */
+    int32_t focalLength35mm; /**< millimetres in 35 mm film terms */
+    int64_t captureTime;     /**< seconds from 1970-01-01 00:00:00 to DateTimeOriginal (else DateTimeDigitized), by the
+                                clock     of the camera: UTC is this minus 60 * utcOffset */
+    int32_t captureNanoseconds;         /**< sub-seconds of the same clock, 0 to 999999999 */
+    int32_t subSecondDigits;            /**< digits that the sub-seconds have in the file, 1 to 9 */
+    int32_t utcOffset;                  /**< minutes east of UTC of the same clock */
+    double latitude;                    /**< degrees, north positive, -90 to 90 */
+    double longitude;                   /**< degrees, east positive, -180 to 180 */
+    double altitude;                    /**< metres above sea level, negative below */
+    int64_t gpsTime;                    /**< seconds from 1970-01-01 00:00:00 UTC, whole ones */
+    tvmeta_Block blocks[TVMETA_BLOCKS]; /**< places of the blocks, by TVMETA_EXIF, ... */
 } tvmeta_Photo;
 
+/**
+ * Reads the metadata of a photograph, whatever its format.
+ *
+ * @param source  the file. Null, or a source without `read` or of an impossible size: -6.
+ * @param photo  receives the record. Set recordSize before: of a smaller record the first fields are filled, the rest
+ * of a larger one is zeroed. Null, or recordSize below 48 or above 65536: -6.
+ * @retval 0  TVMETA_OK: read completely. The photograph may have no metadata: check the fields
+ * @retval -1  TVMETA_READ_FAILED: the record may lack values
+ * @retval -2  TVMETA_UNKNOWN_KIND
+ * @retval -3  TVMETA_REFUSED_KIND: `format` says which
+ * @retval -4  TVMETA_BROKEN: the container or a directory is damaged or cut short; `brokenAt` says where. The record
+ * has what was found
+ * @retval -5  TVMETA_NO_MEMORY: the record may lack values
+ * @retval -6  TVMETA_BAD_ARGUMENT. The record is cleared, unless recordSize is wrong
+ * @limits bounded work and memory for any bytes; about 160 KiB of stack: see docs/limits.md.
+ * @standard EXIF 2.32; TIFF 6.0; XMP (ISO 16684-1, part 3); ISO/IEC 14496-12, 23008-12, 18181-2; PNG; RFC 9649; CIPA
+ * DC-007.
+ */
 TVMETA_API int32_t tvmeta_read_photo(const tvmeta_Source* source, tvmeta_Photo* photo) TVMETA_NOEXCEPT;
 
-/* Copies a block, joined. A null buffer gives its size. */
+/** @}
+ *  @defgroup blocks Blocks, texts and tags
+ *  @{ */
+
+/**
+ * Copies a block, with its pieces joined.
+ *
+ * @param source  the file. Null, or a source without `read` or of an impossible size: -6.
+ * @param photo  record of tvmeta_read_photo() for the same source, whose place saves a search; may be null. A record
+ * whose recordSize leaves out `blocks` is ignored.
+ * @param block  TVMETA_EXIF to TVMETA_PREVIEW; any other number: TVMETA_BAD_ARGUMENT.
+ * @param buffer  receives the bytes; null to get the size alone.
+ * @param capacity  bytes of the buffer, not negative.
+ * @retval >=0  bytes of the block; 0: there is none
+ * @retval -1  TVMETA_READ_FAILED
+ * @retval -2  TVMETA_UNKNOWN_KIND
+ * @retval -3  TVMETA_REFUSED_KIND: a file of a refused format, or a compressed block
+ * @retval -4  TVMETA_BROKEN: the source ends inside of the block
+ * @retval -5  TVMETA_NO_MEMORY
+ * @retval -6  TVMETA_BAD_ARGUMENT
+ * @retval -7  TVMETA_TOO_SMALL
+ * @failure the buffer may contain a part of the block, except for TVMETA_TOO_SMALL.
+ */
 TVMETA_API int64_t tvmeta_read_block(const tvmeta_Source* source, const tvmeta_Photo* photo, int32_t block,
                                      void* buffer, int64_t capacity) TVMETA_NOEXCEPT;
 
+/** Texts of tvmeta_read_text(): XMP property, IPTC dataset, tag. */
 enum {
-    TVMETA_TEXT_TITLE,
-    TVMETA_TEXT_DESCRIPTION,
-    TVMETA_TEXT_ARTIST,
-    TVMETA_TEXT_COPYRIGHT,
-    TVMETA_TEXT_KEYWORD,
-    TVMETA_TEXT_RATING,
-    TVMETA_TEXT_SOFTWARE
+    TVMETA_TEXT_TITLE,       /**< dc:title, 2:05, 40091 */
+    TVMETA_TEXT_DESCRIPTION, /**< dc:description, 2:120, 270 */
+    TVMETA_TEXT_ARTIST,      /**< dc:creator (the first), 2:80, 315 or 40093 */
+    TVMETA_TEXT_COPYRIGHT,   /**< dc:rights, 2:116, 33432 */
+    TVMETA_TEXT_KEYWORD,     /**< dc:subject, 2:25, 40094: a list */
+    TVMETA_TEXT_RATING,      /**< xmp:Rating, 18246: digits */
+    TVMETA_TEXT_SOFTWARE     /**< xmp:CreatorTool, 305 */
 };
 
-/* A text for people, UTF-8: from XMP, else IPTC, else EXIF. `index` counts keywords; beyond the last: 0. */
+/**
+ * Copies a text for people: from the XMP packet if it has the property, else from the IPTC block, else from a tag of
+ * the first image directory. The keywords are those of one of them.
+ *
+ * The packet is searched for the property with its usual prefix; of alternative languages the first counts. White space
+ * at both ends of a text is removed, and empty texts count as absent.
+ *
+ * @param source  the file. Null, or a source without `read` or of an impossible size: -6.
+ * @param photo  may be null; not used in this version.
+ * @param text  TVMETA_TEXT_TITLE, ...; any other number: TVMETA_BAD_ARGUMENT.
+ * @param index  number of the keyword, from 0 on, not negative. Other texts have the number 0 alone.
+ * @param buffer  receives as much of the text as fits, in whole characters, without a terminator; may be null.
+ * @param capacity  bytes of the buffer, not negative.
+ * @retval >=0  bytes of the whole text, which may be more than fit; 0: there is none, or no keyword of that number
+ * @retval -1  TVMETA_READ_FAILED
+ * @retval -2  TVMETA_UNKNOWN_KIND
+ * @retval -3  TVMETA_REFUSED_KIND
+ * @retval -5  TVMETA_NO_MEMORY
+ * @retval -6  TVMETA_BAD_ARGUMENT
+ * @limits packets and blocks above 64 MiB are not searched; compressed ones neither. Tags: the first 64 KiB of a text.
+ *   Each call reads the file again: of n keywords the last costs n searches.
+ */
 TVMETA_API int64_t tvmeta_read_text(const tvmeta_Source* source, const tvmeta_Photo* photo, int32_t text, int32_t index,
                                     char* buffer, int64_t capacity) TVMETA_NOEXCEPT;
 
+/** Directories of tvmeta_Tag. */
 enum {
-    TVMETA_IMAGE,
-    TVMETA_THUMBNAIL_IMAGE,
-    TVMETA_EXIF_DIRECTORY,
-    TVMETA_GPS_DIRECTORY,
-    TVMETA_INTEROPERABILITY,
-    TVMETA_SUB_IMAGE
+    TVMETA_IMAGE,            /**< first directory of a TIFF structure */
+    TVMETA_THUMBNAIL_IMAGE,  /**< second one in the chain: the thumbnail of EXIF data, or a page */
+    TVMETA_EXIF_DIRECTORY,   /**< EXIF */
+    TVMETA_GPS_DIRECTORY,    /**< GPS */
+    TVMETA_INTEROPERABILITY, /**< interoperability */
+    TVMETA_SUB_IMAGE         /**< child of the first one (SubIFDs), or a later one in the chain */
 };
 
-typedef struct tvmeta_Tag { /* 32 bytes */
-    int32_t directory;
-    uint16_t tag, type;
-    uint64_t count;
-    int64_t position; /* of the value, in the source */
-    int32_t isBigEndian;
-    int32_t directoryNumber; /* of the directory in the photograph, from 0 */
+/** One entry of a directory. 32 bytes. */
+typedef struct tvmeta_Tag {
+    int32_t directory;       /**< TVMETA_IMAGE, ... */
+    uint16_t tag;            /**< number of the tag */
+    uint16_t type;           /**< field type of TIFF, BigTIFF or EXIF 3.0 */
+    uint64_t count;          /**< number of items, as in the file */
+    int64_t position;        /**< of the value in the source; -1 if it is outside of the structure, or of a type that no
+                                  standard has */
+    int32_t isBigEndian;     /**< byte order of the value: 1 big-endian, 0 little-endian */
+    int32_t directoryNumber; /**< number of the directory in the photograph, from 0 on */
 } tvmeta_Tag;
 
-/* All entries. Returns their number, also if there is room for fewer. */
+/**
+ * Lists the entries of all directories in the order in which they are read: those of the image, of its EXIF and GPS
+ * directories, of its other images. Maker notes are one entry.
+ *
+ * @param source  the file. Null, or a source without `read` or of an impossible size: -6.
+ * @param photo  may be null; not used in this version.
+ * @param tags  receives the first entries. Null if capacity is above 0: -6.
+ * @param capacity  entries that fit, not negative.
+ * @retval >=0  number of entries, which may be more than fit
+ * @retval -1  TVMETA_READ_FAILED
+ * @retval -2  TVMETA_UNKNOWN_KIND
+ * @retval -3  TVMETA_REFUSED_KIND
+ * @retval -5  TVMETA_NO_MEMORY
+ * @retval -6  TVMETA_BAD_ARGUMENT
+ * @limits up to 131,072 entries, of 32 directories in each of up to four structures, of which four are chained images.
+ */
 TVMETA_API int64_t tvmeta_list_tags(const tvmeta_Source* source, const tvmeta_Photo* photo, tvmeta_Tag* tags,
                                     int64_t capacity) TVMETA_NOEXCEPT;
 
-/* The records of buf2tif() and write_exif_buf(), with the file's own fractions. Result: TVMETA_OK, or a positive mask
- * of fields that had to be clamped. */
+/**
+ * Converts a record for buf2tif() and write_exif_buf(). Fractions stay as they are in the file. One whose terms exceed
+ * 31 bits is reduced, or else replaced by the nearest one. Values near zero that the writers would omit are written as
+ * the smallest fraction.
+ *
+ * Fields that the writers' records lack (make, serial number, bias, offset, ...) are not converted: tvmeta_save_tiff()
+ * keeps them.
+ *
+ * @param photo  record of tvmeta_read_photo(), of the size of this version or more. Null, or smaller: -6.
+ * @param metadata,gps  receive the values; cleared first. Null: -6.
+ * @retval 0  TVMETA_OK: all values were converted as they are
+ * @retval >0  mask of fields that were changed to fit or left out, bits as in `present`: a longer text, an ISO speed
+ * above 65535, an altitude beyond 2,000 km, a fraction
+ * @retval -6  TVMETA_BAD_ARGUMENT
+ */
 TVMETA_API int64_t tvmeta_writer_records(const tvmeta_Photo* photo, MetadataBuf* metadata, GpsBuf* gps) TVMETA_NOEXCEPT;
+
+/** @} */
 
 /* ---- A result ---- */
 

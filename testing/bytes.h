@@ -22,6 +22,12 @@ inline Bytes le32(std::uint32_t value) {
 inline Bytes be32(std::uint32_t value) {
     return be16(value >> 16) + be16(value);
 }
+inline Bytes le64(std::uint64_t value) {
+    return le32(static_cast<std::uint32_t>(value)) + le32(static_cast<std::uint32_t>(value >> 32));
+}
+inline Bytes be64(std::uint64_t value) {
+    return be32(static_cast<std::uint32_t>(value >> 32)) + be32(static_cast<std::uint32_t>(value));
+}
 // A number of a little-endian file in memory.
 inline std::uint32_t loadLe16(const Bytes& bytes, std::size_t offset) {
     return static_cast<unsigned char>(bytes.at(offset)) |
@@ -47,20 +53,27 @@ inline unsigned char* raw(Bytes& bytes) {
 
 inline constexpr std::string_view Host = "tonalvista.test";
 
-// Builds a TIFF structure: appends directories and returns their offsets.
+// Builds a TIFF structure: appends directories and returns their offsets. With the magic number 43 it is a BigTIFF; raw
+// files have numbers of their own.
 class Tiff {
   public:
     struct Entry {
         unsigned tag;
         unsigned type;
         std::uint32_t count;
-        Bytes value; // up to four bytes go into the entry, longer values after the directory
+        Bytes value; // up to four bytes (BigTIFF: eight) go into the entry, longer values after the directory
     };
 
-    explicit Tiff(bool little = true) : little_(little), bytes_(little ? "II" : "MM") { bytes_ += n16(42) + n32(0); }
+    explicit Tiff(bool little = true, unsigned magic = 42)
+        : little_(little), big_(magic == 43), bytes_(little ? "II" : "MM") {
+        bytes_ += n16(magic) + (big_ ? n16(8) + n16(0) : Bytes()) + number(0);
+    }
 
     Bytes n16(unsigned value) const { return little_ ? le16(value) : be16(value); }
     Bytes n32(std::uint32_t value) const { return little_ ? le32(value) : be32(value); }
+    Bytes number(std::uint64_t value) const { // a count or an offset
+        return big_ ? (little_ ? le64(value) : be64(value)) : n32(static_cast<std::uint32_t>(value));
+    }
     Bytes rational(std::uint32_t numerator, std::uint32_t denominator) const {
         return n32(numerator) + n32(denominator);
     }
@@ -78,29 +91,33 @@ class Tiff {
     std::uint32_t add(const std::vector<Entry>& entries, std::uint32_t next = 0) {
         const auto offset = static_cast<std::uint32_t>(bytes_.size());
         Bytes values;
-        bytes_ += n16(static_cast<unsigned>(entries.size()));
-        const auto valueStart = static_cast<std::uint32_t>(offset + 2 + 12 * entries.size() + 4);
+        const std::size_t room = big_ ? 8 : 4;
+        const Bytes count = big_ ? number(entries.size()) : n16(static_cast<unsigned>(entries.size()));
+        const std::size_t valueStart = offset + count.size() + (4 + 2 * room) * entries.size() + room;
+        bytes_ += count;
         for (const Entry& entry : entries) {
-            bytes_ += n16(entry.tag) + n16(entry.type) + n32(entry.count);
-            if (entry.value.size() <= 4) {
-                bytes_ += entry.value + zeros(4 - entry.value.size());
+            bytes_ += n16(entry.tag) + n16(entry.type) + number(entry.count);
+            if (entry.value.size() <= room) {
+                bytes_ += entry.value + zeros(room - entry.value.size());
             } else {
-                bytes_ += n32(valueStart + static_cast<std::uint32_t>(values.size()));
+                bytes_ += number(valueStart + values.size());
                 values += entry.value;
             }
         }
-        bytes_ += n32(next) + values;
+        bytes_ += number(next) + values;
         return offset;
     }
 
     // The finished structure, with a header that points at the directory.
     Bytes finish(std::uint32_t firstDirectory) {
-        bytes_.replace(4, 4, n32(firstDirectory));
+        const Bytes offset = number(firstDirectory);
+        bytes_.replace(big_ ? 8 : 4, offset.size(), offset);
         return bytes_;
     }
 
   private:
     bool little_;
+    bool big_;
     Bytes bytes_;
 };
 

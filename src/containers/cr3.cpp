@@ -97,7 +97,7 @@ void findInCr3(SourceReader& reader, const Region& file, Layout& layout) {
             hasMovie = true;
             readMovie(reader, box.content, file, layout);
         } else if (const auto packet = contentOf(reader, box, XmpUuid)) {
-            layout.addPiece(TVMETA_XMP, *packet);
+            layout.addFirst(TVMETA_XMP, *packet);
         } else if (const auto preview = contentOf(reader, box, PreviewUuid)) {
             const Region content{preview->position + PreviewHeader, preview->size - PreviewHeader};
             layout.offerLarger(TVMETA_PREVIEW, findJpegIn(reader, findBox(reader, content, boxType("PRVW"), layout)));

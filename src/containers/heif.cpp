@@ -3,7 +3,9 @@
 #include "metadata/byte_cursor.h"
 #include "support/zeroed_buffer.h"
 
+#include <algorithm>
 #include <array>
+#include <span>
 #include <string_view>
 
 namespace tvmeta {
@@ -49,11 +51,10 @@ Meta readMeta(SourceReader& reader, const Region& content, Layout& layout) {
 // The content of a box in memory. Tables of a photograph have some kilobytes.
 class BoxBytes {
   public:
-    BoxBytes(SourceReader& reader, const Region& region)
-        : buffer_(region.size <= MaxSize ? static_cast<std::size_t>(region.size) : 0) {
-        if (!buffer_ || !readAt(reader, region.position, buffer_.bytes())) {
-            isRead_ = false;
-        }
+    BoxBytes(SourceReader& reader, const Region& region, Layout& layout)
+        : buffer_(region.size <= MaxSize ? static_cast<std::size_t>(region.size) : 0),
+          isRead_(buffer_ && readAt(reader, region.position, buffer_.bytes())) {
+        layout.isWithoutMemory |= !buffer_;
     }
 
     ByteCursor cursor() { return ByteCursor(isRead_ ? buffer_.bytes() : std::span<unsigned char>()); }
@@ -62,7 +63,7 @@ class BoxBytes {
     static constexpr std::int64_t MaxSize = 1 << 20;
 
     ZeroedBuffer buffer_;
-    bool isRead_ = true;
+    bool isRead_;
 };
 
 struct Version {
@@ -75,8 +76,8 @@ Version getVersion(ByteCursor& cursor) {
     return {number, static_cast<std::uint32_t>(cursor.number(3))};
 }
 
-std::uint32_t primaryItem(SourceReader& reader, const Region& region) {
-    BoxBytes bytes(reader, region);
+std::uint32_t primaryItem(SourceReader& reader, const Region& region, Layout& layout) {
+    BoxBytes bytes(reader, region, layout);
     ByteCursor cursor = bytes.cursor();
     return getVersion(cursor).number == 0 ? cursor.get16() : cursor.get32();
 }
@@ -126,7 +127,7 @@ Items findItems(SourceReader& reader, const Region& itemInfo, Layout& layout) {
     BoxWalker boxes(reader, {itemInfo.position + header, itemInfo.size - header}, layout);
     for (Box box; boxes.next(box);) {
         if (box.type == boxType("infe")) {
-            BoxBytes bytes(reader, box.content);
+            BoxBytes bytes(reader, box.content, layout);
             readItemInfo(bytes.cursor(), items);
         }
     }
@@ -148,9 +149,11 @@ LocationSizes getLocationSizes(ByteCursor& cursor, std::uint8_t version) {
     return {size(first >> 4), size(first & 15), size(second >> 4), version > 0 ? size(second & 15) : 0};
 }
 
-// Calls `take` with the item and the region of each extent that is inside of the file.
+// Calls `take` with the item and the region of each extent of the items that is inside of the file. An extent can have
+// no bytes in the table, so those of other items are skipped at once, and those of the items are counted.
 template <typename Take>
-void forEachExtent(ByteCursor cursor, const Region& file, const Region& data, Take take) {
+void forEachExtent(ByteCursor cursor, const Items& items, const Region& file, const Region& data, Take take) {
+    int extentsLeft = Layout::MaxPieces;
     const std::uint8_t version = getVersion(cursor).number;
     const LocationSizes sizes = getLocationSizes(cursor, version);
     const std::uint32_t count = version < 2 ? cursor.get16() : cursor.get32();
@@ -162,7 +165,11 @@ void forEachExtent(ByteCursor cursor, const Region& file, const Region& data, Ta
         const Region& space = method == 1 ? data : file;
         const auto spaceSize = static_cast<std::uint64_t>(space.size);
         const std::uint32_t extents = cursor.get16();
-        for (std::uint32_t extent = 0; extent < extents && cursor; ++extent) {
+        if (id == 0 || (id != items.exif && id != items.xmp)) {
+            cursor.skip(extents * (sizes.index + sizes.offset + sizes.length));
+            continue;
+        }
+        for (std::uint32_t extent = 0; extent < extents && cursor && extentsLeft > 0; ++extent, --extentsLeft) {
             cursor.skip(sizes.index);
             const std::uint64_t offset = cursor.number(sizes.offset);
             const std::uint64_t length = cursor.number(sizes.length);
@@ -190,12 +197,14 @@ void addExif(SourceReader& reader, const Region& item, Layout& layout) {
 }
 
 void addItems(SourceReader& reader, const Meta& meta, const Items& items, const Region& file, Layout& layout) {
-    BoxBytes table(reader, meta.locations);
-    forEachExtent(table.cursor(), file, meta.data, [&](std::uint32_t id, const Region& extent) {
-        if (id == items.exif && id != 0 && layout.structures().empty()) {
+    BoxBytes table(reader, meta.locations, layout);
+    std::int64_t left = file.size; // overlapping extents would make a block that is larger than the file
+    forEachExtent(table.cursor(), items, file, meta.data, [&](std::uint32_t id, const Region& extent) {
+        if (id == items.exif && layout.structures().empty()) {
             addExif(reader, extent, layout);
-        } else if (id == items.xmp && id != 0) {
+        } else if (id == items.xmp && extent.size <= left) {
             layout.addPiece(TVMETA_XMP, extent);
+            left -= extent.size;
         }
     });
     if (items.exif != 0 && layout.structures().empty()) {
@@ -233,7 +242,7 @@ void readProperty(SourceReader& reader, const Box& property, Transform& transfor
         break;
     case boxType("colr"):
         if (const std::uint32_t kind = cursor.get32(); kind == boxType("prof") || kind == boxType("rICC")) {
-            layout.addPiece(TVMETA_ICC, {property.content.position + 4, property.content.size - 4});
+            layout.addFirst(TVMETA_ICC, {property.content.position + 4, property.content.size - 4});
         }
         break;
     default:
@@ -241,35 +250,46 @@ void readProperty(SourceReader& reader, const Box& property, Transform& transfor
     }
 }
 
-// The property at an index from 1 on.
-bool findProperty(SourceReader& reader, const Region& container, unsigned index, Box& property, Layout& layout) {
-    BoxWalker boxes(reader, container, layout);
-    for (unsigned i = 1; boxes.next(property); ++i) {
-        if (i == index) {
-            return true;
-        }
-    }
-    return false;
-}
+// The numbers of the properties of the primary image, from 1 on.
+struct Associations {
+    std::array<unsigned, 255> numbers{};
+    std::size_t count = 0;
 
-void readPrimaryImage(SourceReader& reader, const Meta& meta, Layout& layout) {
-    const std::uint32_t primary = primaryItem(reader, meta.primary);
-    const Region container = findBox(reader, meta.properties, boxType("ipco"), layout);
-    BoxBytes table(reader, findBox(reader, meta.properties, boxType("ipma"), layout));
+    bool contain(unsigned number) const { return std::ranges::count(std::span(numbers).first(count), number) > 0; }
+};
+
+Associations findAssociations(SourceReader& reader, const Meta& meta, Layout& layout) {
+    const std::uint32_t primary = primaryItem(reader, meta.primary, layout);
+    BoxBytes table(reader, findBox(reader, meta.properties, boxType("ipma"), layout), layout);
     ByteCursor cursor = table.cursor();
     const Version version = getVersion(cursor);
     const bool isWide = (version.flags & 1) != 0;
-    Transform transform;
-    bool isTransformed = false;
+    Associations found;
     for (std::uint32_t items = cursor.get32(); items > 0 && cursor; --items) {
         const std::uint32_t id = version.number == 0 ? cursor.get16() : cursor.get32();
-        for (unsigned left = cursor.get8(); left > 0 && cursor; --left) {
-            const unsigned index = isWide ? cursor.get16() & 0x7FFFU : cursor.get8() & 0x7FU;
-            Box property;
-            if (id == primary && findProperty(reader, container, index, property, layout)) {
-                isTransformed |= property.type == boxType("irot") || property.type == boxType("imir");
-                readProperty(reader, property, transform, layout);
-            }
+        const std::size_t count = cursor.get8();
+        if (id != primary) {
+            cursor.skip(count * (isWide ? 2 : 1));
+            continue;
+        }
+        for (; found.count < count && cursor; ++found.count) {
+            found.numbers[found.count] = isWide ? cursor.get16() & 0x7FFFU : cursor.get8() & 0x7FU;
+        }
+        break;
+    }
+    return found;
+}
+
+void readPrimaryImage(SourceReader& reader, const Meta& meta, Layout& layout) {
+    const Associations associations = findAssociations(reader, meta, layout);
+    BoxWalker boxes(reader, findBox(reader, meta.properties, boxType("ipco"), layout), layout);
+    Transform transform;
+    bool isTransformed = false;
+    Box property;
+    for (unsigned number = 1; boxes.next(property); ++number) {
+        if (associations.contain(number)) {
+            isTransformed |= property.type == boxType("irot") || property.type == boxType("imir");
+            readProperty(reader, property, transform, layout);
         }
     }
     // Readers of HEIF turn the picture by these properties alone. Files without any may still say it in EXIF.

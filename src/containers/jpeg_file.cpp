@@ -29,7 +29,8 @@ struct JpegFile {
     SourceReader& reader;
     const Region& region;
     Layout& layout;
-    bool hasExif = false; // of several EXIF segments the first counts
+    bool hasExif = false;  // of several EXIF segments the first counts
+    bool hasIndex = false; // as of indices of pictures
 };
 
 // A segment whose signature has been compared.
@@ -63,8 +64,8 @@ void readApp1(JpegFile& file, const Region& data) {
     if (segment.hasSignature(ExifSignature) && !file.hasExif) {
         file.hasExif = true;
         layout.addStructure(segment.after(ExifSignature.size()));
-    } else if (segment.hasSignature(XmpSignature) && !layout.has(TVMETA_XMP)) {
-        layout.addPiece(TVMETA_XMP, segment.after(XmpSignature.size()));
+    } else if (segment.hasSignature(XmpSignature)) {
+        layout.addFirst(TVMETA_XMP, segment.after(XmpSignature.size()));
     } else if (segment.hasSignature(ExtendedXmpSignature)) {
         ByteCursor cursor = segment.cursorAfter(ExtendedXmpSignature.size());
         cursor.skip(Guid + 4); // and the size of the whole
@@ -75,13 +76,14 @@ void readApp1(JpegFile& file, const Region& data) {
     }
 }
 
-void readApp2(const JpegFile& file, const Region& data) {
+void readApp2(JpegFile& file, const Region& data) {
     const SegmentReader segment(file.reader, data);
     if (segment.hasSignature(IccSignature)) {
         ByteCursor cursor = segment.cursorAfter(IccSignature.size());
         const std::uint32_t number = cursor.get8();
         file.layout.addPiece(TVMETA_ICC, segment.after(IccSignature.size() + 2), number);
-    } else if (segment.hasSignature(MultiPictureSignature)) {
+    } else if (segment.hasSignature(MultiPictureSignature) && !file.hasIndex) {
+        file.hasIndex = true;
         findMultiPicturePreview(file.reader, segment.after(MultiPictureSignature.size()), file.region, file.layout);
     }
 }

@@ -108,9 +108,7 @@ void findInJxl(SourceReader& reader, const Region& file, Layout& layout) {
             addExif(reader, box.content, layout);
             break;
         case boxType("xml "):
-            if (!layout.has(TVMETA_XMP)) {
-                layout.addPiece(TVMETA_XMP, box.content);
-            }
+            layout.addFirst(TVMETA_XMP, box.content);
             break;
         case boxType("brob"):
             noteCompressed(reader, box.content, layout);

@@ -21,6 +21,12 @@ void Layout::addPiece(std::int32_t block, Region region, std::uint32_t order) {
     pieces_[pieceCount_++] = {block, order, region};
 }
 
+void Layout::addFirst(std::int32_t block, Region region) {
+    if (!has(block)) {
+        addPiece(block, region);
+    }
+}
+
 void Layout::addCompressed(std::int32_t block, Region region) {
     if (!has(block)) {
         addPiece(block, region);

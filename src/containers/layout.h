@@ -48,6 +48,7 @@ class Layout {
     std::int32_t height = 0;
     std::int32_t orientation = 0; // 0: a directory has it
     std::int64_t brokenAt = -1;   // the first place where the file is broken
+    bool isWithoutMemory = false; // an allocation has failed, so that something may be missing
 
     void markBroken(std::int64_t position) {
         if (brokenAt < 0) {
@@ -59,6 +60,8 @@ class Layout {
     std::span<const TiffStructure> structures() const { return std::span(structures_).first(structureCount_); }
 
     void addPiece(std::int32_t block, Region region, std::uint32_t order = 0);
+    // Adds a block in one piece, if there is no other.
+    void addFirst(std::int32_t block, Region region);
     // Replaces the block by one region if that is larger.
     void offerLarger(std::int32_t block, Region region);
     void removePieces(std::int32_t block);

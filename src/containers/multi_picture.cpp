@@ -35,6 +35,7 @@ void findMultiPicturePreview(SourceReader& reader, const Region& index, const Re
         if (tag != PictureEntries) {
             continue;
         }
+        entries.skip(entries.remaining()); // one list, however often a hostile index has it
         ByteCursor pictures = at(offset);
         for (std::size_t i = 0; i < count && pictures; ++i) {
             const std::uint32_t attributes = pictures.get32();

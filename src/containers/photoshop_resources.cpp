@@ -66,6 +66,12 @@ bool readResource(SourceReader& reader, const JoinedRegions& resources, std::int
     return true;
 }
 
+// Thumbnails may be uncompressed, too.
+bool isJpeg(SourceReader& reader, const JoinedRegions& resources, std::int64_t offset) {
+    std::array<unsigned char, 2> start{};
+    return resources.read(reader, offset, start) && start[0] == 0xFF && start[1] == 0xD8;
+}
+
 } // namespace
 
 void findInResources(SourceReader& reader, std::span<const Region> regions, Layout& layout) {
@@ -83,9 +89,11 @@ void findInResources(SourceReader& reader, std::span<const Region> regions, Layo
             resources.slice(resource.dataOffset, size, [&](const Region& region) { layout.addStructure(region); });
         }
         const auto found = std::ranges::find(Blocks, resource.id, &ResourceBlock::id);
-        if (found != std::end(Blocks) && !known[static_cast<std::size_t>(found->block)]) {
+        if (found != std::end(Blocks) && !known[static_cast<std::size_t>(found->block)] &&
+            (found->id != photoshop::Thumbnail || isJpeg(reader, resources, resource.dataOffset + found->headerSize))) {
             resources.slice(resource.dataOffset + found->headerSize, size - found->headerSize,
                             [&](const Region& region) { layout.addPiece(found->block, region); });
+            known[static_cast<std::size_t>(found->block)] = true; // of several resources the first counts
         }
         offset = resource.dataOffset + resource.dataSize + resource.dataSize % 2;
     }

@@ -39,7 +39,7 @@ void readText(SourceReader& reader, const Region& data, Layout& layout) {
         layout.addCompressed(TVMETA_XMP, data);
     } else if (cursor) {
         const auto skipped = static_cast<std::int64_t>(cursor.position());
-        layout.addPiece(TVMETA_XMP, {data.position + skipped, data.size - skipped});
+        layout.addFirst(TVMETA_XMP, {data.position + skipped, data.size - skipped});
     }
 }
 

@@ -238,9 +238,6 @@ void TagWalker::describeImage(const tvmeta_Tag& tag) {
     case tiff_tag::PhotometricInterpretation:
         image.photometric = number();
         break;
-    case tiff_tag::Orientation:
-        image.orientation = number();
-        break;
     case tiff_tag::StripOffsets:
         image.strip.position = tag.count == 1 ? number() : 0;
         break;
@@ -261,18 +258,13 @@ void TagWalker::describeImage(const tvmeta_Tag& tag) {
 // Blocks in directories. Segments and chunks of their own take precedence, as does the first structure.
 void TagWalker::addBlock(const tvmeta_Tag& tag) {
     const Region value{tag.position, static_cast<std::int64_t>(tag.position < 0 ? 0 : tag.count * itemSize(tag.type))};
-    const auto add = [&](std::int32_t block) {
-        if (!layout_.has(block)) {
-            layout_.addPiece(block, value);
-        }
-    };
     switch (tag.tag) {
     case tiff_tag::Xmp:
-        return add(TVMETA_XMP);
+        return layout_.addFirst(TVMETA_XMP, value);
     case tiff_tag::Iptc:
-        return add(TVMETA_IPTC);
+        return layout_.addFirst(TVMETA_IPTC, value);
     case tiff_tag::IccProfile:
-        return add(TVMETA_ICC);
+        return layout_.addFirst(TVMETA_ICC, value);
     case tiff_tag::Photoshop:
         if (!areResourcesRead_) { // a hostile file can have this tag thousands of times
             areResourcesRead_ = true;

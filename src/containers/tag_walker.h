@@ -18,7 +18,6 @@ struct ImageDirectory {
     std::int64_t subfileType = 0;
     std::int64_t compression = 0;
     std::int64_t photometric = 0;
-    std::int64_t orientation = 0;
     Region jpeg;  // JPEGInterchangeFormat
     Region strip; // if there is one strip only
 };

@@ -58,9 +58,9 @@ void readChunk(SourceReader& reader, std::uint32_t type, const Region& data, Lay
     case boxType("EXIF"):
         return addExif(reader, data, layout);
     case boxType("XMP "):
-        return layout.addPiece(TVMETA_XMP, data);
+        return layout.addFirst(TVMETA_XMP, data);
     case boxType("ICCP"):
-        return layout.addPiece(TVMETA_ICC, data);
+        return layout.addFirst(TVMETA_ICC, data);
     default:
         return;
     }

@@ -22,8 +22,12 @@ bool findDataset(std::span<const unsigned char> block, std::uint8_t dataset, Tex
     constexpr std::uint8_t ApplicationRecord = 2;
     IptcReader reader(block);
     for (IptcDataset found; reader.next(found);) {
-        if (found.record == ApplicationRecord && found.number == dataset && index-- == 0) {
-            putText(writer, trimmed({reinterpret_cast<const char*>(found.value.data()), found.value.size()}));
+        if (found.record != ApplicationRecord || found.number != dataset) {
+            continue;
+        }
+        const std::string_view text = trimmed({reinterpret_cast<const char*>(found.value.data()), found.value.size()});
+        if (!text.empty() && index-- == 0) {
+            putText(writer, text);
             return true;
         }
     }

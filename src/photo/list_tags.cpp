@@ -15,6 +15,6 @@ std::int64_t tvmeta_list_tags(const tvmeta_Source* source, const tvmeta_Photo*, 
             tags[count] = tag;
         }
     }
-    const std::int32_t result = photo.result();
-    return result == TVMETA_OK || result == TVMETA_BROKEN ? count : result;
+    const std::int32_t failure = photo.failure();
+    return failure == TVMETA_OK ? count : failure;
 }

@@ -19,15 +19,12 @@ struct OpenPhoto {
         }
     }
 
-    // The result of a function that has read what it needs.
-    std::int32_t result() const {
+    // Why there is no result; TVMETA_OK if there is one.
+    std::int32_t failure() const {
         if (reader.failed()) {
             return TVMETA_READ_FAILED;
         }
-        if (status != TVMETA_OK) {
-            return status;
-        }
-        return layout.brokenAt >= 0 ? TVMETA_BROKEN : TVMETA_OK;
+        return layout.isWithoutMemory ? static_cast<std::int32_t>(TVMETA_NO_MEMORY) : status;
     }
 
     Layout layout;
@@ -36,8 +33,11 @@ struct OpenPhoto {
     TagWalker tags;
 };
 
+// Sums of two positions in a source of this size do not wrap.
+inline constexpr std::int64_t MaxSourceSize = std::int64_t{1} << 62;
+
 constexpr bool isUsable(const tvmeta_Source* source) {
-    return source != nullptr && source->read != nullptr && source->size >= 0;
+    return source != nullptr && source->read != nullptr && source->size >= 0 && source->size <= MaxSourceSize;
 }
 
 } // namespace tvmeta

@@ -86,7 +86,8 @@ void PhotoFields::fillTexts() const {
         }
         std::array<char, MaxBytes> bytes{};
         const std::size_t size = readBytes(reader, *tag, bytes);
-        const std::string_view text = trimmed({bytes.data(), size});
+        const std::string_view start(bytes.data(), size);
+        const std::string_view text = trimmed(size == bytes.size() ? wholeCharacters(start) : start);
         if (!text.empty()) {
             setText(*this, row.field, row.text(photo), text);
         } else if (size == 0 && tag->count > 0) {
@@ -133,21 +134,26 @@ void PhotoFields::fillFractions() const {
 // 65535 means that the speed is higher than the tag can express, and in another one (EXIF 2.32, section 4.6.5.1.5).
 void PhotoFields::fillIsoSpeed() const {
     constexpr std::int64_t Beyond = 65535;
-    const auto read = [&](const tvmeta_Tag* tag) { return tag != nullptr ? readInteger(reader, *tag) : std::nullopt; };
-    std::int64_t speed = read(tags.exif(exif_tag::IsoSpeedRatings)).value_or(0);
+    bool isUnreadable = false;
+    const auto read = [&](const tvmeta_Tag* tag) {
+        const std::optional<std::int64_t> value = tag != nullptr ? readInteger(reader, *tag) : 0;
+        isUnreadable |= !value;
+        return value.value_or(0);
+    };
+    std::int64_t speed = read(tags.exif(exif_tag::IsoSpeedRatings));
     for (const std::uint16_t tag :
          {exif_tag::IsoSpeed, exif_tag::RecommendedExposureIndex, exif_tag::StandardOutputSensitivity}) {
         if (speed == 0 || speed == Beyond) {
-            speed = std::max(read(tags.exif(tag)).value_or(0), speed);
+            speed = std::max(read(tags.exif(tag)), speed);
         }
     }
     if (speed == 0 && photo.format == TVMETA_FORMAT_RW2) {
-        speed = read(tags.image(rw2_tag::IsoSpeed)).value_or(0);
+        speed = read(tags.image(rw2_tag::IsoSpeed));
     }
     if (speed > 0 && speed <= INT32_MAX) {
         photo.isoSpeed = static_cast<std::int32_t>(speed);
         set(TVMETA_ISO_SPEED);
-    } else if (speed != 0) {
+    } else if (speed != 0 || isUnreadable) {
         damage(TVMETA_ISO_SPEED);
     }
 }

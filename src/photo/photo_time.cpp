@@ -154,7 +154,7 @@ void PhotoFields::fillTime() const {
         if (const std::optional<int> minutes = takeOffset(offset.text)) {
             photo.utcOffset = *minutes;
             set(TVMETA_UTC_OFFSET);
-        } else if (offset.text.find_first_not_of(" :") != std::string_view::npos) {
+        } else if (offset.isUnreadable || offset.text.find_first_not_of(" :") != std::string_view::npos) {
             damage(TVMETA_UTC_OFFSET);
         }
         return;
@@ -164,7 +164,10 @@ void PhotoFields::fillTime() const {
 // The digits after the decimal point. Nine are nanoseconds.
 void PhotoFields::fillFraction(const tvmeta_Tag* tag) const {
     const ShortText text(reader, tag);
-    if (text.text.empty() && !text.isUnreadable) {
+    if (text.isUnreadable) {
+        return damage(TVMETA_SUB_SECOND);
+    }
+    if (text.text.empty()) {
         return;
     }
     constexpr int MaxDigits = 9;

@@ -22,11 +22,12 @@ bool copyBlock(OpenPhoto& photo, std::int32_t block, std::span<unsigned char> by
     return JoinedRegions{std::span<const Region>(regions).first(count)}.read(photo.reader, 0, bytes);
 }
 
-// The pieces are inside of the source, so no more is allocated than the source has.
+// The pieces are inside of the source and do not overlap, so no more is allocated than the source has.
 ZeroedBuffer loadBlock(OpenPhoto& photo, std::int32_t block) {
     constexpr std::int64_t MaxSize = 64 << 20;
     const std::int64_t size = photo.layout.isCompressed(block) ? 0 : blockSize(photo.layout, block);
     ZeroedBuffer buffer(static_cast<std::size_t>(size <= MaxSize ? size : 0));
+    photo.layout.isWithoutMemory |= !buffer;
     return buffer && copyBlock(photo, block, buffer.bytes()) ? std::move(buffer) : ZeroedBuffer(0);
 }
 
@@ -66,8 +67,8 @@ std::int64_t readBlock(const tvmeta_Source& source, std::int32_t block, void* bu
     OpenPhoto photo(source);
     photo.walkToEnd();
     addExifPiece(photo.layout);
-    if (photo.reader.failed() || photo.status != TVMETA_OK) {
-        return photo.result();
+    if (const std::int32_t failure = photo.failure(); failure != TVMETA_OK) {
+        return failure;
     }
     if (photo.layout.isCompressed(block)) {
         return TVMETA_REFUSED_KIND;

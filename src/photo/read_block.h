@@ -11,7 +11,7 @@ namespace tvmeta {
 // Bytes of the pieces of a block together.
 std::int64_t blockSize(const Layout& layout, std::int32_t block);
 
-// Copies the pieces of a block. Returns false if one cannot be read.
+// Copies the start of a block. Returns false if it cannot be read.
 bool copyBlock(OpenPhoto& photo, std::int32_t block, std::span<unsigned char> bytes);
 
 // A block in memory; empty without memory, if it cannot be read, or if it is larger than what is worth a search.

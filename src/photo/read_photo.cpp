@@ -1,8 +1,8 @@
 // Reads any photograph into the record.
 #include "photo/open_photo.h"
 #include "photo/photo_fields.h"
+#include "photo/read_block.h"
 #include "photo/xmp_text.h"
-#include "support/zeroed_buffer.h"
 
 #include <algorithm>
 #include <cstring>
@@ -50,23 +50,23 @@ void fillImage(const Layout& layout, const PhotoFields& fields) {
     }
 }
 
-// The lens of older photographs is in XMP only. A larger packet than any segment has is not searched.
-void findLens(const OpenPhoto& open, SourceReader& reader, const PhotoFields& fields) {
+// The lens of older photographs is in XMP only. No more is searched than one segment of a JPEG has.
+void findLens(OpenPhoto& open, const PhotoFields& fields) {
     constexpr std::int64_t MaxPacket = 1 << 16;
-    Region packet;
-    if (fields.has(TVMETA_LENS) || open.layout.isCompressed(TVMETA_XMP) ||
-        open.layout.regionsOf(TVMETA_XMP, std::span(&packet, 1)) == 0) {
+    const std::int64_t size = open.layout.isCompressed(TVMETA_XMP) ? 0 : blockSize(open.layout, TVMETA_XMP);
+    if (fields.has(TVMETA_LENS) || size == 0) {
         return;
     }
-    ZeroedBuffer buffer(static_cast<std::size_t>(std::min(packet.size, MaxPacket)));
-    if (!buffer || !readAt(reader, packet.position, buffer.bytes())) {
+    ZeroedBuffer buffer(static_cast<std::size_t>(std::min(size, MaxPacket)));
+    open.layout.isWithoutMemory |= !buffer;
+    if (!buffer || !copyBlock(open, TVMETA_XMP, buffer.bytes())) {
         return;
     }
     const std::string_view text(buffer.text(), buffer.size());
     for (const std::string_view property : {"aux:Lens", "exifEX:LensModel"}) {
-        char lens[sizeof fields.photo.lens];
+        char lens[4 * sizeof fields.photo.lens]; // one that is cut here is cut in the record, too
         TextWriter writer(lens);
-        if (findProperty(text, property, writer) && writer.size() > 0) {
+        if (findProperty(text, property, writer)) {
             return setText(fields, TVMETA_LENS, fields.photo.lens, {lens, writer.written()});
         }
     }
@@ -82,10 +82,13 @@ std::int32_t readPhoto(const tvmeta_Source& source, tvmeta_Photo& photo) {
     const PhotoFields fields{open.reader, tags, photo};
     fillImage(open.layout, fields);
     fields.fill();
-    findLens(open, open.reader, fields);
+    findLens(open, fields);
     fillBlocks(open.layout, photo);
     photo.brokenAt = open.layout.brokenAt;
-    return open.result();
+    if (const std::int32_t failure = open.failure(); failure != TVMETA_OK) {
+        return failure;
+    }
+    return photo.brokenAt >= 0 ? TVMETA_BROKEN : TVMETA_OK;
 }
 
 } // namespace

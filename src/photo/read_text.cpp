@@ -61,11 +61,11 @@ void putWide(std::string_view bytes, int index, TextWriter& writer) {
     }
 }
 
-void putTag(SourceReader& reader, const TagSet& tags, const TextPlace& place, int index, TextWriter& writer) {
+void putTag(OpenPhoto& photo, const TagSet& tags, const TextPlace& place, int index, TextWriter& writer) {
     const tvmeta_Tag* const tag = tags.image(place.tag);
     const tvmeta_Tag* const wide = tags.image(place.wideTag);
     if (tag != nullptr && index == 0 && place.tag == tiff_tag::Rating) {
-        putInteger(reader, *tag, writer);
+        putInteger(photo.reader, *tag, writer);
         return;
     }
     const bool isWide = tag == nullptr || index > 0;
@@ -74,8 +74,13 @@ void putTag(SourceReader& reader, const TagSet& tags, const TextPlace& place, in
         return;
     }
     ZeroedBuffer buffer(static_cast<std::size_t>(std::min<std::uint64_t>(chosen->count, MaxTagText)));
-    const std::string_view text(buffer.text(), readBytes(reader, *chosen, {buffer.text(), buffer.size()}));
-    isWide ? putWide(text, index, writer) : putText(writer, trimmed(text));
+    photo.layout.isWithoutMemory |= !buffer;
+    const std::string_view text(buffer.text(), readBytes(photo.reader, *chosen, {buffer.text(), buffer.size()}));
+    if (isWide) {
+        putWide(text, index, writer);
+    } else {
+        putText(writer, trimmed(chosen->count > text.size() ? wholeCharacters(text) : text));
+    }
 }
 
 void putFirst(OpenPhoto& photo, const TagSet& tags, const TextPlace& place, int index, TextWriter& writer) {
@@ -95,7 +100,7 @@ void putFirst(OpenPhoto& photo, const TagSet& tags, const TextPlace& place, int 
         }
         return;
     }
-    putTag(photo.reader, tags, place, index, writer);
+    putTag(photo, tags, place, index, writer);
 }
 
 } // namespace
@@ -119,8 +124,6 @@ std::int64_t tvmeta_read_text(const tvmeta_Source* source, const tvmeta_Photo*, 
     if (photo.status == TVMETA_OK && (index == 0 || text == TVMETA_TEXT_KEYWORD)) {
         putFirst(photo, tags, Places[text], index, writer);
     }
-    if (photo.reader.failed() || photo.status != TVMETA_OK) {
-        return photo.result();
-    }
-    return static_cast<std::int64_t>(writer.size());
+    const std::int32_t failure = photo.failure();
+    return failure == TVMETA_OK ? static_cast<std::int64_t>(writer.size()) : failure;
 }

@@ -87,6 +87,22 @@ void putText(TextWriter& writer, std::string_view text) {
     }
 }
 
+std::string_view wholeCharacters(std::string_view start) {
+    constexpr std::size_t MaxSequence = 4;
+    for (std::size_t size = 1; size < MaxSequence && size <= start.size(); ++size) {
+        const auto byte = static_cast<unsigned char>(start[start.size() - size]);
+        if (byte >= 0xC0) { // starts a sequence
+            const std::size_t whole = byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+            start.remove_suffix(size < whole ? size : 0);
+            break;
+        }
+        if (byte < 0x80) {
+            break;
+        }
+    }
+    return start;
+}
+
 std::string_view trimmed(std::string_view text) {
     text = text.substr(0, text.find('\0'));
     const std::size_t first = text.find_first_not_of(Space);

@@ -32,6 +32,9 @@ class TextWriter {
 // EXIF and IPTC texts are UTF-8 where they are valid as such, else ISO 8859-1.
 void putText(TextWriter& writer, std::string_view text);
 
+// The start of a longer text without the character that the end cuts.
+std::string_view wholeCharacters(std::string_view start);
+
 // The text up to its first zero byte, without white space at its ends.
 std::string_view trimmed(std::string_view text);
 

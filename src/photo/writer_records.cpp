@@ -1,11 +1,10 @@
 // The records of the writers, from that of a photograph.
 #include "photo/fractions.h"
-#include "support/bytes.h"
+#include "photo/utf8.h"
 #include "tvmeta_photo.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstring>
@@ -49,9 +48,9 @@ void keepFraction(const tvmeta_Photo& photo, int field, const tvmeta_Rational& v
 }
 
 void keepText(const tvmeta_Photo& photo, int field, std::string_view text, std::span<char> room, Clamped& clamped) {
-    const std::size_t size = std::min(text.size(), room.size() - 1);
-    copyBytes(room.data(), text.data(), TVMETA_HAS(&photo, field) ? size : 0);
-    if (size < text.size()) {
+    TextWriter writer(room.first(room.size() - 1));
+    writer.put(TVMETA_HAS(&photo, field) ? text : std::string_view());
+    if (writer.written() < writer.size()) {
         clamped.add(field);
     }
 }
@@ -91,9 +90,19 @@ struct Clock {
     int secondOfDay;
 };
 
-void keepTime(const tvmeta_Photo& photo, char (&text)[20]) {
+// Years from 1 to 9999 have four digits.
+bool isPrintable(std::int64_t seconds) {
+    constexpr std::int64_t First = -62135596800; // 0001-01-01 00:00:00
+    constexpr std::int64_t Last = 253402300799;  // 9999-12-31 23:59:59
+    return seconds >= First && seconds <= Last;
+}
+
+void keepTime(const tvmeta_Photo& photo, char (&text)[20], Clamped& clamped) {
     if (!TVMETA_HAS(&photo, TVMETA_CAPTURE_TIME)) {
         return;
+    }
+    if (!isPrintable(photo.captureTime)) {
+        return clamped.add(TVMETA_CAPTURE_TIME);
     }
     const Clock clock(photo.captureTime);
     clock.putDate(text);
@@ -141,28 +150,39 @@ void keepGroup(double value, std::int32_t (&group)[6]) {
 
 void keepAltitude(double metres, std::int32_t (&altitude)[2]) {
     constexpr std::int64_t Millimetres = 1000;
-    const std::int64_t value = std::llround(std::min(std::fabs(metres), 2e6) * Millimetres);
+    const std::int64_t value = std::llround(std::fabs(metres) * Millimetres);
     const std::int64_t common = std::max<std::int64_t>(std::gcd(value, Millimetres), 1);
     altitude[0] = static_cast<std::int32_t>(std::max<std::int64_t>(value / common, 1)); // 0 would be omitted
     altitude[1] = value == 0 ? INT32_MAX : static_cast<std::int32_t>(Millimetres / common);
 }
 
+// Numbers that are no place, which only a caller can write into the record, are omitted.
 void keepPosition(const tvmeta_Photo& photo, GpsBuf& gps, Clamped& clamped) {
     constexpr double MaxAltitude = 2e6;
     if (TVMETA_HAS(&photo, TVMETA_LATITUDE) && TVMETA_HAS(&photo, TVMETA_LONGITUDE)) {
-        keepGroup(std::fabs(photo.latitude), gps.latitude);
-        keepGroup(std::fabs(photo.longitude), gps.longitude);
-        gps.latitudeRef = photo.latitude < 0.0 ? 'S' : 'N';
-        gps.longitudeRef = photo.longitude < 0.0 ? 'W' : 'E';
+        if (std::fabs(photo.latitude) <= 90.0 && std::fabs(photo.longitude) <= 180.0) {
+            keepGroup(std::fabs(photo.latitude), gps.latitude);
+            keepGroup(std::fabs(photo.longitude), gps.longitude);
+            gps.latitudeRef = photo.latitude < 0.0 ? 'S' : 'N';
+            gps.longitudeRef = photo.longitude < 0.0 ? 'W' : 'E';
+        } else {
+            clamped.add(TVMETA_LATITUDE);
+            clamped.add(TVMETA_LONGITUDE);
+        }
     }
     if (TVMETA_HAS(&photo, TVMETA_ALTITUDE)) {
-        keepAltitude(photo.altitude, gps.altitude);
-        gps.altitudeRef = photo.altitude < 0.0 ? 1 : 0;
-        if (std::fabs(photo.altitude) > MaxAltitude) {
+        if (!(std::fabs(photo.altitude) <= MaxAltitude)) {
             clamped.add(TVMETA_ALTITUDE);
+        }
+        if (!std::isnan(photo.altitude)) {
+            keepAltitude(std::clamp(photo.altitude, -MaxAltitude, MaxAltitude), gps.altitude);
+            gps.altitudeRef = photo.altitude < 0.0 ? 1 : 0;
         }
     }
     if (TVMETA_HAS(&photo, TVMETA_GPS_TIME)) {
+        if (!isPrintable(photo.gpsTime)) {
+            return clamped.add(TVMETA_GPS_TIME);
+        }
         const Clock clock(photo.gpsTime);
         clock.putDate(gps.dateStamp);
         keepGroup(clock.secondOfDay / 3600.0, gps.timeStamp);
@@ -177,7 +197,7 @@ std::int64_t convert(const tvmeta_Photo& photo, MetadataBuf& metadata, GpsBuf& g
     keepFraction(photo, TVMETA_FOCAL_LENGTH, photo.focalLength, metadata.focalLength, clamped);
     keepText(photo, TVMETA_MODEL, textOf(photo.model), metadata.model, clamped);
     keepText(photo, TVMETA_LENS, textOf(photo.lens), metadata.lens, clamped);
-    keepTime(photo, metadata.dateTimeOriginal);
+    keepTime(photo, metadata.dateTimeOriginal, clamped);
     metadata.isoSpeed = std::min(photo.isoSpeed, MaxIsoSpeed);
     if (photo.isoSpeed > MaxIsoSpeed) {
         clamped.add(TVMETA_ISO_SPEED);

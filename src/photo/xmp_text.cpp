@@ -11,8 +11,10 @@ namespace {
 
 constexpr std::size_t NotFound = std::string_view::npos;
 
+constexpr std::string_view Space = " \t\r\n";
+
 constexpr bool endsName(char c) {
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '>' || c == '/' || c == '=';
+    return Space.find(c) != NotFound || c == '>' || c == '/' || c == '=';
 }
 
 std::string_view before(std::string_view text, std::size_t end) {
@@ -48,7 +50,7 @@ void putUnescaped(std::string_view text, TextWriter& writer) {
     constexpr std::size_t MaxReference = 10;
     while (!text.empty()) {
         const std::size_t ampersand = text.find('&');
-        writer.put(before(text, ampersand));
+        putText(writer, before(text, ampersand)); // damaged packets have other encodings
         if (ampersand == NotFound) {
             return;
         }
@@ -81,7 +83,8 @@ std::string_view elementContent(std::string_view text, std::string_view name) {
     return {};
 }
 
-// The text of the item at an index of the array in the content. Of content without an array: the whole, as item 0.
+// The text of the item at an index of the array in the content; empty items do not count. Of content without an array:
+// the whole, as item 0.
 bool putItem(std::string_view content, int index, TextWriter& writer) {
     constexpr std::string_view Item = "<rdf:li";
     std::size_t at = content.find(Item);
@@ -93,40 +96,40 @@ bool putItem(std::string_view content, int index, TextWriter& writer) {
         putUnescaped(text, writer);
         return true;
     }
-    for (; index > 0 && at != NotFound; --index) {
-        at = content.find(Item, at + Item.size());
+    while (at != NotFound) {
+        const std::size_t open = content.find('>', at);
+        const std::size_t value = content.find_first_not_of(Space, open == NotFound ? open : open + 1);
+        if (value == NotFound) {
+            return false;
+        }
+        const bool isEmpty = content[open - 1] == '/' || textFrom(content, value).starts_with("</");
+        if (!isEmpty && index-- == 0) {
+            putUnescaped(trimmed(elementContent(textFrom(content, at + 1), Item.substr(1))), writer);
+            return true;
+        }
+        at = content.find(Item, open);
     }
-    if (at == NotFound) {
-        return false;
-    }
-    putUnescaped(trimmed(elementContent(textFrom(content, at + 1), Item.substr(1))), writer);
-    return true;
+    return false;
 }
 
-bool putAttribute(std::string_view afterName, TextWriter& writer) {
-    std::size_t at = 0;
-    const auto skipSpace = [&] {
-        while (at < afterName.size() && endsName(afterName[at]) && afterName[at] != '>' && afterName[at] != '/' &&
-               afterName[at] != '=') {
-            ++at;
-        }
-    };
-    skipSpace();
-    if (at >= afterName.size() || afterName[at] != '=') {
+// The attribute whose name is before the text.
+bool putAttribute(std::string_view text, TextWriter& writer) {
+    const auto withoutSpace = [](std::string_view t) { return textFrom(t, t.find_first_not_of(Space)); };
+    text = withoutSpace(text);
+    if (!text.starts_with('=')) {
         return false;
     }
-    ++at;
-    skipSpace();
-    if (at >= afterName.size() || (afterName[at] != '"' && afterName[at] != '\'')) {
+    text = withoutSpace(textFrom(text, 1));
+    if (!text.starts_with('"') && !text.starts_with('\'')) {
         return false;
     }
-    const std::string_view value = textFrom(afterName, at + 1);
-    const std::size_t end = value.find(afterName[at]);
+    const std::size_t end = text.find(text.front(), 1);
     if (end == NotFound) {
         return false;
     }
-    putUnescaped(trimmed(before(value, end)), writer);
-    return true;
+    const std::string_view value = trimmed(before(text, end).substr(1));
+    putUnescaped(value, writer);
+    return !value.empty();
 }
 
 } // namespace

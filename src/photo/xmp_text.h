@@ -8,7 +8,8 @@
 namespace tvmeta {
 
 // Writes the value of a property with its usual prefix, as in "dc:title": an attribute, a simple element, or an item of
-// an array by its index. Of alternative languages the first counts. Returns false if there is no such value.
+// an array by its index. Of alternative languages the first counts, and empty values do not. Returns false if there is
+// no such value.
 bool findProperty(std::string_view packet, std::string_view property, TextWriter& writer, int index = 0);
 
 } // namespace tvmeta

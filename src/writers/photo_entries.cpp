@@ -128,8 +128,8 @@ std::int32_t PhotoEntries::load(const tvmeta_Source& photo, KeptValues kept, Los
         for (tvmeta_Tag tag; chooser.next(tag, nullptr); ++count) {
             bytes += tag.count * itemSize(tag.type);
         }
-        if (const std::int32_t result = open.result(); result != TVMETA_OK && result != TVMETA_BROKEN) {
-            return result;
+        if (const std::int32_t failure = open.failure(); failure != TVMETA_OK) {
+            return failure;
         }
     }
     entryBlock_ = ZeroedBuffer(count * sizeof(KeptEntry)); // fewer than 2^18

@@ -1,0 +1,307 @@
+// Sources, records of any size, and the functions beside the record: blocks, texts, tags.
+#include "testing/files.h"
+#include "testing/photo_sources.h"
+#include "testing/photographs_table.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <span>
+
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
+
+using namespace test;
+
+namespace {
+
+TEST(Source, Files) {
+    const TempDir dir;
+    const Bytes photo = cameraTiff(Tiff());
+    const std::string path = dir.write("photo.tif", photo);
+    tvmeta_Source source;
+    ASSERT_EQ(tvmeta_open(path.c_str(), &source), TVMETA_OK);
+    EXPECT_EQ(source.size, std::ssize(photo));
+    Bytes end(10, '\0');
+    EXPECT_EQ(source.read(source.context, source.size - 3, end.data(), 10), 3);
+    EXPECT_EQ(end.substr(0, 3), photo.substr(photo.size() - 3));
+    tvmeta_Photo record = emptyRecord();
+    EXPECT_EQ(tvmeta_read_photo(&source, &record), TVMETA_OK);
+    EXPECT_STREQ(record.model, "TV-100");
+    tvmeta_close(&source);
+    tvmeta_close(&source);
+    EXPECT_EQ(tvmeta_read_photo(&source, &record), TVMETA_BAD_ARGUMENT); // closed
+    tvmeta_close(nullptr);
+
+    EXPECT_EQ(tvmeta_open(dir.write("empty", "").c_str(), &source), TVMETA_OK);
+    EXPECT_EQ(tvmeta_read_photo(&source, &record), TVMETA_UNKNOWN_KIND);
+    tvmeta_close(&source);
+    EXPECT_EQ(tvmeta_open(nullptr, &source), TVMETA_BAD_ARGUMENT);
+    EXPECT_EQ(tvmeta_open(path.c_str(), nullptr), TVMETA_BAD_ARGUMENT);
+    for (const std::string& none : {dir.path("none"), dir.path("")}) { // "": the folder
+        source.read = memorySource(photo).read;
+        EXPECT_EQ(tvmeta_open(none.c_str(), &source), TVMETA_READ_FAILED) << none;
+        EXPECT_EQ(source.read, nullptr);
+    }
+#ifndef _WIN32
+    ASSERT_EQ(mkfifo(dir.path("pipe").c_str(), 0600), 0);
+    for (const std::string& device : {dir.path("pipe"), std::string("/dev/null")}) { // without a writer: must not wait
+        EXPECT_EQ(tvmeta_open(device.c_str(), &source), TVMETA_READ_FAILED) << device;
+    }
+#endif
+}
+
+TEST(Source, Memory) {
+    tvmeta_Source source;
+    EXPECT_EQ(tvmeta_memory(nullptr, 0, &source), TVMETA_OK);
+    tvmeta_Photo record = emptyRecord();
+    EXPECT_EQ(tvmeta_read_photo(&source, &record), TVMETA_UNKNOWN_KIND);
+    EXPECT_EQ(tvmeta_memory(nullptr, 1, &source), TVMETA_BAD_ARGUMENT);
+    EXPECT_EQ(tvmeta_memory("", -1, &source), TVMETA_BAD_ARGUMENT);
+    EXPECT_EQ(tvmeta_memory("", 1, nullptr), TVMETA_BAD_ARGUMENT);
+}
+
+// All functions that read, on one source. Returns their results.
+std::vector<std::int64_t> readAll(const tvmeta_Source& source) {
+    tvmeta_Photo photo = emptyRecord();
+    Bytes buffer(5000, '\0');
+    return {tvmeta_read_photo(&source, &photo), tvmeta_list_tags(&source, nullptr, nullptr, 0),
+            tvmeta_read_block(&source, nullptr, TVMETA_XMP, buffer.data(), std::ssize(buffer)),
+            tvmeta_read_text(&source, nullptr, TVMETA_TEXT_KEYWORD, 1, buffer.data(), std::ssize(buffer))};
+}
+
+// A source that fails at its n-th read, for every n, or returns more bytes than it was asked for.
+TEST(Source, EveryReadFails) {
+    for (const Photograph& photo : photographs()) {
+        for (const auto fault : {CallerSource::Fault::Error, CallerSource::Fault::Excess}) {
+            for (std::size_t function = 0; function < 4; ++function) {
+                bool isDone = false;
+                for (std::int64_t call = 0; !isDone; ++call) {
+                    ASSERT_LT(call, 100) << photo.name;
+                    CallerSource failing(photo.bytes, fault, call);
+                    const tvmeta_Source source = failing.source();
+                    tvmeta_Photo record = emptyRecord();
+                    char buffer[5000];
+                    const std::int64_t result =
+                        function == 0   ? tvmeta_read_photo(&source, &record)
+                        : function == 1 ? tvmeta_list_tags(&source, nullptr, nullptr, 0)
+                        : function == 2
+                            ? tvmeta_read_block(&source, nullptr, TVMETA_XMP, buffer, sizeof buffer)
+                            : tvmeta_read_text(&source, nullptr, TVMETA_TEXT_KEYWORD, 1, buffer, sizeof buffer);
+                    isDone = failing.calls() <= call;
+                    ASSERT_EQ(result == TVMETA_READ_FAILED, !isDone)
+                        << photo.name << ", function " << function << ", read " << call << ": " << result;
+                    ASSERT_FALSE(failing.isMisused()) << photo.name;
+                }
+            }
+        }
+    }
+}
+
+// A read that ends early is the end of the source.
+TEST(Source, ShortReads) {
+    for (const Photograph& photo : photographs()) {
+        for (std::int64_t call = -2; call < 12; ++call) {
+            CallerSource shorter(photo.bytes, CallerSource::Fault::Short, call);
+            for (const std::int64_t result : readAll(shorter.source())) {
+                ASSERT_NE(result, TVMETA_READ_FAILED) << photo.name << ", read " << call;
+            }
+            ASSERT_FALSE(shorter.isMisused());
+        }
+    }
+}
+
+TEST(Source, ImpossibleOnesAreRefused) {
+    const Bytes photo = cameraTiff(Tiff());
+    const tvmeta_Source good = memorySource(photo);
+    tvmeta_Source sources[] = {good, good, good};
+    sources[0].read = nullptr;
+    sources[1].size = -1;
+    sources[2].size = INT64_MAX; // sums of positions would wrap
+    for (const tvmeta_Source& source : sources) {
+        for (const std::int64_t result : readAll(source)) {
+            EXPECT_EQ(result, TVMETA_BAD_ARGUMENT);
+        }
+    }
+    tvmeta_Photo record = emptyRecord();
+    EXPECT_EQ(tvmeta_read_photo(nullptr, &record), TVMETA_BAD_ARGUMENT);
+    EXPECT_EQ(tvmeta_read_photo(&good, nullptr), TVMETA_BAD_ARGUMENT);
+    char text[8];
+    for (const std::int32_t wrong : {-1, TVMETA_BLOCKS + 0, INT32_MAX}) {
+        EXPECT_EQ(tvmeta_read_block(&good, nullptr, wrong, nullptr, 0), TVMETA_BAD_ARGUMENT);
+    }
+    for (const std::int32_t wrong : {-1, TVMETA_TEXT_SOFTWARE + 1, INT32_MIN}) {
+        EXPECT_EQ(tvmeta_read_text(&good, nullptr, wrong, 0, text, 8), TVMETA_BAD_ARGUMENT);
+    }
+    EXPECT_EQ(tvmeta_read_text(&good, nullptr, TVMETA_TEXT_ARTIST, -1, text, 8), TVMETA_BAD_ARGUMENT);
+    EXPECT_EQ(tvmeta_read_text(&good, nullptr, TVMETA_TEXT_ARTIST, 0, text, -1), TVMETA_BAD_ARGUMENT);
+    EXPECT_EQ(tvmeta_read_block(&good, nullptr, TVMETA_XMP, text, -1), TVMETA_BAD_ARGUMENT);
+    EXPECT_EQ(tvmeta_list_tags(&good, nullptr, nullptr, 1), TVMETA_BAD_ARGUMENT);
+}
+
+// A caller that was compiled with another version has a shorter or a longer record.
+TEST(Record, AnySize) {
+    const Bytes bytes = cameraTiff(Tiff());
+    const tvmeta_Source source = memorySource(bytes);
+    tvmeta_Photo whole = emptyRecord();
+    ASSERT_EQ(tvmeta_read_photo(&source, &whole), TVMETA_OK);
+    for (const std::size_t size : {sizeof whole, std::size_t{48}, std::size_t{100}, sizeof whole + 1000}) {
+        std::vector<unsigned char> room(size + 16, 0xA5);
+        const auto recordSize = static_cast<std::uint32_t>(size);
+        std::memcpy(room.data(), &recordSize, sizeof recordSize);
+        whole.recordSize = recordSize;
+        EXPECT_EQ(tvmeta_read_photo(&source, reinterpret_cast<tvmeta_Photo*>(room.data())), TVMETA_OK);
+        EXPECT_EQ(std::memcmp(room.data(), &whole, std::min(size, sizeof whole)), 0) << size;
+        EXPECT_EQ(std::ranges::count(std::span(room).subspan(size), 0xA5), 16) << size;
+        for (std::size_t i = sizeof whole; i < size; ++i) {
+            ASSERT_EQ(room[i], 0);
+        }
+    }
+    for (const std::uint32_t size : {0U, 1U, 47U, 65537U, 0xFFFFFFFFU}) { // and of one that was not initialised
+        tvmeta_Photo record{};
+        record.recordSize = size;
+        record.isoSpeed = 77;
+        EXPECT_EQ(tvmeta_read_photo(&source, &record), TVMETA_BAD_ARGUMENT) << size;
+        EXPECT_EQ(record.isoSpeed, 77);
+    }
+}
+
+// A record of another file leads to other bytes, never outside of the source.
+TEST(Blocks, PlacesOfAnotherFile) {
+    const Bytes bytes = photographs().front().bytes;
+    const tvmeta_Source source = memorySource(bytes);
+    tvmeta_Photo record = emptyRecord();
+    std::array<char, 64> buffer{};
+    record.blocks[TVMETA_XMP] = {std::ssize(bytes) - 10, 64, 1, 0};
+    EXPECT_EQ(tvmeta_read_block(&source, &record, TVMETA_XMP, buffer.data(), 64), TVMETA_BROKEN);
+    record.blocks[TVMETA_XMP] = {INT64_MAX, 64, 1, 0};
+    EXPECT_EQ(tvmeta_read_block(&source, &record, TVMETA_XMP, buffer.data(), 64), TVMETA_BROKEN);
+    EXPECT_EQ(tvmeta_read_block(&source, &record, TVMETA_XMP, buffer.data(), 63), TVMETA_TOO_SMALL);
+    const Bytes compressed = png(pngChunk("iCCP", "name" + zeros(30)));
+    const tvmeta_Source other = memorySource(compressed);
+    EXPECT_EQ(tvmeta_read_block(&other, nullptr, TVMETA_ICC, buffer.data(), 64), TVMETA_REFUSED_KIND);
+    EXPECT_EQ(tvmeta_read_block(&other, nullptr, TVMETA_EXIF, buffer.data(), 64), 0);
+}
+
+// By falling precedence XMP, IPTC, EXIF; whole characters of any encoding; the size of the whole text.
+TEST(Texts, Precedence) {
+    const Tiff t;
+    const auto utf16 = [](const std::string& ascii) {
+        Bytes wide;
+        for (const char c : ascii + '\0') {
+            wide += {c, '\0'};
+        }
+        return wide;
+    };
+    const Bytes keywords = utf16("a;b c");
+    const auto file = [&](const Bytes& packet, const Bytes& iptc, const Entries& more) {
+        Tiff structure;
+        Entries entries = more;
+        if (!packet.empty()) {
+            entries.push_back({700, 1, static_cast<std::uint32_t>(packet.size()), packet});
+        }
+        if (!iptc.empty()) {
+            entries.push_back({33723, 7, static_cast<std::uint32_t>(iptc.size()), iptc});
+        }
+        return structure.finish(structure.add(entries));
+    };
+    const auto list = [](const Bytes& items) {
+        return xmp("<dc:subject><rdf:Bag>" + items + "</rdf:Bag></dc:subject>");
+    };
+    const Bytes sixKeywords = dataset(25, "") + dataset(25, "one") + dataset(25, "two");
+    const Entries exif = {t.textEntry(270, " described "), t.textEntry(305, "TV"),        t.textEntry(315, "J\xF8rn"),
+                          t.shortEntry(18246, 3),          {40091, 1, 10, utf16("five")}, {40094, 1, 12, keywords}};
+    const struct {
+        const char* what;
+        Bytes bytes;
+        int text, index;
+        const char* expected;
+    } cases[] = {
+        {"EXIF", file("", "", exif), TVMETA_TEXT_DESCRIPTION, 0, "described"},
+        {"Latin-1", file("", "", exif), TVMETA_TEXT_ARTIST, 0, "J\xC3\xB8rn"},
+        {"number", file("", "", exif), TVMETA_TEXT_RATING, 0, "3"},
+        {"UTF-16", file("", "", exif), TVMETA_TEXT_TITLE, 0, "five"},
+        {"keyword in UTF-16", file("", "", exif), TVMETA_TEXT_KEYWORD, 1, "b c"},
+        {"after the last keyword", file("", "", exif), TVMETA_TEXT_KEYWORD, 2, ""},
+        {"one description only", file("", "", exif), TVMETA_TEXT_DESCRIPTION, 1, ""},
+        {"IPTC before EXIF", file("", IptcBlock, exif), TVMETA_TEXT_DESCRIPTION, 0, "IPTC caption"},
+        {"empty IPTC keyword", file("", sixKeywords, exif), TVMETA_TEXT_KEYWORD, 1, "two"},
+        {"no IPTC copyright", file("", IptcBlock, {t.textEntry(33432, "c")}), TVMETA_TEXT_COPYRIGHT, 0, "c"},
+        {"XMP before IPTC", file(Packet, IptcBlock, exif), TVMETA_TEXT_TITLE, 0, "Sea & sky"},
+        {"XMP without the property", file(Packet, IptcBlock, exif), TVMETA_TEXT_ARTIST, 0, "IPTC artist"},
+        {"lists do not mix", file(Packet, IptcBlock, exif), TVMETA_TEXT_KEYWORD, 2, ""},
+        {"attribute", file(xmp("", "dc:title = \"a &#x41;&#66;&lt;&no;\""), "", {}), TVMETA_TEXT_TITLE, 0, "a AB<&no;"},
+        {"empty attribute", file(xmp("", "dc:title=''"), IptcBlock, {}), TVMETA_TEXT_TITLE, 0, "IPTC title"},
+        {"element", file(xmp("<xmp:CreatorTool> Tool </xmp:CreatorTool>"), "", exif), TVMETA_TEXT_SOFTWARE, 0, "Tool"},
+        {"other name", file(xmp("<dc:titles>no</dc:titles>"), "", exif), TVMETA_TEXT_TITLE, 0, "five"},
+        {"empty items", file(list("<rdf:li/><rdf:li> </rdf:li><rdf:li>x</rdf:li><rdf:li>y</rdf:li>"), "", {}),
+         TVMETA_TEXT_KEYWORD, 1, "y"},
+        {"unclosed", file(list("<rdf:li>x"), "", {}), TVMETA_TEXT_KEYWORD, 3, ""},
+        {"no UTF-8", file(xmp("<dc:title>J\xF8rn</dc:title>"), "", {}), TVMETA_TEXT_TITLE, 0, "J\xC3\xB8rn"},
+    };
+    for (const auto& test : cases) {
+        const tvmeta_Source source = memorySource(test.bytes);
+        Bytes text(40, '\0');
+        const std::int64_t size = tvmeta_read_text(&source, nullptr, test.text, test.index, text.data(), 40);
+        EXPECT_EQ(text.substr(0, static_cast<std::size_t>(size)), test.expected) << test.what;
+    }
+}
+
+TEST(Texts, CutBetweenCharacters) {
+    const Bytes packet = xmp("<dc:title>\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80!</dc:title>"); // 2 + 3 + 4 + 1 bytes
+    const Bytes bytes = jpeg(xmpSegment(packet));
+    const tvmeta_Source source = memorySource(bytes);
+    constexpr std::int64_t Whole[] = {0, 0, 2, 2, 2, 5, 5, 5, 5, 9, 10, 10};
+    for (std::int64_t capacity = 0; capacity < std::ssize(Whole); ++capacity) {
+        Bytes text(16, '#');
+        EXPECT_EQ(tvmeta_read_text(&source, nullptr, TVMETA_TEXT_TITLE, 0, text.data(), capacity), 10);
+        EXPECT_EQ(text.find('#'), static_cast<std::size_t>(Whole[capacity])) << capacity;
+    }
+    EXPECT_EQ(tvmeta_read_text(&source, nullptr, TVMETA_TEXT_TITLE, 0, nullptr, 99), 10);
+}
+
+// The places are those that `exiftool -v3 examples/scene.jpg` prints.
+TEST(Tags, Places) {
+    tvmeta_Source source;
+    ASSERT_EQ(tvmeta_open(TVMETA_EXAMPLES "/scene.jpg", &source), TVMETA_OK);
+    std::array<tvmeta_Tag, 40> tags{};
+    EXPECT_EQ(tvmeta_list_tags(&source, nullptr, tags.data(), 5), 36);
+    EXPECT_EQ(tags[4].tag, 0x011B);
+    EXPECT_EQ(tags[5].tag, 0);
+    EXPECT_EQ(tvmeta_list_tags(&source, nullptr, tags.data(), std::ssize(tags)), 36);
+    tvmeta_close(&source);
+    const struct {
+        std::size_t index;
+        tvmeta_Tag tag;
+    } expected[] = {
+        {0, {TVMETA_IMAGE, 0x010F, 2, 11, 0x98, 1, 0}},
+        {2, {TVMETA_IMAGE, 0x0112, 3, 1, 0x48, 1, 0}},
+        {8, {TVMETA_IMAGE, 0x8825, 4, 1, 0x90, 1, 0}},
+        {9, {TVMETA_EXIF_DIRECTORY, 0x829A, 5, 1, 0x152, 1, 1}},
+        {13, {TVMETA_EXIF_DIRECTORY, 0x9003, 2, 20, 0x162, 1, 1}},
+        {20, {TVMETA_EXIF_DIRECTORY, 0xA405, 3, 1, 0x14A, 1, 1}},
+        {21, {TVMETA_GPS_DIRECTORY, 0x0000, 1, 4, 0x188, 1, 2}},
+        {23, {TVMETA_GPS_DIRECTORY, 0x0002, 5, 3, 0x1F0, 1, 2}},
+        {30, {TVMETA_THUMBNAIL_IMAGE, 0x0103, 3, 1, 0x256, 1, 3}},
+        {35, {TVMETA_THUMBNAIL_IMAGE, 0x0202, 4, 1, 0x292, 1, 3}},
+    };
+    for (const auto& row : expected) {
+        EXPECT_EQ(std::memcmp(&tags[row.index], &row.tag, sizeof row.tag), 0) << row.index;
+    }
+}
+
+// Values outside of the structure and types that no standard has are listed without a place.
+TEST(Tags, WithoutPlace) {
+    Tiff tiff;
+    const std::uint32_t first = tiff.add({{271, 2, 100, le32(40)}, {272, 99, 1, "x"}, {305, 2, 5, "12345"}});
+    const Bytes bytes = tiff.finish(first);
+    const tvmeta_Source source = memorySource(bytes);
+    std::array<tvmeta_Tag, 3> tags{};
+    EXPECT_EQ(tvmeta_list_tags(&source, nullptr, tags.data(), 3), 3);
+    EXPECT_EQ(tags[0].position, -1);
+    EXPECT_EQ(tags[1].position, -1);
+    EXPECT_EQ(tags[2].position, static_cast<std::int64_t>(bytes.find("12345")));
+}
+
+} // namespace
