@@ -30,7 +30,7 @@
  *   library, errno is not part of a result, and nothing depends on the locale of the process.
  * - Messages: a few failures also print one line to stderr. The line is quoted at the result.
  * - Null pointers: an argument may be null only where its description says so. Elsewhere a null pointer gives
- *   the result listed for it, and nothing is changed.
+ *   the result listed for it; outputs are as after any other failure.
  * - Sizes: offsets, lengths and counts are signed 32-bit numbers of bytes unless stated otherwise. Positions
  *   in files beyond 2 GiB cannot be expressed.
  * - Paths: zero-terminated; UTF-8 on Windows, bytes for the system elsewhere. Name regular files: a FIFO that no

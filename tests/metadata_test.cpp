@@ -224,6 +224,15 @@ TEST(ImageDirectories, InlineCounts) {
     }
 }
 
+// A name in shorts does not reach the field of the next tag.
+TEST(ImageDirectories, ModelIsNoOrientation) {
+    Tiff tiff;
+    const Bytes file = tiff.finish(tiff.add({{272, 3, 2, "AB"}}));
+    EXPECT_EQ(readBytes(file, FILE_TYPE_TIFF).info.orientation, 0);
+    const Bytes both = tiff.finish(tiff.add({tiff.shortEntry(274, 6), {272, 3, 2, "AB"}}));
+    EXPECT_EQ(readBytes(both, FILE_TYPE_TIFF).info.orientation, 6);
+}
+
 // A short name in the second directory overwrites the first bytes of a long one.
 TEST(ImageDirectories, SecondModel) {
     for (const auto& [count, value, model] :

@@ -39,8 +39,14 @@ def comment_tags(comment):
         yield kind, re.sub(r"\\\||\|", "/", " ".join(tail.split()))
 
 
-def code_rows(comment):
+def pointers(declaration):
+    """The arguments of a declaration that can be null."""
+    return re.findall(r"\*\s*(?:const\s+)?(\w+)\s*[,)]|(\w+)\[", declaration)
+
+
+def code_rows(comment, declaration):
     """The rows of a function: (code, meaning)."""
+    nullable = {"".join(names) for names in pointers(declaration)}
     rows = []
     nulls = {}
     for kind, text in comment_tags(comment):
@@ -50,7 +56,8 @@ def code_rows(comment):
         elif kind == "@return":
             rows.append(("", text))
         elif kind == "@param" and (null := re.search(r"[Nn]ull[^:.]*: (-?[0-9]+)", text)):
-            nulls.setdefault(null[1], []).extend(text.split(" ", 1)[0].split(","))
+            names = text.split(" ", 1)[0].split(",")
+            nulls.setdefault(null[1], []).extend(name for name in names if name in nullable)
     return rows + [(f"`{code}`", "null " + ", ".join(f"`{name}`" for name in names)) for code, names in nulls.items()]
 
 
@@ -59,13 +66,13 @@ def codes(header):
     tables = {}
     comment = ""
     text = Path(header).read_text(encoding="utf-8")
-    for part in re.findall(r"^/\*\*.*?\*/|^TVMETA_API [^(]*", text, re.MULTILINE | re.DOTALL):
+    for part in re.findall(r"^/\*\*.*?\*/|^TVMETA_API [^;]*", text, re.MULTILINE | re.DOTALL):
         if part.startswith("/**"):
             comment = part
             continue
-        name = re.search(r"\w+$", part)[0]
+        name = re.search(r"(\w+)\(", part)[1]
         copied = re.search(r"@copydetails (\w+)", comment)
-        tables[name] = (tables[copied[1]] if copied else []) + code_rows(comment)
+        tables[name] = (tables[copied[1]] if copied else []) + code_rows(comment, part)
         first = f"{name}()"
         for code, meaning in tables[name] or [("", "nothing")]:
             yield f"| {first} | {code}{' ' if code else ''}| {meaning} |"

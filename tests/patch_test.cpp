@@ -126,6 +126,7 @@ TEST(Keyword, FollowsItsAnchor) {
         {"after a keyword at the end", caption + first, ""},
         {"an empty dataset at the end does not count", caption, dataset(2, 90, "")},
         {"after an empty dataset", dataset(2, 90, ""), ""},
+        {"a keyword of another record does not count", caption, dataset(3, 25, "other")},
     };
     for (const auto& test : cases) {
         const Bytes block = test.before + test.after;

@@ -32,6 +32,8 @@ TEST(ImageDescription, Fields) {
         {"starts after the last point", lead + "1.5/250s, R30, G30, B30", 30, 5.0F / 250.0F, 400, 2},
         {"after a numerator of 0 the next one is read", lead + "0/5s, R30, G30, B30", 30, 1.0F / 2.0F, 400, 2},
         {"token of seven", lead + "1/250s, R1234567, G30, B30", 0, 0, 0, 0},
+        {"denominator of six", lead + "1/123456s, R30, G30, B30", 30, 1.0F / 123456.0F, 400, 2},
+        {"one byte", "x", 0, 0, 0, 0},
         {"denominator of seven", lead + "1/1234567s, R30, G30, B30", 0, 0, 0, 0},
         {"second slash", lead + "1/2/3s, R30, G30, B30", 30, 1.0F / 193.0F, 400, 2}, // '/' is one below '0'
         {"no colours after B", lead + "1/250s, R30, B30, G30", 30, 0, 0, 0},

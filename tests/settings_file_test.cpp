@@ -275,6 +275,14 @@ TEST(InsertXmp, PlacesTheDescription) {
     }
 }
 
+// The largest code, which names no method: a description without a method and its parameters.
+TEST(InsertXmp, LargestMethodCode) {
+    const Bytes description = "<rdf:Description rdf:about=''\nxmlns:tvtm='http://" + Bytes(Host) +
+                              "/tonalvista_settings01'>\n<tvtm:Version>5.0</tvtm:Version>\n</rdf:Description>\n\n";
+    EXPECT_EQ(insert_xmp(0, INT32_MAX - 200, IntensiveSettings, 0, 0, nullptr), size32(description));
+    EXPECT_EQ(insert_xmp(0, INT32_MAX - 199, IntensiveSettings, 0, 0, nullptr), -1);
+}
+
 // An opening at the end of 2^31 - 1 bytes: the negated end offset of the next search does not fit in 32 bits.
 TEST(InsertXmp, LargestPacket) {
     constexpr std::size_t Size = INT32_MAX;

@@ -182,6 +182,8 @@ TEST(Parameters, ValuesByFormAndVersion) {
         {"word Low", details, "Details Enhancer", "2.4", element("Microcontrast", "Low"), 6, -9.0F},
         {"word Very Low", details, "Details Enhancer", "2.4", element("Microcontrast", "Very Low"), 6, -10.0F},
         {"word in old packets", details, "Details Enhancer", "2.4", element("Microcontrast", "Medium Low"), 6, -6.0F},
+        {"word of another parameter", details, "Details Enhancer", "2.4", element("Microcontrast", "Light"), 6,
+         Untouched},
         {"shorter word", details, "Details Enhancer", "2.0", element("Microcontrast", "Medium"), 6, -2.0F},
         {"number from 2.5 on", details, "Details Enhancer", "2.5", element("Microcontrast", "-3.9"), 6, -3.0F},
         {"number in 1.5", details, "Details Enhancer", "1.5", element("Microcontrast", "-3.9"), 6, -3.0F},
@@ -279,6 +281,19 @@ TEST(Parameters, TagAtTheEndOfTheText) {
     Slots slots;
     EXPECT_GT(parse(METHOD_DETAILS_ENHANCER, text, slots), 46);
     EXPECT_EQ(slots[DETAILS_ENHANCER_STRENGTH], Untouched);
+    // Without a value a panorama is none, and the gamma is not the one of a packet without its tag.
+    const struct {
+        const char* name;
+        int slot;
+        float value;
+    } cases[] = {{"IsPano360", DETAILS_ENHANCER_IS_PANO_360, 0.0F}, {"Gamma", DETAILS_ENHANCER_GAMMA, Untouched}};
+    for (const auto& test : cases) {
+        const Bytes tag = Bytes("tvtm:") + test.name;
+        const Bytes cut = cutAfter(elementPacket("Details Enhancer", element(test.name, "7")), tag.c_str());
+        Slots values;
+        EXPECT_GT(parse(METHOD_DETAILS_ENHANCER, cut, values), 46) << test.name;
+        EXPECT_EQ(values[static_cast<std::size_t>(test.slot)], test.value) << test.name;
+    }
 }
 
 TEST(Parameters, SmoothingFollowsItsMode) {

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <span>
 #include <string_view>
 
 namespace tvmeta {
@@ -18,7 +19,10 @@ class TextEdits {
     // Replaces [begin, end), which no other edit touches, by a text that must outlive this object.
     void replace(std::size_t begin, std::size_t end, std::string_view by) {
         if (count_ < edits_.size()) {
-            edits_[count_++] = {begin, end, by};
+            const auto edits = std::span(edits_).first(++count_);
+            const auto place = std::ranges::upper_bound(edits.first(count_ - 1), begin, {}, &Edit::begin);
+            std::shift_right(place, edits.end(), 1);
+            *place = {begin, end, by};
         }
     }
     void insert(std::size_t place, std::string_view text) { replace(place, place, text); }
@@ -26,7 +30,6 @@ class TextEdits {
     // The text with all edits. Its size is 0 without memory.
     ZeroedBuffer apply() {
         const auto edits = std::span(edits_).first(count_);
-        std::ranges::stable_sort(edits, {}, &Edit::begin);
         std::size_t size = text_.size();
         for (const Edit& edit : edits) {
             size += edit.by.size();
@@ -55,7 +58,7 @@ class TextEdits {
     };
 
     std::string_view text_;
-    std::array<Edit, 16> edits_;
+    std::array<Edit, 16> edits_; // sorted by place; edits of one place in the order of their calls
     std::size_t count_ = 0;
 };
 
