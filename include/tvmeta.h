@@ -49,7 +49,7 @@
 #include <time.h>
 
 #define TVMETA_VERSION_MAJOR 1 /**< version of this header; incremented for incompatible changes */
-#define TVMETA_VERSION_MINOR 1 /**< incremented for additions */
+#define TVMETA_VERSION_MINOR 2 /**< incremented for additions */
 #define TVMETA_VERSION_PATCH 0 /**< incremented for bug fixes */
 
 #if defined(TVMETA_STATIC)
