@@ -136,6 +136,7 @@ void printShot(Format format, const Shot& shot, const FieldList& fields) {
 }
 
 constexpr std::string_view SinceFirst = "secondsSinceFirst";
+constexpr std::string_view GainMap = "gainMap";
 
 // JSON and CSV are written while files are being read, unless a field or the order depends on all files.
 bool isStreamed(const Options& options, Format format) {
@@ -146,9 +147,13 @@ bool isStreamed(const Options& options, Format format) {
 
 FieldList chosenFields(const Options& options, Format format) {
     FieldList fields;
-    if (options.fields.empty() && format != Format::Table) {
+    const bool areAllNamed = options.fields == std::vector<std::string>{"all"};
+    if (areAllNamed || (options.fields.empty() && format != Format::Table)) {
         for (const Field& field : allFields()) {
-            if (field.key != SinceFirst || !isStreamed(options, format)) {
+            const bool isLate = field.key == SinceFirst && isStreamed(options, format);
+            const bool isSlow =
+                field.key == GainMap && format != Format::List && !areAllNamed; // reads 256 KiB of a JPEG
+            if (!isLate && !isSlow) {
                 fields.push_back(&field);
             }
         }
@@ -255,7 +260,7 @@ Command infoCommand() {
                  .excludes = {"--json", "--csv"}},
                 {.names = {"--fields"},
                  .target = &options->fields,
-                 .help = "Fields to show, from the list below",
+                 .help = "Fields to show, from the list below, or 'all'",
                  .value = "NAME,...",
                  .separator = ',',
                  .suggest = suggestFields},
