@@ -8,9 +8,9 @@ import subprocess
 from datetime import datetime
 from typing import Iterable, NamedTuple, Optional, Union
 
-from ._values import date_time
+from ._sources import PathLike, library_path
 from .errors import Error
-from .photo import PathLike, Photo, library_path
+from .photo import Photo
 
 
 class BracketSet(NamedTuple):
@@ -52,7 +52,7 @@ def brackets(
     The rules are those of the command `tvmeta brackets`, which does the work, so that there is one
     implementation: the tool must be on PATH, or TVMETA_TOOL must name it. It reads the files again.
     """
-    paths = [library_path(photo.path if isinstance(photo, Photo) else photo)[1] for photo in photos]
+    paths = [library_path((photo.path or "") if isinstance(photo, Photo) else photo)[1] for photo in photos]
     if not paths:
         return []
     options = [f"--gap={gap}"] + ([f"--count={count}"] if count is not None else [])
@@ -66,7 +66,7 @@ def brackets(
             record["ev"],
             record["offsets"],
             record["range"],
-            date_time(record["taken"].encode()),
+            datetime.strptime(record["taken"], "%Y:%m:%d %H:%M:%S"),
             record.get("camera"),
             record.get("focalLength"),
         )
