@@ -10,7 +10,7 @@ its own folder, else the system's libtvmeta.so.1.
 """
 
 from . import _library
-from ._brackets import BracketSet, brackets
+from ._brackets import BracketFailure, Brackets, BracketSet, brackets
 from .enums import Block, Directory, LossReason, Method, Orientation
 from .errors import Error, FileError, FormatError
 from .hdr import HdrStatistics, hdr_statistics
@@ -22,7 +22,9 @@ __version__: str = _library.library.tvmeta_version().decode()
 
 __all__ = [
     "Block",
+    "BracketFailure",
     "BracketSet",
+    "Brackets",
     "Directory",
     "Error",
     "FileError",

@@ -35,11 +35,11 @@ def name_fields(name: bytes) -> dict[str, Value]:
 
 
 def _decimal(value: Optional[SupportsFloat]) -> Optional[float]:
-    return None if value is None else _shortest(float(value))
+    return None if value is None else shortest(float(value))
 
 
 @lru_cache(maxsize=4096)  # photographs share few exposures
-def _shortest(value: float) -> float:
+def shortest(value: float) -> float:
     """Return the shortest decimal number that is the same single-precision number, such as 0.008 for 1/125."""
     packed = struct.pack("f", value)
     (single,) = struct.unpack("f", packed)

@@ -36,6 +36,13 @@ _SIGNATURES: dict[str, tuple[Optional[type], Sequence[object]]] = {
     "tvmeta_read_block": (c_int64, [_SOURCE, _PHOTO, c_int32, c_void_p, c_int64]),
     "tvmeta_read_text": (c_int64, [_SOURCE, _PHOTO, c_int32, c_int32, c_char_p, c_int64]),
     "tvmeta_list_tags": (c_int64, [_SOURCE, _PHOTO, POINTER(records.Tag), c_int64]),
+    "tvmeta_shot": (c_int32, [_PHOTO, c_char_p, c_char_p, POINTER(records.Shot)]),
+    "tvmeta_evidence_text": (c_char_p, [c_int32]),
+    "tvmeta_find_brackets": (
+        c_int64,
+        [POINTER(records.Shot), c_int64, POINTER(records.BracketOptions)]
+        + [POINTER(records.BracketMember), POINTER(records.BracketSet)],
+    ),
     "tvmeta_save_tiff": (c_int32, [POINTER(records.Result), POINTER(records.Loss), c_int32]),
 }
 
@@ -70,7 +77,8 @@ def _load() -> CDLL:
     return library
 
 
-assert (sizeof(records.Photo), sizeof(records.Tag), sizeof(records.Result)) == (672, 32, 152)
+_SIZES = {records.Photo: 672, records.Tag: 32, records.Result: 152, records.Shot: 104, records.BracketSet: 40}
+assert all(sizeof(record) == size for record, size in _SIZES.items())
 
 library = _load()
 

@@ -117,6 +117,59 @@ class Loss(Structure):
     _fields_ = [("directory", c_int32), ("tag", c_int32), ("reason", c_int32)]
 
 
+class Shot(Structure):
+    """What grouping needs of one file: tvmeta_Shot."""
+
+    _fields_ = [
+        ("recordSize", c_uint32),
+        ("format", c_int32),
+        ("folder", c_void_p),
+        ("name", c_void_p),
+        ("camera", c_uint64),
+        ("serialNumber", c_uint64),
+        ("present", c_uint64),
+        ("captureTime", c_int64),
+        ("captureNanoseconds", c_int32),
+        ("utcOffset", c_int32),
+        ("exposureTime", c_float),
+        ("fNumber", c_float),
+        ("isoSpeed", c_float),
+        ("exposureBias", c_float),
+        ("focalLength", c_float),
+        ("exposureMode", c_int32),
+        ("width", c_int32),
+        ("height", c_int32),
+        ("orientation", c_int32),
+        ("hidesBrackets", c_int32),
+    ]
+
+
+class BracketOptions(Structure):
+    """How to group: tvmeta_BracketOptions."""
+
+    _fields_ = [("recordSize", c_uint32), ("count", c_int32), ("gap", c_double)]
+
+
+class BracketMember(Structure):
+    """The place of one file: tvmeta_BracketMember."""
+
+    _fields_ = [("set", c_int64), ("place", c_int64), ("leader", c_int64), ("offset", c_double)]
+
+
+class BracketSet(Structure):
+    """One set: tvmeta_BracketSet."""
+
+    _fields_ = [
+        ("recordSize", c_uint32),
+        ("confidence", c_int32),
+        ("shots", c_int64),
+        ("expectedShots", c_int64),
+        ("longestPause", c_double),
+        ("evidence", c_int32),
+        ("reserved", c_int32),
+    ]
+
+
 class Parameter(Structure):
     """One parameter of a method: tvmeta_Parameter of the header."""
 

@@ -8,7 +8,7 @@ from ctypes import byref, create_string_buffer, get_errno, sizeof
 from dataclasses import dataclass, field
 from datetime import datetime, timedelta, timezone
 from fractions import Fraction
-from typing import Any, Callable, NamedTuple, Optional
+from typing import Any, Callable, NamedTuple, Optional, Union
 
 from . import _records as records
 from ._fields import FIELDS, Value, name_fields
@@ -39,6 +39,17 @@ def _time(seconds: int, nanoseconds: int = 0) -> Optional[datetime]:
         return None
 
 
+def capture_time(record: Union[records.Photo, records.Shot]) -> Optional[datetime]:
+    """Return the capture time of a record; None if it has none."""
+    has_time = record.present >> _VALUES.index("taken") & 1
+    return _time(record.captureTime, record.captureNanoseconds) if has_time else None
+
+
+def damage_text(position: int) -> Optional[str]:
+    """Describe the damage at a position; None for -1."""
+    return None if position < 0 else f"damaged at byte {position}; the rest was read"
+
+
 def _gps_time(record: records.Photo) -> Optional[datetime]:
     time = _time(record.gpsTime)
     return time and time.replace(tzinfo=timezone.utc)
@@ -46,7 +57,7 @@ def _gps_time(record: records.Photo) -> Optional[datetime]:
 
 _CONVERTED: dict[str, Callable[[records.Photo], object]] = {
     "orientation": lambda record: Orientation(record.orientation),
-    "taken": lambda record: _time(record.captureTime, record.captureNanoseconds),
+    "taken": capture_time,
     "sub_second": lambda record: f"{record.captureNanoseconds:09}"[: record.subSecondDigits],
     "utc_offset": lambda record: timedelta(minutes=record.utcOffset),
     "gps_time": _gps_time,
@@ -128,7 +139,7 @@ class Photo:
     @property
     def damage(self) -> Optional[str]:
         """Describe the damage of a file of which a part could be read."""
-        return None if self.broken_at is None else f"damaged at byte {self.broken_at}; the rest was read"
+        return None if self.broken_at is None else damage_text(self.broken_at)
 
     def fields(self) -> dict[str, Value]:
         """Return the object that `tvmeta info --json` writes: without the values that the file lacks."""
@@ -258,6 +269,15 @@ def _values(record: records.Photo) -> dict[str, Any]:
     return values
 
 
+def read_record(path: Optional[AnyPath], source: records.Source) -> records.Photo:
+    """Return the library's record of a photograph."""
+    record = _new_record()
+    code = library.tvmeta_read_photo(source, byref(record))
+    if code not in (_OK, _BROKEN):
+        raise failure(path, code, _kind(source, record, code) if code in (UNKNOWN_KIND, _REFUSED_KIND) else "")
+    return record
+
+
 def read(photograph: Readable) -> Photo:
     """Read the metadata of a photograph; its first bytes decide which kind it is.
 
@@ -270,10 +290,7 @@ def read(photograph: Readable) -> Photo:
     """
     path = path_of(photograph)
     with opened(photograph) as source:
-        record = _new_record()
-        code = library.tvmeta_read_photo(source, byref(record))
-        if code not in (_OK, _BROKEN):
-            raise failure(path, code, _kind(source, record, code) if code in (UNKNOWN_KIND, _REFUSED_KIND) else "")
+        record = read_record(path, source)
         texts = _texts(source, record)
     return Photo(
         path=path,
