@@ -28,7 +28,7 @@ class BracketSet(NamedTuple):
     taken: Optional[datetime]
     camera: Optional[str]
     focal_length: Optional[float]  # millimetres
-    expected: int  # photographs of a complete set; 0 if that is unknown
+    expected: int  # photographs of the complete set; 0 if that is unknown
     evidence: str  # why this is a set, such as "exposure mode 2, bias varies"
     all_files: list[bytes]  # also the JPEG files of raw files
 
@@ -97,14 +97,13 @@ def _exposure_value(shot: records.Shot) -> Optional[float]:
 def _sets(shots: Shots, gap: Optional[float], count: Optional[int]) -> list[BracketSet]:
     members, sets = shots.find(gap, count)
     every, found = shots.array(), []
-    leaders: list[list[int]] = [[0] * group.shots for group in sets]
-    files: list[list[bytes]] = [[] for _ in sets]
+    files: list[list[tuple[int, bool, bytes, int]]] = [[] for _ in sets]  # with their order
     for index, member in enumerate(members):
         if member.set >= 0:
-            files[member.set].append(shots.paths[index])
-            if member.leader == index:
-                leaders[member.set][member.place] = index
-    for group, indices, names in zip(sets, leaders, files):
+            files[member.set].append((member.place, member.leader != index, shots.paths[index], index))
+    for group, unordered in zip(sets, files):
+        ordered = sorted(unordered)
+        indices = [index for _, is_follower, _, index in ordered if not is_follower]
         offsets = [round(members[index].offset, 2) + 0.0 for index in indices]
         first = every[indices[0]]
         found.append(
@@ -118,7 +117,7 @@ def _sets(shots: Shots, gap: Optional[float], count: Optional[int]) -> list[Brac
                 focal_length=shortest(first.focalLength) if first.present >> _FOCAL_LENGTH & 1 else None,
                 expected=group.expectedShots,
                 evidence=library.tvmeta_evidence_text(group.evidence).decode(),
-                all_files=names,
+                all_files=[path for _, _, path, _ in ordered],
             )
         )
     return found

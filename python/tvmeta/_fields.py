@@ -26,7 +26,7 @@ class Field(NamedTuple):
     value: Callable[[Photo], Value]
 
 
-def name_fields(name: bytes) -> dict[str, Value]:
+def name_fields(name: bytes) -> dict[str, str]:
     """Return a path as text, and as base64 too if it is not UTF-8."""
     shown = name.decode("utf-8", "replace")
     if shown.encode() == name:

@@ -54,7 +54,7 @@ def _keep_attributes(target: bytes, former: os.stat_result, descriptor: int) -> 
     os.fchmod(descriptor, permissions)
 
 
-def _synchronise_folder(folder: bytes) -> None:
+def synchronise_folder(folder: bytes) -> None:
     """Make a renaming survive a power cut, where the file system can do this."""
     with suppress(OSError):
         descriptor = os.open(folder or b".", os.O_RDONLY | os.O_DIRECTORY | os.O_CLOEXEC)
@@ -86,7 +86,7 @@ def replaced(path: AnyPath) -> Iterator[tuple[int, bytes]]:
             os.close(descriptor)
         os.replace(name, target)
         temporary = None
-        _synchronise_folder(os.path.dirname(target))
+        synchronise_folder(os.path.dirname(target))
     except Error:
         raise
     except OSError as error:

@@ -24,7 +24,7 @@ _USUAL_TEXT = 256  # bytes
 _MAX_KEYWORDS = 1000  # each is a search in the whole packet
 
 # Values by their bits in the masks of the record. Values without a row in _CONVERTED have the members' names.
-_VALUES = (
+VALUES = (
     *("size", "orientation", "make", "model", "lens", "serial_number", "exposure_time", "f_number", "iso_speed"),
     *("exposure_bias", "exposure_mode", "exposure_program", "metering_mode", "flash", "white_balance"),
     *("focal_length", "focal_length_35mm", "taken", "sub_second", "utc_offset"),
@@ -41,7 +41,7 @@ def _time(seconds: int, nanoseconds: int = 0) -> Optional[datetime]:
 
 def capture_time(record: Union[records.Photo, records.Shot]) -> Optional[datetime]:
     """Return the capture time of a record; None if it has none."""
-    has_time = record.present >> _VALUES.index("taken") & 1
+    has_time = record.present >> VALUES.index("taken") & 1
     return _time(record.captureTime, record.captureNanoseconds) if has_time else None
 
 
@@ -69,7 +69,7 @@ def _member(name: str) -> str:
     return first + "".join(word.capitalize() for word in rest)
 
 
-_MEMBERS = {name: _member(name) for name in _VALUES}
+_MEMBERS = {name: _member(name) for name in VALUES}
 
 
 class Tag(NamedTuple):
@@ -144,7 +144,9 @@ class Photo:
     def fields(self) -> dict[str, Value]:
         """Return the object that `tvmeta info --json` writes: without the values that the file lacks."""
         found = ((name, value(self)) for name, _, value in FIELDS)
-        named = {} if self.path is None else name_fields(os.fsencode(self.path))
+        named: dict[str, Value] = {}
+        if self.path is not None:
+            named.update(name_fields(os.fsencode(self.path)))
         return {**named, **{name: value for name, value in found if value is not None}}
 
     def exif(self) -> bytes:
@@ -258,7 +260,7 @@ def _value(record: records.Photo, name: str) -> object:
 
 
 def _names(mask: int) -> list[str]:
-    return [name for bit, name in enumerate(_VALUES) if mask >> bit & 1]
+    return [name for bit, name in enumerate(VALUES) if mask >> bit & 1]
 
 
 def _values(record: records.Photo) -> dict[str, Any]:
