@@ -229,21 +229,19 @@ def _kind(source: records.Source, record: records.Photo, code: int) -> str:
     return "not a photograph: " + (f"starts with {start.raw[:count].hex(' ')}" if count > 0 else "empty")
 
 
-def _text(source: records.Source, record: records.Photo, text: int, index: int = 0) -> str:
-    size = _USUAL_TEXT
-    while True:
-        buffer = create_string_buffer(size)
-        found = library.tvmeta_read_text(source, record, text, index, buffer, size)
-        if found <= size:
-            return buffer.raw[: max(found, 0)].decode("utf-8", "replace")
-        size = found
-
-
 def _texts(source: records.Source, record: records.Photo) -> dict[str, Any]:
-    texts: dict[str, Any] = {name: _text(source, record, number) or None for number, name in enumerate(_TEXTS)}
+    usual = create_string_buffer(_USUAL_TEXT)
+
+    def text_of(text: int, index: int = 0) -> str:
+        buffer, size = usual, _USUAL_TEXT
+        while (found := library.tvmeta_read_text(source, record, text, index, buffer, size)) > size:
+            buffer, size = create_string_buffer(found), found
+        return buffer.raw[:found].decode("utf-8", "replace") if found > 0 else ""
+
+    texts: dict[str, Any] = {name: text_of(number) or None for number, name in enumerate(_TEXTS)}
     keywords = [texts["keywords"]] if texts["keywords"] else []
     while keywords and len(keywords) < _MAX_KEYWORDS and keywords[-1]:
-        keywords.append(_text(source, record, _TEXTS.index("keywords"), len(keywords)))
+        keywords.append(text_of(_TEXTS.index("keywords"), len(keywords)))
     stars = re.match(r"-?[0-9]{1,18}(?![0-9])", texts["rating"] or "")
     return {**texts, "keywords": tuple(filter(None, keywords)), "rating": int(stars.group()) if stars else None}
 
