@@ -288,8 +288,9 @@ def test_fields_are_those_of_the_tool(tmp_path, make_photo):
         make_photo(*tags, name=f"{number}.jpg")
     for name, content in BLOCKS.items():
         (tmp_path / name).write_bytes(content)
-    with open(os.path.join(os.fsencode(tmp_path), b"caf\xe9.jpg"), "wb") as file:
-        file.write(SCENE.read_bytes())
+    for name in (b"caf\xe9", b"new\nline", "ot\u202eher".encode(), "no\u00a0break \u200d".encode()):
+        with open(os.path.join(os.fsencode(tmp_path), name), "wb") as file:
+            file.write(SCENE.read_bytes())
     builder = os.environ.get("TVMETA_PHOTOGRAPH_FILES")  # of every container
     if builder:
         subprocess.run([builder, tmp_path], check=True)

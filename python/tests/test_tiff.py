@@ -13,6 +13,7 @@ from pathlib import Path
 
 import numpy
 import pytest
+import typed_use
 from conftest import SCENE, pixels_of, tags_of
 
 import tvmeta
@@ -204,6 +205,10 @@ def test_photo_of_any_source_and_losses(tmp_path, make_photo, given):
     assert lost == [(tvmeta.Directory.IMAGE, 0xFDE8, tvmeta.LossReason.PRIVATE)]
     tags = tags_of(tmp_path / "result.tif")
     assert (tags["Model"], tags["Title"]) == ("Z", "one")
+
+
+def test_a_program_with_types(tmp_path):
+    assert typed_use.use(SCENE, tmp_path / "result.tif") == []
 
 
 def test_a_result_replaces_its_own_photograph(tmp_path):

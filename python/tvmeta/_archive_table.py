@@ -40,7 +40,7 @@ class Column(NamedTuple):
 
 COLUMNS = (
     Column("file", "text"),  # path relative to the top folder
-    Column("fileBytes", "text"),  # in base64, if the name is not UTF-8
+    Column("fileBytes", "text"),  # in base64, if the name is not printable UTF-8
     Column("size", "integer"),  # bytes; 0 if the system refused the file
     Column("mtime", "integer"),  # nanoseconds since 1970; 0 if the system refused the file
     Column("failure", "text"),  # why the file, or a part of it, cannot be read

@@ -8,6 +8,7 @@ import struct
 from datetime import datetime, timedelta
 from functools import lru_cache
 from typing import TYPE_CHECKING, Callable, NamedTuple, Optional, SupportsFloat, Union, cast
+from unicodedata import category
 
 from .enums import Block
 
@@ -15,6 +16,8 @@ if TYPE_CHECKING:
     from .photo import Photo
 
 Value = Union[str, int, float, list[str], None]
+_NOT_PRINTABLE = ("Cc", "Cn", "Zl", "Zp")  # for a terminal
+_TURNING = "\u061c\u200e\u200f\u202a\u202b\u202c\u202d\u202e\u2066\u2067\u2068\u2069"  # the writing direction
 _DERIVED = {"exposure_time": "exposureTime", "f_number": "fNumber", "iso_speed": "isoSpeed"}
 
 
@@ -26,10 +29,14 @@ class Field(NamedTuple):
     value: Callable[[Photo], Value]
 
 
+def _is_printable(text: str) -> bool:
+    return text.isprintable() or not any(category(c) in _NOT_PRINTABLE or c in _TURNING for c in text)
+
+
 def name_fields(name: bytes) -> dict[str, str]:
-    """Return a path as text, and as base64 too if it is not UTF-8."""
+    """Return a path as text, and as base64 too if it is not printable UTF-8."""
     shown = name.decode("utf-8", "replace")
-    if shown.encode() == name:
+    if shown.encode() == name and _is_printable(shown):
         return {"file": shown}
     return {"file": shown, "fileBytes": base64.b64encode(name).decode()}
 
