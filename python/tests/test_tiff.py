@@ -87,6 +87,7 @@ REFUSED = {
     "resolution": (GREY.astype("u1"), {"resolution": 2147484}, ValueError, "resolution"),
     "orientation": (GREY.astype("u1"), {"orientation": 9}, ValueError, "orientation"),
     "grey profile": (BASE.astype("u1"), {"icc": bytes(16) + b"GRAY" + bytes(200)}, ValueError, "icc"),
+    "one text": (GREY.astype("u1"), {"keywords": "sun"}, TypeError, "sequence of texts"),
     "empty keyword": (GREY.astype("u1"), {"keywords": [""]}, ValueError, "keywords"),
     "long keyword": (GREY.astype("u1"), {"keywords": ["x" * 32768]}, ValueError, "32768 bytes"),
     "null byte": (GREY.astype("u1"), {"software": "a\0b"}, ValueError, "software"),

@@ -137,6 +137,8 @@ def save_tiff(
         raise ValueError(f"resolution: 1 to {_MAX_RESOLUTION} is required, not {resolution}")
     if not 1 <= orientation <= 8:
         raise ValueError(f"orientation: 1 to 8 is required, not {orientation}")
+    if isinstance(keywords, str):
+        raise TypeError("keywords: a sequence of texts is required, not a text")
     words = [_keyword(word) for word in keywords]
     result = records.Result(
         **picture,
