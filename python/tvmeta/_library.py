@@ -11,7 +11,7 @@ from typing import Optional, Sequence
 from . import _records as records
 
 NAME = "libtvmeta.1.dylib" if sys.platform == "darwin" else "libtvmeta.so.1"
-VERSION = (1, 1)  # major: equal; minor: at least
+VERSION = (1, 2)  # major: equal; minor: at least
 
 _SOURCE = POINTER(records.Source)
 _PHOTO = POINTER(records.Photo)
