@@ -197,7 +197,8 @@ PHOTOS = {"Photo": tvmeta.read, "path": str, "bytes": Path.read_bytes, "file": l
 
 
 @pytest.mark.parametrize("given", PHOTOS.values(), ids=PHOTOS.keys())
-def test_photo_of_any_source_and_losses(tmp_path, make_photo, given):
+def test_photo_of_any_source_and_losses(tmp_path, make_photo, monkeypatch, given):
+    monkeypatch.setattr(tvmeta.tiff, "_USUAL_LOSSES", 0)  # more losses than there is room for
     source = make_photo("-Model=Z", "-PrintIM=", "-XMP-dc:Title=one", name="one.jpg")
     data = source.read_bytes()
     at = data.index(b"Exif\0\0")  # an entry of a private tag in place of that of YCbCrPositioning
@@ -206,6 +207,13 @@ def test_photo_of_any_source_and_losses(tmp_path, make_photo, given):
     assert lost == [(tvmeta.Directory.IMAGE, 0xFDE8, tvmeta.LossReason.PRIVATE)]
     tags = tags_of(tmp_path / "result.tif")
     assert (tags["Model"], tags["Title"]) == ("Z", "one")
+
+
+def test_a_block_is_lost(tmp_path):
+    block = b"\x1c\x01\x5a\0\x03\x1b.A\x1c\x02\x19\0\x03one"  # of another encoding than UTF-8
+    tvmeta.save_tiff(tmp_path / "photo.tif", GREY.astype("u1"), iptc=block)
+    lost = tvmeta.save_tiff(tmp_path / "a.tif", GREY.astype("u1"), photo=tmp_path / "photo.tif", keywords=["käfer"])
+    assert lost == [(tvmeta.Block.IPTC, 0, tvmeta.LossReason.CLAMPED)]
 
 
 def test_a_program_with_types(tmp_path):
@@ -236,6 +244,10 @@ def test_replaced_files_keep_their_attributes(tmp_path, write):
     path.write_bytes(b"old")
     if os.geteuid() == 0:
         os.chown(path, 1234, 2345)
+    path.chmod(0o646)  # neither that of new files nor that of temporary ones
+    write(path)
+    assert path.stat().st_mode & 0o777 == 0o646
+    path.write_bytes(b"old")
     path.chmod(0o640)
     for name, value in (("user.note", b"kept"), ("system.posix_acl_access", ACCESS)):
         with suppress(OSError):  # not on every file system
