@@ -4,48 +4,39 @@
 The library is the one named by --library, else by the environment variable TVMETA_LIBRARY, else an installed one."""
 
 import argparse
-import ctypes
 import ctypes.util
+import datetime
 import os
 import sys
-from ctypes import POINTER, c_char, c_char_p, c_float, c_int32, c_uint8, c_uint32
+from ctypes import POINTER, c_char, c_double, c_int32, c_int64, c_uint32, c_uint64
 
-FILE_TYPES = {".jpg": 1, ".jpeg": 1, ".psd": 2}  # FILE_TYPE_TIFF, which is 0, for any other
+TAKEN, LATITUDE, LONGITUDE = 17, 20, 21  # bits of `present`
 
 
-class ExifInfo(ctypes.Structure):
-    """The record of tvmeta.h, member by member."""
+class Source(ctypes.Structure):
+    _fields_ = [("context", ctypes.c_void_p), ("size", c_int64), ("read", ctypes.c_void_p), ("close", ctypes.c_void_p)]
+
+
+class Rational(ctypes.Structure):
+    _fields_ = [("numerator", c_int64), ("denominator", c_int64)]
+
+
+class Photo(ctypes.Structure):
+    """The record of tvmeta_photo.h, member by member, up to those that are printed."""
 
     _fields_ = [
-        ("exposureSource", c_int32),
-        ("exposureTime", c_float),
-        ("fNumber", c_float),
-        ("isoSpeed", c_int32),
-        ("focalLength", c_float),
-        ("focalLength35mm", c_int32),
-        ("focalPlaneXResolution", c_float),
-        ("focalPlaneResolutionUnit", c_int32),
-        ("model", c_char * 64),
-        ("dateTimeOriginal", c_char * 20),
-        ("thumbnailWidth", c_int32),
-        ("thumbnailHeight", c_int32),
-        ("thumbnailRowBytes", c_int32),
-        ("thumbnailLength", c_int32),
-        ("thumbnailOffset", c_int32),
-        ("orientation", c_int32),
-        ("iptcLength", c_int32),
-        ("iptcOffset", c_int32),
-        ("gpsLatitudeRef", c_char),
-        ("gpsLatitude", c_uint32 * 6),
-        ("gpsLongitudeRef", c_char),
-        ("gpsLongitude", c_uint32 * 6),
-        ("gpsAltitudeRef", c_uint8),
-        ("gpsAltitude", c_uint32 * 2),
-        ("gpsTimeStamp", c_uint32 * 6),
-        ("gpsDateStamp", c_char * 11),
-        ("xmpLength", c_int32),
-        ("xmpOffset", c_int32),
-        ("lens", c_char * 256),
+        ("recordSize", c_uint32),
+        ("format", c_int32),
+        *((name, c_uint64) for name in ("present", "derived", "damaged")),
+        ("brokenAt", c_int64),
+        *((name, c_int32) for name in ("width", "height", "orientation")),
+        *((name, c_char * size) for name, size in (("make", 64), ("model", 64), ("lens", 128), ("serialNumber", 64))),
+        *((name, Rational) for name in ("exposureTime", "fNumber", "focalLength", "exposureBias")),
+        *((name, c_int32) for name in ("isoSpeed", "exposureMode", "exposureProgram", "meteringMode", "flash")),
+        *((name, c_int32) for name in ("whiteBalance", "focalLength35mm")),
+        ("captureTime", c_int64),
+        *((name, c_int32) for name in ("captureNanoseconds", "subSecondDigits", "utcOffset")),
+        *((name, c_double) for name in ("latitude", "longitude", "altitude")),
     ]
 
 
@@ -54,33 +45,28 @@ def load_library(path):
     if not path:
         sys.exit("libtvmeta is not installed; name it with --library or TVMETA_LIBRARY")
     library = ctypes.CDLL(path)
-    library.getExifData.argtypes = [c_char_p, c_int32, POINTER(ExifInfo)]
-    library.getExifData.restype = c_int32
-    library.init_exifInfo.argtypes = [ctypes.c_void_p]
-    library.init_exifInfo.restype = None
+    library.tvmeta_open.argtypes = [ctypes.c_char_p, POINTER(Source)]
+    library.tvmeta_read_photo.argtypes = [POINTER(Source), POINTER(Photo)]
+    library.tvmeta_close.argtypes = [POINTER(Source)]
+    library.tvmeta_status_text.restype = ctypes.c_char_p
     return library
 
 
-def record_size(library):
-    """The size of the record in the library: the number of bytes that it clears."""
-    room = (c_uint8 * 4096)(*[0xFF] * 4096)
-    library.init_exifInfo(room)
-    return bytes(room).rindex(0) + 1
-
-
 def read_photo(library, path):
-    info = ExifInfo()
-    kind = FILE_TYPES.get(os.path.splitext(path)[1].lower(), 0)
-    result = library.getExifData(os.fsencode(path), kind, info)
-    if result != 1:
-        sys.exit(f"{path}: getExifData gives {result}")
-    return info
+    source, photo = Source(), Photo(recordSize=ctypes.sizeof(Photo))  # the library fills as much as there is
+    status = library.tvmeta_open(os.fsencode(path), source) or library.tvmeta_read_photo(source, photo)
+    library.tvmeta_close(source)
+    if status != 0:
+        sys.exit(f"{path}: {library.tvmeta_status_text(status).decode()}")
+    return photo
 
 
-def degrees(angle, reference):
-    parts = [angle[i] / (angle[i + 1] or 1) for i in range(0, 6, 2)]
-    value = parts[0] + parts[1] / 60 + parts[2] / 3600
-    return -value if reference in (b"S", b"W") else value
+def has(photo, field):
+    return photo.present >> field & 1
+
+
+def number(fraction):
+    return fraction.numerator / (fraction.denominator or 1)
 
 
 def main():
@@ -88,19 +74,15 @@ def main():
     parser.add_argument("--library", metavar="PATH", help="the shared library")
     parser.add_argument("photo", metavar="PHOTO")
     arguments = parser.parse_args()
-    library = load_library(arguments.library)
-    if record_size(library) != ctypes.sizeof(ExifInfo):
-        sys.exit(f"the library's record has {record_size(library)} bytes, this one {ctypes.sizeof(ExifInfo)}")
 
-    info = read_photo(library, arguments.photo)
-    camera = [os.fsdecode(text) for text in (info.model, info.lens) if text]
-    print(f"Camera    {', '.join(camera)}")
-    print(f"Taken     {os.fsdecode(info.dateTimeOriginal)}")
-    print(f"Exposure  {info.exposureTime:g} s, f/{info.fNumber:g}, ISO {info.isoSpeed}, {info.focalLength:g} mm")
-    if info.gpsLatitudeRef.isalpha() and info.gpsLongitudeRef.isalpha():
-        latitude = degrees(info.gpsLatitude, info.gpsLatitudeRef)
-        longitude = degrees(info.gpsLongitude, info.gpsLongitudeRef)
-        print(f"Place     {latitude:.4f}, {longitude:.4f}")
+    photo = read_photo(load_library(arguments.library), arguments.photo)
+    print(f"Camera    {', '.join(text.decode() for text in (photo.model, photo.lens) if text)}")
+    if has(photo, TAKEN):
+        print(f"Taken     {datetime.datetime(1970, 1, 1) + datetime.timedelta(seconds=photo.captureTime)}")
+    exposure = f"{number(photo.exposureTime):g} s, f/{number(photo.fNumber):g}, ISO {photo.isoSpeed}"
+    print(f"Exposure  {exposure}, {number(photo.focalLength):g} mm")
+    if has(photo, LATITUDE) and has(photo, LONGITUDE):
+        print(f"Place     {photo.latitude:.4f}, {photo.longitude:.4f}")
 
 
 main()

@@ -1,19 +1,21 @@
 """Values, blocks and failures of photographs."""
 
 import errno
+import io
+import json
+import math
 import os
 import pickle
-import random
 import struct
-from datetime import datetime, timezone
+import subprocess
+from datetime import datetime, timedelta, timezone
 from fractions import Fraction
 
 import numpy
 import pytest
-from conftest import SCENE, exiftool
+from conftest import EXAMPLES, SCENE, exiftool
 
 import tvmeta
-from tvmeta import _values
 
 NOON = datetime(2024, 2, 29, 12, 0, 1)
 
@@ -32,8 +34,31 @@ VALUES = [
         ["-GPSDateStamp=2024:02:29", "-GPSTimeStamp=00:30:15"],
         {"gps_time": datetime(2024, 2, 29, 0, 30, 15, tzinfo=timezone.utc)},
     ),
-    (["-Model=Käfer 1"], {"model": "Käfer 1"}),
-    ([], {"model": None, "taken": None, "exposure_time": None, "record.isoSpeed": 0}),
+    (["-Model=Käfer 1", "-SerialNumber=07"], {"model": "Käfer 1", "serial_number": "07", "make": None}),
+    (["-EXIF:LensModel=50mm"], {"lens": "50mm"}),
+    (["-ISO=65535", "-RecommendedExposureIndex=102400"], {"iso_speed": 102400}),
+    (["-ExposureCompensation=-0.5", "-EXIF:Flash#=9"], {"exposure_bias": Fraction(-1, 2), "flash": 9}),
+    (["-ExposureMode#=2", "-ExposureProgram#=3"], {"exposure_mode": 2, "exposure_program": 3}),
+    (["-MeteringMode#=5", "-WhiteBalance#=1"], {"metering_mode": 5, "white_balance": 1}),
+    (
+        ["-DateTimeOriginal=2024:02:29 12:00:01", "-SubSecTimeOriginal=0123456", "-OffsetTimeOriginal=-03:30"],
+        {"taken": NOON.replace(microsecond=12345), "sub_second": "0123456", "utc_offset": timedelta(minutes=-210)},
+    ),
+    (["-ShutterSpeedValue=1/64"], {"exposure_time": Fraction(1, 64), "derived": frozenset({"exposure_time"})}),
+    (["-DateTimeOriginal=2024:02:31 12:00:01"], {"taken": None, "damaged": frozenset({"taken"})}),
+    (
+        ["-XMP-dc:Title=one", "-IPTC:ObjectName=two", "-IPTC:Keywords=a", "-IPTC:Keywords=b", "-XMP-xmp:Rating=4"],
+        {"title": "one", "keywords": ("a", "b"), "rating": 4},
+    ),
+    (
+        ["-EXIF:Artist=Ada", "-EXIF:Copyright=(c)", "-EXIF:ImageDescription=sun", "-EXIF:Software=1.0"],
+        {"artist": "Ada", "copyright": "(c)", "description": "sun", "software": "1.0"},
+    ),
+    (
+        [],
+        {"model": None, "taken": None, "exposure_time": None, "iso_speed": None, "title": None, "keywords": ()},
+    ),
+    ([], {"width": 648, "height": 432, "container": "JPEG", "damaged": frozenset(), "broken_at": None}),
 ]
 
 
@@ -41,19 +66,8 @@ VALUES = [
 def test_values(make_photo, tags, expected):
     photo = tvmeta.read(make_photo(*tags))
     for name, value in expected.items():
-        found = photo.record.isoSpeed if name == "record.isoSpeed" else getattr(photo, name)
+        found = getattr(photo, name)
         assert found == value and type(found) is (Fraction if value == 30 else type(value)), name
-
-
-def test_fractions_are_the_simplest_ones():
-    generator = random.Random(7)
-    for _ in range(3000):
-        value = struct.unpack("<f", struct.pack("<I", generator.randrange(0x2E000000, 0x4F000000)))[0]
-        found = _values.fraction(value)
-        assert numpy.float32(found.numerator / found.denominator) == numpy.float32(value)
-        for denominator in range(1, min(found.denominator, 60)):
-            assert numpy.float32(round(value * denominator) / denominator) != numpy.float32(value)
-    assert [_values.fraction(value) for value in (0.0, float("inf"), float("nan"))] == [None] * 3
 
 
 @pytest.mark.parametrize("name", [b"caf\xe9.jpg", b"-n.jpg", "日本.jpg".encode(), b"new\nline"])
@@ -61,11 +75,67 @@ def test_any_name_can_be_read(tmp_path, name):
     path = os.path.join(os.fsencode(tmp_path), name)
     with open(path, "wb") as file:
         file.write(SCENE.read_bytes())
-    for form in (path, os.fsdecode(path)):
-        photo = tvmeta.read(form)
-        assert (photo.path, photo.model, photo.file_type) == (form, "TV-100", tvmeta.FileType.JPEG)
+    photo = tvmeta.read(os.fsdecode(path))
+    assert (os.fsencode(photo.path), photo.model) == (path, "TV-100")
     with pytest.raises(ValueError, match="null byte"):
-        tvmeta.read(path + b"\0.jpg")
+        tvmeta.read(os.fsdecode(path) + "\0.jpg")
+    with pytest.raises(tvmeta.FormatError, match="starts with"):  # bytes are content
+        tvmeta.read(path)
+
+
+KINDS = {
+    "path": lambda path: str(path),
+    "os.PathLike": lambda path: path,
+    "bytes": lambda path: path.read_bytes(),
+    "bytearray": lambda path: bytearray(path.read_bytes()),
+    "memoryview": lambda path: memoryview(path.read_bytes())[::1],
+    "file object": lambda path: io.BytesIO(path.read_bytes()),
+    "unbuffered file": lambda path: open(path, "rb", buffering=0),
+}
+
+
+@pytest.mark.parametrize("kind", KINDS.values(), ids=KINDS.keys())
+def test_sources(kind):
+    source, expected = kind(SCENE), tvmeta.read(SCENE)
+    if hasattr(source, "seek"):
+        source.seek(7)
+    photo = tvmeta.read(source)
+    assert photo.path in (None, SCENE, str(SCENE)) and photo.fields()["isoSpeed"] == 200
+    assert (photo.taken, photo.keywords, photo.gps_time) == (expected.taken, expected.keywords, expected.gps_time)
+    assert (photo.xmp(), photo.thumbnail(), photo.tags()) == (expected.xmp(), expected.thumbnail(), expected.tags())
+    assert not hasattr(source, "seek") or source.tell() == 7
+
+
+class Broken(io.BytesIO):
+    """A file object that fails, or that returns what it is told."""
+
+    def __init__(self, content, result):
+        """Return or raise `result` where the content starts."""
+        super().__init__(content)
+        self.result = result
+
+    def read(self, size=-1):
+        """Read, or fail."""
+        if isinstance(self.result, Exception):
+            raise self.result
+        if self.tell() > 0:
+            return super().read(size)
+        self.seek(len(self.result))
+        return self.result
+
+
+def test_file_objects_that_fail():
+    content = SCENE.read_bytes()
+    for result, kind in ((OSError(5, "gone"), OSError), (KeyError("key"), KeyError), ("text", TypeError)):
+        with pytest.raises(kind):
+            tvmeta.read(Broken(content, result))
+    assert tvmeta.read(Broken(content, content)).model == "TV-100"  # more bytes than it was asked for
+    assert tvmeta.read(Broken(content, content[:9])).model == "TV-100"  # fewer
+    with pytest.raises(io.UnsupportedOperation), subprocess.Popen(["true"], stdout=subprocess.PIPE) as process:
+        tvmeta.read(process.stdout)
+    for wrong in (7, None, [content], numpy.zeros((4, 4))[:, ::2].data):
+        with pytest.raises(TypeError):
+            tvmeta.read(wrong)
 
 
 def packet_of(path):
@@ -77,24 +147,51 @@ def test_blocks_are_those_of_other_programs(tmp_path, make_photo):
     assert photo.thumbnail() == exiftool("-b", "-ThumbnailImage", SCENE)
     assert photo.iptc() == exiftool("-b", "-IPTC", SCENE)
     assert photo.xmp() == packet_of(SCENE)
-    other = make_photo("-XMP-dc:Title=no settings", "-IPTC:Keywords=one")
+    profile = tmp_path / "profile.icc"
+    profile.write_bytes(struct.pack(">I8x4s4s16x4s92x", 132, b"mntr", b"RGB ", b"acsp"))
+    other = make_photo("-XMP-dc:Title=no settings", f"-ICC_Profile<={profile}")
     assert b"no settings" in tvmeta.read(other).xmp() == packet_of(other)
-    result = tmp_path / "result.tif"
-    tvmeta.save_tiff(result, numpy.zeros((2, 2), "u1"), xmp=photo.xmp(), iptc=photo.iptc())
-    saved = tvmeta.read(result)
-    assert saved.xmp() == packet_of(result) == photo.xmp() and saved.iptc().startswith(photo.iptc())
+    assert tvmeta.read(other).icc() == profile.read_bytes()
     bare = tvmeta.read(make_photo(name="bare.jpg"))
-    assert (bare.thumbnail(), bare.iptc(), bare.xmp()) == (b"", b"", b"")
+    assert [bare.exif(), bare.thumbnail(), bare.iptc(), bare.xmp(), bare.icc(), bare.preview()] == [b""] * 6
 
 
-def psd_with(*resources):
+def test_tags_have_places(make_photo):
+    path = make_photo("-Model=Käfer 1", "-GPSLatitude=33.75", "-GPSLatitudeRef=S", "-FNumber=2.8")
+    data, tags = path.read_bytes(), {(t.directory.name, t.tag): t for t in tvmeta.read(path).tags()}
+    model = tags["IMAGE", 272]
+    assert data[model.position :].startswith("Käfer 1\0".encode()) and model.value_count == 9
+    stop = tags["EXIF", 33437]
+    order = ">" if stop.is_big_endian else "<"
+    assert (stop.type, struct.unpack_from(order + "II", data, stop.position)) == (5, (14, 5))
+    assert tags["GPS", 1].directory_number == tags["GPS", 2].directory_number != stop.directory_number
+
+
+def test_blocks_of_a_file_that_changes(tmp_path):
+    path = tmp_path / "photo.jpg"
+    path.write_bytes(SCENE.read_bytes())
+    photo = pickle.loads(pickle.dumps(tvmeta.read(path)))
+    before = set(os.listdir("/proc/self/fd"))
+    assert len(photo.xmp()) == 2767 and set(os.listdir("/proc/self/fd")) == before
+    path.write_bytes(SCENE.read_bytes().replace(b"shadows", b"SHADOWS"))
+    assert b"SHADOWS" in photo.iptc()
+    for content in (SCENE.read_bytes()[:5000], b"\xff\xd8\xff\xd9", b""):
+        path.write_bytes(content)
+        with pytest.raises(tvmeta.FormatError, match="photo.jpg: has changed"):
+            photo.xmp()
+    path.unlink()
+    with pytest.raises(FileNotFoundError):
+        photo.tags()
+
+
+def psd_with(*resources, mode=3):
     """Build a PSD file of image resources, given as number, name and content."""
     blocks = b""
     for number, name, data in resources:
         field = bytes([len(name)]) + name + b"\0" * (1 - len(name) % 2)
         blocks += b"8BIM" + struct.pack(">H", number) + field + struct.pack(">I", len(data)) + data
         blocks += b"\0" * (len(data) % 2)
-    header = b"8BPS\0\1" + bytes(6) + struct.pack(">HIIHH", 3, 1, 1, 8, 3)
+    header = b"8BPS\0\1" + bytes(6) + struct.pack(">HIIHH", 3, 1, 1, 8, mode)
     return header + struct.pack(">I", 0) + struct.pack(">I", len(blocks)) + blocks + bytes(5)
 
 
@@ -114,7 +211,7 @@ JPEG = b"\xff\xd8\xff\xe1" + struct.pack(">H", len(EXIF) + 8) + b"Exif\0\0" + EX
 
 BLOCKS = {
     "PSD resources": psd_with((1005, b"abc", b"1234567"), (1028, b"", BLOCK), (1060, b"", PACKET), (1058, b"", EXIF)),
-    "PSD tags": psd_with((1005, b"ab", b"1234567"), (1058, b"", EXIF)),
+    "PSD tags, grey": psd_with((1005, b"ab", b"1234567"), (1058, b"", EXIF), mode=1),
     "JPEG tags": JPEG,
     "TIFF that ends with the packet": tiff_with((33723, 7, BLOCK), (700, 1, PACKET)),
 }
@@ -129,44 +226,81 @@ def test_places_of_blocks(tmp_path, content):
 
 
 BROKEN = [
-    ("empty", b"", tvmeta.FormatError, -2, "empty"),
-    ("text", b"hello", tvmeta.FormatError, -2, "starts with 68 65 6c 6c"),
-    ("cut", b"\xff\xd8\xff\xe1\0\1", tvmeta.FormatError, -1, "JPEG segments is broken"),
-    ("psd", b"8BPS\0\1" + bytes(30), tvmeta.FormatError, -3, "not an RGB picture"),
+    ("empty", b"", -2, "not a photograph: empty"),
+    ("text", b"hello", -2, "starts with 68 65 6c 6c"),
+    ("video", b"\0\0\0\x18ftypmp42" + bytes(12), -3, "MP4 files are not supported"),
 ]
 
 
-@pytest.mark.parametrize("name, content, kind, code, reason", BROKEN, ids=[case[0] for case in BROKEN])
-def test_broken_files(tmp_path, name, content, kind, code, reason):
+@pytest.mark.parametrize("name, content, code, reason", BROKEN, ids=[case[0] for case in BROKEN])
+def test_broken_files(tmp_path, name, content, code, reason):
     path = tmp_path / name
     path.write_bytes(content)
-    with pytest.raises(kind, match=reason) as caught:
-        tvmeta.read(path)
-    failure = pickle.loads(pickle.dumps(caught.value))
-    assert isinstance(failure, OSError) and (failure.code, failure.path, failure.filename) == (
-        code,
-        str(path),
-        str(path),
-    )
-    assert str(failure).startswith(f"{path}: ")
+    for source, shown in ((path, str(path)), (content, None)):
+        with pytest.raises(tvmeta.FormatError, match=reason) as caught:
+            tvmeta.read(source)
+        failure = pickle.loads(pickle.dumps(caught.value))
+        assert isinstance(failure, OSError) and (failure.code, failure.path, failure.filename) == (code, shown, shown)
+        assert str(failure).startswith(f"{path}: " if shown else "not a photograph: " if code == -2 else reason)
 
 
 def test_files_that_cannot_be_opened(tmp_path):
-    found = ((tmp_path / "none.jpg", FileNotFoundError, errno.ENOENT), (tmp_path, IsADirectoryError, errno.EISDIR))
-    for path, kind, kind_number in found:
-        with pytest.raises(kind) as caught:
+    os.mkfifo(tmp_path / "pipe")
+    found = [
+        (tmp_path / "none.jpg", FileNotFoundError, errno.ENOENT),
+        (tmp_path, IsADirectoryError, errno.EISDIR),
+        (tmp_path / "pipe", tvmeta.FileError, None),
+        ("/dev/zero", tvmeta.FileError, None),
+    ]
+    for path, kind, number in found:
+        with pytest.raises(kind, match="No such|directory|not a regular file") as caught:
             tvmeta.read(path)
         failure = pickle.loads(pickle.dumps(caught.value))
         assert isinstance(failure, tvmeta.FileError) and isinstance(failure, kind)
-        assert (failure.filename, failure.errno) == (str(path), kind_number)
+        assert (failure.filename, failure.errno) == (str(path), number)
 
 
 def test_damage_after_the_metadata(tmp_path):
-    path = tmp_path / "photo.jpg"
-    path.write_bytes(JPEG[:-2] + b"no marker")
-    photo = tvmeta.read(path)
-    assert photo.damage == "the chain of JPEG segments is broken after the EXIF data"
+    content = JPEG[:-2] + b"no marker"
+    photo = tvmeta.read(content)
+    assert (photo.broken_at, photo.damage) == (len(JPEG) - 2, f"damaged at byte {len(JPEG) - 2}; the rest was read")
     assert photo.xmp() == PACKET
-    os.truncate(path, len(JPEG) - 60)
-    with pytest.raises(tvmeta.FormatError, match="XMP packet is beyond the end"):
-        photo.xmp()
+
+
+def test_compressed_blocks_are_refused():
+    def chunk(kind, data):
+        return struct.pack(">I", len(data)) + kind + data + bytes(4)
+
+    header = struct.pack(">IIBBBBB", 2, 1, 8, 2, 0, 0, 0)
+    png = b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"iCCP", b"name\0\0data") + chunk(b"IEND", b"")
+    with pytest.raises(tvmeta.FormatError, match="the ICC profile is compressed"):
+        tvmeta.read(png).icc()
+
+
+def is_equal(found, expected):
+    if isinstance(found, float) and isinstance(expected, float):
+        return math.isclose(found, expected, rel_tol=1e-15)
+    return found == expected
+
+
+def test_fields_are_those_of_the_tool(tmp_path, make_photo):
+    for number, (tags, _) in enumerate(VALUES):
+        make_photo(*tags, name=f"{number}.jpg")
+    for name, content in BLOCKS.items():
+        (tmp_path / name).write_bytes(content)
+    for name in (b"caf\xe9", b"new\nline", "ot\u202eher".encode(), "no\u00a0break \u200d".encode()):
+        with open(os.path.join(os.fsencode(tmp_path), name), "wb") as file:
+            file.write(SCENE.read_bytes())
+    builder = os.environ.get("TVMETA_PHOTOGRAPH_FILES")  # of every container
+    if builder:
+        subprocess.run([builder, tmp_path], check=True)
+        (tmp_path / "expected.jsonl").unlink()
+    paths = sorted(path for path in tmp_path.iterdir() if path.is_file()) + [EXAMPLES / "scene.jpg"]
+    command = [os.environ["TVMETA_TOOL"], "info", "--json", "--", *paths]
+    lines = subprocess.run(command, capture_output=True).stdout.splitlines()
+    assert len(lines) == len(paths) >= 30
+    for path, line in zip(paths, lines):
+        expected, found = json.loads(line), tvmeta.read(path).fields()
+        for key in expected.keys() | found.keys():
+            assert is_equal(found.get(key), expected.get(key)), (path.name, key)
+        assert list(found) == list(expected)

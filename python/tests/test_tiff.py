@@ -2,13 +2,18 @@
 
 import os
 import resource
+import struct
 import subprocess
 import sys
+import tempfile
 import warnings
+from contextlib import suppress
+from datetime import datetime
 from pathlib import Path
 
 import numpy
 import pytest
+import typed_use
 from conftest import SCENE, pixels_of, tags_of
 
 import tvmeta
@@ -79,11 +84,15 @@ REFUSED = {
     "one axis": (numpy.zeros(4, "u1"), {}, ValueError, "shape"),
     "five channels": (numpy.zeros((2, 2, 5), "u1"), {}, ValueError, "shape"),
     "no rows": (numpy.zeros((0, 2), "u1"), {}, ValueError, "shape"),
-    "resolution": (GREY.astype("u1"), {"resolution": 4294968}, ValueError, "resolution"),
+    "resolution": (GREY.astype("u1"), {"resolution": 2147484}, ValueError, "resolution"),
     "orientation": (GREY.astype("u1"), {"orientation": 9}, ValueError, "orientation"),
-    "grey profile": (GREY.astype("u1"), {"icc": bytes(16) + b"GRAY" + bytes(200)}, ValueError, "icc"),
-    "2 GiB": (numpy.broadcast_to(numpy.uint8(0), (30000, 30000, 3)), {}, tvmeta.Error, "2 GiB; not written"),
-    "both": (GREY.astype("u1"), {"xmp": b"<x/>", "settings": tvmeta.Settings(11)}, ValueError, "insert"),
+    "grey profile": (BASE.astype("u1"), {"icc": bytes(16) + b"GRAY" + bytes(200)}, ValueError, "icc"),
+    "one text": (GREY.astype("u1"), {"keywords": "sun"}, TypeError, "sequence of texts"),
+    "empty keyword": (GREY.astype("u1"), {"keywords": [""]}, ValueError, "keywords"),
+    "long keyword": (GREY.astype("u1"), {"keywords": ["x" * 32768]}, ValueError, "32768 bytes"),
+    "null byte": (GREY.astype("u1"), {"software": "a\0b"}, ValueError, "software"),
+    "no photograph": (GREY.astype("u1"), {"photo": b"text"}, tvmeta.FormatError, "not a photograph"),
+    "no photo": (GREY.astype("u1"), {"photo": "/none.jpg"}, FileNotFoundError, "/none.jpg"),
 }
 
 
@@ -124,7 +133,7 @@ def test_a_full_disk_leaves_the_old_file(tmp_path):
         capture_output=True,
         text=True,
     )
-    assert f"{path}: the pixels cannot be written: File too large; not written" in done.stderr
+    assert f"{path}: File too large; not written" in done.stderr
     assert path.read_bytes() == b"old" and os.listdir(tmp_path) == ["old.tif"]
 
 
@@ -154,22 +163,116 @@ def test_values_survive_ten_saves(tmp_path, make_photo, tags):
         assert after == (pytest.approx(before, rel=1e-5, abs=1e-9) if is_number else before), name
 
 
+PROFILE = bytes(16) + b"RGB " + bytes(108)
+
+
 def test_blocks_and_settings(tmp_path):
     photo, path = tvmeta.read(SCENE), tmp_path / "result.tif"
     settings = tvmeta.Settings("Fusion/Intensive", {"Strength": 5})
-    profile = Path("/usr/share/color/icc/ghostscript/srgb.icc")
-    icc = profile.read_bytes() if profile.exists() else bytes(16) + b"RGB " + bytes(108)
-    tvmeta.save_tiff(
-        *(path, GREY.astype("u1")),
+    lost = tvmeta.save_tiff(
+        *(path, BASE.astype("u1")),
         photo=photo,
-        icc=icc,
-        iptc=photo.iptc(),
+        icc=PROFILE,
+        keywords=["sun", "käfer"],
         settings=settings,
         resolution=240,
         orientation=8,
+        software="Maker 7",
+        modify_date=datetime(2024, 2, 29, 12, 0, 1, 999999),
     )
     tags = tags_of(path)
-    assert (tags["XResolution"], tags["Orientation"]) == (240, 8)
-    assert tags["Keywords"] == ["sun", "shadows"] and tags["Lens"] == "TV 16-50mm f/2.8-4"
+    assert lost == [] and (tags["XResolution"], tags["Orientation"], tags["Software"]) == (240, 8, "Maker 7")
+    assert (tags["ModifyDate"], tags["Make"]) == ("2024:02:29 12:00:01", "Tonalvista")
+    assert tags["Keywords"] == ["sun", "shadows", "käfer"] and tags["Lens"] == "TV 16-50mm f/2.8-4"
     assert (tags["Method"], tags["Strength"]) == ("Fusion/Intensive", 5)
-    assert tvmeta.Settings.load(path) == settings and tvmeta.read(path).lens == photo.lens
+    assert tvmeta.Settings.load(path) == tvmeta.Settings.load(bytes(path)) == settings
+    saved = tvmeta.read(path)
+    assert (saved.lens, saved.icc(), saved.gps_time) == (photo.lens, PROFILE, photo.gps_time)
+    tvmeta.save_tiff(path, GREY.astype("u1"), photo=photo, iptc=b"", xmp=b"<x/>")
+    saved = tvmeta.read(path)
+    assert (saved.iptc(), saved.xmp(), saved.model) == (b"", b"<x/>", "TV-100")
+
+
+PHOTOS = {"Photo": tvmeta.read, "path": str, "bytes": Path.read_bytes, "file": lambda path: open(path, "rb")}
+
+
+@pytest.mark.parametrize("given", PHOTOS.values(), ids=PHOTOS.keys())
+def test_photo_of_any_source_and_losses(tmp_path, make_photo, monkeypatch, given):
+    monkeypatch.setattr(tvmeta.tiff, "_USUAL_LOSSES", 0)  # more losses than there is room for
+    source = make_photo("-Model=Z", "-PrintIM=", "-XMP-dc:Title=one", name="one.jpg")
+    data = source.read_bytes()
+    at = data.index(b"Exif\0\0")  # an entry of a private tag in place of that of YCbCrPositioning
+    source.write_bytes(data[:at] + data[at:].replace(b"\x02\x13\0\x03", b"\xfd\xe8\0\x03", 1))
+    lost = tvmeta.save_tiff(tmp_path / "result.tif", GREY.astype("u1"), photo=given(source))
+    assert lost == [(tvmeta.Directory.IMAGE, 0xFDE8, tvmeta.LossReason.PRIVATE)]
+    tags = tags_of(tmp_path / "result.tif")
+    assert (tags["Model"], tags["Title"]) == ("Z", "one")
+
+
+def test_a_block_is_lost(tmp_path):
+    block = b"\x1c\x01\x5a\0\x03\x1b.A\x1c\x02\x19\0\x03one"  # of another encoding than UTF-8
+    tvmeta.save_tiff(tmp_path / "photo.tif", GREY.astype("u1"), iptc=block)
+    lost = tvmeta.save_tiff(tmp_path / "a.tif", GREY.astype("u1"), photo=tmp_path / "photo.tif", keywords=["käfer"])
+    assert lost == [(tvmeta.Block.IPTC, 0, tvmeta.LossReason.CLAMPED)]
+
+
+def test_a_program_with_types(tmp_path):
+    assert typed_use.use(SCENE, tmp_path / "result.tif") == []
+
+
+def test_a_result_replaces_its_own_photograph(tmp_path):
+    path = tmp_path / "result.tif"
+    tvmeta.save_tiff(path, GREY.astype("u1"), photo=SCENE)
+    tvmeta.save_tiff(path, BASE.astype("u1"), photo=tvmeta.read(path))
+    assert tags_of(path)["Model"] == "TV-100" and numpy.array_equal(pixels_of(path, "u1", BASE.shape), BASE)
+
+
+WRITERS = {
+    "save_tiff": lambda path: tvmeta.save_tiff(path, GREY.astype("u1")),
+    "Settings.save": lambda path: tvmeta.Settings(11).save(path),
+}
+
+
+# An access control list as the kernel stores it: owner rw, user 4242 r, group r, mask r, others nothing.
+ENTRIES = ((1, 6, 0xFFFFFFFF), (2, 4, 4242), (4, 4, 0xFFFFFFFF), (16, 4, 0xFFFFFFFF), (32, 0, 0xFFFFFFFF))
+ACCESS = struct.pack("<I", 2) + b"".join(struct.pack("<HHI", *entry) for entry in ENTRIES)
+
+
+@pytest.mark.parametrize("write", WRITERS.values(), ids=WRITERS.keys())
+def test_replaced_files_keep_their_attributes(tmp_path, write):
+    path = tmp_path / "old"
+    path.write_bytes(b"old")
+    if os.geteuid() == 0:
+        os.chown(path, 1234, 2345)
+    path.chmod(0o646)  # neither that of new files nor that of temporary ones
+    write(path)
+    assert path.stat().st_mode & 0o777 == 0o646
+    path.write_bytes(b"old")
+    path.chmod(0o640)
+    for name, value in (("user.note", b"kept"), ("system.posix_acl_access", ACCESS)):
+        with suppress(OSError):  # not on every file system
+            os.setxattr(path, name, value)
+    before, attributes = path.stat(), {name: os.getxattr(path, name) for name in os.listxattr(path)}
+    write(path)
+    after = path.stat()
+    assert path.read_bytes() != b"old" and after.st_ino != before.st_ino
+    assert (after.st_mode, after.st_uid, after.st_gid) == (before.st_mode, before.st_uid, before.st_gid)
+    assert {name: os.getxattr(path, name) for name in os.listxattr(path)} == attributes
+
+
+@pytest.mark.parametrize("write", WRITERS.values(), ids=WRITERS.keys())
+def test_files_that_may_not_be_changed(write):
+    with tempfile.TemporaryDirectory(dir="/tmp") as folder:  # where any user may look
+        os.chmod(folder, 0o777)
+        path = Path(folder, "old")
+        path.write_bytes(b"old")
+        path.chmod(0o444)
+        user = os.geteuid()
+        try:
+            if user == 0:
+                os.seteuid(65534)
+            with pytest.raises(PermissionError, match="may not be changed; not written"):
+                write(path)
+        finally:
+            os.seteuid(user)
+        assert path.read_bytes() == b"old" and os.listdir(folder) == ["old"]

@@ -3,36 +3,40 @@
 >>> import tvmeta
 >>> photo = tvmeta.read("scene.jpg")
 >>> photo.model, photo.exposure_time, photo.latitude
->>> tvmeta.save_tiff("result.tif", pixels, photo=photo, iptc=photo.iptc())
+>>> lost = tvmeta.save_tiff("result.tif", pixels, photo=photo)
 
 The package uses the library that the environment variable TVMETA_LIBRARY names, else the one in
 its own folder, else the system's libtvmeta.so.1.
 """
 
 from . import _library
-from ._brackets import BracketSet, brackets
-from .enums import ExposureSource, FileType, Method, Orientation, ResolutionUnit
+from ._brackets import BracketFailure, Brackets, BracketSet, brackets
+from .enums import Block, Directory, LossReason, Method, Orientation
 from .errors import Error, FileError, FormatError
 from .hdr import HdrStatistics, hdr_statistics
-from .photo import Photo, read
+from .photo import Photo, Tag, read
 from .settings import Settings
-from .tiff import save_tiff
+from .tiff import Loss, save_tiff
 
 __version__: str = _library.library.tvmeta_version().decode()
 
 __all__ = [
+    "Block",
+    "BracketFailure",
     "BracketSet",
+    "Brackets",
+    "Directory",
     "Error",
-    "ExposureSource",
     "FileError",
-    "FileType",
     "FormatError",
     "HdrStatistics",
+    "Loss",
+    "LossReason",
     "Method",
     "Orientation",
     "Photo",
-    "ResolutionUnit",
     "Settings",
+    "Tag",
     "brackets",
     "hdr_statistics",
     "read",

@@ -13,7 +13,7 @@ from contextlib import suppress
 from hashlib import blake2b
 from typing import Iterable, NamedTuple, Optional
 
-from ._archive_brackets import find_sets, shot_of, store_sets
+from ._archive_brackets import find_sets, store_sets
 from ._archive_listing import Job, Unseen, check_index, check_sight, list_folder, mount_points
 from ._archive_store import Part, State, Store, bits_of, key_of, state_of
 from ._archive_table import READER, SCHEMA, Row, file_row, is_outdated, kept_row, name_bytes, read_row
@@ -146,7 +146,7 @@ def _update_folder(job: Job, folder: bytes, names: list[bytes]) -> Counts:
     if not update.is_needed(state):
         return update.unchanged(state)
     rows = update.rows(_known(job.store, part.key))
-    store_sets(rows, find_sets(job.root, filter(None, map(shot_of, rows))))
+    store_sets(rows, find_sets(rows))
     with job.store.commit():
         job.store.write_rows(part, rows, state_of(rows, update.listing))
         job.store.remove(other for other in job.store.parts_of(part.key) if other != part)
@@ -217,8 +217,7 @@ def finish_folder(job: Job, folder: bytes, count: int) -> None:
     others = [part for part in existing if part not in parts]
     if any(part.kind != "names" for part in others):
         drafts = {part: part._replace(kind="draft") for part in parts if part._replace(kind="draft") in others}
-        shots = (shot_of(row) for part in parts for row in store.rows(drafts.get(part, part)))
-        sets = find_sets(job.root, filter(None, shots))
+        sets = find_sets(row for part in parts for row in store.rows(drafts.get(part, part)))
         for part in parts:
             source = drafts.get(part, part)
             state, rows = store.state(source), list(store.rows(source))

@@ -15,7 +15,8 @@ from ._archive_listing import Blind, Job, Listed, is_mounted, landmarks_of, list
 from ._archive_part import Counts, Done, all_bits, finish_folder, mark_stale, read_folders, read_part
 from ._archive_progress import Progress
 from ._archive_store import Part, Store, Superseded, hash_of, key_of
-from ._archive_table import READER, SCHEMA, Row, name_bytes, name_fields
+from ._archive_table import READER, SCHEMA, Row, name_bytes
+from ._fields import name_fields
 from .errors import Error
 
 _TASKS_PER_THREAD = 3  # one runs, the others bridge the way to the scheduler and back

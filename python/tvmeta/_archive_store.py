@@ -88,14 +88,6 @@ def key_of(folder: bytes) -> str:
     return hash_of(folder).hex()
 
 
-def _sync_folder(path: bytes) -> None:
-    descriptor = os.open(path, os.O_RDONLY | os.O_DIRECTORY)
-    try:
-        os.fsync(descriptor)
-    finally:
-        os.close(descriptor)
-
-
 @contextmanager
 def _locked(path: bytes, kind: int) -> Iterator[None]:
     with open(path, "ab") as lock:
@@ -156,7 +148,6 @@ class Store(NamedTuple):
         fixed = {"title": _TITLE, "schema": SCHEMA, "reader": READER, "generation": self.generation}
         with _locked(self.path(b"commit"), fcntl.LOCK_EX):
             files.write(self.path(b"index.json"), line_of({**fixed, **fields, "columns": columns}))
-            _sync_folder(self.out)
 
     def write_failures(self, rows: Iterable[Row]) -> None:
         """Replace the list of folders that could not be listed."""
@@ -178,9 +169,8 @@ class Store(NamedTuple):
         folder = os.path.dirname(path)
         if not os.path.isdir(folder):
             os.makedirs(folder, exist_ok=True)
-            _sync_folder(self.path(b"parts"))
+            files.synchronise_folder(self.path(b"parts"))
         files.write(path, data)
-        _sync_folder(folder)
 
     def remove(self, parts: Iterable[Part]) -> None:
         """Remove parts that exist."""

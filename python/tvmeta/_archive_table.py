@@ -7,9 +7,10 @@ from __future__ import annotations
 
 import base64
 import json
-import math
+import os
 from typing import Any, Callable, NamedTuple, Optional
 
+from ._fields import FIELDS, Value, name_fields
 from .photo import Photo, read
 
 SCHEMA = 1  # incremented when the columns change; parts are then written again
@@ -34,44 +35,12 @@ class Column(NamedTuple):
 
     name: str
     type: str
-    value: Optional[Callable[[Photo], Any]] = None  # None: set by the index, or not read yet
-
-
-def _record_text(member: str) -> Callable[[Photo], Any]:
-    return lambda photo: getattr(photo.record, member).decode("latin-1") or None
-
-
-def _number(value: Any) -> Optional[float]:
-    return None if value is None else float(value)
-
-
-def _ev100(photo: Photo) -> Optional[float]:
-    time, stop, iso = photo.exposure_time or 0, photo.f_number or 0, photo.iso_speed or 0
-    if time <= 0 or stop <= 0 or iso <= 0:
-        return None
-    return math.log2(stop * stop / time) - math.log2(iso / 100)
-
-
-def _coordinate(degrees: float) -> str:
-    text = f"{degrees:.7f}".rstrip("0")
-    return text + "0" if text.endswith(".") else text
-
-
-def _position(photo: Photo) -> Optional[str]:
-    if photo.latitude is None or photo.longitude is None:
-        return None
-    return f"{_coordinate(photo.latitude)}, {_coordinate(photo.longitude)}"
-
-
-def _gps_time(photo: Photo) -> Optional[str]:
-    if photo.gps_time is None:
-        return None
-    return photo.gps_time.strftime("%H:%M:%S") + (f".{photo.gps_time.microsecond // 1000:03}").replace(".000", "")
+    value: Optional[Callable[[Photo], Value]] = None  # None: set by the index
 
 
 COLUMNS = (
     Column("file", "text"),  # path relative to the top folder
-    Column("fileBytes", "text"),  # in base64, if the name is not UTF-8
+    Column("fileBytes", "text"),  # in base64, if the name is not printable UTF-8
     Column("size", "integer"),  # bytes; 0 if the system refused the file
     Column("mtime", "integer"),  # nanoseconds since 1970; 0 if the system refused the file
     Column("failure", "text"),  # why the file, or a part of it, cannot be read
@@ -80,53 +49,7 @@ COLUMNS = (
     Column("bracketPosition", "integer"),  # in the set, from 1
     Column("bracketOffset", "real"),  # stops from the middle exposure, positive for brighter ones
     Column("bracketEvidence", "text"),
-    Column("container", "text", lambda photo: photo.file_type.name),
-    Column("width", "integer"),
-    Column("height", "integer"),
-    Column("make", "text"),
-    Column("model", "text", lambda photo: photo.model),
-    Column("serialNumber", "text"),
-    Column("lens", "text", lambda photo: photo.lens),
-    Column("dateTimeOriginal", "text", _record_text("dateTimeOriginal")),
-    Column("subSecond", "text"),
-    Column("utcOffset", "text"),
-    Column("exposureTime", "real", lambda photo: _number(photo.exposure_time)),
-    Column("fNumber", "real", lambda photo: _number(photo.f_number)),
-    Column("isoSpeed", "integer", lambda photo: photo.iso_speed),
-    Column("derived", "text"),
-    Column("ev100", "real", _ev100),
-    Column("exposureBias", "real"),
-    Column("exposureMode", "integer"),
-    Column("exposureProgram", "integer"),
-    Column("meteringMode", "integer"),
-    Column("flash", "integer"),
-    Column("whiteBalance", "integer"),
-    Column("focalLength", "real", lambda photo: _number(photo.focal_length)),
-    Column("focalLength35mm", "integer", lambda photo: photo.focal_length_35mm),
-    Column("orientation", "integer", lambda photo: photo.orientation),
-    Column("gpsPosition", "text", _position),
-    Column("gpsLatitude", "real", lambda photo: photo.latitude),
-    Column("gpsLongitude", "real", lambda photo: photo.longitude),
-    Column("gpsAltitude", "real", lambda photo: photo.altitude),
-    Column("gpsDate", "text", _record_text("gpsDateStamp")),
-    Column("gpsTime", "text", _gps_time),
-    Column("title", "text"),
-    Column("description", "text"),
-    Column("artist", "text"),
-    Column("copyright", "text"),
-    Column("keywords", "texts"),
-    Column("rating", "integer"),
-    Column("software", "text"),
-    Column("thumbnailLength", "integer"),
-    Column("thumbnailOffset", "integer"),
-    Column("previewLength", "integer"),
-    Column("previewOffset", "integer"),
-    Column("iccLength", "integer"),
-    Column("iccOffset", "integer"),
-    Column("iptcLength", "integer"),
-    Column("iptcOffset", "integer"),
-    Column("xmpLength", "integer"),
-    Column("xmpOffset", "integer"),
+    *(Column(*field) for field in FIELDS),
 )
 _EMPTY: Row = {column.name: None for column in COLUMNS}
 _READ = [(column.name, column.value) for column in COLUMNS if column.value]
@@ -143,14 +66,6 @@ def is_photograph_name(name: bytes) -> bool:
     return name.lower().endswith(SUFFIXES)
 
 
-def name_fields(name: bytes) -> Row:
-    """Return a path as text, and as base64 too if it is not UTF-8."""
-    shown = name.decode("utf-8", "replace")
-    if shown.encode() == name:
-        return {"file": shown}
-    return {"file": shown, "fileBytes": base64.b64encode(name).decode()}
-
-
 def name_bytes(row: Row) -> bytes:
     """Return the path that name_fields() stored."""
     if row.get("fileBytes"):
@@ -165,7 +80,7 @@ def file_row(name: bytes, size: int = 0, mtime: int = 0, failure: Optional[str] 
 
 def read_row(path: bytes, name: bytes, size: int, mtime: int) -> Row:
     """Read a photograph into a row; raises FileError."""
-    photo = read(path)
+    photo = read(os.fsdecode(path))
     row = file_row(name, size, mtime, photo.damage)
     row.update((column, value(photo)) for column, value in _READ)
     return row

@@ -1,74 +1,164 @@
-"""Bracketed sets of photographs, found by the tool."""
+"""Bracketed sets of photographs."""
 
 from __future__ import annotations
 
-import json
+import math
 import os
-import subprocess
+from ctypes import Array, byref, sizeof
 from datetime import datetime
-from typing import Iterable, NamedTuple, Optional, Union
+from typing import Iterable, NamedTuple, Optional, Sequence, Union
 
-from ._values import date_time
-from .errors import Error
-from .photo import PathLike, Photo, library_path
+from . import _records as records
+from ._fields import shortest
+from ._library import library
+from ._sources import PathLike, library_path, opened
+from .errors import FileError
+from .photo import Photo, capture_time, damage_text, read_record
+
+_FOCAL_LENGTH = 15  # bit of the masks
 
 
 class BracketSet(NamedTuple):
     """Photographs of one scene at several exposures, in order of capture."""
 
-    files: list[bytes]
-    ev: list[float]  # at ISO 100
+    files: list[bytes]  # of a raw file with a JPEG file, the raw file
+    ev: list[Optional[float]]  # at ISO 100; None if an exposure is incomplete
     offsets: list[float]  # stops from the middle exposure, positive for brighter ones
     range: float  # stops from the darkest to the brightest
     taken: Optional[datetime]
     camera: Optional[str]
     focal_length: Optional[float]  # millimetres
+    expected: int  # photographs of the complete set; 0 if that is unknown
+    evidence: str  # why this is a set, such as "exposure mode 2, bias varies"
+    all_files: list[bytes]  # also the JPEG files of raw files
 
 
-def _output(options: list[str], paths: list[bytes]) -> bytes:
-    tool = os.environ.get("TVMETA_TOOL", "tvmeta")
-    try:
-        done = subprocess.run([tool, "brackets", *options, "--", *paths], capture_output=True)
-    except OSError as error:
-        reason = "install the package tvmeta, or set TVMETA_TOOL to the path of the tool"
-        raise Error(tool, f"{error.strerror}; {reason}") from error
-    if done.returncode != 0:
-        raise Error(None, done.stderr.decode("utf-8", "replace").strip())
-    return done.stdout
+class BracketFailure(NamedTuple):
+    """A photograph that cannot be read, or of which a part could be read."""
+
+    file: bytes
+    reason: str
 
 
-def _file_lists(options: list[str], paths: list[bytes]) -> list[list[bytes]]:
-    """Return the files of each set as bytes."""
-    names = _output([*options, "--files0"], paths)[:-1]
-    return [files.split(b"\0") for files in names.split(b"\0\0")]
+class Brackets(list[BracketSet]):
+    """The sets in order of capture, and the photographs that are missing or damaged."""
+
+    failures: Sequence[BracketFailure] = ()
+
+
+class Shots:
+    """The library's records of photographs, and the texts that they point at."""
+
+    def __init__(self) -> None:
+        """Start without photographs."""
+        self.paths: list[bytes] = []
+        self.cameras: list[bytes] = []
+        self._texts: dict[bytes, bytes] = {}
+        self._names: list[bytes] = []
+        self._records = bytearray()
+
+    def _shared(self, text: bytes) -> bytes:
+        return self._texts.setdefault(text, text)
+
+    def add(self, path: bytes, photo: records.Photo) -> None:
+        """Add a photograph."""
+        folder, name = os.path.split(os.path.normpath(path))
+        shot = records.Shot(recordSize=sizeof(records.Shot))
+        library.tvmeta_shot(byref(photo), self._shared(folder), name, byref(shot))
+        self.paths.append(path)
+        self.cameras.append(self._shared(photo.model))
+        self._names.append(name)
+        self._records += bytes(shot)
+
+    def array(self) -> Array[records.Shot]:
+        """Return the records, without a copy."""
+        return (records.Shot * len(self.paths)).from_buffer(self._records)
+
+    def find(
+        self, gap: Optional[float] = None, count: Optional[int] = None
+    ) -> tuple[Array[records.BracketMember], list[records.BracketSet]]:
+        """Return the place of each photograph, and the sets."""
+        size = len(self.paths)
+        members, sets = (records.BracketMember * size)(), (records.BracketSet * max(size, 1))()
+        sets[0].recordSize = sizeof(records.BracketSet)
+        options = records.BracketOptions(sizeof(records.BracketOptions), count or 0, -1 if gap is None else gap)
+        found = library.tvmeta_find_brackets(self.array(), size, byref(options), members, sets)
+        if found < 0:
+            raise MemoryError(library.tvmeta_status_text(found).decode())
+        return members, sets[:found]
+
+
+def _exposure_value(shot: records.Shot) -> Optional[float]:
+    if min(shot.exposureTime, shot.fNumber, shot.isoSpeed) <= 0:
+        return None
+    return round(math.log2(shot.fNumber**2 / shot.exposureTime) - math.log2(shot.isoSpeed / 100), 2) + 0.0
+
+
+def _sets(shots: Shots, gap: Optional[float], count: Optional[int]) -> list[BracketSet]:
+    members, sets = shots.find(gap, count)
+    every, found = shots.array(), []
+    files: list[list[tuple[int, bool, bytes, int]]] = [[] for _ in sets]  # with their order
+    for index, member in enumerate(members):
+        if member.set >= 0:
+            files[member.set].append((member.place, member.leader != index, shots.paths[index], index))
+    for group, unordered in zip(sets, files):
+        ordered = sorted(unordered)
+        indices = [index for _, is_follower, _, index in ordered if not is_follower]
+        offsets = [round(members[index].offset, 2) + 0.0 for index in indices]
+        first = every[indices[0]]
+        found.append(
+            BracketSet(
+                files=[shots.paths[index] for index in indices],
+                ev=[_exposure_value(every[index]) for index in indices],
+                offsets=offsets,
+                range=round(max(offsets) - min(offsets), 2),
+                taken=capture_time(first),
+                camera=shots.cameras[indices[0]].decode("utf-8", "replace") or None,
+                focal_length=shortest(first.focalLength) if first.present >> _FOCAL_LENGTH & 1 else None,
+                expected=group.expectedShots,
+                evidence=library.tvmeta_evidence_text(group.evidence).decode(),
+                all_files=[path for _, _, path, _ in ordered],
+            )
+        )
+    return found
+
+
+def _add(shots: Shots, given: Union[Photo, PathLike]) -> Optional[BracketFailure]:
+    """Add a photograph; return what is wrong with it."""
+    if isinstance(given, Photo):
+        if given.path is None:
+            raise ValueError("a Photo that was read from a path is required")
+        path, record = os.fsencode(given.path), given.record
+    else:
+        path = library_path(given)[1]
+        try:
+            with opened(os.fsdecode(path)) as source:
+                record = read_record(os.fsdecode(path), source)
+        except FileError as error:
+            return BracketFailure(path, error.reason)
+    shots.add(path, record)
+    damage = damage_text(record.brokenAt)
+    return None if damage is None else BracketFailure(path, damage)
 
 
 def brackets(
-    photos: Iterable[Union[Photo, PathLike]], *, gap: float = 2, count: Optional[int] = None
-) -> list[BracketSet]:
-    """Find the bracketed sets among photographs, given as Photo or path.
+    photos: Iterable[Union[Photo, PathLike]], *, gap: Optional[float] = None, count: Optional[int] = None
+) -> Brackets:
+    """Find the bracketed sets among photographs, given as Photo or path, in any order.
 
-    `gap` is the longest pause within a set in seconds; `count` fixes the number of shots of a set.
-    The rules are those of the command `tvmeta brackets`, which does the work, so that there is one
-    implementation: the tool must be on PATH, or TVMETA_TOOL must name it. It reads the files again.
+    `gap` is the longest pause within a set in seconds, from the end of an exposure to the next;
+    without it, it is learnt from the photographs. `count` fixes the number of photographs of a set.
+    The rules are those of tvmeta_find_brackets() in tvmeta_photo.h.
+
+    The result is a list of the sets. Photographs that are missing or damaged are in its `failures`,
+    with the reason; other sets do not depend on them. A photograph takes some 500 bytes of memory.
     """
-    paths = [library_path(photo.path if isinstance(photo, Photo) else photo)[1] for photo in photos]
-    if not paths:
-        return []
-    options = [f"--gap={gap}"] + ([f"--count={count}"] if count is not None else [])
-    records = [json.loads(line) for line in _output([*options, "--json"], paths).splitlines()]
-    names = [[os.fsencode(name) for name in record["files"]] for record in records]
-    if any("\ufffd" in name for record in records for name in record["files"]):  # a name that is not UTF-8
-        names = _file_lists(options, paths)
-    return [
-        BracketSet(
-            files,
-            record["ev"],
-            record["offsets"],
-            record["range"],
-            date_time(record["taken"].encode()),
-            record.get("camera"),
-            record.get("focalLength"),
-        )
-        for files, record in zip(names, records)
-    ]
+    if gap is not None and not gap >= 0:
+        raise ValueError(f"gap: seconds from 0 are required, not {gap}")
+    if count is not None and count < 2:
+        raise ValueError(f"count: 2 or more is required, not {count}")
+    shots = Shots()
+    failures = [failure for photo in photos if (failure := _add(shots, photo))]
+    found = Brackets(_sets(shots, gap, count))
+    found.failures = failures
+    return found

@@ -4,38 +4,46 @@ from __future__ import annotations
 
 import os
 import sys
-from ctypes import CDLL, POINTER, c_char_p, c_float, c_int32, c_void_p, sizeof
+from ctypes import CDLL, POINTER, c_char_p, c_float, c_int32, c_int64, c_void_p, sizeof
 from pathlib import Path
-from typing import Sequence
+from typing import Optional, Sequence
 
 from . import _records as records
 
 NAME = "libtvmeta.1.dylib" if sys.platform == "darwin" else "libtvmeta.so.1"
-VERSION = (1, 1)  # major: equal; minor: at least
+VERSION = (1, 2)  # major: equal; minor: at least
 
-_RECORD = POINTER(records.ExifInfo)
-_METADATA = POINTER(records.MetadataBuf)
-_GPS = POINTER(records.GpsBuf)
+_SOURCE = POINTER(records.Source)
+_PHOTO = POINTER(records.Photo)
 _FLOATS = POINTER(c_float)
 
 # Pointers to bytes are c_void_p where the text may contain zero bytes.
-_SIGNATURES: dict[str, tuple[type, Sequence[object]]] = {
-    "tvmeta_file_type": (c_int32, [c_char_p]),
+_SIGNATURES: dict[str, tuple[Optional[type], Sequence[object]]] = {
     "tvmeta_method_name": (c_char_p, [c_int32]),
     "tvmeta_parameter": (c_int32, [c_int32, c_int32, POINTER(records.Parameter)]),
     "tvmeta_setting_text": (c_int32, [c_int32, c_int32, _FLOATS, c_char_p]),
     "tvmeta_setting_value": (c_int32, [c_int32, c_int32, c_char_p, _FLOATS]),
-    "getExifData": (c_int32, [c_char_p, c_int32, _RECORD]),
     "get_settings_from_xmp": (c_int32, [c_int32, c_int32, c_char_p, c_void_p, _FLOATS]),
     "embed_xmp": (c_int32, [c_int32, c_int32, _FLOATS, c_int32, c_char_p, c_void_p]),
     "insert_xmp": (c_int32, [c_int32, c_int32, _FLOATS, c_int32, c_int32, c_void_p]),
-    "metadataBufFromExifInfo": (c_int32, [_RECORD, _METADATA, _GPS]),
-    "buf2tif": (
-        c_int32,
-        [c_void_p, POINTER(records.TifImageInfo), c_int32, c_char_p, _METADATA, _GPS]
-        + [c_int32, c_char_p, c_int32, _FLOATS, c_int32, c_char_p, c_char_p],
-    ),
     "hdrMinMax": (c_int32, [c_int32, c_int32, c_void_p, _FLOATS]),
+    "tvmeta_status_text": (c_char_p, [c_int32]),
+    "tvmeta_format_name": (c_char_p, [c_int32]),
+    "tvmeta_open": (c_int32, [c_char_p, _SOURCE]),
+    "tvmeta_memory": (c_int32, [c_void_p, c_int64, _SOURCE]),
+    "tvmeta_close": (None, [_SOURCE]),
+    "tvmeta_read_photo": (c_int32, [_SOURCE, _PHOTO]),
+    "tvmeta_read_block": (c_int64, [_SOURCE, _PHOTO, c_int32, c_void_p, c_int64]),
+    "tvmeta_read_text": (c_int64, [_SOURCE, _PHOTO, c_int32, c_int32, c_char_p, c_int64]),
+    "tvmeta_list_tags": (c_int64, [_SOURCE, _PHOTO, POINTER(records.Tag), c_int64]),
+    "tvmeta_shot": (c_int32, [_PHOTO, c_char_p, c_char_p, POINTER(records.Shot)]),
+    "tvmeta_evidence_text": (c_char_p, [c_int32]),
+    "tvmeta_find_brackets": (
+        c_int64,
+        [POINTER(records.Shot), c_int64, POINTER(records.BracketOptions)]
+        + [POINTER(records.BracketMember), POINTER(records.BracketSet)],
+    ),
+    "tvmeta_save_tiff": (c_int32, [POINTER(records.Result), POINTER(records.Loss), c_int32]),
 }
 
 
@@ -69,7 +77,8 @@ def _load() -> CDLL:
     return library
 
 
-assert sizeof(records.ExifInfo) == 516 and sizeof(records.MetadataBuf) == 224 and sizeof(records.GpsBuf) == 96
+_SIZES = {records.Photo: 672, records.Tag: 32, records.Result: 152, records.Shot: 104, records.BracketSet: 40}
+assert all(sizeof(record) == size for record, size in _SIZES.items())
 
 library = _load()
 

@@ -105,7 +105,7 @@ def summary(out: Any) -> dict[str, Any]:
             if value:
                 counts[title][value[:4] if title == "years" else value] += 1
         if row["bracketSet"]:
-            sets[row["bracketSet"]] += 1
+            sets[row["bracketSet"]] = max(sets[row["bracketSet"]], row["bracketPosition"])
     shots = Counter(map(str, sets.values()))
     return {**totals, **{title: dict(found.most_common()) for title, found in (*counts.items(), ("brackets", shots))}}
 

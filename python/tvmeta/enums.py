@@ -3,14 +3,6 @@
 from enum import IntEnum
 
 
-class FileType(IntEnum):
-    """Kind of a photograph's file."""
-
-    TIFF = 0
-    JPEG = 1
-    PSD = 2
-
-
 class Orientation(IntEnum):
     """TIFF 6.0, tag 274: where row 0 and column 0 of the pixels are on the upright picture."""
 
@@ -24,18 +16,41 @@ class Orientation(IntEnum):
     LEFT_BOTTOM = 8
 
 
-class ResolutionUnit(IntEnum):
-    """EXIF, tag 41488: unit of the focal plane resolution."""
-
-    INCH = 2
-    CENTIMETRE = 3
-
-
-class ExposureSource(IntEnum):
-    """Where exposure time and ISO speed come from."""
+class Block(IntEnum):
+    """A block of metadata in a photograph."""
 
     EXIF = 0
-    IMAGE_DESCRIPTION = 2
+    XMP = 1
+    IPTC = 2
+    ICC = 3
+    THUMBNAIL = 4
+    PREVIEW = 5
+
+    def __str__(self) -> str:
+        """Return the block's name in messages."""
+        return ("EXIF data", "XMP packet", "IPTC block", "ICC profile", "thumbnail", "preview")[self]
+
+
+class Directory(IntEnum):
+    """A kind of directory of a TIFF structure."""
+
+    IMAGE = 0
+    THUMBNAIL = 1
+    EXIF = 2
+    GPS = 3
+    INTEROPERABILITY = 4
+    SUB_IMAGE = 5
+
+
+class LossReason(IntEnum):
+    """Why a result has not kept something of the photograph."""
+
+    BROKEN = 1
+    PRIVATE = 2
+    MAKER_NOTE = 3
+    BLOCK = 4
+    XMP_LEFT = 5
+    CLAMPED = 6
 
 
 class Method(IntEnum):

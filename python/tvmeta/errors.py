@@ -3,7 +3,7 @@
 Each has `path` (None for data in memory), `reason`, and `code`: the result of the library's
 function, or 0 if the failure was found before or without a call. A FileError is an OSError, with
 its `filename`, `errno` and `strerror`, and also a FileNotFoundError, PermissionError or
-IsADirectoryError where that is the cause.
+IsADirectoryError where that is the cause. Lack of memory is a MemoryError.
 """
 
 from __future__ import annotations
@@ -42,10 +42,6 @@ class FormatError(FileError):
 
 
 # Internal kinds. Users catch the classes above, or those of Python.
-
-
-class UnknownFormatError(FormatError):
-    """The file does not start like a JPEG, TIFF or PSD file."""
 
 
 class NotFoundError(FileError, FileNotFoundError):

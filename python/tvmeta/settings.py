@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import math
+import os
 from ctypes import Array, byref, c_float, create_string_buffer
 from functools import lru_cache
 from typing import Callable, Iterator, Mapping, MutableMapping, NamedTuple, Optional, SupportsFloat, Union
@@ -11,9 +12,10 @@ from . import _files as files
 from ._library import MAX_BYTES, library, length_of
 from ._records import Parameter as ParameterRecord
 from ._records import SettingsValues
+from ._sources import PathLike, library_path
 from .enums import Method
 from .errors import AnyPath, FormatError, file_error
-from .photo import PathLike, library_path, read
+from .photo import UNKNOWN_KIND, read
 
 Value = Union[float, bool, str]
 Slots = Array[c_float]
@@ -254,9 +256,14 @@ class Settings(MutableMapping[str, Value]):
     @classmethod
     def load(cls, path: PathLike) -> Settings:
         """Read the settings in a photograph, a result or a settings file."""
-        name, encoded = library_path(path)
-        if library.tvmeta_file_type(encoded) >= 0:
-            return cls._loads(read(path).xmp(), name)
+        name, _ = library_path(path)
+        try:
+            photo = read(os.fsdecode(path))
+        except FormatError as error:
+            if error.code != UNKNOWN_KIND:
+                raise
+        else:
+            return cls._loads(photo.xmp(), name)
         try:
             with open(name, "rb") as file:
                 packet = file.read(MAX_BYTES + 1)
