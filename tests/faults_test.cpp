@@ -3,6 +3,7 @@
 // and can fail, only while a test has armed the monitor.
 #include "testing/files.h"
 #include "testing/photographs.h"
+#include "testing/shoots.h"
 #include "testing/system.h"
 #include "tvmeta.h"
 
@@ -161,6 +162,7 @@ struct Bench {
     Bytes buffer;
     Bytes block = fullTiff(true);
     Stream stream;
+    tvmeta_BracketMember members[3] = {};
 
     std::int32_t save(std::int32_t channels, std::int32_t height) {
         TifImageInfo image = {10, height, channels, 8, 300, 4, 0, 1};
@@ -169,6 +171,12 @@ struct Bench {
         const Bytes pixels = zeros(static_cast<std::size_t>(10 * channels * height));
         return buf2tif(pixels.data(), &image, 10 * channels, reinterpret_cast<const unsigned char*>("icc!"), &metadata,
                        &gps, 0, nullptr, METHOD_FUSION_INTENSIVE, settings, 0, nullptr, out.c_str());
+    }
+    std::int32_t findBrackets() {
+        const Shoot shoot = Photographer().take("bracket bias fine 0 -2 2");
+        tvmeta_BracketSet sets[3] = {};
+        sets[0].recordSize = sizeof sets[0];
+        return static_cast<std::int32_t>(tvmeta_find_brackets(shoot.shots.data(), 3, nullptr, members, sets));
     }
     std::int32_t replaceProfile() {
         return update_tif_profile(7, reinterpret_cast<const unsigned char*>("profile"), out.c_str());
@@ -277,6 +285,12 @@ struct Bench {
              [](std::int32_t result) { return result > 8; },
              {{}, {}, {-2}, {Success}, {-2}, {}, {}}},
             {"insert_xmp", wrap, insert, is(292), {{-4}, {}, {}, {}, {}, {}, {}}},
+            {"tvmeta_find_brackets",
+             [this] { members[1].set = 77; },
+             [this] { return findBrackets(); },
+             [this](std::int32_t result) { return result == 1 && members[1].set == 0; },
+             {{TVMETA_NO_MEMORY}, {}, {}, {}, {}, {}, {}},
+             [this] { return members[1].set == 77; }},
         };
     }
 };

@@ -52,16 +52,20 @@ void printSets(const std::vector<PhotoSet>& sets) {
     std::vector<Column> columns = {{.heading = "Set", .isNumeric = true},
                                    {.heading = "First file", .cut = Column::Cut::Start},
                                    {.heading = "Shots"},
+                                   {.heading = "By"},
                                    {.heading = "Offsets", .cut = Column::Cut::End},
                                    {.heading = "Range", .isNumeric = true},
                                    {.heading = "Taken"},
                                    {.heading = "Camera", .cut = Column::Cut::End},
                                    {.heading = "Focal", .isNumeric = true}};
+    const bool haveGuess = std::ranges::any_of(sets, &PhotoSet::isGuess);
     for (const PhotoSet& set : sets) {
         const Photo& first = *set.photos.front();
-        const std::string cells[] = {std::to_string(columns.front().cells.size() + 1),
+        const std::string mark = set.isGuess() ? "?" : haveGuess ? " " : ""; // numbers stay below each other
+        const std::string cells[] = {std::to_string(columns.front().cells.size() + 1) + mark,
                                      printable(first.path),
                                      shotsText(set),
+                                     set.confidenceWord(),
                                      offsetsText(set.offsets),
                                      stopsText(set.range()) + " EV",
                                      printable(takenText(first)),
@@ -110,12 +114,21 @@ void printJson(const PhotoSets& found) {
         const Photo& first = *set.photos.front();
         ordered_json object = {{"set", ++count}, {"files", ordered_json::array()}};
         std::ranges::for_each(set.photos, [&](const Photo* photo) { object["files"].push_back(photo->path); });
+        for (const std::vector<const Photo*>& files : set.files) {
+            ordered_json& shot = object["shots"].emplace_back(ordered_json::array());
+            std::ranges::for_each(files, [&](const Photo* file) { shot.push_back(file->path); });
+        }
         for (const Photo* photo : set.photos) {
             const std::optional<double> value = exposureValue(*photo);
             object["ev"].push_back(value ? ordered_json(rounded(*value)) : ordered_json());
         }
         std::ranges::for_each(set.offsets, [&](double stops) { object["offsets"].push_back(rounded(stops)); });
         object["range"] = rounded(set.range());
+        object["confidence"] = set.confidenceWord();
+        object["evidence"] = tvmeta_evidence_text(set.evidence);
+        if (set.expectedPhotos > 0) {
+            object["complete"] = set.photos.size() >= set.expectedPhotos;
+        }
         object["taken"] = takenText(first);
         if (first.has(TVMETA_MODEL)) {
             object["camera"] = first.record.model;
@@ -133,7 +146,9 @@ void printFiles0(const PhotoSets& found) {
         if (&set != &found.sets.front()) {
             std::cout << '\0';
         }
-        std::ranges::for_each(set.photos, [](const Photo* photo) { std::cout << photo->path << '\0'; });
+        for (const std::vector<const Photo*>& files : set.files) {
+            std::ranges::for_each(files, [](const Photo* file) { std::cout << file->path << '\0'; });
+        }
     }
 }
 
@@ -149,7 +164,8 @@ std::string textUnlessZero(double value) {
 
 // One record per photograph, those of sets first. Set number and EV are empty if unknown.
 void printCsv(const PhotoSets& found) {
-    const auto print = [](const std::string& set, const Photo& photo, const std::string& offset) {
+    const auto print = [](const std::string& set, const Photo& photo, const std::string& offset,
+                          const std::string& confidence) {
         const std::optional<double> ev = exposureValue(photo);
         const tvmeta_Photo& record = photo.record;
         const Value fields[] = {set,
@@ -161,21 +177,21 @@ void printCsv(const PhotoSets& found) {
                                 textUnlessZero(quotient(record.fNumber)),
                                 record.isoSpeed > 0 ? std::to_string(record.isoSpeed) : "",
                                 record.model,
-                                textUnlessZero(quotient(record.focalLength))};
+                                textUnlessZero(quotient(record.focalLength)),
+                                confidence};
         std::cout << csvRecord(fields);
     };
-    std::cout << "set,file,ev,offset,taken,exposureTime,fNumber,isoSpeed,camera,focalLength\r\n";
+    std::cout << "set,file,ev,offset,taken,exposureTime,fNumber,isoSpeed,camera,focalLength,confidence\r\n";
     size_t count = 0;
     for (const PhotoSet& set : found.sets) {
         const std::string number = std::to_string(++count);
         for (size_t i = 0; i < set.photos.size(); ++i) {
-            print(number, *set.photos[i], hundredths(set.offsets[i]));
+            print(number, *set.photos[i], hundredths(set.offsets[i]), set.confidenceWord());
         }
     }
-    for (const Photo* photo : found.singles) {
-        print("", *photo, "");
+    for (const std::vector<const Photo*>* photos : {&found.singles, &found.unknown}) {
+        std::ranges::for_each(*photos, [&](const Photo* photo) { print("", *photo, "", ""); });
     }
-    std::ranges::for_each(found.unknown, [&](const Photo* photo) { print("", *photo, ""); });
 }
 
 void showBrackets(const Options& options) {
@@ -198,11 +214,19 @@ void showBrackets(const Options& options) {
     } else {
         printSets(found.sets);
         printSummary(found);
+        printAdvice(found, options.input.rules);
     }
     requireAllRead(found.reading);
 }
 
 } // namespace
+
+void printAdvice(const PhotoSets& found, const BracketRules& rules) {
+    if (const std::optional<LongerGap> gap = longerGap(found, rules)) {
+        std::cout << gap->photographs << " photographs look like parts of series with longer pauses; --gap "
+                  << gap->seconds << " joins them\n";
+    }
+}
 
 std::vector<Option> bracketOptions(BracketOptions& options) {
     constexpr double MaxGap = 86400;

@@ -13,4 +13,7 @@ struct BracketOptions {
     BracketRules rules;
 };
 
+// One line if a longer gap would put many more photographs into sets.
+void printAdvice(const PhotoSets& found, const BracketRules& rules);
+
 std::vector<Option> bracketOptions(BracketOptions& options);

@@ -5,6 +5,7 @@
 #include "output/move_journal.h"
 #include "output/set_folders.h"
 #include "photographs/photo_sets.h"
+#include "photographs/sidecars.h"
 #include "system/paths.h"
 
 #include <algorithm>
@@ -35,9 +36,14 @@ Verb verbOf(const PlacementOptions& options) {
     return *std::ranges::find(Verbs, placement, &Verb::placement);
 }
 
-// All files of one photograph, which go to the same folder; the first one leads.
-ShotFiles filesOf(const Photo& photo) {
-    return {photo.path};
+// All files of one photograph, which go to the same folder: those that were read, then those of editors.
+ShotFiles filesOf(const std::vector<const Photo*>& photos, Sidecars& sidecars) {
+    ShotFiles files;
+    std::ranges::transform(photos, std::back_inserter(files), &Photo::path);
+    for (const Photo* photo : photos) {
+        std::ranges::move(sidecars.take(photo->path), std::back_inserter(files));
+    }
+    return files;
 }
 
 std::string stemOf(const Photo& photo) {
@@ -65,10 +71,11 @@ std::vector<FolderSet> foldersOf(const PhotoSets& found, const std::string& patt
     std::ranges::transform(found.sets, std::back_inserter(words), wordsOf);
     std::vector<std::string> names = setNames(pattern, words);
     std::vector<FolderSet> folders;
+    Sidecars sidecars;
     for (const PhotoSet& set : found.sets) {
         FolderSet& folder = folders.emplace_back(FolderSet{std::move(names[folders.size()]), {}});
-        std::ranges::transform(set.photos, std::back_inserter(folder.shots),
-                               [](const Photo* photo) { return filesOf(*photo); });
+        std::ranges::transform(set.files, std::back_inserter(folder.shots),
+                               [&](const auto& photos) { return filesOf(photos, sidecars); });
     }
     return folders;
 }
@@ -76,6 +83,18 @@ std::vector<FolderSet> foldersOf(const PhotoSets& found, const std::string& patt
 // "3 photographs", and the number of files if there are more.
 std::string contents(size_t photographs, size_t files) {
     return counted(photographs, "photograph") + (files == photographs ? "" : " (" + std::to_string(files) + " files)");
+}
+
+void dropGuesses(PhotoSets& found) {
+    size_t photographs = 0;
+    for (const PhotoSet& set : found.sets) {
+        photographs += set.isGuess() ? set.photos.size() : 0;
+    }
+    const size_t guesses = std::erase_if(found.sets, [](const PhotoSet& set) { return set.isGuess(); });
+    if (guesses > 0) {
+        std::cout << "left out " << guesses << (guesses == 1 ? " guess" : " guesses") << " of "
+                  << counted(photographs, "photograph") << "; --guesses places them, too\n";
+    }
 }
 
 // Fills the folders and prints a line for each one. Returns the number of sets whose folder has other contents.
@@ -140,6 +159,10 @@ std::vector<Option> placementOptions(PlacementOptions& options, const std::vecto
          .help = "With --into: move instead of link, and list the\nmoves in FOLDER/moves.tsv",
          .needs = {"--into"},
          .excludes = {"--copy"}},
+        {.names = {"--guesses"},
+         .target = &options.guesses,
+         .help = "With --into: also place the sets that are guesses",
+         .needs = {"--into"}},
         {.names = {"--dry-run"},
          .target = &options.dryRun,
          .help = "With --into: only print the plan",
@@ -162,7 +185,11 @@ void placeSets(const BracketOptions& input, const PlacementOptions& options) {
         });
         dropMoved(names, options.folder);
     }
-    const PhotoSets found = readPhotoSets(names, input.recursive, input.rules, {}, options.folder);
+    PhotoSets found = readPhotoSets(names, input.recursive, input.rules, {}, options.folder);
+    printAdvice(found, input.rules);
+    if (!options.guesses) {
+        dropGuesses(found);
+    }
     const size_t taken = fillAndReport(found, options);
     if (options.move && isThere(nameOf(pathOf(options.folder) / JournalName))) {
         std::cout << "to undo: tvmeta brackets --undo " << printable(nameOf(pathOf(options.folder) / JournalName))

@@ -13,6 +13,7 @@ struct PlacementOptions {
     bool copy = false;
     bool move = false;
     bool dryRun = false;
+    bool guesses = false;
     std::string undo; // a journal of moves
 };
 

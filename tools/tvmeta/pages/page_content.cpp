@@ -75,6 +75,8 @@ PageSet pageSet(const PhotoSet& set, const fs::path& pageFolder) {
     shown.range = set.range();
     shown.camera = first.record.model;
     shown.folder = nameOf(pathOf(first.path).parent_path());
+    shown.evidence = tvmeta_evidence_text(set.evidence);
+    shown.isGuess = set.isGuess();
     shown.exposureMode = modes.size() == 1 ? *modes.begin() : "";
     return shown;
 }

@@ -60,6 +60,10 @@ Records recordsOf(const std::vector<Photo>& photos) {
     return records;
 }
 
+size_t indexOf(const PhotoSets& found, const Photo* photo) {
+    return static_cast<size_t>(photo - found.photos.data());
+}
+
 struct Found {
     std::vector<tvmeta_BracketMember> members;
     std::vector<tvmeta_BracketSet> sets;
@@ -83,6 +87,7 @@ void addSets(PhotoSets& result, const Found& found) {
     for (const tvmeta_BracketSet& set : found.sets) {
         PhotoSet& added = result.sets.emplace_back();
         added.photos.resize(static_cast<size_t>(set.shots));
+        added.files.resize(added.photos.size());
         added.offsets.resize(added.photos.size());
         added.expectedPhotos = static_cast<size_t>(set.expectedShots);
         added.confidence = set.confidence;
@@ -95,7 +100,8 @@ void addSets(PhotoSets& result, const Found& found) {
         if (member.set >= 0) {
             PhotoSet& set = result.sets[static_cast<size_t>(member.set)];
             const size_t place = static_cast<size_t>(member.place);
-            set.files.push_back(photo);
+            std::vector<const Photo*>& files = set.files[place];
+            files.insert(speaks ? files.begin() : files.end(), photo);
             if (speaks) {
                 set.photos[place] = photo;
                 set.offsets[place] = member.offset;
@@ -105,6 +111,43 @@ void addSets(PhotoSets& result, const Found& found) {
             (isKnown ? result.singles : result.unknown).push_back(photo);
         }
     }
+}
+
+// By chance, a longer gap makes few sets of this kind.
+bool isSound(size_t shots, int32_t confidence) {
+    return shots >= 3 && (confidence == TVMETA_BY_CAMERA || confidence == TVMETA_BY_PATTERN);
+}
+
+// What another gap changes.
+struct Change {
+    bool isLoss = false; // a sound set is another one
+    LongerGap gain = {};
+};
+
+Change changeWith(const PhotoSets& found, double gap) {
+    const Found other = findBrackets(found.photos, {gap, std::nullopt});
+    std::vector<const PhotoSet*> setOf(found.photos.size());
+    for (const PhotoSet& set : found.sets) {
+        std::ranges::for_each(set.photos, [&](const Photo* photo) { setOf[indexOf(found, photo)] = &set; });
+    }
+    Change change;
+    for (size_t i = 0; i < other.members.size(); ++i) {
+        const tvmeta_BracketMember& member = other.members[i];
+        if (member.leader != static_cast<int64_t>(i)) {
+            continue;
+        }
+        const tvmeta_BracketSet set =
+            member.set < 0 ? tvmeta_BracketSet() : other.sets[static_cast<size_t>(member.set)];
+        const size_t shots = static_cast<size_t>(set.shots), before = setOf[i] == nullptr ? 0 : setOf[i]->photos.size();
+        const bool isKept = setOf[i] == nullptr || !isSound(before, setOf[i]->confidence) ||
+                            (before < setOf[i]->expectedPhotos && shots > before);
+        change.isLoss = change.isLoss || (!isKept && shots != before);
+        if (isSound(shots, set.confidence) && shots > before) {
+            ++change.gain.photographs;
+            change.gain.seconds = std::max(change.gain.seconds, std::ceil(set.longestPause));
+        }
+    }
+    return change;
 }
 
 // The nearest third or half.
@@ -121,6 +164,11 @@ double PhotoSet::range() const {
     return high - low;
 }
 
+const char* PhotoSet::confidenceWord() const {
+    static constexpr const char* Words[] = {"", "camera", "pattern", "guess", "count"};
+    return Words[confidence];
+}
+
 PhotoSets readPhotoSets(const std::vector<std::string>& names, bool recursive, const BracketRules& rules,
                         const Wanted& wanted, const std::string& excludedFolder) {
     PhotoSets result;
@@ -128,6 +176,27 @@ PhotoSets readPhotoSets(const std::vector<std::string>& names, bool recursive, c
     addSets(result, findBrackets(result.photos, rules));
     std::ranges::stable_sort(result.singles, {}, [](const Photo* photo) { return photo->taken; });
     return result;
+}
+
+std::optional<LongerGap> longerGap(const PhotoSets& found, const BracketRules& rules) {
+    constexpr double Gaps[] = {2, 5, 15, 60, 300};
+    constexpr size_t MinPhotographs = 6;
+    const size_t many = std::max(MinPhotographs, found.singles.size() / 2);
+    if (rules.count || found.photos.size() < MinPhotographs) {
+        return {};
+    }
+    for (const double gap : Gaps) {
+        if (gap <= rules.gap) {
+            continue;
+        }
+        const Change change = changeWith(found, gap);
+        if (!change.isLoss && change.gain.photographs >= many) {
+            const Change shorter = changeWith(found, change.gain.seconds); // no longer than it has to be
+            const bool isEnough = !shorter.isLoss && shorter.gain.photographs >= change.gain.photographs;
+            return LongerGap{isEnough ? change.gain.seconds : gap, change.gain.photographs};
+        }
+    }
+    return {};
 }
 
 std::string stopsText(double stops) {

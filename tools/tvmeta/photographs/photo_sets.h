@@ -16,13 +16,15 @@ struct BracketRules {
 };
 
 struct PhotoSet {
-    std::vector<const Photo*> photos; // in order of capture; of a raw file with a JPEG file, the raw file
-    std::vector<const Photo*> files;  // of all photographs
-    std::vector<double> offsets;      // stops from the middle exposure
-    size_t expectedPhotos = 0;        // greater than photos.size(): the set is incomplete
+    std::vector<const Photo*> photos;             // in order of capture; of a raw file with a JPEG file, the raw file
+    std::vector<std::vector<const Photo*>> files; // of each photograph, the one above first
+    std::vector<double> offsets;                  // stops from the middle exposure
+    size_t expectedPhotos = 0;                    // 0: unknown; greater than photos.size(): the set is incomplete
     int32_t confidence = 0, evidence = 0;
 
     double range() const; // EV
+    bool isGuess() const { return confidence == TVMETA_BY_GUESS; }
+    const char* confidenceWord() const; // camera, pattern, guess or count
 };
 
 struct PhotoSets {
@@ -37,6 +39,14 @@ struct PhotoSets {
 // to exclude is not searched unless it is one of `names`.
 PhotoSets readPhotoSets(const std::vector<std::string>& names, bool recursive, const BracketRules& rules,
                         const Wanted& wanted = {}, const std::string& excludedFolder = "");
+
+// The gap in seconds with which many photographs would be in sets that repeat or that a camera marked, besides those
+// found. Empty if there is none.
+struct LongerGap {
+    double seconds;
+    size_t photographs; // that would join a set, or a larger one
+};
+std::optional<LongerGap> longerGap(const PhotoSets& found, const BracketRules& rules);
 
 // A difference of exposures as cameras name it, in thirds or halves of a stop: +2, -0.7.
 std::string stopsText(double stops);
