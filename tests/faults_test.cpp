@@ -71,6 +71,10 @@ struct Bench {
     TempDir dir;
     std::string out = dir.path("out");
     std::string photo = dir.write("photo.jpg", fullJpeg());
+    std::string keyworded = dir.write(
+        "keyword.jpg",
+        jpeg(exifSegment(fullTiff(true)) +
+             segment(0xED, Bytes("Photoshop 3.0\0", 14) + resource(0x0404, Bytes("\x1C\x02\x19\x00\x01k", 6)))));
     std::string tiff = dir.write("photo.tif", fullTiff(true));
     std::string psdFile = dir.write("photo.psd", psd(resource(1058, fullTiff(false))));
     std::string settingsFile = dir.write("settings.xmp", elementPacket("Fusion/Intensive", element("Radius", "4")));
@@ -269,7 +273,7 @@ struct Bench {
              isConverted,
              {{Success}, {0}, {0}, {}, {}, {}, {Success}},
              always,
-             {Success}},
+             {0, Success}},
             {"parse_exif_data",
              openExif,
              parseDirectory(parse_exif_data),
@@ -322,30 +326,30 @@ struct Bench {
         const auto is = [](std::int32_t expected) {
             return [expected](std::int32_t result) { return result == expected; };
         };
-        const auto opened = [this](std::function<std::int64_t(const tvmeta_Source&)> read) {
-            return [this, read] {
+        const auto opened = [](const std::string& path, std::function<std::int64_t(const tvmeta_Source&)> read) {
+            return [path, read] {
                 tvmeta_Source source;
-                const std::int32_t status = tvmeta_open(photo.c_str(), &source);
+                const std::int32_t status = tvmeta_open(path.c_str(), &source);
                 const std::int64_t result = status == TVMETA_OK ? read(source) : status;
                 tvmeta_close(&source);
                 return static_cast<std::int32_t>(result);
             };
         };
-        const auto record = opened([](const tvmeta_Source& source) {
+        const auto record = opened(photo, [](const tvmeta_Source& source) {
             tvmeta_Photo found = {};
             found.recordSize = sizeof found;
             const std::int32_t status = tvmeta_read_photo(&source, &found);
             return status == TVMETA_OK ? found.isoSpeed : status;
         });
-        const auto xmp = opened([this](const tvmeta_Source& source) {
+        const auto xmp = opened(photo, [this](const tvmeta_Source& source) {
             buffer = zeros(5000);
             return tvmeta_read_block(&source, nullptr, TVMETA_XMP, buffer.data(), size32(buffer));
         });
-        const auto text = opened([this](const tvmeta_Source& source) {
+        const auto text = opened(keyworded, [this](const tvmeta_Source& source) {
             return tvmeta_read_text(&source, nullptr, TVMETA_TEXT_KEYWORD, 0, nullptr, 0);
         });
         const auto tags =
-            opened([](const tvmeta_Source& source) { return tvmeta_list_tags(&source, nullptr, nullptr, 0); });
+            opened(photo, [](const tvmeta_Source& source) { return tvmeta_list_tags(&source, nullptr, nullptr, 0); });
         const std::int32_t packetSize =
             size32(lensPacket("<aux:Lens>TV 35mm f/1.8</aux:Lens>") + elementPacket("Fusion/Intensive", ""));
         const std::int32_t failed = TVMETA_READ_FAILED;
