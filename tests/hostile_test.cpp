@@ -69,7 +69,7 @@ void readPacket(const MemoryFile&, const Bytes& bytes) {
 
 void readBlocks(const MemoryFile&, const Bytes& bytes) {
     const Exact block(bytes);
-    char name[32];
+    char name[64];
     const std::int32_t named = get_profile_name(block.size(), block.bytes(), name);
     ASSERT_TRUE(named == -1 || named == 4 || named == 9 || named == 12 || named == 32);
     Exact out(bytes + zeros(8 + (bytes.empty() ? 7 : 0)));
@@ -177,7 +177,7 @@ TEST(Hostile, EveryPointerNull) {
     Bytes block(2000, ' ');
     unsigned char* const bytes = raw(block);
     char* const text = block.data();
-    char name[32];
+    char name[64];
     float floats[3] = {};
     std::int32_t n = 0;
     const std::int32_t added = insert_xmp(0, 11, settings, 0, 0, nullptr);
@@ -209,7 +209,7 @@ TEST(Hostile, EveryPointerNull) {
          withNulls(get_settings_from_xmp, 11, size32(packetText), packetText.data(), text, settings),
          {-3, size32(packetText.substr(0, packetText.find("tvtm:Method"))), -3}},
         {"a lens",
-         withNulls(get_settings_from_xmp, MODE_LENS, size32(packetText), packetText.data(), text, settings),
+         withNulls(get_settings_from_xmp, MODE_LENS, size32(packetText), packetText.data(), name, settings),
          {-3, -3, size32(packetText.substr(0, packetText.find("</aux:Lens")))}},
         {"tvsettings_occurences_in_xmp",
          withNulls(tvsettings_occurences_in_xmp, size32(packetText), packetText.data()),

@@ -66,7 +66,7 @@ std::optional<Span> descriptionsIn(SourceReader& reader, const JoinedRegions& pa
     const std::string_view opening(text.data() + start, end - start);
     const std::size_t names = opening.find("xmlns:");
     if (names != NotFound &&
-        (!opening.substr(names).starts_with("xmlns:rdf=") || opening.find("xmlns:", names + 1) != NotFound)) {
+        (!textFrom(opening, names).starts_with("xmlns:rdf=") || opening.find("xmlns:", names + 1) != NotFound)) {
         return std::nullopt;
     }
     const auto begin = static_cast<std::int64_t>(end) + 1;

@@ -56,7 +56,7 @@ void putUnescaped(std::string_view text, TextWriter& writer) {
         }
         text = textFrom(text, ampersand);
         const std::size_t end = before(text, MaxReference).find(';');
-        const char32_t character = end == NotFound ? 0 : referenced(before(text, end).substr(1));
+        const char32_t character = end == NotFound ? 0 : referenced(textFrom(before(text, end), 1));
         if (character != 0) {
             writer.put(character);
             text = textFrom(text, end + 1);
@@ -104,7 +104,7 @@ bool putItem(std::string_view content, int index, TextWriter& writer) {
         }
         const bool isEmpty = content[open - 1] == '/' || textFrom(content, value).starts_with("</");
         if (!isEmpty && index-- == 0) {
-            putUnescaped(trimmed(elementContent(textFrom(content, at + 1), Item.substr(1))), writer);
+            putUnescaped(trimmed(elementContent(textFrom(content, at + 1), textFrom(Item, 1))), writer);
             return true;
         }
         at = content.find(Item, open);
@@ -127,7 +127,7 @@ bool putAttribute(std::string_view text, TextWriter& writer) {
     if (end == NotFound) {
         return false;
     }
-    const std::string_view value = trimmed(before(text, end).substr(1));
+    const std::string_view value = trimmed(textFrom(before(text, end), 1));
     putUnescaped(value, writer);
     return !value.empty();
 }

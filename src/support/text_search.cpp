@@ -63,7 +63,7 @@ std::size_t findText(std::string_view text, const SearchText& wanted, std::size_
     if (from > text.size()) {
         return NotFound;
     }
-    const std::string_view pair = wanted.text.substr(wanted.rarePair, 2);
+    const std::string_view pair = textFrom(wanted.text, wanted.rarePair).substr(0, 2);
     for (std::size_t at = from + wanted.rarePair;; ++at) {
         at = findPair(text, pair, at);
         if (at == NotFound || textFrom(text, at - wanted.rarePair).starts_with(wanted.text)) {
