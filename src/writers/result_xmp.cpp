@@ -1,5 +1,6 @@
 #include "writers/result_xmp.h"
 
+#include "photo/iptc_text.h"
 #include "photo/utf8.h"
 #include "photo/xmp_text.h"
 #include "settings/packet_parser.h"
@@ -7,6 +8,7 @@
 #include "support/tiff_vocabulary.h"
 #include "writers/text_edits.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <iterator>
@@ -73,12 +75,32 @@ bool hasKeyword(std::string_view packet, std::string_view keyword) {
     }
 }
 
-void putKeywords(TextWriter& writer, std::string_view packet, std::span<const char* const> keywords) {
-    for (const std::string_view keyword : keywords) {
+void putKeyword(TextWriter& writer, std::string_view keyword) {
+    writer.put("<rdf:li>");
+    putEscaped(writer, keyword);
+    writer.put("</rdf:li>\n");
+}
+
+// The keywords that the packet lacks. XMP takes precedence over IPTC: the first keywords of a packet come with those of
+// the IPTC block, which readers would not show any more.
+void putKeywords(TextWriter& writer, std::string_view packet, const XmpChanges& changes) {
+    const bool isFirst = !changes.keywords.empty() && packet.find("dc:subject") == NotFound;
+    char value[256];
+    for (int i = 0; isFirst; ++i) {
+        TextWriter keyword(value);
+        if (!findDataset(changes.iptc, iptc_dataset::Keyword, keyword, i)) {
+            break;
+        }
+        const std::string_view text(value, keyword.written());
+        const bool isGiven =
+            std::ranges::any_of(changes.keywords, [text](std::string_view given) { return given == text; });
+        if (!text.empty() && !isGiven) {
+            putKeyword(writer, text);
+        }
+    }
+    for (const std::string_view keyword : changes.keywords) {
         if (!hasKeyword(packet, keyword)) {
-            writer.put("<rdf:li>");
-            putEscaped(writer, keyword);
-            writer.put("</rdf:li>\n");
+            putKeyword(writer, keyword);
         }
     }
 }
@@ -201,7 +223,7 @@ std::optional<ZeroedBuffer> resultXmp(std::string_view packet, const XmpChanges&
             return std::nullopt;
         }
     }
-    if (!keywords.make([&](TextWriter& writer) { putKeywords(writer, packet, changes.keywords); })) {
+    if (!keywords.make([&](TextWriter& writer) { putKeywords(writer, packet, changes); })) {
         return std::nullopt;
     }
     if (!packet.empty() && hasMethod && !canTakeSettings(packet)) {

@@ -18,7 +18,8 @@ struct XmpChanges {
     std::int32_t orientation;
     PacketRequest settings; // of method 0 or less: none
     std::span<const char* const> keywords;
-    bool isPhotographs; // sizes and orientation in the packet are those of the photograph
+    std::span<const unsigned char> iptc; // whose keywords a packet without any receives too
+    bool isPhotographs;                  // sizes and orientation in the packet are those of the photograph
 };
 
 // The packet with the changes; a new one if `packet` is empty. Empty if there is nothing to say. Names what the text

@@ -143,6 +143,7 @@ std::int32_t makeXmp(const tvmeta_Result& result, Contents& contents, LossList& 
         .orientation = writtenOrientationOf(result),
         .settings = packetRequest(method > 0 ? method + DescriptionOnly : 0, result.settings),
         .keywords = {result.keywords, static_cast<std::size_t>(result.keywordCount)},
+        .iptc = contents.iptc.block.bytes(),
         .isPhotographs = result.xmp == nullptr,
     };
     contents.xmp = resultXmp(packet, changes, losses);

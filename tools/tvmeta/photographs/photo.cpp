@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr size_t MaxKeywords = 1000;
+
 constexpr const char* BlockNames[TVMETA_BLOCKS] = {"EXIF data",   "XMP packet", "IPTC block",
                                                    "ICC profile", "thumbnail",  "preview"};
 
@@ -81,7 +83,8 @@ Photo OpenPhoto::read(const Wanted& wanted) const {
         for (int32_t i = 0; i <= TVMETA_TEXT_SOFTWARE; ++i) {
             photo.texts[static_cast<size_t>(i)] = text(i);
         }
-        for (std::string keyword = photo.texts[TVMETA_TEXT_KEYWORD]; !keyword.empty();
+        for (std::string keyword = photo.texts[TVMETA_TEXT_KEYWORD];
+             !keyword.empty() && photo.keywords.size() < MaxKeywords; // each costs a search of the packet
              keyword = text(TVMETA_TEXT_KEYWORD, static_cast<int32_t>(photo.keywords.size()))) {
             photo.keywords.push_back(keyword);
         }
