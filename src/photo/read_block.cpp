@@ -28,7 +28,7 @@ ZeroedBuffer loadBlock(OpenPhoto& photo, std::int32_t block) {
     const std::int64_t size = photo.layout.isCompressed(block) ? 0 : blockSize(photo.layout, block);
     ZeroedBuffer buffer(static_cast<std::size_t>(size <= MaxSize ? size : 0));
     photo.layout.isWithoutMemory |= !buffer;
-    return buffer && copyBlock(photo, block, buffer.bytes()) ? std::move(buffer) : ZeroedBuffer(0);
+    return !buffer || copyBlock(photo, block, buffer.bytes()) ? std::move(buffer) : ZeroedBuffer(0);
 }
 
 namespace {

@@ -14,7 +14,7 @@ std::int64_t blockSize(const Layout& layout, std::int32_t block);
 // Copies the start of a block. Returns false if it cannot be read.
 bool copyBlock(OpenPhoto& photo, std::int32_t block, std::span<unsigned char> bytes);
 
-// A block in memory; empty without memory, if it cannot be read, or if it is larger than what is worth a search.
+// A block in memory; empty if it cannot be read, or if it is larger than what is worth a search. False without memory.
 ZeroedBuffer loadBlock(OpenPhoto& photo, std::int32_t block);
 
 } // namespace tvmeta

@@ -86,6 +86,8 @@ constexpr Rule Rules[] = {
     {TVMETA_EXIF_DIRECTORY, 42240, 42240, Fate::OfItsPixels},    // gamma
     {TVMETA_EXIF_DIRECTORY, 59932, 59933, Fate::OfItsFile},      // padding
 
+    {TVMETA_GPS_DIRECTORY, 65535, 65535, Fate::Private}, // all tags would exceed a 16-bit number of entries
+
     {TVMETA_INTEROPERABILITY, 4096, 4098, Fate::OfItsFile}, // format and size of a related file
 
     {TVMETA_THUMBNAIL_IMAGE, 0, 65535, Fate::OfItsPixels},

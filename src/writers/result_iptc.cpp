@@ -26,8 +26,7 @@ struct Survey {
     bool hasDesignation = false;
     bool isUtf8 = false;              // designated
     bool hasOtherTexts = false;       // neither ASCII nor UTF-8
-    bool hasLongTexts = false;        // beyond ASCII
-    std::size_t designationPlace = 0; // after datasets with lower numbers
+    std::size_t designationPlace = 0; // after datasets with lower numbers, before record 2
     std::size_t keywordPlace = 0;     // after the last keyword, else after record 2
     bool hasRecord = false;           // 2
     std::size_t end = 0;              // of the last dataset; padding follows
@@ -43,7 +42,7 @@ Survey survey(std::span<const unsigned char> block) {
             result.hasDesignation = true;
             result.isUtf8 = std::ranges::equal(dataset.value, std::span(Utf8Designation).subspan(5));
         }
-        if (dataset.record == 0 || (dataset.record == 1 && dataset.number < 90)) {
+        if (!result.hasRecord && (dataset.record == 0 || (dataset.record == 1 && dataset.number < 90))) {
             result.designationPlace = reader.position();
         }
         if (dataset.record == 2) {
@@ -53,7 +52,6 @@ Survey survey(std::span<const unsigned char> block) {
                 result.keywordPlace = reader.position();
             }
             hasKeyword |= isKeyword;
-            result.hasLongTexts |= dataset.number != 0 && !isAscii(value);
             result.hasOtherTexts |= dataset.number != 0 && !isUtf8(value);
         }
         result.end = reader.position();

@@ -4,12 +4,11 @@
 #include "support/zeroed_buffer.h"
 
 #include <cstdint>
-#include <optional>
 #include <span>
 
 namespace tvmeta {
 
-enum class IptcProblem { None, NoMemory, OtherEncoding, Damaged };
+enum class IptcProblem { None, NoMemory, OtherEncoding };
 
 // The block with keywords that it lacks, in UTF-8. A new block has record version 4. If a keyword is not ASCII, the
 // block is declared as UTF-8, unless other texts of it are in another encoding.

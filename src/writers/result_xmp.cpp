@@ -62,17 +62,23 @@ void putEscaped(TextWriter& writer, std::string_view text) {
     }
 }
 
+// Passes over the items of the property once, whatever their number.
 bool hasKeyword(std::string_view packet, std::string_view keyword) {
-    char value[256];
-    for (int i = 0;; ++i) {
+    constexpr std::string_view Item = "<rdf:li";
+    constexpr std::string_view ItemEnd = "</rdf:li>";
+    std::string_view items = textFrom(packet, packet.find("<dc:subject"));
+    items = {items.data(), std::min(items.find("</dc:subject>"), items.size())};
+    for (std::size_t end = items.find(ItemEnd); end != NotFound; end = items.find(ItemEnd)) {
+        char value[256];
         TextWriter writer(value);
-        if (!findProperty(packet, "dc:subject", writer, i)) {
-            return false;
-        }
-        if (writer.size() == writer.written() && std::string_view(value, writer.written()) == keyword) {
+        const std::string_view upToEnd(items.data(), end + ItemEnd.size());
+        if (findProperty(textFrom(upToEnd, upToEnd.rfind(Item)), "rdf:li", writer, 0) &&
+            writer.size() == writer.written() && std::string_view(value, writer.written()) == keyword) {
             return true;
         }
+        items.remove_prefix(upToEnd.size());
     }
+    return false;
 }
 
 void putKeyword(TextWriter& writer, std::string_view keyword) {
@@ -85,17 +91,16 @@ void putKeyword(TextWriter& writer, std::string_view keyword) {
 // the IPTC block, which readers would not show any more.
 void putKeywords(TextWriter& writer, std::string_view packet, const XmpChanges& changes) {
     const bool isFirst = !changes.keywords.empty() && packet.find("dc:subject") == NotFound;
-    char value[256];
-    for (int i = 0; isFirst; ++i) {
-        TextWriter keyword(value);
-        if (!findDataset(changes.iptc, iptc_dataset::Keyword, keyword, i)) {
-            break;
-        }
-        const std::string_view text(value, keyword.written());
+    IptcReader block(isFirst ? changes.iptc : std::span<const unsigned char>());
+    for (IptcDataset dataset; block.next(dataset);) {
+        char value[256];
+        TextWriter text(value);
+        putText(text, trimmed({reinterpret_cast<const char*>(dataset.value.data()), dataset.value.size()}));
+        const std::string_view keyword(value, text.written());
         const bool isGiven =
-            std::ranges::any_of(changes.keywords, [text](std::string_view given) { return given == text; });
-        if (!text.empty() && !isGiven) {
-            putKeyword(writer, text);
+            std::ranges::any_of(changes.keywords, [keyword](std::string_view given) { return given == keyword; });
+        if (dataset.record == 2 && dataset.number == iptc_dataset::Keyword && !keyword.empty() && !isGiven) {
+            putKeyword(writer, keyword);
         }
     }
     for (const std::string_view keyword : changes.keywords) {
@@ -190,21 +195,15 @@ ZeroedBuffer newPacket(std::string_view settings, std::string_view keywords) {
     return edits.apply();
 }
 
-// Removes settings that this library wrote, which new ones replace.
-void removeOwnSettings(std::string_view packet, TextEdits& edits) {
+// The packet without the settings that this library wrote, which new ones replace.
+ZeroedBuffer withoutOwnSettings(std::string_view packet) {
+    TextEdits edits(packet);
     const std::size_t begin = packet.find(OwnSettings);
     const std::size_t end = begin == NotFound ? NotFound : packet.find(DescriptionEnd, begin);
     if (end != NotFound) {
         edits.replace(begin, end + DescriptionEnd.size(), "");
     }
-}
-
-// The packet without settings in another form than that of this library, which readers could take for the new ones.
-bool canTakeSettings(std::string_view packet) {
-    TextEdits edits(packet);
-    removeOwnSettings(packet, edits);
-    ZeroedBuffer rest = edits.apply();
-    return rest && !hasSettings({rest.text(), rest.size()}) && descriptionPlace(packet) != NotFound;
+    return edits.apply();
 }
 
 } // namespace
@@ -223,12 +222,21 @@ std::optional<ZeroedBuffer> resultXmp(std::string_view packet, const XmpChanges&
             return std::nullopt;
         }
     }
+    ZeroedBuffer others;
+    if (!packet.empty() && hasMethod) {
+        others = withoutOwnSettings(packet);
+        if (!others) {
+            return std::nullopt;
+        }
+        packet = {others.text(), others.size()};
+        // Readers could use settings in another form instead of the new ones.
+        if (hasSettings(packet) || descriptionPlace(packet) == NotFound) {
+            losses.addBlock(TVMETA_XMP, TVMETA_LOSS_BLOCK);
+            packet = {};
+        }
+    }
     if (!keywords.make([&](TextWriter& writer) { putKeywords(writer, packet, changes); })) {
         return std::nullopt;
-    }
-    if (!packet.empty() && hasMethod && !canTakeSettings(packet)) {
-        losses.addBlock(TVMETA_XMP, TVMETA_LOSS_BLOCK);
-        packet = {};
     }
     if (packet.empty()) {
         return newPacket(settings.text(), keywords.text());
@@ -248,7 +256,6 @@ std::optional<ZeroedBuffer> resultXmp(std::string_view packet, const XmpChanges&
     }
     const std::size_t place = descriptionPlace(packet);
     if (hasMethod) {
-        removeOwnSettings(packet, edits);
         edits.insert(place, settings.text());
     }
     bool isCertain = false;

@@ -2,6 +2,7 @@
 #include "metadata/byte_cursor.h"
 #include "photo/read_block.h"
 #include "photo/utf8.h"
+#include "settings/methods.h"
 #include "support/bytes.h"
 #include "support/zeroed_buffer.h"
 #include "tvmeta_photo.h"
@@ -51,8 +52,9 @@ bool areKeywords(const tvmeta_Result& result) {
 }
 
 bool isDate(const char* text) {
-    constexpr std::size_t Size = 19; // "YYYY:MM:DD HH:MM:SS"
-    return text == nullptr || std::strlen(text) == Size;
+    constexpr std::string_view Form = "0000:00:00 00:00:00";
+    return text == nullptr ||
+           std::ranges::equal(std::string_view(text), Form, {}, [](char c) { return c >= '0' && c <= '9' ? '0' : c; });
 }
 
 bool isValid(const tvmeta_Result* result) {
@@ -60,7 +62,7 @@ bool isValid(const tvmeta_Result* result) {
            isBlock(result->iptc, result->iptcSize) && isBlock(result->xmp, result->xmpSize) &&
            (result->photo == nullptr || isUsable(result->photo)) && areKeywords(*result) &&
            isDate(result->modifyDate) && result->resolution >= 0 && result->resolution <= INT32_MAX / 1000 &&
-           hasNeededSettings(packetRequest(result->method, result->settings));
+           (result->method == METHOD_NONE || (isMethodCode(result->method) && result->settings != nullptr));
 }
 
 // Everything of the photograph and the caller that goes into the directories.
@@ -74,13 +76,13 @@ struct Contents {
     Bytes icc;
 };
 
-// A block of the photograph, and whether it could not be loaded.
-ZeroedBuffer loadPhotoBlock(OpenPhoto& photo, std::int32_t block, LossList& losses) {
-    ZeroedBuffer bytes = loadBlock(photo, block);
-    if (bytes.size() == 0 && photo.layout.has(block)) {
+// Loads a block of the photograph, or names it as lost. Returns false without memory.
+bool loadPhotoBlock(OpenPhoto& photo, std::int32_t block, ZeroedBuffer& bytes, LossList& losses) {
+    bytes = loadBlock(photo, block);
+    if (bytes && bytes.size() == 0 && photo.layout.has(block)) {
         losses.addBlock(block, TVMETA_LOSS_BLOCK);
     }
-    return bytes;
+    return static_cast<bool>(bytes);
 }
 
 std::int32_t readPhotograph(const tvmeta_Result& result, Contents& contents, LossList& losses) {
@@ -88,6 +90,9 @@ std::int32_t readPhotograph(const tvmeta_Result& result, Contents& contents, Los
     const std::int32_t status = tvmeta_read_photo(result.photo, &contents.photo);
     if (status != TVMETA_OK && status != TVMETA_BROKEN) {
         return status;
+    }
+    if (status == TVMETA_BROKEN) { // nobody knows what else the file has
+        losses.addBlock(TVMETA_EXIF, TVMETA_LOSS_BROKEN);
     }
     const bool hasSize = result.width > 0 && result.height > 0;
     const bool isSameSize =
@@ -107,11 +112,9 @@ std::int32_t readBlocks(const tvmeta_Result& result, Contents& contents, LossLis
     }
     OpenPhoto photo(*result.photo);
     photo.walkToEnd();
-    if (result.iptc == nullptr) {
-        contents.photoIptc = loadPhotoBlock(photo, TVMETA_IPTC, losses);
-    }
-    if (result.xmp == nullptr) {
-        contents.photoXmp = loadPhotoBlock(photo, TVMETA_XMP, losses);
+    if ((result.iptc == nullptr && !loadPhotoBlock(photo, TVMETA_IPTC, contents.photoIptc, losses)) ||
+        (result.xmp == nullptr && !loadPhotoBlock(photo, TVMETA_XMP, contents.photoXmp, losses))) {
+        return TVMETA_NO_MEMORY;
     }
     return photo.reader.failed() ? TVMETA_READ_FAILED : TVMETA_OK;
 }
@@ -132,16 +135,15 @@ std::int32_t writtenOrientationOf(const tvmeta_Result& result) {
 }
 
 std::int32_t makeXmp(const tvmeta_Result& result, Contents& contents, LossList& losses) {
-    constexpr std::int32_t MaxMethod = INT32_MAX - DescriptionOnly;
     const std::string_view packet = result.xmp != nullptr
                                         ? std::string_view(result.xmp, static_cast<std::size_t>(result.xmpSize))
                                         : std::string_view(contents.photoXmp.text(), contents.photoXmp.size());
-    const std::int32_t method = std::clamp(result.method, 0, MaxMethod);
+    const std::int32_t method = result.method != METHOD_NONE ? result.method + DescriptionOnly : METHOD_NONE;
     const XmpChanges changes = {
         .width = result.width,
         .height = result.height,
         .orientation = writtenOrientationOf(result),
-        .settings = packetRequest(method > 0 ? method + DescriptionOnly : 0, result.settings),
+        .settings = packetRequest(method, result.settings),
         .keywords = {result.keywords, static_cast<std::size_t>(result.keywordCount)},
         .iptc = contents.iptc.block.bytes(),
         .isPhotographs = result.xmp == nullptr,
@@ -409,6 +411,10 @@ std::int32_t tvmeta_save_tiff(const tvmeta_Result* result, tvmeta_Loss* losses, 
     if (!isValid(result) || result->path == nullptr || capacity < 0 || (losses == nullptr && capacity > 0) ||
         (result->height > 0 && result->pixels == nullptr) || !isPitch(result->rowPitch, result->height)) {
         return TVMETA_BAD_ARGUMENT;
+    }
+    constexpr std::int64_t MaxBlock = INT32_MAX; // a TIFF entry has up to 2^32 - 1 bytes; leaves room for keywords
+    if (std::max({result->iccSize, result->iptcSize, result->xmpSize}) > MaxBlock) {
+        return TVMETA_TOO_LARGE;
     }
     TifImageInfo info{};
     info.width = result->width;

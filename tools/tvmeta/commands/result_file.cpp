@@ -52,6 +52,9 @@ std::string nameOf(const tvmeta_Loss& loss) {
         if (loss.reason == TVMETA_LOSS_CLAMPED) {
             return "keywords beyond ASCII in the " + block;
         }
+        if (loss.reason == TVMETA_LOSS_BROKEN) {
+            return "damaged parts of the file";
+        }
         if (loss.reason != TVMETA_LOSS_XMP_LEFT) {
             return block;
         }
