@@ -270,7 +270,7 @@ struct Bench {
             {"get_tif_tag",
              open,
              findTag,
-             [](std::int32_t result) { return result > 8; },
+             is(static_cast<std::int32_t>(block.find(le16(272) + le16(2) + le32(7)))),
              {{}, {}, {-2}, {Success}, {-2}, {}, {}},
              always,
              {-3}},

@@ -73,15 +73,14 @@ Bytes entry(unsigned tag, unsigned type, std::uint32_t count, const Bytes& value
 
 // The value of a tag in the first directory, in the entry or at its offset.
 Bytes valueOf(const Bytes& file, unsigned tag, std::size_t size) {
-    Bytes copy = file;
-    const Stream stream = streamOf(copy);
-    std::int32_t items = 0;
-    std::int32_t value = 0;
-    const std::int32_t at = get_tif_tag(stream.get(), static_cast<std::int32_t>(tag), &items, &value);
-    if (at < 0) {
-        return "absent";
+    const std::size_t directory = loadLe32(file, 4);
+    for (std::size_t i = 0; i < loadLe16(file, directory); ++i) {
+        const std::size_t at = directory + 2 + 12 * i;
+        if (loadLe16(file, at) == tag) {
+            return file.substr(size <= 4 ? at + 8 : loadLe32(file, at + 8), size);
+        }
     }
-    return file.substr(size <= 4 ? static_cast<std::size_t>(at) + 8 : static_cast<std::size_t>(value), size);
+    return "absent";
 }
 
 TEST(MetadataRecord, RationalsTruncateAndSaturate) {
@@ -325,6 +324,21 @@ TEST(Tiff, LargestShortAndWholeLongs) {
     EXPECT_NE(file.find(entry(33723, 4, 1, "IPTC")), Bytes::npos);
 }
 
+const Bytes LensL = "<rdf:Description rdf:about=''\nxmlns:aux='http://ns.adobe.com/exif/1.0/aux/'>\n"
+                    "<aux:Lens>L</aux:Lens>\n</rdf:Description>\n\n";
+const Bytes IntensiveZero = "<rdf:Description rdf:about=''\nxmlns:tvtm='http://" + Bytes(Host) +
+                            "/tonalvista_settings01'>\n<tvtm:Version>5.0</tvtm:Version>\n"
+                            "<tvtm:Method>Fusion/Intensive</tvtm:Method>\n<tvtm:Strength>0.0</tvtm:Strength>\n"
+                            "<tvtm:Saturation>0.0</tvtm:Saturation>\n<tvtm:Radius>0.0</tvtm:Radius>\n"
+                            "</rdf:Description>\n\n";
+
+// A packet that the library makes, with the blank that it adds in a file.
+Bytes madePacket(const Bytes& descriptions) {
+    return "<x:xmpmeta xmlns:x='adobe:ns:meta/'>\n<rdf:RDF "
+           "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>\n\n" +
+           descriptions + "</rdf:RDF>\n</x:xmpmeta>\n ";
+}
+
 TEST(Tiff, XmpDecision) {
     const Bytes settings = elementPacket("Fusion/Adjust", "");
     const Bytes plain = "<x:xmpmeta>" + Bytes(80, 'x');
@@ -359,13 +373,10 @@ TEST(Tiff, XmpDecision) {
         job.method = test.method;
         std::strcpy(job.metadata.lens, test.lens);
         const Bytes file = job.file();
-        Bytes expected = test.stored;
-        if (test.stored == "made" || test.stored == "lens") { // the library adds a blank after its own packets
-            const std::int32_t lensLength = test.lens[0] != '\0' ? 1 : 0;
-            expected = Bytes(1000, ' ');
-            expected.resize(static_cast<std::size_t>(
-                1 + embed_xmp(1, test.method, job.settings, lensLength, test.lens, expected.data())));
-        }
+        const bool isMade = test.stored == "made", hasLens = isMade && test.lens[0] != '\0';
+        const Bytes expected = isMade || test.stored == "lens"
+                                   ? madePacket((hasLens || !isMade ? LensL : "") + (isMade ? IntensiveZero : ""))
+                                   : test.stored;
         EXPECT_EQ(valueOf(file, 700, expected.size()), expected) << test.what;
         EXPECT_EQ(file.find("Fusion/Intensive") != Bytes::npos, test.stored == "made") << test.what;
     }

@@ -37,8 +37,8 @@ class IptcReader {
     ByteCursor cursor_;
 };
 
-// Writes the value of a dataset of record 2; of a repeated one, that at an index. Empty ones do not count. Returns false
-// if there is none.
+// Writes the value of a dataset of record 2; of a repeated one, that at an index. Empty ones do not count. Returns
+// false if there is none.
 bool findDataset(std::span<const unsigned char> block, std::uint8_t dataset, TextWriter& writer, int index = 0);
 
 } // namespace tvmeta
