@@ -2,6 +2,7 @@
 // turn, reads also by returning less; and the disk is full at every byte.
 #include "testing/files.h"
 #include "testing/photographs.h"
+#include "testing/results.h"
 #include "testing/shoots.h"
 #include "testing/system.h"
 #include "tests/support/io_monitor.h"
@@ -109,6 +110,25 @@ struct Bench {
         sets[0].recordSize = sizeof sets[0];
         return static_cast<std::int32_t>(tvmeta_find_brackets(shoot.shots.data(), 3, nullptr, members, sets));
     }
+    // With keywords and settings, which change the photograph's packet and make an IPTC block.
+    std::int32_t saveResult() {
+        static const Bytes original = [] {
+            PhotoParts parts;
+            const Bytes xmp = "<rdf:RDF></rdf:RDF>";
+            parts.image = {{700, 1, static_cast<std::uint32_t>(xmp.size()), xmp}};
+            parts.exif = {{50000, 7, 5, "value"}};
+            return photoOf(parts);
+        }();
+        const char* const keywords[] = {"lake"};
+        tvmeta_Source source;
+        tvmeta_memory(original.data(), static_cast<std::int64_t>(original.size()), &source);
+        tvmeta_Result result = smallResult(out.c_str(), &source);
+        result.keywords = keywords;
+        result.keywordCount = 1;
+        result.method = METHOD_FUSION_INTENSIVE;
+        result.settings = settings;
+        return tvmeta_save_tiff(&result, nullptr, 0);
+    }
     std::int32_t replaceProfile() {
         return update_tif_profile(7, reinterpret_cast<const unsigned char*>("profile"), out.c_str());
     }
@@ -125,6 +145,8 @@ struct Bench {
         const Bytes saved = readFile(out);
         save(4, 8);
         const Bytes replaced = profileReplaced(saved);
+        saveResult();
+        const Bytes whole = readFile(out);
         const auto reset = [this] { dir.write("out", "old"); };
         const auto isOldWithoutMemory = [this] { return monitor.failing != Allocation || readFile(out) == "old"; };
         const auto isSaved = [this, saved](std::int32_t result) { return result == 8 && readFile(out) == saved; };
@@ -150,6 +172,18 @@ struct Bench {
              [this] { return save(4, 8); },
              isSaved,
              {{-1, -4, -1}, {-1}, {}, {}, {}, {-2, -3, -12}, {-12}},
+             isOldWithoutMemory},
+            {"tvmeta_save_tiff",
+             reset,
+             [this] { return saveResult(); },
+             [this, whole](std::int32_t result) { return result == 0 && readFile(out) == whole; },
+             {{Success, Success, TVMETA_NO_MEMORY},
+              {TVMETA_WRITE_FAILED},
+              {},
+              {},
+              {},
+              {TVMETA_WRITE_FAILED},
+              {TVMETA_WRITE_FAILED}},
              isOldWithoutMemory},
             {"write_xmp",
              reset,
@@ -414,6 +448,47 @@ TEST(Faults, EveryCallFailsInTurn) {
         }
         for (const bool onward : {false, true}) {
             failEachCall(operation, Read, Fault::Short, onward);
+        }
+    }
+}
+
+// One row again and again, so that no memory is needed; the file is not written.
+TEST(Results, AreBigTiffAbove4GiB) {
+    const TempDir dir;
+    const std::string path = dir.path("result.tif");
+    const Bytes row(65'536, 'p');
+    for (const bool isBig : {false, true}) {
+        // Header 8, pixels 65535 * 65536, 15 entries 186, two fractions 16, software 65324: 2^32 - 2 bytes.
+        const Bytes software(isBig ? 65'324 : 65'323, 's');
+        tvmeta_Result result = smallResult(path.c_str(), nullptr);
+        result.width = 65'536;
+        result.height = 65'535;
+        result.pixels = row.data();
+        result.rowPitch = 0;
+        result.software = software.c_str();
+        Bytes written;
+        monitor = {};
+        monitor.sink = &written;
+        monitor.armed = true;
+        const std::int32_t status = tvmeta_save_tiff(&result, nullptr, 0);
+        monitor.armed = false;
+        ASSERT_EQ(status, 0);
+        ASSERT_EQ(monitor.dropped, 65'535ULL * 65'536);
+        const std::size_t header = isBig ? 16 : 8;
+        const std::uint64_t first =
+            isBig ? loadLe32(written, 8) | std::uint64_t{loadLe32(written, 12)} << 32 : loadLe32(written, 4);
+        EXPECT_EQ(first, header + monitor.dropped);
+        EXPECT_EQ(written.size() + monitor.dropped,
+                  isBig ? 16 + 0xFFFF'0000ULL + 8 + 15 * 20 + 8 + 65'326 : 0xFFFF'FFFEULL);
+        // Without the pixels, the offsets of the directory and its values are smaller.
+        EXPECT_EQ(loadLe16(written, header), 15U);
+        EXPECT_EQ(written.substr(0, 4), isBig ? "II+" + zeros(1) : "II*" + zeros(1));
+        if (isBig) {
+            EXPECT_EQ(written.substr(4, 4), le16(8) + le16(0));
+            const Bytes offsets = le16(273) + le16(16) + le32(1) + le32(0) + le32(16) + le32(0);
+            const Bytes sizes = le16(279) + le16(16) + le32(1) + le32(0) + le32(0xFFFF'0000) + le32(0);
+            EXPECT_NE(written.find(offsets), Bytes::npos);
+            EXPECT_NE(written.find(sizes), Bytes::npos);
         }
     }
 }

@@ -329,8 +329,8 @@ std::int32_t collect(const tvmeta_Result& result, bool withBlocks, Contents& con
     return TVMETA_OK;
 }
 
-std::int32_t statusOf(std::int32_t buf2tifResult) {
-    const bool isMemory = buf2tifResult == BUF2TIF_NO_MEMORY || buf2tifResult == BUF2TIF_NO_PIXEL_MEMORY;
+std::int32_t statusOf(std::int32_t failure) {
+    const bool isMemory = failure == NoDirectoryMemory || failure == BUF2TIF_NO_PIXEL_MEMORY;
     return isMemory ? TVMETA_NO_MEMORY : TVMETA_WRITE_FAILED;
 }
 

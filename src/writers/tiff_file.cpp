@@ -53,7 +53,7 @@ Result<std::int32_t> writeTiffFile(const char* path, const PixelWriter& pixels, 
     const std::size_t padding = form.aligned(dataSize) - dataSize;
     ZeroedBuffer directoryBlock(padding + directory.size());
     if (!directoryBlock) {
-        return Failure{BUF2TIF_NO_MEMORY};
+        return Failure{NoDirectoryMemory};
     }
     const std::size_t directoryOffset = form.headerSize() + dataSize + padding;
     directory.write(directoryBlock.bytes().subspan(padding), directoryOffset);

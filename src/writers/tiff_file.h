@@ -22,9 +22,12 @@ void addPixelFields(DirectoryBuilder& directory, const PixelLayout& layout, Dire
 void addResolution(DirectoryBuilder& directory, std::int32_t dotsPerInch);
 void addIptc(DirectoryBuilder& directory, std::span<const unsigned char> iptc);
 
+// A failure of writeTiffFile that buf2tif reports as BUF2TIF_NO_MEMORY, which is also BUF2TIF_CANNOT_OPEN.
+inline constexpr std::int32_t NoDirectoryMemory = -5;
+
 // Writes the planned file. All memory is allocated before the file is opened, which empties it. The stream is
-// unbuffered, so a write that fails is the one that found no room. Returns the rows of the last block, or the result of
-// buf2tif for the failure.
+// unbuffered, so a write that fails is the one that found no room. Returns the rows of the last block, or
+// NoDirectoryMemory, or the result of buf2tif for another failure.
 Result<std::int32_t> writeTiffFile(const char* path, const PixelWriter& pixels, std::size_t dataSize,
                                    DirectoryBuilder& directory, DirectoryForm form);
 

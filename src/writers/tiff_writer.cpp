@@ -164,8 +164,12 @@ std::int32_t buf2tif(const void* pixels, const TifImageInfo* info, std::int32_t 
     const std::ptrdiff_t pitch = std::ptrdiff_t{rowPitch} * (layout->takesHighBytes ? 2 : 1); // from samples
     const Result<std::int32_t> rows =
         writeTiffFile(path, PixelWriter(pixels, pitch, *layout), layout->dataSize(), directory, {});
-    if (!rows && rows.code() == BUF2TIF_CANNOT_OPEN) {
+    if (rows) {
+        return *rows;
+    }
+    const std::int32_t code = rows.code() == NoDirectoryMemory ? std::int32_t{BUF2TIF_NO_MEMORY} : rows.code();
+    if (code == BUF2TIF_CANNOT_OPEN) {
         printMessage("Could not open for writing file:  ", path);
     }
-    return rows ? *rows : rows.code();
+    return code;
 }

@@ -98,6 +98,15 @@ off_t __wrap_ftello(std::FILE* stream) {
     return fails(test::Tell) ? -1 : __real_ftello(stream);
 }
 std::size_t __wrap_fwrite(const void* block, std::size_t size, std::size_t count, std::FILE* stream) {
+    if (monitor.armed && monitor.sink != nullptr) {
+        constexpr std::size_t Small = 1 << 17;
+        if (size * count < Small) {
+            monitor.sink->append(static_cast<const char*>(block), size * count);
+        } else {
+            monitor.dropped += size * count;
+        }
+        return count;
+    }
     return fails(test::Write) ? 0 : __real_fwrite(block, size, count, stream);
 }
 int __wrap_fclose(std::FILE* stream) {

@@ -28,6 +28,8 @@ struct Monitor {
     long blocks = 0, streams = 0; // allocated; open, descriptors too
     std::FILE* failed = nullptr;  // the stream of a failed read
     std::function<void(long call)> beforeOpen = [](long) {};
+    std::string* sink = nullptr; // receives small writes instead of the file; large ones are counted alone
+    std::uint64_t dropped = 0;
 
     bool fails(Kind kind) {
         if (!armed) {
