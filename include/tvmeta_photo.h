@@ -395,50 +395,91 @@ TVMETA_API int64_t tvmeta_writer_records(const tvmeta_Photo* photo, MetadataBuf*
 
 /* ---- A result ---- */
 
+/**
+ * A result and its photograph. Clear the record, set recordSize, and fill in what you have: members that are 0 or null
+ * mean what is said here. Everything is borrowed for the call.
+ */
 typedef struct tvmeta_Result {
-    uint32_t recordSize;
-    int32_t width, height, channels, bitsCode, pixelMode; /* as in TifImageInfo */
-    int32_t resolution;                                   /* dots per inch; 0: the photograph's, else 300 */
-    int32_t orientation;
-    const char* path;
-    const void* pixels;
-    int64_t rowPitch; /* bytes; may be negative */
-    const void* icc;
-    int64_t iccSize;
-    const void* iptc; /* null: the photograph's */
+    uint32_t recordSize; /**< sizeof(tvmeta_Result) */
+    int32_t width;       /**< Pixels, 1 or more. tvmeta_build_exif(): 0 writes no size */
+    int32_t height;      /**< Rows, 0 or more */
+    int32_t channels;    /**< 1 to 4 of a pixel in memory; the second of 2 and the fourth are not written */
+    int32_t bitsCode;    /**< 8, 16, 32 (float) or 3216 (half float), as in TifImageInfo */
+    int32_t pixelMode;   /**< 0; or 1 with bitsCode 8: `pixels` have 16 bits, of which the high 8 are written */
+    int32_t resolution;  /**< Dots per inch, up to 2147483; 0: the photograph's, else 300 */
+    int32_t orientation; /**< 1 to 8 as in EXIF; others: 1 */
+    const char* path;    /**< The file to write; replaced if it exists. Not used by tvmeta_build_exif() */
+    const void* pixels;  /**< The first row. May be null if height is 0 */
+    int64_t rowPitch;    /**< Bytes from a row to the next; may be negative or 0, in all pixel modes */
+    const void* icc;     /**< ICC profile of the pixels; may be null. The photograph's is never used */
+    int64_t iccSize;     /**< Bytes, up to 2^31 - 1, as of the next two */
+    const void* iptc;    /**< IPTC block; null: the photograph's */
     int64_t iptcSize;
-    const char* xmp; /* null: the photograph's, with its sizes and orientation corrected */
-    int64_t xmpSize;
-    const char* const* keywords; /* added to IPTC, and to dc:subject where the text is certain */
-    int32_t keywordCount;
-    int32_t method; /* METHOD_NONE: no settings */
-    const float* settings;
-    const char* software;       /* null: the photograph's */
-    const char* modifyDate;     /* "YYYY:MM:DD HH:MM:SS"; null: none is written */
-    const tvmeta_Source* photo; /* null: no photograph */
+    const char* xmp;             /**< XMP packet; null: the photograph's, its sizes and orientation corrected */
+    int64_t xmpSize;             /**< Bytes without a terminator */
+    const char* const* keywords; /**< UTF-8, 1 to 32767 bytes each; added to IPTC and to dc:subject of XMP */
+    int32_t keywordCount;        /**< 0: keywords may be null */
+    int32_t method;              /**< METHOD_NONE, or the method whose settings are added to the packet */
+    const float* settings;       /**< SETTINGS_SLOTS values; may be null for METHOD_NONE */
+    const char* software;        /**< Text of Software; null: the photograph's */
+    const char* modifyDate;      /**< "YYYY:MM:DD HH:MM:SS"; null: no modification time is written */
+    const tvmeta_Source* photo;  /**< Any photograph of tvmeta_read_photo(); null: none */
 } tvmeta_Result;
 
-enum { /* tvmeta_Loss.reason */
-       TVMETA_LOSS_BROKEN = 1,
-       TVMETA_LOSS_PRIVATE,
-       TVMETA_LOSS_MAKER_NOTE,
-       TVMETA_LOSS_BLOCK,
-       TVMETA_LOSS_XMP_LEFT,
-       TVMETA_LOSS_CLAMPED
+/** tvmeta_Loss.reason. */
+enum {
+    TVMETA_LOSS_BROKEN = 1,  /**< Outside of the file, of an unknown type, an offset (type 13), or beyond the limit of
+                                  64 MiB; of block TVMETA_EXIF: the file is damaged, and may have had more */
+    TVMETA_LOSS_PRIVATE = 2, /**< An unknown tag of a raw format or a program in the image directory */
+    TVMETA_LOSS_MAKER_NOTE = 3, /**< A maker note whose offsets count from the start of the photograph's file */
+    TVMETA_LOSS_BLOCK = 4,      /**< A block that is compressed or unreadable, a packet into which the settings cannot
+                                     be inserted, or a profile for another number of channels */
+    TVMETA_LOSS_XMP_LEFT = 5,   /**< A property (its tag) or the keywords (0) of XMP are unchanged: the packet has them
+                                     several times, or in a form that is not edited */
+    TVMETA_LOSS_CLAMPED = 6     /**< Keywords beyond ASCII are not in the IPTC block, which has another encoding */
 };
 
-/* Something that the photograph has, that is true of the result, and that the result has not. Values that describe the
- * photograph's own pixels or file are no loss. */
+/**
+ * Something that the photograph has, that is true of the result, and that the result has not. Values that describe the
+ * photograph's own pixels or file are no loss.
+ */
 typedef struct tvmeta_Loss {
-    int32_t directory; /* as in tvmeta_Tag, or -1 - block */
-    int32_t tag;
-    int32_t reason;
+    int32_t directory; /**< As in tvmeta_Tag, or -1 - block */
+    int32_t tag;       /**< Of the directory; of a block: see the reason, else 0 */
+    int32_t reason;    /**< TVMETA_LOSS_... */
 } tvmeta_Loss;
 
-/* A TIFF file; BigTIFF above 4 GiB. Returns the number of losses (of which `capacity` are stored), or a status. */
+/**
+ * Writes an uncompressed TIFF file with everything of the photograph that is true of the result: the entries of its
+ * image, EXIF, GPS and interoperability directories, byte for byte in little-endian order, its XMP packet and its IPTC
+ * block. A maker note is kept if its offsets count from its own start: Nikon type 3, Olympus and OM System, Fujifilm,
+ * Apple, and Pentax notes that start with "PENTAX ". Files of 4 GiB and more are BigTIFF.
+ *
+ * The photograph is read before the file is opened: it may be the same file.
+ *
+ * @param result    Must not be null.
+ * @param losses    Receives up to `capacity` losses; may be null if that is 0.
+ * @param capacity  0 or more.
+ * @return The number of losses, also of those that are not stored; or, with no file touched, TVMETA_BAD_ARGUMENT,
+ *         TVMETA_TOO_LARGE (a block above 2^31 - 1 bytes), TVMETA_NO_MEMORY, or a status of tvmeta_read_photo() other
+ *         than TVMETA_BROKEN; or TVMETA_WRITE_FAILED: the file cannot be opened, or is incomplete.
+ */
 TVMETA_API int32_t tvmeta_save_tiff(const tvmeta_Result* result, tvmeta_Loss* losses, int32_t capacity) TVMETA_NOEXCEPT;
 
-/* The directories alone, as an EXIF block. A null buffer gives its size. `lossCount` may be null. */
+/**
+ * Builds the directories of tvmeta_save_tiff() alone: a little-endian TIFF structure without pixels, profile, XMP and
+ * IPTC. Of the members that describe those, only icc has an effect: on ColorSpace. An EXIF segment of a JPEG has room
+ * for 65,527 bytes.
+ *
+ * @param result        Must not be null.
+ * @param buffer        Receives the block; null: the size is measured.
+ * @param capacity      Bytes of the buffer, 0 or more.
+ * @param losses        As in tvmeta_save_tiff().
+ * @param lossCapacity  0 or more.
+ * @param lossCount     Receives the number of losses; may be null. Not written for TVMETA_BAD_ARGUMENT.
+ * @return The size of the block in bytes; or TVMETA_TOO_SMALL (nothing is written to the buffer), TVMETA_BAD_ARGUMENT,
+ *         TVMETA_NO_MEMORY, or a status of tvmeta_read_photo() other than TVMETA_BROKEN.
+ */
 TVMETA_API int64_t tvmeta_build_exif(const tvmeta_Result* result, void* buffer, int64_t capacity, tvmeta_Loss* losses,
                                      int32_t lossCapacity, int32_t* lossCount) TVMETA_NOEXCEPT;
 

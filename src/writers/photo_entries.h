@@ -38,8 +38,8 @@ class PhotoEntries {
     const KeptEntry* find(std::int32_t directory, std::uint16_t tag) const;
 
   private:
-    ZeroedBuffer entryBlock_{0};
-    ZeroedBuffer values_{0};
+    ZeroedBuffer entryBlock_;
+    ZeroedBuffer values_;
     KeptEntry* entries_ = nullptr;
     std::size_t count_ = 0;
 };

@@ -88,7 +88,7 @@ IptcResult withKeywords(std::span<const unsigned char> block, std::span<const ch
         }
     }
     if (needsUtf8 && !found.isUtf8 && (found.hasDesignation || found.hasOtherTexts)) {
-        return {ZeroedBuffer(0), IptcProblem::OtherEncoding};
+        return {ZeroedBuffer(), IptcProblem::OtherEncoding};
     }
     const bool designates = needsUtf8 && !found.isUtf8;
     const bool startsRecord = added > 0 && !found.hasRecord;

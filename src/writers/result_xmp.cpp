@@ -47,7 +47,7 @@ class Description {
     std::string_view text() { return {buffer_.text(), buffer_.size()}; }
 
   private:
-    ZeroedBuffer buffer_{0};
+    ZeroedBuffer buffer_;
 };
 
 void putEscaped(TextWriter& writer, std::string_view text) {
@@ -91,16 +91,16 @@ void putKeyword(TextWriter& writer, std::string_view keyword) {
 // the IPTC block, which readers would not show any more.
 void putKeywords(TextWriter& writer, std::string_view packet, const XmpChanges& changes) {
     const bool isFirst = !changes.keywords.empty() && packet.find("dc:subject") == NotFound;
-    IptcReader reader(changes.iptc);
-    for (IptcDataset dataset; isFirst && reader.next(dataset);) {
+    IptcReader block(isFirst ? changes.iptc : std::span<const unsigned char>());
+    for (IptcDataset dataset; block.next(dataset);) {
         char value[256];
-        TextWriter keyword(value);
-        putText(keyword, trimmed({reinterpret_cast<const char*>(dataset.value.data()), dataset.value.size()}));
-        const std::string_view text(value, keyword.written());
+        TextWriter text(value);
+        putText(text, trimmed({reinterpret_cast<const char*>(dataset.value.data()), dataset.value.size()}));
+        const std::string_view keyword(value, text.written());
         const bool isGiven =
-            std::ranges::any_of(changes.keywords, [text](std::string_view given) { return given == text; });
-        if (dataset.record == 2 && dataset.number == iptc_dataset::Keyword && !text.empty() && !isGiven) {
-            putKeyword(writer, text);
+            std::ranges::any_of(changes.keywords, [keyword](std::string_view given) { return given == keyword; });
+        if (dataset.record == 2 && dataset.number == iptc_dataset::Keyword && !keyword.empty() && !isGiven) {
+            putKeyword(writer, keyword);
         }
     }
     for (const std::string_view keyword : changes.keywords) {
@@ -239,7 +239,8 @@ std::optional<ZeroedBuffer> resultXmp(std::string_view packet, const XmpChanges&
         return std::nullopt;
     }
     if (packet.empty()) {
-        return newPacket(settings.text(), keywords.text());
+        ZeroedBuffer fresh = newPacket(settings.text(), keywords.text());
+        return fresh ? std::optional(std::move(fresh)) : std::nullopt;
     }
     TextEdits edits(packet);
     const Property properties[] = {

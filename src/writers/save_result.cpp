@@ -69,8 +69,8 @@ bool isValid(const tvmeta_Result* result) {
 struct Contents {
     tvmeta_Photo photo{};
     PhotoEntries entries;
-    ZeroedBuffer photoIptc{0};
-    ZeroedBuffer photoXmp{0};
+    ZeroedBuffer photoIptc;
+    ZeroedBuffer photoXmp;
     IptcResult iptc;
     std::optional<ZeroedBuffer> xmp;
     Bytes icc;
@@ -240,7 +240,7 @@ class ResultDirectories {
 
     const Contents& contents_;
     DirectoryForm form_;
-    ZeroedBuffer fields_{0};
+    ZeroedBuffer fields_;
 };
 
 void ResultDirectories::addResults(const tvmeta_Result& result, const PixelLayout* layout) {
@@ -317,10 +317,10 @@ std::int32_t collect(const tvmeta_Result& result, bool withBlocks, Contents& con
             return status;
         }
     }
+    takeProfile(result, contents, losses); // also decides the colour space of EXIF
     if (!withBlocks) {
         return TVMETA_OK;
     }
-    takeProfile(result, contents, losses);
     for (const auto step : {readBlocks, makeIptc, makeXmp}) {
         if (const std::int32_t status = step(result, contents, losses); status != TVMETA_OK) {
             return status;
