@@ -230,7 +230,7 @@ void requirePlotNames(const Options& options) {
 void writePlot(const Options& options, const Statistics& s) {
     constexpr int MaxTitle = 80;
     std::vector<PlotMark> marks;
-    for (const size_t i : {0, 2, 4}) {
+    for (const unsigned i : {0U, 2U, 4U}) {
         marks.push_back({percentileName(i), s.stops(s.luminance.percentiles[i])});
     }
     const std::string title = withoutStart(printable(s.path), MaxTitle);
