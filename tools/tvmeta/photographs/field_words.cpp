@@ -61,7 +61,9 @@ std::string orientationWords(const Value& value) {
 }
 
 std::string biasWords(const Value& value) {
-    return (numberOf(value) > 0 ? "+" : "") + plainWords(value);
+    std::string words = numberOf(value) > 0 ? "+" : "";
+    words += plainWords(value);
+    return words;
 }
 
 // EXIF 2.32, section 4.6.5, as are the codes below.
