@@ -1,10 +1,9 @@
 // Reads the metadata of one photograph from a file in the page cache.
 #include "support/jobs.h"
+#include "support/photo_reads.h"
 #include "support/photographs.h"
 #include "testing/files.h"
 #include "testing/photographs_containers.h"
-
-#include <tvmeta_photo.h>
 
 #ifdef HAVE_EXIV2
 #include <exiv2/exiv2.hpp>
@@ -246,61 +245,13 @@ void addReaders(Contenders& contenders, const SharedSource& source, std::int32_t
 
 // ---- Any photograph ----
 
-tvmeta_Photo readAnyPhoto(const tvmeta_Source& source) {
-    tvmeta_Photo photo;
-    photo.recordSize = sizeof photo;
-    if (tvmeta_read_photo(&source, &photo) != TVMETA_OK) {
-        photo.model[0] = '\0';
-    }
-    return photo;
-}
-
-tvmeta_Photo openAndReadPhoto(const std::string& path) {
-    tvmeta_Source source;
-    if (tvmeta_open(path.c_str(), &source) != TVMETA_OK) {
-        throw Failure(path + ": cannot open the file");
-    }
-    const tvmeta_Photo photo = readAnyPhoto(source);
-    tvmeta_close(&source);
-    return photo;
-}
-
-// Lists what is read of a source.
-struct Recorder {
-    tvmeta_Source file;
-    std::vector<Region> reads;
-
-    static std::int64_t read(void* context, std::int64_t position, void* buffer, std::int64_t count) {
-        auto& self = *static_cast<Recorder*>(context);
-        self.reads.push_back({static_cast<std::size_t>(position), static_cast<std::size_t>(count)});
-        return self.file.read(self.file.context, position, buffer, count);
-    }
-};
-
-// What tvmeta_read_photo() reads of a file. More than a limit is a failure.
-std::vector<Region> readsOfPhoto(const std::string& path) {
-    constexpr std::size_t MaxBytesRead = 64 * 1024;
-    Recorder recorder{};
-    tvmeta_open(path.c_str(), &recorder.file);
-    readAnyPhoto({&recorder, recorder.file.size, Recorder::read, nullptr});
-    tvmeta_close(&recorder.file);
-    std::size_t total = 0;
-    for (const Region& region : recorder.reads) {
-        total += region.size;
-    }
-    if (total > MaxBytesRead) {
-        throw Failure(path + ": " + std::to_string(total) + " bytes were read");
-    }
-    return recorder.reads;
-}
-
 // The library, and as the floor its own system calls.
 void addPhotoReader(Contenders& contenders, const SharedSource& source, const std::string& model) {
     contenders.add(
         "tvmeta", [source] { return openAndReadPhoto(source->path); },
         [&](const tvmeta_Photo& photo) { return photo.model == model; });
     const std::vector<Region> reads = readsOfPhoto(source->path);
-    const auto buffer = std::make_shared<Bytes>(64 * 1024, '\0');
+    const auto buffer = std::make_shared<Bytes>(MaxBytesRead, '\0');
     contenders.add(
         "floor", [source, reads, buffer] { return readRegions(source->path, reads, *buffer, true); },
         [](bool complete) { return complete; });
@@ -314,30 +265,41 @@ void addJpegReaders(Contenders& contenders) {
         [&](const ExifInfo& record) { return source->photograph.record.model == Bytes(record.model); });
 }
 
-// A file of the size that cameras write; what follows the metadata is a hole.
+// The size that cameras write.
 constexpr std::uint32_t CameraFileSize = 20'000'000;
 
-void addContainerReaders(Contenders& contenders, Bytes start) {
+// What the builders do not write is a hole.
+void addContainerReaders(Contenders& contenders, Bytes start, const std::string& model) {
     const auto source = std::make_shared<const Source>(Photograph{std::move(start), {}, {}});
     std::filesystem::resize_file(source->path, CameraFileSize);
-    addPhotoReader(contenders, source, "TV-100");
+    addPhotoReader(contenders, source, model);
 #ifdef HAVE_EXIV2
     contenders.add(
         "Exiv2", [source] { return readByExiv2(source->path); },
-        [](const Summary& summary) { return summary.model == "TV-100"; });
+        [&](const Summary& summary) { return summary.model == model; });
 #endif
 }
 
-// The boxes, followed by one to the end of the file. Exiv2 refuses files for a box of which the library reads nothing;
-// its bytes become free space.
+// The boxes, followed by one to the end of the file. The one whose contents Exiv2 refuses becomes free space.
 Bytes withoutBox(Bytes boxes, std::string_view type) {
     boxes.replace(boxes.find(type), type.size(), "free");
     return boxes + be32(CameraFileSize - sizeOf(boxes)) + "mdat";
 }
 
-Bytes rafStart() {
-    const Bytes frame = segment(0xC0, "\x08" + be16(3000) + be16(4000) + "\x01\x01\x11" + zeros(1));
-    return raf(jpeg(exifSegment(cameraTiffWithThumbnail(false)) + xmpSegment(Packet) + frame));
+// The maker notes are between the EXIF and the GPS directory.
+void addCr3Readers(Contenders& contenders) {
+    addContainerReaders(contenders, withoutBox(cr3(40'000), "CMT3"), "TV-100");
+}
+
+// EXIF data and packet are in the middle of the file.
+void addHeicReaders(Contenders& contenders) {
+    const Bytes file = heif({.pictures = CameraFileSize / 2}, exifItem(cameraTiff(Tiff(false))), Packet);
+    addContainerReaders(contenders, withoutBox(file, "colr"), "TV-100");
+}
+
+void addRafReaders(Contenders& contenders) {
+    const Photograph preview = jpegPhotograph();
+    addContainerReaders(contenders, raf(preview.file), preview.record.model);
 }
 
 } // namespace
@@ -351,14 +313,9 @@ void addReadJobs(Jobs& jobs) {
                         addReaders(contenders, std::make_shared<const Source>(tiffPhotograph()), FILE_TYPE_TIFF);
                     }});
     jobs.push_back({"read any photograph: JPEG", addJpegReaders});
-    jobs.push_back({"read any photograph: CR3",
-                    [](Contenders& contenders) { addContainerReaders(contenders, withoutBox(cr3(), "CMT3")); }});
-    jobs.push_back({"read any photograph: HEIC", [](Contenders& contenders) {
-                        const Bytes exif = exifItem(cameraTiff(Tiff(false)));
-                        addContainerReaders(contenders, withoutBox(heif({}, exif, Packet), "colr"));
-                    }});
-    jobs.push_back(
-        {"read any photograph: RAF", [](Contenders& contenders) { addContainerReaders(contenders, rafStart()); }});
+    jobs.push_back({"read any photograph: CR3", addCr3Readers});
+    jobs.push_back({"read any photograph: HEIC", addHeicReaders});
+    jobs.push_back({"read any photograph: RAF", addRafReaders});
 }
 
 } // namespace bench
