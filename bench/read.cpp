@@ -1,7 +1,9 @@
 // Reads the metadata of one photograph from a file in the page cache.
 #include "support/jobs.h"
+#include "support/photo_reads.h"
 #include "support/photographs.h"
 #include "testing/files.h"
+#include "testing/photographs_containers.h"
 
 #ifdef HAVE_EXIV2
 #include <exiv2/exiv2.hpp>
@@ -15,6 +17,7 @@
 
 #include <fcntl.h>
 #include <memory>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace bench {
@@ -184,9 +187,11 @@ std::vector<Region> fewestReads(const std::vector<Region>& needed) {
     return reads;
 }
 
-bool readRegions(const std::string& path, const std::vector<Region>& reads, Bytes& buffer) {
+bool readRegions(const std::string& path, const std::vector<Region>& reads, Bytes& buffer, bool asksForSize = false) {
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     bool complete = file >= 0;
+    struct stat status {};
+    complete = complete && (!asksForSize || fstat(file, &status) == 0);
     for (const Region& region : reads) {
         complete = complete && pread(file, buffer.data(), region.size, static_cast<off_t>(region.offset)) ==
                                    static_cast<ssize_t>(region.size);
@@ -209,6 +214,7 @@ void silencePeers() {
 #endif
 #ifdef HAVE_EXIV2
     Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
+    Exiv2::enableBMFF();
 #endif
 }
 
@@ -237,6 +243,65 @@ void addReaders(Contenders& contenders, const SharedSource& source, std::int32_t
     addFloor(contenders, source);
 }
 
+// ---- Any photograph ----
+
+// The library, and as the floor its own system calls.
+void addPhotoReader(Contenders& contenders, const SharedSource& source, const std::string& model) {
+    contenders.add(
+        "tvmeta", [source] { return openAndReadPhoto(source->path); },
+        [&](const tvmeta_Photo& photo) { return photo.model == model; });
+    const std::vector<Region> reads = readsOfPhoto(source->path);
+    const auto buffer = std::make_shared<Bytes>(MaxBytesRead, '\0');
+    contenders.add(
+        "floor", [source, reads, buffer] { return readRegions(source->path, reads, *buffer, true); },
+        [](bool complete) { return complete; });
+}
+
+void addJpegReaders(Contenders& contenders) {
+    const auto source = std::make_shared<const Source>(jpegPhotograph());
+    addPhotoReader(contenders, source, source->photograph.record.model);
+    contenders.add(
+        "getExifData", [source] { return readByTvmeta(source->path, FILE_TYPE_JPEG); },
+        [&](const ExifInfo& record) { return source->photograph.record.model == Bytes(record.model); });
+}
+
+// The size that cameras write.
+constexpr std::uint32_t CameraFileSize = 20'000'000;
+
+// What the builders do not write is a hole.
+void addContainerReaders(Contenders& contenders, Bytes start, const std::string& model) {
+    const auto source = std::make_shared<const Source>(Photograph{std::move(start), {}, {}});
+    std::filesystem::resize_file(source->path, CameraFileSize);
+    addPhotoReader(contenders, source, model);
+#ifdef HAVE_EXIV2
+    contenders.add(
+        "Exiv2", [source] { return readByExiv2(source->path); },
+        [&](const Summary& summary) { return summary.model == model; });
+#endif
+}
+
+// The boxes, followed by one to the end of the file. The one whose contents Exiv2 refuses becomes free space.
+Bytes withoutBox(Bytes boxes, std::string_view type) {
+    boxes.replace(boxes.find(type), type.size(), "free");
+    return boxes + be32(CameraFileSize - sizeOf(boxes)) + "mdat";
+}
+
+// The maker notes are between the EXIF and the GPS directory.
+void addCr3Readers(Contenders& contenders) {
+    addContainerReaders(contenders, withoutBox(cr3(40'000), "CMT3"), "TV-100");
+}
+
+// EXIF data and packet are in the middle of the file.
+void addHeicReaders(Contenders& contenders) {
+    const Bytes file = heif({.pictures = CameraFileSize / 2}, exifItem(cameraTiff(Tiff(false))), Packet);
+    addContainerReaders(contenders, withoutBox(file, "colr"), "TV-100");
+}
+
+void addRafReaders(Contenders& contenders) {
+    const Photograph preview = jpegPhotograph();
+    addContainerReaders(contenders, raf(preview.file), preview.record.model);
+}
+
 } // namespace
 
 void addReadJobs(Jobs& jobs) {
@@ -247,6 +312,10 @@ void addReadJobs(Jobs& jobs) {
     jobs.push_back({"read a TIFF", [](Contenders& contenders) {
                         addReaders(contenders, std::make_shared<const Source>(tiffPhotograph()), FILE_TYPE_TIFF);
                     }});
+    jobs.push_back({"read any photograph: JPEG", addJpegReaders});
+    jobs.push_back({"read any photograph: CR3", addCr3Readers});
+    jobs.push_back({"read any photograph: HEIC", addHeicReaders});
+    jobs.push_back({"read any photograph: RAF", addRafReaders});
 }
 
 } // namespace bench

@@ -42,7 +42,7 @@ inline Bytes versionBox(const Bytes& type, unsigned version, const Bytes& conten
     return box(type, be32(version << 24 | flags) + content);
 }
 
-inline Bytes cr3() {
+inline Bytes cr3(std::size_t makerNotes = 12) {
     const Bytes metadata = Bytes("\x85\xC0\xB6\x87\x82\x0F\x11\xE0\x81\x11\xF4\xCE\x46\x2B\x6A\x48", 16);
     const Bytes preview = Bytes("\xEA\xF4\x2B\x5E\x1C\x98\x4B\x88\xB9\xFB\xB7\xDC\x40\x6E\x4D\x16", 16);
     const Bytes packet = Bytes("\xBE\x7A\xCF\xCB\x97\xA9\x42\xE8\x9C\x71\x99\x94\x91\xE3\xAF\xAC", 16);
@@ -56,8 +56,8 @@ inline Bytes cr3() {
     const Bytes size = be16(16) + be16(12) + be32(static_cast<std::uint32_t>(Thumbnail.size())) + be32(0);
     const Bytes own =
         box("CMT1", structure(imageEntries, {Tiff().shortEntry(256, 6000), Tiff().shortEntry(257, 4000)})) +
-        box("CMT2", structure(exifEntries, {})) + box("CMT3", zeros(12)) + box("CMT4", structure(gpsEntries, {})) +
-        box("THMB", zeros(4) + size + Thumbnail);
+        box("CMT2", structure(exifEntries, {})) + box("CMT3", zeros(makerNotes)) +
+        box("CMT4", structure(gpsEntries, {})) + box("THMB", zeros(4) + size + Thumbnail);
     const Bytes table = versionBox("stsz", 0, be32(static_cast<std::uint32_t>(Preview.size())) + be32(1)) +
                         versionBox("co64", 0, be32(1) + be32(0) + Later);
     const Bytes smaller = plainJpeg(20, 15, 3);
@@ -88,6 +88,7 @@ struct HeifOptions {
     unsigned method = 0;   // of construction: 0 in the file, 1 in 'idat'
     Bytes properties = ""; // of the primary image, after its size
     unsigned associations = 0;
+    std::size_t pictures = 0; // bytes of coded pictures before the other items
 };
 
 // The size of the primary image is 4032 x 3024, that of the thumbnail before it 320 x 240.
@@ -123,7 +124,7 @@ inline Bytes heif(const HeifOptions& options, const Bytes& exif, const Bytes& pa
     if (isInside) {
         return file + box("mdat", zeros(16));
     }
-    file += box("mdat", exif + packet + zeros(16));
+    file += box("mdat", zeros(options.pictures) + exif + packet + zeros(16));
     const Bytes withExif = resolved(file, be32(placeOf(exif, file)));
     return resolved(withExif, be32(placeOf(packet, file)));
 }

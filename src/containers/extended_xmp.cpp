@@ -82,11 +82,14 @@ std::optional<Span> descriptionsIn(SourceReader& reader, const JoinedRegions& pa
 } // namespace
 
 void joinExtendedXmp(SourceReader& reader, Layout& layout) {
+    if (!layout.has(ExtendedXmp)) {
+        return; // before the array below is cleared, which takes as long as a system call
+    }
     std::array<Region, Layout::MaxPieces> chunks;
     const std::size_t count = layout.regionsOf(ExtendedXmp, chunks);
     layout.removePieces(ExtendedXmp);
     Region standard;
-    if (count == 0 || layout.regionsOf(TVMETA_XMP, std::span(&standard, 1)) == 0) {
+    if (layout.regionsOf(TVMETA_XMP, std::span(&standard, 1)) == 0) {
         return;
     }
     const auto add = [&](const Region& region) { layout.addPiece(TVMETA_XMP, region); };

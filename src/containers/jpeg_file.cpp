@@ -110,6 +110,7 @@ void readSegment(JpegFile& file, const Segment& segment) {
         }
     } else if (marker::startsFrame(segment.code)) {
         readFrameHeader(file, segment.data);
+        file.reader.setWindowSize(window_size::Tiff); // a few tables follow, then image data
     }
 }
 

@@ -119,7 +119,7 @@ std::int32_t findBlocks(SourceReader& reader, std::int64_t size, Layout& layout)
     if (kind->find == nullptr) {
         return TVMETA_REFUSED_KIND;
     }
-    if (kind->format != TVMETA_FORMAT_JPEG) {
+    if (kind->format != TVMETA_FORMAT_JPEG && kind->format != TVMETA_FORMAT_RAF) { // a RAF has its in one, too
         reader.setWindowSize(window_size::Tiff);
     }
     kind->find(reader, {0, size}, layout);
