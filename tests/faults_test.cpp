@@ -387,7 +387,7 @@ struct Bench {
             buffer = zeros(5000);
             return tvmeta_read_block(&source, nullptr, TVMETA_XMP, buffer.data(), size32(buffer));
         });
-        const auto text = opened(keyworded, [this](const tvmeta_Source& source) {
+        const auto text = opened(keyworded, [](const tvmeta_Source& source) {
             return tvmeta_read_text(&source, nullptr, TVMETA_TEXT_KEYWORD, 0, nullptr, 0);
         });
         const auto tags =

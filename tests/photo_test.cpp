@@ -124,7 +124,9 @@ std::string differences(const Fields& found, const Fields& expected) {
     all.insert(expected.begin(), expected.end());
     std::string lines;
     for (const auto& [key, value] : all) {
-        const auto shown = [&](const Fields& fields) { return fields.contains(key) ? fields.at(key) : "nothing"; };
+        const auto shown = [&name = key](const Fields& fields) {
+            return fields.contains(name) ? fields.at(name) : "nothing";
+        };
         if (shown(found) != shown(expected)) {
             lines += key + ": " + shown(found) + " instead of " + shown(expected) + '\n';
         }
