@@ -112,6 +112,7 @@ std::string systemReason() {
 }
 
 std::ostream& messagesFor(const std::string& output) {
-    const bool isStandardOutput = output == StandardStream || fileIdentity(output) == fileIdentity(stdout);
+    const auto identity = fileIdentity(output); // NUL of Windows has none
+    const bool isStandardOutput = output == StandardStream || (identity && identity == fileIdentity(stdout));
     return isStandardOutput ? std::cerr : std::cout;
 }
