@@ -16,12 +16,11 @@ int main(int argc, char** argv) {
     }
     size = fread(bytes, 1, sizeof bytes, file);
     fclose(file);
-    if (tvmeta_memory(bytes, (int64_t)size, &source) != TVMETA_OK ||
-        tvmeta_read_photo(&source, &photo) != TVMETA_OK) {
+    if (tvmeta_memory(bytes, (int64_t)size, &source) != TVMETA_OK || tvmeta_read_photo(&source, &photo) != TVMETA_OK) {
         fprintf(stderr, "%s: no photograph, or a damaged one\n", argv[1]);
         return 1;
     }
-    printf("%s, %d/%d s, ISO %d\n", photo.model, (int)photo.exposureTime.numerator,
-           (int)photo.exposureTime.denominator, (int)photo.isoSpeed);
+    printf("%s, %d/%d s, ISO %d\n", photo.model, (int)photo.exposureTime.numerator, (int)photo.exposureTime.denominator,
+           (int)photo.isoSpeed);
     return 0;
 }
