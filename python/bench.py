@@ -74,22 +74,12 @@ def measure(
         task()
         times.append(time.perf_counter() - start)
         processor.append(used() - before)
-    print(
-        f"| {job:48} | {count / min(times):9,.0f} /s | {min(processor) / count * 1e6:8,.1f} us |",
-        flush=True,
-    )
+    print(f"| {job:48} | {count / min(times):9,.0f} /s | {min(processor) / count * 1e6:8,.1f} us |", flush=True)
 
 
-def measure_archive(
-    root: Path, out: Path, count: int, repeat: int, workers: int
-) -> None:
+def measure_archive(root: Path, out: Path, count: int, repeat: int, workers: int) -> None:
     """Index the tree on a cluster of its own."""
-    cluster = LocalCluster(
-        n_workers=workers,
-        threads_per_worker=1,
-        host="127.0.0.1",
-        dashboard_address=None,
-    )
+    cluster = LocalCluster(n_workers=workers, threads_per_worker=1, host="127.0.0.1", dashboard_address=None)
     with cluster, Client(cluster) as client:
 
         def used() -> float:
@@ -115,12 +105,7 @@ def main() -> None:
     root, out = arguments.folder / "photographs", arguments.folder / "index"
     paths, repeat = make_tree(root, arguments.files), arguments.repeat
     for threads in (1, 2, 8):
-        measure(
-            f"read, threads: {threads}",
-            len(paths),
-            repeat,
-            lambda: read_all(paths, threads),
-        )
+        measure(f"read, threads: {threads}", len(paths), repeat, lambda: read_all(paths, threads))
     for threads in (1, 2, 8):
         cold = (lambda: read_all(paths, threads), lambda: drop_cache(paths))
         measure(f"read from the disk, threads: {threads}", len(paths), repeat, *cold)
@@ -128,12 +113,7 @@ def main() -> None:
         measure_archive(root, out, len(paths), repeat, workers)
     some = sorted(root.iterdir())[: max(1, len(paths) // PER_FOLDER // 10)]
     command = ["exiftool", "-r", "-json", *some]
-    measure(
-        "exiftool -r -json",
-        len(some) * PER_FOLDER,
-        1,
-        lambda: subprocess.run(command, capture_output=True),
-    )
+    measure("exiftool -r -json", len(some) * PER_FOLDER, 1, lambda: subprocess.run(command, capture_output=True))
     shutil.rmtree(root)
     shutil.rmtree(out)
 

@@ -18,41 +18,25 @@ NATIVE = HERE / "native"  # the library's sources in an sdist
 SOURCE = NATIVE if NATIVE.exists() else HERE.parent
 SOURCES = ("CMakeLists.txt", "cmake", "include", "src", "python/CMakeLists.txt")
 LIBRARY = "libtvmeta.1.dylib" if sys.platform == "darwin" else "libtvmeta.so.1"
-SYSTEM_LIBRARIES = {
-    "libc.so.6",
-    "libm.so.6",
-    "ld-linux-x86-64.so.2",
-    "ld-linux-aarch64.so.1",
-}  # of manylinux
+SYSTEM_LIBRARIES = {"libc.so.6", "libm.so.6", "ld-linux-x86-64.so.2", "ld-linux-aarch64.so.1"}  # of manylinux
 # The C++ library is linked in, hidden, so that any other version may be in the same process.
-LINUX_FLAGS = (
-    "-static-libstdc++ -static-libgcc -Wl,--exclude-libs,ALL -Wl,--gc-sections -s"
-)
+LINUX_FLAGS = "-static-libstdc++ -static-libgcc -Wl,--exclude-libs,ALL -Wl,--gc-sections -s"
 
 
 def version() -> str:
     """Return the version of the project."""
-    match = re.search(
-        r"project\(tvmeta VERSION ([\d.]+)", (SOURCE / "CMakeLists.txt").read_text()
-    )
+    match = re.search(r"project\(tvmeta VERSION ([\d.]+)", (SOURCE / "CMakeLists.txt").read_text())
     assert match
     return match[1]
 
 
 def manylinux_tag(library: Path, machine: str) -> str:
     """Return the platform of a library for Linux: the oldest C library that has what it uses."""
-    dump = subprocess.run(
-        ["objdump", "-p", library], check=True, capture_output=True, text=True
-    ).stdout
+    dump = subprocess.run(["objdump", "-p", library], check=True, capture_output=True, text=True).stdout
     needed = set(re.findall(r"NEEDED +(\S+)", dump))
     if not needed <= SYSTEM_LIBRARIES:
-        raise SystemExit(
-            f"{library} needs {', '.join(sorted(needed - SYSTEM_LIBRARIES))}, which not every Linux has"
-        )
-    versions = [
-        tuple(map(int, found.split(".")))
-        for found in re.findall(r"GLIBC_([\d.]+)", dump)
-    ]
+        raise SystemExit(f"{library} needs {', '.join(sorted(needed - SYSTEM_LIBRARIES))}, which not every Linux has")
+    versions = [tuple(map(int, found.split("."))) for found in re.findall(r"GLIBC_([\d.]+)", dump)]
     major, minor = max(versions)[:2]
     return f"manylinux_{major}_{minor}_{machine}"
 
@@ -62,9 +46,7 @@ class BuildWithLibrary(build_py):
 
     def run(self) -> None:
         """Copy the modules, then build the library next to them."""
-        shutil.rmtree(
-            Path(self.build_lib) / "tvmeta", ignore_errors=True
-        )  # modules of an earlier build
+        shutil.rmtree(Path(self.build_lib) / "tvmeta", ignore_errors=True)  # modules of an earlier build
         super().run()
         if self.editable_mode:
             return
@@ -75,9 +57,7 @@ class BuildWithLibrary(build_py):
             options.append(f"-DCMAKE_SHARED_LINKER_FLAGS={LINUX_FLAGS}")
         subprocess.run(["cmake", "-S", SOURCE, "-B", build, *options], check=True)
         subprocess.run(["cmake", "--build", build, "--parallel", "2"], check=True)
-        self.copy_file(
-            str(build / LIBRARY), str(Path(self.build_lib) / "tvmeta" / LIBRARY)
-        )
+        self.copy_file(str(build / LIBRARY), str(Path(self.build_lib) / "tvmeta" / LIBRARY))
 
 
 class PlatformDistribution(Distribution):
@@ -94,12 +74,8 @@ class PlatformWheel(bdist_wheel):
     def get_tag(self) -> Tuple[str, str, str]:
         """Return the tags of the wheel."""
         platform = re.sub(r"[-.]", "_", sysconfig.get_platform())
-        library = (
-            Path(self.get_finalized_command("build").build_lib) / "tvmeta" / LIBRARY
-        )
-        if (
-            sys.platform == "linux" and library.exists()
-        ):  # not when pip asks for metadata alone
+        library = Path(self.get_finalized_command("build").build_lib) / "tvmeta" / LIBRARY
+        if sys.platform == "linux" and library.exists():  # not when pip asks for metadata alone
             platform = manylinux_tag(library, platform.partition("_")[2])
         return "py3", "none", platform
 
@@ -122,9 +98,5 @@ class SourceWithLibrary(sdist):
 setup(
     version=version(),
     distclass=PlatformDistribution,
-    cmdclass={
-        "build_py": BuildWithLibrary,
-        "bdist_wheel": PlatformWheel,
-        "sdist": SourceWithLibrary,
-    },
+    cmdclass={"build_py": BuildWithLibrary, "bdist_wheel": PlatformWheel, "sdist": SourceWithLibrary},
 )

@@ -16,11 +16,7 @@ SCENE = EXAMPLES / "scene.jpg"
 @lru_cache(maxsize=None)
 def exiftool_process():
     """Start exiftool once: that takes longer than most tests."""
-    pipes = {
-        "stdin": subprocess.PIPE,
-        "stdout": subprocess.PIPE,
-        "stderr": subprocess.DEVNULL,
-    }
+    pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL}
     process = subprocess.Popen(["exiftool", "-stay_open", "True", "-@", "-"], **pipes)
     atexit.register(process.communicate, b"-stay_open\nFalse\n")
     return process
@@ -29,9 +25,7 @@ def exiftool_process():
 def exiftool(*arguments):
     """Return the output of exiftool, a program that shares no code with the library."""
     process, end = exiftool_process(), b"{ready}\n"
-    process.stdin.write(
-        "".join(f"{argument}\n" for argument in (*arguments, "-execute")).encode()
-    )
+    process.stdin.write("".join(f"{argument}\n" for argument in (*arguments, "-execute")).encode())
     process.stdin.flush()
     output = b""
     while not output.endswith(end):
@@ -71,7 +65,5 @@ def make_photo(tmp_path):
 def bracket_photo(second, denominator, model=b"TV-100", year=b"2024"):
     """Return a photograph of the example's camera, taken at that second with 1/denominator s."""
     data = SCENE.read_bytes().replace(b"TV-100\0", model + b"\0")
-    data = data.replace(
-        b"2024:06:21 20:41:07", year + b":06:21 20:%02d:%02d" % divmod(second, 60)
-    )
+    data = data.replace(b"2024:06:21 20:41:07", year + b":06:21 20:%02d:%02d" % divmod(second, 60))
     return data.replace(struct.pack(">II", 1, 125), struct.pack(">II", 1, denominator))

@@ -80,11 +80,7 @@ def no_waiting(request, monkeypatch):
 @pytest.fixture(scope="module")
 def client():
     cluster = distributed.LocalCluster(
-        n_workers=2,
-        threads_per_worker=1,
-        host="127.0.0.1",
-        dashboard_address=None,
-        memory_limit=None,
+        n_workers=2, threads_per_worker=1, host="127.0.0.1", dashboard_address=None, memory_limit=None
     )
     with cluster, distributed.Client(cluster) as client:
         yield client
@@ -99,14 +95,11 @@ def make_tree(root):
     """Write 5 cameras of 12 sets of 3 photographs, and a folder that is larger than parts."""
     for i in range(180):
         camera, shot = i // 36, i % 36
-        data = bracket_photo(
-            10 * (shot // 3) + shot % 3, (500, 125, 31)[shot % 3], b"TV-10%d" % camera
-        )
+        data = bracket_photo(10 * (shot // 3) + shot % 3, (500, 125, 31)[shot % 3], b"TV-10%d" % camera)
         write(root / f"camera {camera}" / f"week {shot // 6}" / f"{shot:02d}.jpg", data)
     for i in range(60):
         write(
-            root / "large" / f"{i:02d}.jpg",
-            bracket_photo(10 * (i // 3) + i % 3, (500, 125, 31)[i % 3], year=b"2023"),
+            root / "large" / f"{i:02d}.jpg", bracket_photo(10 * (i // 3) + i % 3, (500, 125, 31)[i % 3], year=b"2023")
         )
     write(root / "notes.txt", b"no photograph")
     return root
@@ -126,11 +119,7 @@ def whole(client, tree, tmp_path_factory):
 
 
 def snapshot(out):
-    return {
-        str(path.relative_to(out)): path.read_bytes()
-        for path in (out / "parts").rglob("*")
-        if path.is_file()
-    }
+    return {str(path.relative_to(out)): path.read_bytes() for path in (out / "parts").rglob("*") if path.is_file()}
 
 
 def index(root, out, size=SIZE, **options):
@@ -144,48 +133,19 @@ def stale_rows(out):
 def test_rows_and_summary(whole, tree, capsys):
     found = {row["file"]: row for row in archive.rows(whole)}
     assert len(found) == len(list(archive.rows(whole))) == 240
-    for tags in json.loads(
-        exiftool("-r", "-j", "-n", "-Model", "-ExposureTime", tree / "camera 3")
-    ):
+    for tags in json.loads(exiftool("-r", "-j", "-n", "-Model", "-ExposureTime", tree / "camera 3")):
         row = found[os.path.relpath(tags["SourceFile"], tree)]
-        assert (row["model"], row["exposureTime"]) == (
-            tags["Model"],
-            pytest.approx(tags["ExposureTime"], rel=1e-6),
-        )
+        assert (row["model"], row["exposureTime"]) == (tags["Model"], pytest.approx(tags["ExposureTime"], rel=1e-6))
     row = found["camera 3/week 1/10.jpg"]
-    expected = {
-        "bracketSet": "camera 3/week 1/09.jpg",
-        "bracketPosition": 2,
-        "bracketOffset": 0,
-        "ev100": 11.96578,
-    }
-    assert (row["bracketEvidence"], row["make"], row["width"]) == (
-        "exposures repeat",
-        "Tonalvista",
-        648,
-    )
+    expected = {"bracketSet": "camera 3/week 1/09.jpg", "bracketPosition": 2, "bracketOffset": 0, "ev100": 11.96578}
+    assert (row["bracketEvidence"], row["make"], row["width"]) == ("exposures repeat", "Tonalvista", 648)
     assert (row["keywords"], row["xmpOffset"]) == (["sun", "shadows"], 3175)
-    assert {name: row[name] for name in expected} == {
-        **expected,
-        "ev100": pytest.approx(11.96578, abs=1e-5),
-    }
-    assert set(row) == {
-        column["name"]
-        for column in json.loads((whole / "index.json").read_text())["columns"]
-    }
-    cameras = {
-        "Tonalvista TV-100": 96,
-        **{f"Tonalvista TV-10{i}": 36 for i in range(1, 5)},
-    }
-    expected = {
-        "cameras": cameras,
-        "lenses": {"TV 16-50mm f/2.8-4": 240},
-        "years": {"2024": 180, "2023": 60},
-    }
+    assert {name: row[name] for name in expected} == {**expected, "ev100": pytest.approx(11.96578, abs=1e-5)}
+    assert set(row) == {column["name"] for column in json.loads((whole / "index.json").read_text())["columns"]}
+    cameras = {"Tonalvista TV-100": 96, **{f"Tonalvista TV-10{i}": 36 for i in range(1, 5)}}
+    expected = {"cameras": cameras, "lenses": {"TV 16-50mm f/2.8-4": 240}, "years": {"2024": 180, "2023": 60}}
     summary = archive.summary(whole)
-    assert {**summary, **expected, "brackets": {"3": 80}} == summary and summary[
-        "photographs"
-    ] == 240
+    assert {**summary, **expected, "brackets": {"3": 80}} == summary and summary["photographs"] == 240
     assert archive.main(["summary", str(whole)]) == 0
     assert "          80  3 shots\n" in capsys.readouterr().out
 
@@ -198,9 +158,7 @@ def test_the_names_of_columns_are_those_of_the_tool():
     assert set(shown) <= set(names) and len(names) == len(set(names))
     row = table.read_row(os.fsencode(scene), b"x", 1, 2)
     same = {name for name in shown if row[name] is not None} - {"file"}
-    assert len(same) >= 16 and {name: row[name] for name in same} == {
-        name: shown[name] for name in same
-    }
+    assert len(same) >= 16 and {name: row[name] for name in same} == {name: shown[name] for name in same}
 
 
 def test_pandas_dask_and_sqlite_open_the_table(whole, tmp_path):
@@ -208,60 +166,39 @@ def test_pandas_dask_and_sqlite_open_the_table(whole, tmp_path):
     parts = f"{whole}/parts/*/*.jsonl.gz"
     frame = dask.read_json(parts, lines=True, dtype=archive.DTYPES)
     assert frame.groupby("model").size().compute().to_dict()["TV-100"] == 96
-    one = pandas.read_json(
-        sorted(whole.rglob("*.gz"))[0], lines=True, dtype=archive.DTYPES
-    )
+    one = pandas.read_json(sorted(whole.rglob("*.gz"))[0], lines=True, dtype=archive.DTYPES)
     assert {name: str(kind) for name, kind in one.dtypes.items()} == archive.DTYPES
     assert (
         one.mtime[0]
         == os.stat(
-            os.path.join(
-                json.loads((whole / "index.json").read_text())["root"]["file"],
-                one.file[0],
-            )
+            os.path.join(json.loads((whole / "index.json").read_text())["root"]["file"], one.file[0])
         ).st_mtime_ns
     )
     database = tmp_path / "archive.sqlite"
     assert archive.export(whole, database) == (240, 240)
-    found = pandas.read_sql(
-        "SELECT model, count(*) AS n FROM photographs GROUP BY model",
-        sqlite3.connect(database),
-    )
+    found = pandas.read_sql("SELECT model, count(*) AS n FROM photographs GROUP BY model", sqlite3.connect(database))
     assert dict(zip(found.model, found.n))["TV-104"] == 36
     if pytest.importorskip("sqlalchemy"):
-        frame = dask.read_sql_table(
-            "photographs", f"sqlite:///{database}", index_col="id", meta=archive.meta()
-        )
+        frame = dask.read_sql_table("photographs", f"sqlite:///{database}", index_col="id", meta=archive.meta())
         assert len(frame) == 240 and frame.isoSpeed.max().compute() == 200
 
 
 def test_export_follows_the_index(tree, tmp_path, capsys):
-    root, out, database = (
-        make_tree(tmp_path / "root"),
-        tmp_path / "out",
-        tmp_path / "archive.sqlite",
-    )
+    root, out, database = make_tree(tmp_path / "root"), tmp_path / "out", tmp_path / "archive.sqlite"
     index(root, out)
-    assert archive.export(out, database) == (240, 240) and archive.export(
-        out, database
-    ) == (240, 0)
+    assert archive.export(out, database) == (240, 240) and archive.export(out, database) == (240, 0)
     (root / "camera 2" / "week 3" / "20.jpg").unlink()
     (root / "camera 4").rename(tmp_path / "gone")
     index(root, out)
     assert archive.export(out, database) == (203, 5)
-    rows = sqlite3.connect(database).execute(
-        "SELECT file, typeof(isoSpeed), bracketOffset FROM photographs"
-    )
+    rows = sqlite3.connect(database).execute("SELECT file, typeof(isoSpeed), bracketOffset FROM photographs")
     assert {row[0]: row[1:] for row in rows} == {
         row["file"]: ("integer", row["bracketOffset"]) for row in archive.rows(out)
     }
     other = tmp_path / "other.sqlite"
     sqlite3.connect(other).execute("CREATE TABLE mine (a)")
     assert archive.main(["export", str(out), "--sqlite", str(other)]) == 1
-    assert (
-        capsys.readouterr().err
-        == f"tvmeta: {other}: is a database, but no export of an index; left unchanged\n"
-    )
+    assert capsys.readouterr().err == f"tvmeta: {other}: is a database, but no export of an index; left unchanged\n"
 
 
 def test_unchanged_files_are_not_read(client, whole, tree):
@@ -273,9 +210,7 @@ def test_unchanged_files_are_not_read(client, whole, tree):
 def test_the_size_of_parts_can_change(whole, tree, tmp_path):
     out = tmp_path / "out"
     for size, large in ((SIZE, 15), (20, 4), (1000, 1), (59, 2), (SIZE, 15)):
-        assert index(tree, out, size)[0].read == (
-            0 if out.joinpath("old").exists() else 240
-        )
+        assert index(tree, out, size)[0].read == (0 if out.joinpath("old").exists() else 240)
         assert len(list(out.rglob("*.gz"))) == 30 + large
         (out / "old").touch()
         assert {row["file"]: row["bracketSet"] for row in archive.rows(out)} == {
@@ -285,32 +220,15 @@ def test_the_size_of_parts_can_change(whole, tree, tmp_path):
 
 
 def test_a_killed_client_and_its_workers(whole, tree, tmp_path):
-    command = [
-        sys.executable,
-        "-m",
-        "tvmeta.archive",
-        "index",
-        tree,
-        tmp_path,
-        "--partition",
-        str(SIZE),
-    ]
-    for number, status in (
-        (signal.SIGKILL, -signal.SIGKILL),
-        (signal.SIGINT, 130),
-        (signal.SIGTERM, 130),
-    ):
+    command = [sys.executable, "-m", "tvmeta.archive", "index", tree, tmp_path, "--partition", str(SIZE)]
+    for number, status in ((signal.SIGKILL, -signal.SIGKILL), (signal.SIGINT, 130), (signal.SIGTERM, 130)):
         before = set(tmp_path.rglob("*.gz"))
-        process = subprocess.Popen(
-            command, stderr=subprocess.PIPE, start_new_session=True
-        )
+        process = subprocess.Popen(command, stderr=subprocess.PIPE, start_new_session=True)
         while process.poll() is None and len(set(tmp_path.rglob("*.gz")) - before) < 4:
             time.sleep(0.001)
         os.killpg(process.pid, number)
         error = process.communicate()[1].decode()
-        assert process.returncode == status and (
-            status < 0 or "tvmeta: interrupted" in error and "Trace" not in error
-        )
+        assert process.returncode == status and (status < 0 or "tvmeta: interrupted" in error and "Trace" not in error)
         assert not json.loads((tmp_path / "index.json").read_text())["complete"]
     write(tmp_path / "parts" / "00" / ".tvmeta-0123456789abcdef", b"of a killed worker")
     assert 0 < index(tree, tmp_path)[0].read < 240
@@ -349,11 +267,7 @@ def test_every_stop_in_a_large_folder_is_resumed(whole, tree, tmp_path, monkeypa
 
 
 def test_only_changed_files_are_read(tmp_path):
-    root, out, fresh = (
-        make_tree(tmp_path / "root"),
-        tmp_path / "out",
-        tmp_path / "fresh",
-    )
+    root, out, fresh = make_tree(tmp_path / "root"), tmp_path / "out", tmp_path / "fresh"
     index(root, out)
     write(root / "large" / "07.jpg", bracket_photo(7, 60))
     write(root / "large" / "new\n.jpg", bracket_photo(8, 60))
@@ -366,10 +280,7 @@ def test_only_changed_files_are_read(tmp_path):
     assert snapshot(out) == snapshot(fresh)
 
 
-@pytest.mark.parametrize(
-    "case",
-    ["empty root", "missing root", "unreadable", "mount", "lost mount", "one file"],
-)
+@pytest.mark.parametrize("case", ["empty root", "missing root", "unreadable", "mount", "lost mount", "one file"])
 def test_what_cannot_be_seen_is_not_gone(case, tmp_path, monkeypatch):
     root, out, away = make_tree(tmp_path / "root"), tmp_path / "out", tmp_path / "away"
     points = {os.fsencode(root / "camera 1")}
@@ -391,13 +302,7 @@ def test_what_cannot_be_seen_is_not_gone(case, tmp_path, monkeypatch):
         root.rename(away)
         if case == "empty root":
             root.mkdir()
-        count, reason = (
-            240,
-            {
-                "empty root": "the folder is empty",
-                "missing root": "No such file or directory",
-            }[case],
-        )
+        count, reason = 240, {"empty root": "the folder is empty", "missing root": "No such file or directory"}[case]
     elif case == "unreadable":
         monkeypatch.setattr(listing.os, "scandir", refuse(scandir, b"/camera 1"))
         count, reason = 36, "Permission denied"
@@ -409,22 +314,13 @@ def test_what_cannot_be_seen_is_not_gone(case, tmp_path, monkeypatch):
         (root / "camera 1").rename(away)
         if case == "mount":
             (root / "camera 1").mkdir()
-        count, reason = 36, "was a mount point and is " + (
-            "none now" if case == "mount" else "gone"
-        )
+        count, reason = 36, "was a mount point and is " + ("none now" if case == "mount" else "gone")
     for _ in range(2):
         counts, unseen = index(root, out)
         assert (counts.photographs, counts.stale, counts.read) == (240, count, 0)
-        assert [folder["reason"] for folder in unseen] == (
-            [] if case == "one file" else [reason]
-        )
+        assert [folder["reason"] for folder in unseen] == ([] if case == "one file" else [reason])
     assert len(stale_rows(out)) == count and set(stale_rows(out).values()) == {reason}
-    assert (
-        sum(
-            "stale: " + reason == failure["reason"] for failure in archive.failures(out)
-        )
-        == count
-    )
+    assert sum("stale: " + reason == failure["reason"] for failure in archive.failures(out)) == count
     if case.endswith("root"):
         with pytest.raises(tvmeta.Error, match="the index is unchanged"):
             index(root, out, prune=True)
@@ -463,9 +359,7 @@ def test_workers_that_see_something_else(whole, tree, tmp_path, capsys):
     client = Inline(("bad", "good"), {"bad": empty})
     assert archive.index(tree, tmp_path / "out", client, SIZE)[0] == ALL
     assert snapshot(tmp_path / "out") == snapshot(whole)
-    assert [worker for worker, _ in client.calls].count(
-        "bad"
-    ) == 1 and "worker bad: " in capsys.readouterr().err
+    assert [worker for worker, _ in client.calls].count("bad") == 1 and "worker bad: " in capsys.readouterr().err
     before = snapshot(whole)
     with pytest.raises(tvmeta.Error, match="no worker sees this folder"):
         archive.index(tree, whole, Inline(("bad",), {"bad": empty}), SIZE)
@@ -477,36 +371,23 @@ def test_workers_that_see_something_else(whole, tree, tmp_path, capsys):
 def test_a_late_task_replaces_nothing(tree, tmp_path):
     index(tree, tmp_path)
     before = snapshot(tmp_path)
-    late = listing.Job(
-        os.fsencode(tree),
-        store.Store(os.fsencode(tmp_path), 0),
-        (),
-        SIZE,
-        (1, 1),
-        retry=True,
-    )
+    late = listing.Job(os.fsencode(tree), store.Store(os.fsencode(tmp_path), 0), (), SIZE, (1, 1), retry=True)
     key = next(part for part in late.store.all_parts())
     with pytest.raises(store.Superseded):
         part.mark_stale(late, [key], "late")
     assert snapshot(tmp_path) == before
 
 
-def test_a_part_is_synchronised_before_and_after_its_rename(
-    tree, tmp_path, monkeypatch
-):
+def test_a_part_is_synchronised_before_and_after_its_rename(tree, tmp_path, monkeypatch):
     index(tree / "camera 1" / "week 1", tmp_path)
     events, fsync, replace = [], os.fsync, os.replace
 
     def synchronise(descriptor):
-        events.append(
-            "folder" if stat.S_ISDIR(os.fstat(descriptor).st_mode) else "file"
-        )
+        events.append("folder" if stat.S_ISDIR(os.fstat(descriptor).st_mode) else "file")
         fsync(descriptor)
 
     monkeypatch.setattr(os, "fsync", synchronise)
-    monkeypatch.setattr(
-        os, "replace", lambda a, b: (events.append("rename"), replace(a, b))
-    )
+    monkeypatch.setattr(os, "replace", lambda a, b: (events.append("rename"), replace(a, b)))
     store.Store(os.fsencode(tmp_path), 1).write(store.Part("ab" * 8, ""), b"")
     assert events == ["folder", "file", "rename", "folder"]
 
@@ -543,9 +424,7 @@ def test_failures(client, tmp_path, capsys):
     (root / "nowhere.jpg").symlink_to("none.jpg")
     arguments = ["index", str(root), str(out), "--scheduler", client.scheduler.address]
     assert archive.main(arguments) == 0
-    assert (
-        "9 files, 4 photographs, 7 read, 8 failures, 0 stale" in capsys.readouterr().err
-    )
+    assert "9 files, 4 photographs, 7 read, 8 failures, 0 stale" in capsys.readouterr().err
     shown = {row["file"]: row["reason"] for row in archive.failures(out)}
     starts = {name: reason.split(": ")[0] for name, reason in shown.items()}
     assert starts == {
@@ -574,88 +453,42 @@ def test_what_is_not_an_index_is_left_alone(tree, whole, tmp_path, monkeypatch, 
     write(other / "a.jpg", b"")
     empty.mkdir()
     for label, arguments, message in (
-        (
-            "OUT has photographs",
-            ["index", tree, photos],
-            "is not an index and not empty; left unchanged",
-        ),
-        (
-            "swapped",
-            ["index", whole, photos],
-            "is an index, not an archive; name ROOT first, then OUT",
-        ),
-        (
-            "swapped, new index",
-            ["index", empty, tree],
-            "is not an index and not empty; left unchanged",
-        ),
+        ("OUT has photographs", ["index", tree, photos], "is not an index and not empty; left unchanged"),
+        ("swapped", ["index", whole, photos], "is an index, not an archive; name ROOT first, then OUT"),
+        ("swapped, new index", ["index", empty, tree], "is not an index and not empty; left unchanged"),
         ("the same", ["index", photos, photos], "is in the index"),
         ("another root", ["index", other, whole], "--moved if that is now"),
-        (
-            "no root",
-            ["index", tmp_path / "none", empty],
-            "no such folder; no index is made",
-        ),
+        ("no root", ["index", tmp_path / "none", empty], "no such folder; no index is made"),
         ("summary", ["summary", photos], "is not an index"),
         ("failures", ["failures", tmp_path / "none"], "is not an index"),
-        (
-            "export",
-            ["export", photos, "--sqlite", tmp_path / "x.db"],
-            "is not an index",
-        ),
-        (
-            "no scheduler",
-            [
-                "index",
-                tree,
-                empty,
-                "--scheduler",
-                "tcp://127.0.0.1:9",
-                "--timeout",
-                "1",
-            ],
-            "no Dask sched",
-        ),
+        ("export", ["export", photos, "--sqlite", tmp_path / "x.db"], "is not an index"),
+        ("no scheduler", ["index", tree, empty, "--scheduler", "tcp://127.0.0.1:9", "--timeout", "1"], "no Dask sched"),
     ):
         if label != "no scheduler":
-            monkeypatch.setattr(
-                archive, "_client", lambda arguments: nullcontext(Inline())
-            )
+            monkeypatch.setattr(archive, "_client", lambda arguments: nullcontext(Inline()))
         else:
             monkeypatch.undo()
         assert archive.main([str(argument) for argument in arguments]) == 1, label
         error = capsys.readouterr().err
-        assert (
-            error.startswith("tvmeta: ") and message in error and error.count("\n") == 1
-        ), label
-    assert (photos / "parts" / "ab" / "1.jpg").read_bytes() == b"dear" and not list(
-        empty.iterdir()
-    )
-    with store.Store(os.fsencode(whole)).locked_for_run(), pytest.raises(
-        tvmeta.Error, match="another run"
-    ):
+        assert error.startswith("tvmeta: ") and message in error and error.count("\n") == 1, label
+    assert (photos / "parts" / "ab" / "1.jpg").read_bytes() == b"dear" and not list(empty.iterdir())
+    with store.Store(os.fsencode(whole)).locked_for_run(), pytest.raises(tvmeta.Error, match="another run"):
         index(tree, whole)
     write(whole / "parts" / "00" / "photo.jpg", b"not ours")
-    write(
-        whole / "parts" / "00" / ("ff" * 8 + ".jsonl.gz"), b"ours, but in another place"
-    )
+    write(whole / "parts" / "00" / ("ff" * 8 + ".jsonl.gz"), b"ours, but in another place")
     index(tree, whole)
     assert (whole / "parts" / "00" / "photo.jpg").exists() and (
         whole / "parts" / "00" / ("ff" * 8 + ".jsonl.gz")
     ).exists()
 
 
-def test_only_index_needs_dask_and_a_pipe_may_close(
-    whole, tree, tmp_path, monkeypatch, capsys
-):
+def test_only_index_needs_dask_and_a_pipe_may_close(whole, tree, tmp_path, monkeypatch, capsys):
     monkeypatch.setitem(sys.modules, "distributed", None)
     assert archive.main(["index", str(tree), str(tmp_path)]) == 1
     assert "index needs Dask" in capsys.readouterr().err
     assert archive.main(["summary", str(whole)]) == 0
     process = subprocess.Popen(
-        [sys.executable, "-m", "tvmeta.archive", "summary", whole],
-        stdout=subprocess.PIPE,
-        stderr=subprocess.PIPE,
+        [sys.executable, "-m", "tvmeta.archive", "summary", whole], stdout=subprocess.PIPE, stderr=subprocess.PIPE
     )
     process.stdout.close()
     assert (process.stderr.read(), process.wait()) == (b"", 1)
@@ -668,7 +501,4 @@ def test_progress(capsys, monkeypatch):
     assert shown.text(31, None, 0) == "31 files, 1 files/s, listing"
     shown.show(3100, 1003100, 2)
     shown.show(3101, 1003100, 2)
-    assert (
-        capsys.readouterr().err
-        == "3,100 of 1,003,100 files, 100 files/s, 2:46:40 left, 2 failures\n"
-    )
+    assert capsys.readouterr().err == "3,100 of 1,003,100 files, 100 files/s, 2:46:40 left, 2 failures\n"

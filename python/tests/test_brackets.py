@@ -17,9 +17,7 @@ def write(path, data):
 @pytest.fixture
 def paths(tmp_path):
     """Two sets of three photographs; of the second, the names are not UTF-8."""
-    names = [b"a-%d.jpg" % i for i in range(3)] + [
-        b"caf\xe9-%d.jpg" % i for i in range(3)
-    ]
+    names = [b"a-%d.jpg" % i for i in range(3)] + [b"caf\xe9-%d.jpg" % i for i in range(3)]
     paths = [os.path.join(os.fsencode(tmp_path), name) for name in names]
     for i, path in enumerate(paths):
         write(path, bracket_photo(10 * (i // 3) + i % 3, (500, 125, 31)[i % 3]))
@@ -30,20 +28,9 @@ def test_sets_have_their_files(paths):
     photos = [tvmeta.read(os.fsdecode(path)) for path in paths]
     found = tvmeta.brackets(photos)
     first, second = found
-    assert (first.files, second.files) == (
-        paths[:3],
-        paths[3:],
-    ) and found.failures == []
-    assert (
-        first.ev == [13.97, 11.97, 9.95]
-        and first.offsets == [-2, 0, 2.01]
-        and first.range == 4.01
-    )
-    assert (first.taken, first.camera, first.focal_length) == (
-        photos[0].taken,
-        "TV-100",
-        16,
-    )
+    assert (first.files, second.files) == (paths[:3], paths[3:]) and found.failures == []
+    assert first.ev == [13.97, 11.97, 9.95] and first.offsets == [-2, 0, 2.01] and first.range == 4.01
+    assert (first.taken, first.camera, first.focal_length) == (photos[0].taken, "TV-100", 16)
     assert first.evidence == "exposures repeat" and first.expected == 3
     assert tvmeta.brackets(iter(paths[::-1])) == found  # in any order
     assert [group.files for group in tvmeta.brackets(paths[:4], count=2)] == [paths[:2]]
@@ -76,9 +63,7 @@ def test_files_of_one_photograph(tmp_path, paths):
     assert found.all_files == [name for pair in zip(paths, small) for name in pair]
 
 
-@pytest.mark.parametrize(
-    "options", [{"gap": -1}, {"gap": float("nan")}, {"count": 1}, {"count": -3}]
-)
+@pytest.mark.parametrize("options", [{"gap": -1}, {"gap": float("nan")}, {"count": 1}, {"count": -3}])
 def test_refused_options(options):
     with pytest.raises(ValueError, match="required"):
         tvmeta.brackets([SCENE], **options)

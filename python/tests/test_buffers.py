@@ -24,10 +24,7 @@ class Image:
 
     def __init__(self, array, **changes):
         """Describe an array, with changes such as a copy of the data."""
-        described = {
-            key: array.__array_interface__[key]
-            for key in ("shape", "typestr", "data", "version")
-        }
+        described = {key: array.__array_interface__[key] for key in ("shape", "typestr", "data", "version")}
         self.array, self.__array_interface__ = array, {**described, **changes}
 
 
@@ -35,12 +32,7 @@ class Image:
 def test_accepted(tmp_path, dtype):
     array = numpy.random.default_rng(4).integers(0, 255, (5, 7, 3)).astype(dtype)
     path = tmp_path / "result.tif"
-    for pixels in (
-        Tensor(array[:, ::-1]),
-        Tensor(array),
-        Image(array),
-        Image(array, data=array.tobytes()),
-    ):
+    for pixels in (Tensor(array[:, ::-1]), Tensor(array), Image(array), Image(array, data=array.tobytes())):
         tvmeta.save_tiff(path, pixels)
         expected = pixels.array
         assert (pixels_of(path, dtype, expected.shape) == expected).all()

@@ -14,10 +14,7 @@ def test_luminance_of_shared_exponents():
     light = ((54 * red + 183 * green + 19 * blue) >> 8) * 2.0 ** (exponent - 128)
     light = light[exponent > 0]
     found = tvmeta.hdr_statistics(pixels)
-    assert (
-        found.minimum == pytest.approx(light[light > 0].min())
-        and found.maximum == light.max()
-    )
+    assert found.minimum == pytest.approx(light[light > 0].min()) and found.maximum == light.max()
     assert found.mean == pytest.approx(light.mean(), rel=1e-6)
     assert tvmeta.hdr_statistics(pixels[:, ::-1]) == pytest.approx(found)
     assert tvmeta.hdr_statistics(numpy.zeros((3, 2, 4), "u1")) == (0, 0, 0)
@@ -30,27 +27,13 @@ COUNTED = [
     ("grey", [(128, 128, 128, 129)], (256, 256, 256)),
     ("red", [(255, 0, 0, 128)], (53, 53, 53)),
     ("integer part", [(0, 1, 0, 136), (0, 2, 0, 136)], (256, 256, 128)),
-    (
-        "no exponent is no pixel",
-        [(128, 128, 128, 129), (255, 255, 255, 0)],
-        (256, 256, 256),
-    ),
+    ("no exponent is no pixel", [(128, 128, 128, 129), (255, 255, 255, 0)], (256, 256, 256)),
     ("only pixels without light", [(0, 0, 0, 200)], (0, 0, 0)),
-    (
-        "largest minimum",
-        [(128, 128, 128, 160)],
-        (99999997952, 128 * 2.0**32, 128 * 2.0**32),
-    ),
-    (
-        "beyond single precision",
-        [(255, 255, 255, 255)],
-        (99999997952, numpy.inf, numpy.inf),
-    ),
+    ("largest minimum", [(128, 128, 128, 160)], (99999997952, 128 * 2.0**32, 128 * 2.0**32)),
+    ("beyond single precision", [(255, 255, 255, 255)], (99999997952, numpy.inf, numpy.inf)),
 ]
 
 
-@pytest.mark.parametrize(
-    "pixels, found", [case[1:] for case in COUNTED], ids=[case[0] for case in COUNTED]
-)
+@pytest.mark.parametrize("pixels, found", [case[1:] for case in COUNTED], ids=[case[0] for case in COUNTED])
 def test_what_is_counted(pixels, found):
     assert tvmeta.hdr_statistics(numpy.array([pixels], "u1")) == found

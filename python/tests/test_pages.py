@@ -19,8 +19,6 @@ def test_programs(tmp_path, page, programs):
     earlier = ""
     for program, shown in found:
         code = earlier + "print('--')\n" + program
-        done = subprocess.run(
-            [sys.executable, "-c", code], cwd=tmp_path, capture_output=True, text=True
-        )
+        done = subprocess.run([sys.executable, "-c", code], cwd=tmp_path, capture_output=True, text=True)
         assert done.stdout.rpartition("--\n")[2] == shown, done.stderr
         earlier += program

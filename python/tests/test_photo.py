@@ -20,110 +20,45 @@ import tvmeta
 NOON = datetime(2024, 2, 29, 12, 0, 1)
 
 VALUES = [
-    (
-        ["-ExposureTime=0.4", "-FNumber=2.8"],
-        {"exposure_time": Fraction(2, 5), "f_number": Fraction(14, 5)},
-    ),
+    (["-ExposureTime=0.4", "-FNumber=2.8"], {"exposure_time": Fraction(2, 5), "f_number": Fraction(14, 5)}),
     (["-ExposureTime=1/8000"], {"exposure_time": Fraction(1, 8000), "f_number": None}),
-    (
-        ["-ExposureTime=30", "-FocalLength=17.3"],
-        {"exposure_time": 30, "focal_length": Fraction(173, 10)},
-    ),
-    (
-        ["-ISO=6400", "-FocalLengthIn35mmFormat=35"],
-        {"iso_speed": 6400, "focal_length_35mm": 35},
-    ),
+    (["-ExposureTime=30", "-FocalLength=17.3"], {"exposure_time": 30, "focal_length": Fraction(173, 10)}),
+    (["-ISO=6400", "-FocalLengthIn35mmFormat=35"], {"iso_speed": 6400, "focal_length_35mm": 35}),
     (["-DateTimeOriginal=2024:02:29 12:00:01"], {"taken": NOON}),
     (["-DateTimeOriginal=0000:00:00 00:00:00"], {"taken": None}),
     (["-Orientation#=6"], {"orientation": tvmeta.Orientation.RIGHT_TOP}),
-    (
-        ["-GPSLatitude=33.75", "-GPSLatitudeRef=S"],
-        {"latitude": -33.75, "longitude": None},
-    ),
+    (["-GPSLatitude=33.75", "-GPSLatitudeRef=S"], {"latitude": -33.75, "longitude": None}),
     (["-GPSLongitude=0.25", "-GPSLongitudeRef=W"], {"longitude": -0.25}),
     (["-GPSAltitude=12.5", "-GPSAltitudeRef#=1"], {"altitude": -12.5}),
     (
         ["-GPSDateStamp=2024:02:29", "-GPSTimeStamp=00:30:15"],
         {"gps_time": datetime(2024, 2, 29, 0, 30, 15, tzinfo=timezone.utc)},
     ),
-    (
-        ["-Model=Käfer 1", "-SerialNumber=07"],
-        {"model": "Käfer 1", "serial_number": "07", "make": None},
-    ),
+    (["-Model=Käfer 1", "-SerialNumber=07"], {"model": "Käfer 1", "serial_number": "07", "make": None}),
     (["-EXIF:LensModel=50mm"], {"lens": "50mm"}),
     (["-ISO=65535", "-RecommendedExposureIndex=102400"], {"iso_speed": 102400}),
+    (["-ExposureCompensation=-0.5", "-EXIF:Flash#=9"], {"exposure_bias": Fraction(-1, 2), "flash": 9}),
+    (["-ExposureMode#=2", "-ExposureProgram#=3"], {"exposure_mode": 2, "exposure_program": 3}),
+    (["-MeteringMode#=5", "-WhiteBalance#=1"], {"metering_mode": 5, "white_balance": 1}),
     (
-        ["-ExposureCompensation=-0.5", "-EXIF:Flash#=9"],
-        {"exposure_bias": Fraction(-1, 2), "flash": 9},
+        ["-DateTimeOriginal=2024:02:29 12:00:01", "-SubSecTimeOriginal=0123456", "-OffsetTimeOriginal=-03:30"],
+        {"taken": NOON.replace(microsecond=12345), "sub_second": "0123456", "utc_offset": timedelta(minutes=-210)},
     ),
+    (["-ShutterSpeedValue=1/64"], {"exposure_time": Fraction(1, 64), "derived": frozenset({"exposure_time"})}),
+    (["-DateTimeOriginal=2024:02:31 12:00:01"], {"taken": None, "damaged": frozenset({"taken"})}),
     (
-        ["-ExposureMode#=2", "-ExposureProgram#=3"],
-        {"exposure_mode": 2, "exposure_program": 3},
-    ),
-    (
-        ["-MeteringMode#=5", "-WhiteBalance#=1"],
-        {"metering_mode": 5, "white_balance": 1},
-    ),
-    (
-        [
-            "-DateTimeOriginal=2024:02:29 12:00:01",
-            "-SubSecTimeOriginal=0123456",
-            "-OffsetTimeOriginal=-03:30",
-        ],
-        {
-            "taken": NOON.replace(microsecond=12345),
-            "sub_second": "0123456",
-            "utc_offset": timedelta(minutes=-210),
-        },
-    ),
-    (
-        ["-ShutterSpeedValue=1/64"],
-        {"exposure_time": Fraction(1, 64), "derived": frozenset({"exposure_time"})},
-    ),
-    (
-        ["-DateTimeOriginal=2024:02:31 12:00:01"],
-        {"taken": None, "damaged": frozenset({"taken"})},
-    ),
-    (
-        [
-            "-XMP-dc:Title=one",
-            "-IPTC:ObjectName=two",
-            "-IPTC:Keywords=a",
-            "-IPTC:Keywords=b",
-            "-XMP-xmp:Rating=4",
-        ],
+        ["-XMP-dc:Title=one", "-IPTC:ObjectName=two", "-IPTC:Keywords=a", "-IPTC:Keywords=b", "-XMP-xmp:Rating=4"],
         {"title": "one", "keywords": ("a", "b"), "rating": 4},
     ),
     (
-        [
-            "-EXIF:Artist=Ada",
-            "-EXIF:Copyright=(c)",
-            "-EXIF:ImageDescription=sun",
-            "-EXIF:Software=1.0",
-        ],
+        ["-EXIF:Artist=Ada", "-EXIF:Copyright=(c)", "-EXIF:ImageDescription=sun", "-EXIF:Software=1.0"],
         {"artist": "Ada", "copyright": "(c)", "description": "sun", "software": "1.0"},
     ),
     (
         [],
-        {
-            "model": None,
-            "taken": None,
-            "exposure_time": None,
-            "iso_speed": None,
-            "title": None,
-            "keywords": (),
-        },
+        {"model": None, "taken": None, "exposure_time": None, "iso_speed": None, "title": None, "keywords": ()},
     ),
-    (
-        [],
-        {
-            "width": 648,
-            "height": 432,
-            "container": "JPEG",
-            "damaged": frozenset(),
-            "broken_at": None,
-        },
-    ),
+    ([], {"width": 648, "height": 432, "container": "JPEG", "damaged": frozenset(), "broken_at": None}),
 ]
 
 
@@ -132,14 +67,10 @@ def test_values(make_photo, tags, expected):
     photo = tvmeta.read(make_photo(*tags))
     for name, value in expected.items():
         found = getattr(photo, name)
-        assert found == value and type(found) is (
-            Fraction if value == 30 else type(value)
-        ), name
+        assert found == value and type(found) is (Fraction if value == 30 else type(value)), name
 
 
-@pytest.mark.parametrize(
-    "name", [b"caf\xe9.jpg", b"-n.jpg", "日本.jpg".encode(), b"new\nline"]
-)
+@pytest.mark.parametrize("name", [b"caf\xe9.jpg", b"-n.jpg", "日本.jpg".encode(), b"new\nline"])
 def test_any_name_can_be_read(tmp_path, name):
     path = os.path.join(os.fsencode(tmp_path), name)
     with open(path, "wb") as file:
@@ -170,16 +101,8 @@ def test_sources(kind):
         source.seek(7)
     photo = tvmeta.read(source)
     assert photo.path in (None, SCENE, str(SCENE)) and photo.fields()["isoSpeed"] == 200
-    assert (photo.taken, photo.keywords, photo.gps_time) == (
-        expected.taken,
-        expected.keywords,
-        expected.gps_time,
-    )
-    assert (photo.xmp(), photo.thumbnail(), photo.tags()) == (
-        expected.xmp(),
-        expected.thumbnail(),
-        expected.tags(),
-    )
+    assert (photo.taken, photo.keywords, photo.gps_time) == (expected.taken, expected.keywords, expected.gps_time)
+    assert (photo.xmp(), photo.thumbnail(), photo.tags()) == (expected.xmp(), expected.thumbnail(), expected.tags())
     assert not hasattr(source, "seek") or source.tell() == 7
 
 
@@ -203,20 +126,12 @@ class Broken(io.BytesIO):
 
 def test_file_objects_that_fail():
     content = SCENE.read_bytes()
-    for result, kind in (
-        (OSError(5, "gone"), OSError),
-        (KeyError("key"), KeyError),
-        ("text", TypeError),
-    ):
+    for result, kind in ((OSError(5, "gone"), OSError), (KeyError("key"), KeyError), ("text", TypeError)):
         with pytest.raises(kind):
             tvmeta.read(Broken(content, result))
-    assert (
-        tvmeta.read(Broken(content, content)).model == "TV-100"
-    )  # more bytes than it was asked for
+    assert tvmeta.read(Broken(content, content)).model == "TV-100"  # more bytes than it was asked for
     assert tvmeta.read(Broken(content, content[:9])).model == "TV-100"  # fewer
-    with pytest.raises(io.UnsupportedOperation), subprocess.Popen(
-        ["true"], stdout=subprocess.PIPE
-    ) as process:
+    with pytest.raises(io.UnsupportedOperation), subprocess.Popen(["true"], stdout=subprocess.PIPE) as process:
         tvmeta.read(process.stdout)
     for wrong in (7, None, [content], numpy.zeros((4, 4))[:, ::2].data):
         with pytest.raises(TypeError):
@@ -238,39 +153,18 @@ def test_blocks_are_those_of_other_programs(tmp_path, make_photo):
     assert b"no settings" in tvmeta.read(other).xmp() == packet_of(other)
     assert tvmeta.read(other).icc() == profile.read_bytes()
     bare = tvmeta.read(make_photo(name="bare.jpg"))
-    assert [
-        bare.exif(),
-        bare.thumbnail(),
-        bare.iptc(),
-        bare.xmp(),
-        bare.icc(),
-        bare.preview(),
-    ] == [b""] * 6
+    assert [bare.exif(), bare.thumbnail(), bare.iptc(), bare.xmp(), bare.icc(), bare.preview()] == [b""] * 6
 
 
 def test_tags_have_places(make_photo):
-    path = make_photo(
-        "-Model=Käfer 1", "-GPSLatitude=33.75", "-GPSLatitudeRef=S", "-FNumber=2.8"
-    )
-    data, tags = path.read_bytes(), {
-        (t.directory.name, t.tag): t for t in tvmeta.read(path).tags()
-    }
+    path = make_photo("-Model=Käfer 1", "-GPSLatitude=33.75", "-GPSLatitudeRef=S", "-FNumber=2.8")
+    data, tags = path.read_bytes(), {(t.directory.name, t.tag): t for t in tvmeta.read(path).tags()}
     model = tags["IMAGE", 272]
-    assert (
-        data[model.position :].startswith("Käfer 1\0".encode())
-        and model.value_count == 9
-    )
+    assert data[model.position :].startswith("Käfer 1\0".encode()) and model.value_count == 9
     stop = tags["EXIF", 33437]
     order = ">" if stop.is_big_endian else "<"
-    assert (stop.type, struct.unpack_from(order + "II", data, stop.position)) == (
-        5,
-        (14, 5),
-    )
-    assert (
-        tags["GPS", 1].directory_number
-        == tags["GPS", 2].directory_number
-        != stop.directory_number
-    )
+    assert (stop.type, struct.unpack_from(order + "II", data, stop.position)) == (5, (14, 5))
+    assert tags["GPS", 1].directory_number == tags["GPS", 2].directory_number != stop.directory_number
 
 
 def test_blocks_of_a_file_that_changes(tmp_path):
@@ -295,31 +189,15 @@ def psd_with(*resources, mode=3):
     blocks = b""
     for number, name, data in resources:
         field = bytes([len(name)]) + name + b"\0" * (1 - len(name) % 2)
-        blocks += (
-            b"8BIM"
-            + struct.pack(">H", number)
-            + field
-            + struct.pack(">I", len(data))
-            + data
-        )
+        blocks += b"8BIM" + struct.pack(">H", number) + field + struct.pack(">I", len(data)) + data
         blocks += b"\0" * (len(data) % 2)
     header = b"8BPS\0\1" + bytes(6) + struct.pack(">HIIHH", 3, 1, 1, 8, mode)
-    return (
-        header
-        + struct.pack(">I", 0)
-        + struct.pack(">I", len(blocks))
-        + blocks
-        + bytes(5)
-    )
+    return header + struct.pack(">I", 0) + struct.pack(">I", len(blocks)) + blocks + bytes(5)
 
 
 def tiff_with(*entries):
     """Build a TIFF structure of entries with one value after the directory, given as tag, type, bytes."""
-    place, directory, data = (
-        8 + 2 + 12 * len(entries) + 4,
-        struct.pack("<H", len(entries)),
-        b"",
-    )
+    place, directory, data = 8 + 2 + 12 * len(entries) + 4, struct.pack("<H", len(entries)), b""
     for tag, kind, value in entries:
         count = len(value) // (4 if kind == 4 else 1)
         directory += struct.pack("<HHII", tag, kind, count, place + len(data))
@@ -329,21 +207,10 @@ def tiff_with(*entries):
 
 PACKET, BLOCK = b"<x:xmpmeta xmlns:x='adobe:ns:meta/'/>", b"\x1c\x02\x19\0\3one"
 EXIF = tiff_with((700, 1, PACKET), (33723, 7, BLOCK))
-JPEG = (
-    b"\xff\xd8\xff\xe1"
-    + struct.pack(">H", len(EXIF) + 8)
-    + b"Exif\0\0"
-    + EXIF
-    + b"\xff\xda"
-)
+JPEG = b"\xff\xd8\xff\xe1" + struct.pack(">H", len(EXIF) + 8) + b"Exif\0\0" + EXIF + b"\xff\xda"
 
 BLOCKS = {
-    "PSD resources": psd_with(
-        (1005, b"abc", b"1234567"),
-        (1028, b"", BLOCK),
-        (1060, b"", PACKET),
-        (1058, b"", EXIF),
-    ),
+    "PSD resources": psd_with((1005, b"abc", b"1234567"), (1028, b"", BLOCK), (1060, b"", PACKET), (1058, b"", EXIF)),
     "PSD tags, grey": psd_with((1005, b"ab", b"1234567"), (1058, b"", EXIF), mode=1),
     "JPEG tags": JPEG,
     "TIFF that ends with the packet": tiff_with((33723, 7, BLOCK), (700, 1, PACKET)),
@@ -365,9 +232,7 @@ BROKEN = [
 ]
 
 
-@pytest.mark.parametrize(
-    "name, content, code, reason", BROKEN, ids=[case[0] for case in BROKEN]
-)
+@pytest.mark.parametrize("name, content, code, reason", BROKEN, ids=[case[0] for case in BROKEN])
 def test_broken_files(tmp_path, name, content, code, reason):
     path = tmp_path / name
     path.write_bytes(content)
@@ -375,14 +240,8 @@ def test_broken_files(tmp_path, name, content, code, reason):
         with pytest.raises(tvmeta.FormatError, match=reason) as caught:
             tvmeta.read(source)
         failure = pickle.loads(pickle.dumps(caught.value))
-        assert isinstance(failure, OSError) and (
-            failure.code,
-            failure.path,
-            failure.filename,
-        ) == (code, shown, shown)
-        assert str(failure).startswith(
-            f"{path}: " if shown else "not a photograph: " if code == -2 else reason
-        )
+        assert isinstance(failure, OSError) and (failure.code, failure.path, failure.filename) == (code, shown, shown)
+        assert str(failure).startswith(f"{path}: " if shown else "not a photograph: " if code == -2 else reason)
 
 
 def test_files_that_cannot_be_opened(tmp_path):
@@ -394,9 +253,7 @@ def test_files_that_cannot_be_opened(tmp_path):
         ("/dev/zero", tvmeta.FileError, None),
     ]
     for path, kind, number in found:
-        with pytest.raises(
-            kind, match="No such|directory|not a regular file"
-        ) as caught:
+        with pytest.raises(kind, match="No such|directory|not a regular file") as caught:
             tvmeta.read(path)
         failure = pickle.loads(pickle.dumps(caught.value))
         assert isinstance(failure, tvmeta.FileError) and isinstance(failure, kind)
@@ -406,10 +263,7 @@ def test_files_that_cannot_be_opened(tmp_path):
 def test_damage_after_the_metadata(tmp_path):
     content = JPEG[:-2] + b"no marker"
     photo = tvmeta.read(content)
-    assert (photo.broken_at, photo.damage) == (
-        len(JPEG) - 2,
-        f"damaged at byte {len(JPEG) - 2}; the rest was read",
-    )
+    assert (photo.broken_at, photo.damage) == (len(JPEG) - 2, f"damaged at byte {len(JPEG) - 2}; the rest was read")
     assert photo.xmp() == PACKET
 
 
@@ -418,12 +272,7 @@ def test_compressed_blocks_are_refused():
         return struct.pack(">I", len(data)) + kind + data + bytes(4)
 
     header = struct.pack(">IIBBBBB", 2, 1, 8, 2, 0, 0, 0)
-    png = (
-        b"\x89PNG\r\n\x1a\n"
-        + chunk(b"IHDR", header)
-        + chunk(b"iCCP", b"name\0\0data")
-        + chunk(b"IEND", b"")
-    )
+    png = b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"iCCP", b"name\0\0data") + chunk(b"IEND", b"")
     with pytest.raises(tvmeta.FormatError, match="the ICC profile is compressed"):
         tvmeta.read(png).icc()
 
@@ -439,21 +288,14 @@ def test_fields_are_those_of_the_tool(tmp_path, make_photo):
         make_photo(*tags, name=f"{number}.jpg")
     for name, content in BLOCKS.items():
         (tmp_path / name).write_bytes(content)
-    for name in (
-        b"caf\xe9",
-        b"new\nline",
-        "ot\u202eher".encode(),
-        "no\u00a0break \u200d".encode(),
-    ):
+    for name in (b"caf\xe9", b"new\nline", "ot\u202eher".encode(), "no\u00a0break \u200d".encode()):
         with open(os.path.join(os.fsencode(tmp_path), name), "wb") as file:
             file.write(SCENE.read_bytes())
     builder = os.environ.get("TVMETA_PHOTOGRAPH_FILES")  # of every container
     if builder:
         subprocess.run([builder, tmp_path], check=True)
         (tmp_path / "expected.jsonl").unlink()
-    paths = sorted(path for path in tmp_path.iterdir() if path.is_file()) + [
-        EXAMPLES / "scene.jpg"
-    ]
+    paths = sorted(path for path in tmp_path.iterdir() if path.is_file()) + [EXAMPLES / "scene.jpg"]
     command = [os.environ["TVMETA_TOOL"], "info", "--json", "--", *paths]
     lines = subprocess.run(command, capture_output=True).stdout.splitlines()
     assert len(lines) == len(paths) >= 30

@@ -13,55 +13,25 @@ import tvmeta
 
 # Values to set, and all others that follow from them; packet texts by exiftool.
 MAPPINGS = {
-    "numbers": (
-        "Details Enhancer",
-        {"Strength": 70, "Gamma": 1.2, "WhiteClip": 0.25},
-        {"Gamma": 1.2},
-    ),
-    "light": (
-        "Details Enhancer",
-        {"Smoothing": "Very Low"},
-        {"SmoothingMode": "Light", "Smoothing": "Very Low"},
-    ),
-    "slider": (
-        "Details Enhancer",
-        {"Smoothing": 4.5},
-        {"SmoothingMode": "Slider", "Smoothing": 4.5},
-    ),
-    "slider first": (
-        "details enhancer",
-        {"SmoothingMode": "Slider", "Smoothing": -3},
-        {"Smoothing": -3},
-    ),
+    "numbers": ("Details Enhancer", {"Strength": 70, "Gamma": 1.2, "WhiteClip": 0.25}, {"Gamma": 1.2}),
+    "light": ("Details Enhancer", {"Smoothing": "Very Low"}, {"SmoothingMode": "Light", "Smoothing": "Very Low"}),
+    "slider": ("Details Enhancer", {"Smoothing": 4.5}, {"SmoothingMode": "Slider", "Smoothing": 4.5}),
+    "slider first": ("details enhancer", {"SmoothingMode": "Slider", "Smoothing": -3}, {"Smoothing": -3}),
     "panorama": ("Fusion/Adjust", {"IsPano360": True}, {"IsPano360": "Yes"}),
     "clip": ("Contrast Optimizer", {"WhiteClip": 2.5}, {"WhiteClip": 2.5}),
-    "every number": (
-        "Fusion/Real-Estate",
-        {"Highlights": -1.5, "LocalContrast": 8},
-        {"LocalContrast": 8},
-    ),
-    "compressor": (
-        tvmeta.Method.TONE_COMPRESSOR,
-        {"Compression": 7},
-        {"Compression": 7, "Method": "Tone Compressor"},
-    ),
+    "every number": ("Fusion/Real-Estate", {"Highlights": -1.5, "LocalContrast": 8}, {"LocalContrast": 8}),
+    "compressor": (tvmeta.Method.TONE_COMPRESSOR, {"Compression": 7}, {"Compression": 7, "Method": "Tone Compressor"}),
 }
 
 
-@pytest.mark.parametrize(
-    "method, values, texts", MAPPINGS.values(), ids=MAPPINGS.keys()
-)
+@pytest.mark.parametrize("method, values, texts", MAPPINGS.values(), ids=MAPPINGS.keys())
 def test_round_trip(tmp_path, method, values, texts):
     settings, path = tvmeta.Settings(method), tmp_path / "settings.xmp"
     settings.update(values)
     settings.save(path)
     tags = tags_of(path)
     assert {name: tags[name] for name in texts} == texts
-    assert (
-        tvmeta.Settings.load(path)
-        == tvmeta.Settings.loads(settings.dumps())
-        == settings
-    )
+    assert tvmeta.Settings.load(path) == tvmeta.Settings.loads(settings.dumps()) == settings
     assert {name: settings[name] for name in values} == values
     assert eval(repr(settings), vars(tvmeta)) == settings
     packet = settings.insert((EXAMPLES / "packet.xmp").read_bytes())
@@ -84,9 +54,7 @@ STORED = {
 }
 
 
-@pytest.mark.parametrize(
-    "method, name, value, stored", STORED.values(), ids=STORED.keys()
-)
+@pytest.mark.parametrize("method, name, value, stored", STORED.values(), ids=STORED.keys())
 def test_values_are_those_of_the_packet(method, name, value, stored):
     settings = tvmeta.Settings(method, {name: value})
     assert settings[name] == stored and type(settings[name]) is type(stored)
@@ -95,26 +63,12 @@ def test_values_are_those_of_the_packet(method, name, value, stored):
 
 
 def test_mapping_that_always_has_its_names():
-    settings = tvmeta.Settings(
-        "Details Enhancer", {"Strength": 7, "Gamma": 2, "Smoothing": 9}
-    )
-    assert (
-        settings == dict(settings)
-        and dict(settings) == settings
-        and settings != {"Strength": 7}
-        and settings != 7
-    )
-    assert (
-        settings.pop("Gamma") == 2
-        and settings.pop("Hue", None) is None
-        and settings["Gamma"] == 1
-    )
+    settings = tvmeta.Settings("Details Enhancer", {"Strength": 7, "Gamma": 2, "Smoothing": 9})
+    assert settings == dict(settings) and dict(settings) == settings and settings != {"Strength": 7} and settings != 7
+    assert settings.pop("Gamma") == 2 and settings.pop("Hue", None) is None and settings["Gamma"] == 1
     with pytest.raises(KeyError, match="it has: Strength"):
         settings.pop("Hue")
-    assert [settings.popitem(), settings.popitem()] == [
-        ("Smoothing", 9.0),
-        ("Strength", 7.0),
-    ]
+    assert [settings.popitem(), settings.popitem()] == [("Smoothing", 9.0), ("Strength", 7.0)]
     assert settings == tvmeta.Settings("Details Enhancer") and len(settings) == 17
     with pytest.raises(KeyError):
         settings.popitem()
@@ -135,10 +89,7 @@ def test_another_mode_starts_with_its_default():
     settings["SmoothingMode"] = "Slider"
     assert settings["Smoothing"] == 4
     settings["SmoothingMode"] = "Light"
-    assert settings["Smoothing"] == "Very High" and list(settings.slots())[16:] == [
-        0,
-        0,
-    ]
+    assert settings["Smoothing"] == "Very High" and list(settings.slots())[16:] == [0, 0]
 
 
 COPIES = [
@@ -150,33 +101,20 @@ COPIES = [
 ]
 
 
-@pytest.mark.parametrize(
-    "copied", COPIES, ids=["copy.copy", "deepcopy", "copy", "pickle", "or"]
-)
+@pytest.mark.parametrize("copied", COPIES, ids=["copy.copy", "deepcopy", "copy", "pickle", "or"])
 def test_copies_share_nothing(copied):
     settings = tvmeta.Settings("Fusion/Intensive", {"Radius": 7})
     other = copied(settings)
     assert other == settings and type(other) is tvmeta.Settings and other.method == 11
     other["Radius"] = 8
     settings["Strength"] = 1
-    assert (dict(settings), other["Strength"]) == (
-        {"Strength": 1, "Saturation": 0, "Radius": 7},
-        0,
-    )
+    assert (dict(settings), other["Strength"]) == ({"Strength": 1, "Saturation": 0, "Radius": 7}, 0)
 
 
 def test_unions():
     settings = tvmeta.Settings("Fusion/Intensive", {"Radius": 7, "Strength": 2})
-    assert (
-        settings | {"Radius": 8} == {"Strength": 2, "Saturation": 0, "Radius": 8}
-        and settings["Radius"] == 7
-    )
-    assert {"Radius": 8, "Hue": 1} | settings == {
-        "Radius": 7,
-        "Hue": 1,
-        "Strength": 2,
-        "Saturation": 0,
-    }
+    assert settings | {"Radius": 8} == {"Strength": 2, "Saturation": 0, "Radius": 8} and settings["Radius"] == 7
+    assert {"Radius": 8, "Hue": 1} | settings == {"Radius": 7, "Hue": 1, "Strength": 2, "Saturation": 0}
     same = settings
     settings |= {"Saturation": 5}
     assert same["Saturation"] == 5
@@ -187,17 +125,9 @@ def test_unions():
 
 
 def test_slots_are_those_of_the_header():
-    settings = tvmeta.Settings(
-        "Details Enhancer",
-        {"Gamma": 2, "Smoothing": 30, "IsPano360": True, "BlackClip": 0.5},
-    )
+    settings = tvmeta.Settings("Details Enhancer", {"Gamma": 2, "Smoothing": 30, "IsPano360": True, "BlackClip": 0.5})
     slots = list(settings.slots())
-    assert {slot: value for slot, value in enumerate(slots) if value} == {
-        4: 0.5,
-        15: 1,
-        16: 1,
-        17: 30,
-    }
+    assert {slot: value for slot, value in enumerate(slots) if value} == {4: 0.5, 15: 1, 16: 1, 17: 30}
     assert tvmeta.Settings("Details Enhancer").slots()[8] == 50
     clip = tvmeta.Settings("Contrast Optimizer", {"WhiteClip": 5}).slots()[3]
     assert clip == pytest.approx(10 * 0.5**3.063922574380088, rel=1e-6)
@@ -222,11 +152,7 @@ REFUSED = [
 ]
 
 
-@pytest.mark.parametrize(
-    "name, value, kind, reason",
-    REFUSED,
-    ids=[f"{case[0]}={case[1]}" for case in REFUSED],
-)
+@pytest.mark.parametrize("name, value, kind, reason", REFUSED, ids=[f"{case[0]}={case[1]}" for case in REFUSED])
 def test_refused_values(name, value, kind, reason):
     settings = tvmeta.Settings("Details Enhancer")
     before = dict(settings)
@@ -255,13 +181,8 @@ def test_failures(tmp_path):
 
 
 def test_values_of_hostile_packets_are_numbers():
-    packet = tvmeta.Settings(
-        "Contrast Optimizer", {"WhiteClip": 1, "Midtone": 7}
-    ).dumps()
+    packet = tvmeta.Settings("Contrast Optimizer", {"WhiteClip": 1, "Midtone": 7}).dumps()
     for text in (b"-9.000", b"1e30", b"inf", b"nan"):
         settings = tvmeta.Settings.loads(packet.replace(b">1.000<", b">" + text + b"<"))
         assert isinstance(settings["WhiteClip"], float) and settings["Midtone"] == 7
-        assert (
-            tvmeta.Settings.loads(settings.dumps()) == settings
-            and copy.copy(settings) == settings
-        )
+        assert tvmeta.Settings.loads(settings.dumps()) == settings and copy.copy(settings) == settings

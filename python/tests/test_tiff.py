@@ -40,65 +40,35 @@ LAYOUTS = {
     "every other row": (BASE.astype("f4")[1::2], BASE[1::2], 32, 3),
     "bottom up": (BASE.astype("u1")[::-1], BASE[::-1], 8, 3),
     "mirrored": (BASE.astype("u2")[:, ::-1], BASE[:, ::-1], 16, 3),
-    "transposed": (
-        BASE.astype("f2").transpose(1, 0, 2),
-        BASE.transpose(1, 0, 2),
-        16,
-        3,
-    ),
+    "transposed": (BASE.astype("f2").transpose(1, 0, 2), BASE.transpose(1, 0, 2), 16, 3),
     "read-only": (read_only(BASE.astype("u1")), BASE, 8, 3),
-    "one row for all": (
-        numpy.broadcast_to(BASE[0].astype("u1"), BASE.shape),
-        BASE[[0] * 14],
-        8,
-        3,
-    ),
-    "memoryview": (
-        memoryview(bytes(range(24))).cast("B", (2, 4, 3)),
-        numpy.arange(24).reshape(2, 4, 3),
-        8,
-        3,
-    ),
+    "one row for all": (numpy.broadcast_to(BASE[0].astype("u1"), BASE.shape), BASE[[0] * 14], 8, 3),
+    "memoryview": (memoryview(bytes(range(24))).cast("B", (2, 4, 3)), numpy.arange(24).reshape(2, 4, 3), 8, 3),
     "alpha": (numpy.dstack([BASE, GREY]).astype("u1"), BASE, 8, 3),
 }
 
 
-@pytest.mark.parametrize(
-    "pixels, expected, bits, channels", LAYOUTS.values(), ids=LAYOUTS.keys()
-)
+@pytest.mark.parametrize("pixels, expected, bits, channels", LAYOUTS.values(), ids=LAYOUTS.keys())
 def test_pixels(tmp_path, pixels, expected, bits, channels):
     path = tmp_path / "result.tif"
     with warnings.catch_warnings(record=True) as said:
         warnings.simplefilter("always")
         tvmeta.save_tiff(path, pixels)
     tags = tags_of(path)
-    kind = {"f": "f"}.get(
-        memoryview(pixels).format, "f" if memoryview(pixels).format == "e" else "u"
-    )
+    kind = {"f": "f"}.get(memoryview(pixels).format, "f" if memoryview(pixels).format == "e" else "u")
     found = pixels_of(path, f"<{kind}{bits // 8}", expected.shape)
     assert numpy.array_equal(found, expected)
-    assert (tags["ImageWidth"], tags["ImageHeight"]) == (
-        expected.shape[1],
-        expected.shape[0],
-    )
-    assert tags["SamplesPerPixel"] == channels and str(tags["BitsPerSample"]).split()[
-        0
-    ] == str(bits)
+    assert (tags["ImageWidth"], tags["ImageHeight"]) == (expected.shape[1], expected.shape[0])
+    assert tags["SamplesPerPixel"] == channels and str(tags["BitsPerSample"]).split()[0] == str(bits)
     assert tags.get("SampleFormat", "1")[0] == ("3" if kind == "f" else "1")
-    assert len(said) == (pixels.shape[2:] == (4,)) and all(
-        "last of 4 channels" in str(w.message) for w in said
-    )
+    assert len(said) == (pixels.shape[2:] == (4,)) and all("last of 4 channels" in str(w.message) for w in said)
 
 
 def test_rows_are_not_copied(tmp_path, monkeypatch):
     from tvmeta import tiff
 
     seen = []
-    monkeypatch.setattr(
-        tiff,
-        "rows_of",
-        lambda view, f=tiff.rows_of: seen.append((view, f(view))) or seen[-1][1],
-    )
+    monkeypatch.setattr(tiff, "rows_of", lambda view, f=tiff.rows_of: seen.append((view, f(view))) or seen[-1][1])
     padded = numpy.zeros((8, 32, 3), "u1")[::-2, :20]
     tvmeta.save_tiff(tmp_path / "a.tif", padded)
     tvmeta.save_tiff(tmp_path / "b.tif", padded[:, ::2])
@@ -114,51 +84,19 @@ REFUSED = {
     "one axis": (numpy.zeros(4, "u1"), {}, ValueError, "shape"),
     "five channels": (numpy.zeros((2, 2, 5), "u1"), {}, ValueError, "shape"),
     "no rows": (numpy.zeros((0, 2), "u1"), {}, ValueError, "shape"),
-    "resolution": (
-        GREY.astype("u1"),
-        {"resolution": 2147484},
-        ValueError,
-        "resolution",
-    ),
+    "resolution": (GREY.astype("u1"), {"resolution": 2147484}, ValueError, "resolution"),
     "orientation": (GREY.astype("u1"), {"orientation": 9}, ValueError, "orientation"),
-    "grey profile": (
-        BASE.astype("u1"),
-        {"icc": bytes(16) + b"GRAY" + bytes(200)},
-        ValueError,
-        "icc",
-    ),
-    "one text": (
-        GREY.astype("u1"),
-        {"keywords": "sun"},
-        TypeError,
-        "sequence of texts",
-    ),
+    "grey profile": (BASE.astype("u1"), {"icc": bytes(16) + b"GRAY" + bytes(200)}, ValueError, "icc"),
+    "one text": (GREY.astype("u1"), {"keywords": "sun"}, TypeError, "sequence of texts"),
     "empty keyword": (GREY.astype("u1"), {"keywords": [""]}, ValueError, "keywords"),
-    "long keyword": (
-        GREY.astype("u1"),
-        {"keywords": ["x" * 32768]},
-        ValueError,
-        "32768 bytes",
-    ),
+    "long keyword": (GREY.astype("u1"), {"keywords": ["x" * 32768]}, ValueError, "32768 bytes"),
     "null byte": (GREY.astype("u1"), {"software": "a\0b"}, ValueError, "software"),
-    "no photograph": (
-        GREY.astype("u1"),
-        {"photo": b"text"},
-        tvmeta.FormatError,
-        "not a photograph",
-    ),
-    "no photo": (
-        GREY.astype("u1"),
-        {"photo": "/none.jpg"},
-        FileNotFoundError,
-        "/none.jpg",
-    ),
+    "no photograph": (GREY.astype("u1"), {"photo": b"text"}, tvmeta.FormatError, "not a photograph"),
+    "no photo": (GREY.astype("u1"), {"photo": "/none.jpg"}, FileNotFoundError, "/none.jpg"),
 }
 
 
-@pytest.mark.parametrize(
-    "pixels, options, kind, reason", REFUSED.values(), ids=REFUSED.keys()
-)
+@pytest.mark.parametrize("pixels, options, kind, reason", REFUSED.values(), ids=REFUSED.keys())
 def test_refused_pictures_leave_the_old_file(tmp_path, pixels, options, kind, reason):
     path = tmp_path / "old.tif"
     path.write_bytes(b"old")
@@ -169,10 +107,7 @@ def test_refused_pictures_leave_the_old_file(tmp_path, pixels, options, kind, re
 
 def test_targets(tmp_path):
     pixels = GREY.astype("u1")
-    for path, kind in (
-        (tmp_path / "none" / "a.tif", FileNotFoundError),
-        (tmp_path, IsADirectoryError),
-    ):
+    for path, kind in ((tmp_path / "none" / "a.tif", FileNotFoundError), (tmp_path, IsADirectoryError)):
         with pytest.raises(kind):
             tvmeta.save_tiff(path, pixels)
     with pytest.raises(tvmeta.FileError, match="not a regular file"):
@@ -194,9 +129,7 @@ def test_a_full_disk_leaves_the_old_file(tmp_path):
     program = "import numpy, sys, tvmeta; tvmeta.save_tiff(sys.argv[1], numpy.zeros((900, 900, 3), 'u1'))"
     done = subprocess.run(
         [sys.executable, "-c", program, path],
-        preexec_fn=lambda: resource.setrlimit(
-            resource.RLIMIT_FSIZE, (1 << 20, 1 << 20)
-        ),
+        preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 20, 1 << 20)),
         capture_output=True,
         text=True,
     )
@@ -209,18 +142,8 @@ KEPT = [
     ["-ExposureTime=0.4", "-FNumber=2.8", "-FocalLength=17.3", "-ISO=100"],
     ["-ExposureTime=1/8000", "-FNumber=0.95", "-FocalLength=4.15"],
     ["-ExposureTime=123.7", "-FNumber=11", "-FocalLength=1200"],
-    [
-        "-GPSLatitude=0.0125",
-        "-GPSLatitudeRef=S",
-        "-GPSLongitude=0.5",
-        "-GPSLongitudeRef=W",
-    ],
-    [
-        "-GPSLatitude=0",
-        "-GPSLatitudeRef=N",
-        "-GPSLongitude=179.9999",
-        "-GPSLongitudeRef=E",
-    ],
+    ["-GPSLatitude=0.0125", "-GPSLatitudeRef=S", "-GPSLongitude=0.5", "-GPSLongitudeRef=W"],
+    ["-GPSLatitude=0", "-GPSLatitudeRef=N", "-GPSLongitude=179.9999", "-GPSLongitudeRef=E"],
     ["-GPSDateStamp=2024:02:29", "-GPSTimeStamp=00:00:31", "-GPSAltitude=0.25"],
     ["-Model=Canon 5", "-DateTimeOriginal=2024:02:29 12:00:01"],
 ]
@@ -237,9 +160,7 @@ def test_values_survive_ten_saves(tmp_path, make_photo, tags):
     for name in (tag[1:].split("=")[0] for tag in tags):
         before, after = expected[name], found[name]
         is_number = isinstance(before, (int, float))
-        assert after == (
-            pytest.approx(before, rel=1e-5, abs=1e-9) if is_number else before
-        ), name
+        assert after == (pytest.approx(before, rel=1e-5, abs=1e-9) if is_number else before), name
 
 
 PROFILE = bytes(16) + b"RGB " + bytes(108)
@@ -260,53 +181,29 @@ def test_blocks_and_settings(tmp_path):
         modify_date=datetime(2024, 2, 29, 12, 0, 1, 999999),
     )
     tags = tags_of(path)
-    assert lost == [] and (
-        tags["XResolution"],
-        tags["Orientation"],
-        tags["Software"],
-    ) == (240, 8, "Maker 7")
+    assert lost == [] and (tags["XResolution"], tags["Orientation"], tags["Software"]) == (240, 8, "Maker 7")
     assert (tags["ModifyDate"], tags["Make"]) == ("2024:02:29 12:00:01", "Tonalvista")
-    assert (
-        tags["Keywords"] == ["sun", "shadows", "käfer"]
-        and tags["Lens"] == "TV 16-50mm f/2.8-4"
-    )
+    assert tags["Keywords"] == ["sun", "shadows", "käfer"] and tags["Lens"] == "TV 16-50mm f/2.8-4"
     assert (tags["Method"], tags["Strength"]) == ("Fusion/Intensive", 5)
     assert tvmeta.Settings.load(path) == tvmeta.Settings.load(bytes(path)) == settings
     saved = tvmeta.read(path)
-    assert (saved.lens, saved.icc(), saved.gps_time) == (
-        photo.lens,
-        PROFILE,
-        photo.gps_time,
-    )
+    assert (saved.lens, saved.icc(), saved.gps_time) == (photo.lens, PROFILE, photo.gps_time)
     tvmeta.save_tiff(path, GREY.astype("u1"), photo=photo, iptc=b"", xmp=b"<x/>")
     saved = tvmeta.read(path)
     assert (saved.iptc(), saved.xmp(), saved.model) == (b"", b"<x/>", "TV-100")
 
 
-PHOTOS = {
-    "Photo": tvmeta.read,
-    "path": str,
-    "bytes": Path.read_bytes,
-    "file": lambda path: open(path, "rb"),
-}
+PHOTOS = {"Photo": tvmeta.read, "path": str, "bytes": Path.read_bytes, "file": lambda path: open(path, "rb")}
 
 
 @pytest.mark.parametrize("given", PHOTOS.values(), ids=PHOTOS.keys())
 def test_photo_of_any_source_and_losses(tmp_path, make_photo, monkeypatch, given):
-    monkeypatch.setattr(
-        tvmeta.tiff, "_USUAL_LOSSES", 0
-    )  # more losses than there is room for
+    monkeypatch.setattr(tvmeta.tiff, "_USUAL_LOSSES", 0)  # more losses than there is room for
     source = make_photo("-Model=Z", "-PrintIM=", "-XMP-dc:Title=one", name="one.jpg")
     data = source.read_bytes()
-    at = data.index(
-        b"Exif\0\0"
-    )  # an entry of a private tag in place of that of YCbCrPositioning
-    source.write_bytes(
-        data[:at] + data[at:].replace(b"\x02\x13\0\x03", b"\xfd\xe8\0\x03", 1)
-    )
-    lost = tvmeta.save_tiff(
-        tmp_path / "result.tif", GREY.astype("u1"), photo=given(source)
-    )
+    at = data.index(b"Exif\0\0")  # an entry of a private tag in place of that of YCbCrPositioning
+    source.write_bytes(data[:at] + data[at:].replace(b"\x02\x13\0\x03", b"\xfd\xe8\0\x03", 1))
+    lost = tvmeta.save_tiff(tmp_path / "result.tif", GREY.astype("u1"), photo=given(source))
     assert lost == [(tvmeta.Directory.IMAGE, 0xFDE8, tvmeta.LossReason.PRIVATE)]
     tags = tags_of(tmp_path / "result.tif")
     assert (tags["Model"], tags["Title"]) == ("Z", "one")
@@ -315,12 +212,7 @@ def test_photo_of_any_source_and_losses(tmp_path, make_photo, monkeypatch, given
 def test_a_block_is_lost(tmp_path):
     block = b"\x1c\x01\x5a\0\x03\x1b.A\x1c\x02\x19\0\x03one"  # of another encoding than UTF-8
     tvmeta.save_tiff(tmp_path / "photo.tif", GREY.astype("u1"), iptc=block)
-    lost = tvmeta.save_tiff(
-        tmp_path / "a.tif",
-        GREY.astype("u1"),
-        photo=tmp_path / "photo.tif",
-        keywords=["käfer"],
-    )
+    lost = tvmeta.save_tiff(tmp_path / "a.tif", GREY.astype("u1"), photo=tmp_path / "photo.tif", keywords=["käfer"])
     assert lost == [(tvmeta.Block.IPTC, 0, tvmeta.LossReason.CLAMPED)]
 
 
@@ -332,9 +224,7 @@ def test_a_result_replaces_its_own_photograph(tmp_path):
     path = tmp_path / "result.tif"
     tvmeta.save_tiff(path, GREY.astype("u1"), photo=SCENE)
     tvmeta.save_tiff(path, BASE.astype("u1"), photo=tvmeta.read(path))
-    assert tags_of(path)["Model"] == "TV-100" and numpy.array_equal(
-        pixels_of(path, "u1", BASE.shape), BASE
-    )
+    assert tags_of(path)["Model"] == "TV-100" and numpy.array_equal(pixels_of(path, "u1", BASE.shape), BASE)
 
 
 WRITERS = {
@@ -344,16 +234,8 @@ WRITERS = {
 
 
 # An access control list as the kernel stores it: owner rw, user 4242 r, group r, mask r, others nothing.
-ENTRIES = (
-    (1, 6, 0xFFFFFFFF),
-    (2, 4, 4242),
-    (4, 4, 0xFFFFFFFF),
-    (16, 4, 0xFFFFFFFF),
-    (32, 0, 0xFFFFFFFF),
-)
-ACCESS = struct.pack("<I", 2) + b"".join(
-    struct.pack("<HHI", *entry) for entry in ENTRIES
-)
+ENTRIES = ((1, 6, 0xFFFFFFFF), (2, 4, 4242), (4, 4, 0xFFFFFFFF), (16, 4, 0xFFFFFFFF), (32, 0, 0xFFFFFFFF))
+ACCESS = struct.pack("<I", 2) + b"".join(struct.pack("<HHI", *entry) for entry in ENTRIES)
 
 
 @pytest.mark.parametrize("write", WRITERS.values(), ids=WRITERS.keys())
@@ -370,17 +252,11 @@ def test_replaced_files_keep_their_attributes(tmp_path, write):
     for name, value in (("user.note", b"kept"), ("system.posix_acl_access", ACCESS)):
         with suppress(OSError):  # not on every file system
             os.setxattr(path, name, value)
-    before, attributes = path.stat(), {
-        name: os.getxattr(path, name) for name in os.listxattr(path)
-    }
+    before, attributes = path.stat(), {name: os.getxattr(path, name) for name in os.listxattr(path)}
     write(path)
     after = path.stat()
     assert path.read_bytes() != b"old" and after.st_ino != before.st_ino
-    assert (after.st_mode, after.st_uid, after.st_gid) == (
-        before.st_mode,
-        before.st_uid,
-        before.st_gid,
-    )
+    assert (after.st_mode, after.st_uid, after.st_gid) == (before.st_mode, before.st_uid, before.st_gid)
     assert {name: os.getxattr(path, name) for name in os.listxattr(path)} == attributes
 
 
@@ -395,9 +271,7 @@ def test_files_that_may_not_be_changed(write):
         try:
             if user == 0:
                 os.seteuid(65534)
-            with pytest.raises(
-                PermissionError, match="may not be changed; not written"
-            ):
+            with pytest.raises(PermissionError, match="may not be changed; not written"):
                 write(path)
         finally:
             os.seteuid(user)

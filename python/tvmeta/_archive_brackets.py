@@ -21,11 +21,7 @@ _MAX_DENOMINATOR = 10**9  # so that 0.008 is 1/125 again
 
 # What grouping needs: columns by the names of the values in the record's masks.
 _TEXTS = {"make": "make", "model": "model", "serial_number": "serialNumber"}
-_INTEGERS = {
-    "orientation": "orientation",
-    "iso_speed": "isoSpeed",
-    "exposure_mode": "exposureMode",
-}
+_INTEGERS = {"orientation": "orientation", "iso_speed": "isoSpeed", "exposure_mode": "exposureMode"}
 _FRACTIONS = {
     "exposure_time": "exposureTime",
     "f_number": "fNumber",
@@ -38,9 +34,7 @@ Values = tuple[Optional[str], Optional[int], Optional[float], Optional[str]]
 
 @lru_cache(maxsize=None)
 def _formats() -> dict[str, int]:
-    return {
-        library.tvmeta_format_name(number).decode(): number for number in range(1, 14)
-    }
+    return {library.tvmeta_format_name(number).decode(): number for number in range(1, 14)}
 
 
 def _numbers(row: Row) -> dict[str, tuple[str, object]]:
@@ -60,25 +54,15 @@ def _numbers(row: Row) -> dict[str, tuple[str, object]]:
     if row["utcOffset"] is not None:
         hours, minutes = row["utcOffset"][1:].split(":")
         east = int(hours) * 60 + int(minutes)
-        found["utc_offset"] = (
-            "utcOffset",
-            -east if row["utcOffset"].startswith("-") else east,
-        )
+        found["utc_offset"] = "utcOffset", -east if row["utcOffset"].startswith("-") else east
     return found
 
 
 def _record(row: Row) -> records.Photo:
     """Return what the library reads of the photograph of a row, as far as grouping needs it."""
-    record = records.Photo(
-        recordSize=sizeof(records.Photo),
-        format=_formats().get(row["container"], 0),
-        brokenAt=-1,
-    )
+    record = records.Photo(recordSize=sizeof(records.Photo), format=_formats().get(row["container"], 0), brokenAt=-1)
     record.width, record.height = row["width"] or 0, row["height"] or 0
-    members = {
-        name: (column, row[column] and row[column].encode())
-        for name, column in _TEXTS.items()
-    }
+    members = {name: (column, row[column] and row[column].encode()) for name, column in _TEXTS.items()}
     for name, (member, value) in {**members, **_numbers(row)}.items():
         if value is not None:
             setattr(record, member, value)
@@ -94,19 +78,10 @@ def find_sets(rows: Iterable[Row]) -> dict[bytes, Values]:
             shots.add(name_bytes(row), _record(row))
             titles.append(row["fileBytes"] or row["file"])
     members, sets = shots.find()
-    firsts = {
-        m.set: titles[i]
-        for i, m in enumerate(members)
-        if m.set >= 0 and m.place == 0 and m.leader == i
-    }
+    firsts = {m.set: titles[i] for i, m in enumerate(members) if m.set >= 0 and m.place == 0 and m.leader == i}
     evidence = [library.tvmeta_evidence_text(found.evidence).decode() for found in sets]
     return {
-        path: (
-            firsts[member.set],
-            member.place + 1,
-            member.offset,
-            evidence[member.set],
-        )
+        path: (firsts[member.set], member.place + 1, member.offset, evidence[member.set])
         for path, member in zip(shots.paths, members)
         if member.set >= 0
     }

@@ -12,12 +12,7 @@ from ._archive_table import COLUMNS, SCHEMA, Row
 from .errors import Error
 
 _APPLICATION = 0x74766D61  # "tvma", in the header of the database
-_TYPES = {
-    "text": "TEXT",
-    "integer": "INTEGER",
-    "real": "REAL",
-    "texts": "TEXT",
-}  # texts: a JSON array
+_TYPES = {"text": "TEXT", "integer": "INTEGER", "real": "REAL", "texts": "TEXT"}  # texts: a JSON array
 _INDEXES = ("file", "dateTimeOriginal", "make, model", "lens", "bracketSet")
 
 
@@ -26,9 +21,7 @@ def _create(database: sqlite3.Connection) -> None:
     database.execute(
         f"CREATE TABLE photographs (id INTEGER PRIMARY KEY, part INTEGER NOT NULL REFERENCES parts, {columns})"
     )
-    database.execute(
-        "CREATE TABLE parts (part INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE, version TEXT NOT NULL)"
-    )
+    database.execute("CREATE TABLE parts (part INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE, version TEXT NOT NULL)")
     database.execute("CREATE INDEX photographs_part ON photographs (part)")
     for number, names in enumerate(_INDEXES):
         database.execute(f"CREATE INDEX photographs_{number} ON photographs ({names})")
@@ -66,19 +59,13 @@ def _values(row: Row) -> list[Any]:
     ]
 
 
-def _replace(
-    database: sqlite3.Connection, store: Store, part: Part, path: str, version: str
-) -> int:
+def _replace(database: sqlite3.Connection, store: Store, part: Part, path: str, version: str) -> int:
     database.execute("INSERT INTO parts (path, version) VALUES (?, ?)", (path, version))
-    (number,) = database.execute(
-        "SELECT part FROM parts WHERE path = ?", (path,)
-    ).fetchone()
+    (number,) = database.execute("SELECT part FROM parts WHERE path = ?", (path,)).fetchone()
     names = ", ".join(f'"{column.name}"' for column in COLUMNS)
     places = ", ".join("?" * (len(COLUMNS) + 1))
     rows = ([number, *_values(row)] for row in store.rows(part))
-    return database.executemany(
-        f"INSERT INTO photographs (part, {names}) VALUES ({places})", rows
-    ).rowcount
+    return database.executemany(f"INSERT INTO photographs (part, {names}) VALUES ({places})", rows).rowcount
 
 
 def _update(database: sqlite3.Connection, store: Store) -> tuple[int, int]:
@@ -87,23 +74,12 @@ def _update(database: sqlite3.Connection, store: Store) -> tuple[int, int]:
     for part in store.all_parts():
         if part.kind == "jsonl.gz":
             path = store.part_path(part)
-            parts[
-                os.path.relpath(os.fsdecode(path), os.fsdecode(store.out))
-            ] = part, _version(path)
+            parts[os.path.relpath(os.fsdecode(path), os.fsdecode(store.out))] = part, _version(path)
     changed = [path for path, (_, version) in parts.items() if old.get(path) != version]
-    for path in [
-        *(path for path in old if path not in parts),
-        *(path for path in changed if path in old),
-    ]:
-        database.execute(
-            "DELETE FROM photographs WHERE part = (SELECT part FROM parts WHERE path = ?)",
-            (path,),
-        )
+    for path in [*(path for path in old if path not in parts), *(path for path in changed if path in old)]:
+        database.execute("DELETE FROM photographs WHERE part = (SELECT part FROM parts WHERE path = ?)", (path,))
         database.execute("DELETE FROM parts WHERE path = ?", (path,))
-    written = sum(
-        max(_replace(database, store, parts[path][0], path, parts[path][1]), 0)
-        for path in changed
-    )
+    written = sum(max(_replace(database, store, parts[path][0], path, parts[path][1]), 0) for path in changed)
     (total,) = database.execute("SELECT count(*) FROM photographs").fetchone()
     return total, written
 

@@ -26,9 +26,7 @@ class Job(NamedTuple):
     versions: tuple[int, int]  # of the client: SCHEMA and READER
     retry: bool = False
     prune: bool = False
-    mounts: frozenset[
-        bytes
-    ] = frozenset()  # folders that were mount points in the last run
+    mounts: frozenset[bytes] = frozenset()  # folders that were mount points in the last run
 
 
 class Unseen(Exception):
@@ -63,9 +61,7 @@ class Listed(NamedTuple):
 
 def landmarks_of(root: bytes, out: bytes) -> tuple[bytes, ...]:
     """Return some names of the root, by which workers recognise it."""
-    names = (
-        name for name in sorted(os.listdir(root)) if os.path.join(root, name) != out
-    )
+    names = (name for name in sorted(os.listdir(root)) if os.path.join(root, name) != out)
     return tuple(name for name, _ in zip(names, range(_LANDMARKS)))
 
 
@@ -78,19 +74,14 @@ def check_index(job: Job) -> None:
     except Error as error:
         raise Blind(str(error)) from error
     if generation < job.store.generation:
-        raise Blind(
-            f"{os.fsdecode(job.store.out)} is not the index that the client sees"
-        )
+        raise Blind(f"{os.fsdecode(job.store.out)} is not the index that the client sees")
 
 
 def check_sight(job: Job) -> None:
     """Raise Blind unless this worker sees the client's root and index, and has its version."""
     check_index(job)
     if not os.path.isdir(job.root) or (
-        job.landmarks
-        and not any(
-            os.path.lexists(os.path.join(job.root, name)) for name in job.landmarks
-        )
+        job.landmarks and not any(os.path.lexists(os.path.join(job.root, name)) for name in job.landmarks)
     ):
         raise Blind(f"{os.fsdecode(job.root)} is not the folder that the client sees")
 
@@ -99,10 +90,7 @@ def mount_points() -> frozenset[bytes]:
     """Return the mount points of this machine; empty where the system does not list them."""
     with suppress(OSError), open("/proc/self/mountinfo", "rb") as file:
         paths = (line.split(b" ")[4] for line in file)
-        return frozenset(
-            re.sub(rb"\\([0-7]{3})", lambda code: bytes([int(code[1], 8)]), path)
-            for path in paths
-        )
+        return frozenset(re.sub(rb"\\([0-7]{3})", lambda code: bytes([int(code[1], 8)]), path) for path in paths)
     return frozenset()
 
 
@@ -124,9 +112,7 @@ def _scan(job: Job, folder: bytes) -> tuple[list[bytes], list[bytes]]:
     with os.scandir(os.path.join(job.root, folder)) as entries:
         for entry in entries:
             if entry.is_dir(follow_symlinks=False):
-                is_own = entry.inode() == own.st_ino and os.path.samestat(
-                    entry.stat(follow_symlinks=False), own
-                )
+                is_own = entry.inode() == own.st_ino and os.path.samestat(entry.stat(follow_symlinks=False), own)
                 if not is_own:
                     folders.append(os.path.join(folder, entry.name))
             elif is_photograph_name(entry.name) and not _is_folder_link(entry):
@@ -134,9 +120,7 @@ def _scan(job: Job, folder: bytes) -> tuple[list[bytes], list[bytes]]:
     return sorted(names), sorted(folders)
 
 
-def list_folder(
-    job: Job, folder: bytes, points: frozenset[bytes]
-) -> tuple[list[bytes], list[bytes]]:
+def list_folder(job: Job, folder: bytes, points: frozenset[bytes]) -> tuple[list[bytes], list[bytes]]:
     """Return the names of photographs and of folders in a folder; raises Unseen."""
     try:
         found = _scan(job, folder)

@@ -16,14 +16,7 @@ from typing import Iterator
 
 from .errors import Error
 
-_WORKER = (
-    "-m",
-    "distributed.cli.dask_worker",
-    "--nthreads=1",
-    "--no-nanny",
-    "--no-dashboard",
-    "--memory-limit=0",
-)
+_WORKER = ("-m", "distributed.cli.dask_worker", "--nthreads=1", "--no-nanny", "--no-dashboard", "--memory-limit=0")
 
 
 @contextmanager
@@ -51,9 +44,7 @@ def local_cluster(workers: int) -> Iterator[str]:
 
 async def _keep_worker(address: str) -> None:
     while True:
-        process = await asyncio.create_subprocess_exec(
-            sys.executable, *_WORKER, address, stdout=subprocess.DEVNULL
-        )
+        process = await asyncio.create_subprocess_exec(sys.executable, *_WORKER, address, stdout=subprocess.DEVNULL)
         await process.wait()
 
 
@@ -62,13 +53,8 @@ async def _serve(workers: int) -> None:
 
     async with Scheduler(host="127.0.0.1", port=0, dashboard=False) as scheduler:
         print(scheduler.address, flush=True)
-        tasks = [
-            asyncio.ensure_future(_keep_worker(scheduler.address))
-            for _ in range(workers)
-        ]
-        await asyncio.get_running_loop().run_in_executor(
-            None, sys.stdin.read
-        )  # until the client ends
+        tasks = [asyncio.ensure_future(_keep_worker(scheduler.address)) for _ in range(workers)]
+        await asyncio.get_running_loop().run_in_executor(None, sys.stdin.read)  # until the client ends
         del tasks
         os.killpg(0, signal.SIGKILL)
 

@@ -14,30 +14,12 @@ from hashlib import blake2b
 from typing import Iterable, NamedTuple, Optional
 
 from ._archive_brackets import find_sets, store_sets
-from ._archive_listing import (
-    Job,
-    Unseen,
-    check_index,
-    check_sight,
-    list_folder,
-    mount_points,
-)
+from ._archive_listing import Job, Unseen, check_index, check_sight, list_folder, mount_points
 from ._archive_store import Part, State, Store, bits_of, key_of, state_of
-from ._archive_table import (
-    READER,
-    SCHEMA,
-    Row,
-    file_row,
-    is_outdated,
-    kept_row,
-    name_bytes,
-    read_row,
-)
+from ._archive_table import READER, SCHEMA, Row, file_row, is_outdated, kept_row, name_bytes, read_row
 from .errors import Error, FileError, FormatError
 
-Known = dict[
-    bytes, tuple[Row, int]
-]  # rows of earlier runs with the version of their reader
+Known = dict[bytes, tuple[Row, int]]  # rows of earlier runs with the version of their reader
 
 
 class Entry(NamedTuple):
@@ -69,9 +51,7 @@ class Done(NamedTuple):
 
     counts: Counts
     unseen: list[tuple[bytes, str]]  # folders, with the reason
-    divided: list[
-        tuple[bytes, int]
-    ]  # folders too large for one task, with the number of bits
+    divided: list[tuple[bytes, int]]  # folders too large for one task, with the number of bits
 
 
 def counts_of(rows: list[Row], read: int = 0) -> Counts:
@@ -88,9 +68,7 @@ def counts_of(rows: list[Row], read: int = 0) -> Counts:
 def _leads_nowhere(root: bytes, path: bytes, error: OSError) -> bool:
     """Tell a link within the archive to a file that is gone from one to a disk that is not mounted."""
     is_broken_link = isinstance(error, FileNotFoundError) and os.path.islink(path)
-    return is_broken_link and os.path.realpath(path).startswith(
-        os.path.realpath(root) + b"/"
-    )
+    return is_broken_link and os.path.realpath(path).startswith(os.path.realpath(root) + b"/")
 
 
 def _entries(root: bytes, names: Iterable[bytes]) -> list[Entry]:
@@ -100,13 +78,7 @@ def _entries(root: bytes, names: Iterable[bytes]) -> list[Entry]:
         try:
             found = os.stat(path)
         except OSError as error:
-            entries.append(
-                Entry(
-                    name,
-                    refusal=error.strerror,
-                    is_gone=_leads_nowhere(root, path, error),
-                )
-            )
+            entries.append(Entry(name, refusal=error.strerror, is_gone=_leads_nowhere(root, path, error)))
             continue
         if stat.S_ISREG(found.st_mode):  # opening a FIFO would wait for ever
             entries.append(Entry(name, found.st_size, found.st_mtime_ns))
@@ -117,15 +89,10 @@ def _known(store: Store, key: str, bits: str = "") -> Known:
     """Return the rows of a folder whose names' hashes may start with these bits; drafts replace parts."""
     known: Known = {}
     for part in store.parts_of(key):
-        if part.kind != "names" and (
-            part.bits.startswith(bits) or bits.startswith(part.bits)
-        ):
+        if part.kind != "names" and (part.bits.startswith(bits) or bits.startswith(part.bits)):
             state = store.state(part)
             with suppress(Error):  # damaged: its files are read again
-                known.update(
-                    (name_bytes(row), (row, state.reader if state else 0))
-                    for row in store.rows(part)
-                )
+                known.update((name_bytes(row), (row, state.reader if state else 0)) for row in store.rows(part))
     return known
 
 
@@ -142,36 +109,19 @@ class _Update:
         """Return whether rows in this state differ from the files, or must be tried again."""
         if state is None:
             return bool(self.entries)
-        is_same = (state.schema, state.reader, state.listing) == (
-            SCHEMA,
-            READER,
-            self.listing,
-        )
+        is_same = (state.schema, state.reader, state.listing) == (SCHEMA, READER, self.listing)
         return not is_same or state.again > 0 or (self.job.retry and state.failures > 0)
 
     def unchanged(self, state: Optional[State]) -> Counts:
-        return (
-            Counts(len(self.entries), state.photographs, 0, state.failures)
-            if state
-            else Counts()
-        )
+        return Counts(len(self.entries), state.photographs, 0, state.failures) if state else Counts()
 
     def rows(self, known: Known) -> list[Row]:
-        return [
-            self._row(entry, *known.get(entry.name, (None, 0)))
-            for entry in self.entries
-        ]
+        return [self._row(entry, *known.get(entry.name, (None, 0))) for entry in self.entries]
 
     def _row(self, entry: Entry, old: Optional[Row], reader: int) -> Row:
         is_refused = entry.refusal is not None
-        if (
-            old
-            and not is_refused
-            and (old["size"], old["mtime"]) == (entry.size, entry.mtime)
-        ):
-            is_passing = old["failure"] is not None and (
-                self.job.retry or entry.mtime == 0
-            )
+        if old and not is_refused and (old["size"], old["mtime"]) == (entry.size, entry.mtime):
+            is_passing = old["failure"] is not None and (self.job.retry or entry.mtime == 0)
             if not is_passing and not is_outdated(old, reader):
                 return kept_row(old)
         refusal = entry.refusal
@@ -183,15 +133,8 @@ class _Update:
                 return file_row(*entry[:3], failure=error.reason)
             except FileError as error:
                 refusal = error.reason
-        if (
-            old
-            and old["container"] is not None
-            and not entry.is_gone
-            and not self.job.prune
-        ):
-            outdated = (
-                {"mtime": 0} if is_outdated(old, reader) else {}
-            )  # read again when the system allows it
+        if old and old["container"] is not None and not entry.is_gone and not self.job.prune:
+            outdated = {"mtime": 0} if is_outdated(old, reader) else {}  # read again when the system allows it
             return {**kept_row(old), "stale": refusal, **outdated}
         return file_row(entry.name, failure=refusal)
 
@@ -206,9 +149,7 @@ def _update_folder(job: Job, folder: bytes, names: list[bytes]) -> Counts:
     store_sets(rows, find_sets(rows))
     with job.store.commit():
         job.store.write_rows(part, rows, state_of(rows, update.listing))
-        job.store.remove(
-            other for other in job.store.parts_of(part.key) if other != part
-        )
+        job.store.remove(other for other in job.store.parts_of(part.key) if other != part)
     return counts_of(rows, update.reads)
 
 
@@ -243,9 +184,7 @@ def read_folders(job: Job, folders: list[bytes]) -> Done:
         if len(names) > job.size:
             done.divided.append((folder, _divide(job, folder, names)))
         else:
-            done = done._replace(
-                counts=done.counts.plus(_update_folder(job, folder, names))
-            )
+            done = done._replace(counts=done.counts.plus(_update_folder(job, folder, names)))
     return done
 
 
@@ -277,14 +216,8 @@ def finish_folder(job: Job, folder: bytes, count: int) -> None:
     existing = store.parts_of(key)
     others = [part for part in existing if part not in parts]
     if any(part.kind != "names" for part in others):
-        drafts = {
-            part: part._replace(kind="draft")
-            for part in parts
-            if part._replace(kind="draft") in others
-        }
-        sets = find_sets(
-            row for part in parts for row in store.rows(drafts.get(part, part))
-        )
+        drafts = {part: part._replace(kind="draft") for part in parts if part._replace(kind="draft") in others}
+        sets = find_sets(row for part in parts for row in store.rows(drafts.get(part, part)))
         for part in parts:
             source = drafts.get(part, part)
             state, rows = store.state(source), list(store.rows(source))
@@ -303,9 +236,7 @@ def mark_stale(job: Job, parts: list[Part], reason: str) -> Counts:
         state, rows = job.store.state(part), list(job.store.rows(part))
         marked = [row if row["stale"] else {**row, "stale": reason} for row in rows]
         if marked != rows and state:
-            found = state_of(marked, state.listing)._replace(
-                schema=state.schema, reader=state.reader
-            )
+            found = state_of(marked, state.listing)._replace(schema=state.schema, reader=state.reader)
             with job.store.commit():
                 job.store.write_rows(part, marked, found)
         counts = counts.plus(counts_of(marked)._replace(files=0))

@@ -30,10 +30,7 @@ class Progress:
         """Return the line; `total` is None until all folders are listed."""
         seconds = max(time.monotonic() - self.start, 1e-3)
         rate = done / seconds
-        words = [
-            f"{done:,} files" if total is None else f"{done:,} of {total:,} files",
-            f"{rate:,.0f} files/s",
-        ]
+        words = [f"{done:,} files" if total is None else f"{done:,} of {total:,} files", f"{rate:,.0f} files/s"]
         if total is None:
             words.append("listing")
         elif done:
@@ -47,9 +44,7 @@ class Progress:
         if time.monotonic() - self.shown < self.interval:
             return
         self.shown = time.monotonic()
-        self._print(
-            self.text(done, total, failures), "\r" if self.is_terminal else "\n"
-        )
+        self._print(self.text(done, total, failures), "\r" if self.is_terminal else "\n")
 
     def message(self, text: str) -> None:
         """Print a line that stays."""

@@ -11,24 +11,8 @@ from typing import Any, Callable, NamedTuple, Optional
 
 from distributed import wait
 
-from ._archive_listing import (
-    Blind,
-    Job,
-    Listed,
-    is_mounted,
-    landmarks_of,
-    list_folders,
-    mount_points,
-)
-from ._archive_part import (
-    Counts,
-    Done,
-    all_bits,
-    finish_folder,
-    mark_stale,
-    read_folders,
-    read_part,
-)
+from ._archive_listing import Blind, Job, Listed, is_mounted, landmarks_of, list_folders, mount_points
+from ._archive_part import Counts, Done, all_bits, finish_folder, mark_stale, read_folders, read_part
 from ._archive_progress import Progress
 from ._archive_store import Part, Store, Superseded, hash_of, key_of
 from ._archive_table import READER, SCHEMA, Row, name_bytes
@@ -59,15 +43,9 @@ class Work:
         self.to_list: deque[bytes] = deque()
         self.to_read: deque[tuple[bytes, int]] = deque()
         self.unseen: dict[bytes, str] = {}
-        self.failed: set[
-            bytes
-        ] = (
-            set()
-        )  # of the unseen, folders that may be seen but cost workers their lives
+        self.failed: set[bytes] = set()  # of the unseen, folders that may be seen but cost workers their lives
         self.listed: set[bytes] = set()  # hashes of folders
-        self.read: dict[
-            bytes, int
-        ] = {}  # hashes of folders whose parts are up to date, with the number of bits
+        self.read: dict[bytes, int] = {}  # hashes of folders whose parts are up to date, with the number of bits
         self.parts_left: dict[bytes, int] = {}  # of divided folders
         self.mounts: set[bytes] = set()
         self.files = 0  # listed
@@ -75,10 +53,7 @@ class Work:
     def next(self, share: int) -> Optional[Task]:
         """Return the next task; listing first, so that the total is known soon."""
         if self.to_list:
-            folders = [
-                self.to_list.popleft()
-                for _ in range(min(len(self.to_list), max(share, 1)))
-            ]
+            folders = [self.to_list.popleft() for _ in range(min(len(self.to_list), max(share, 1)))]
             return Task(list_folders, (folders,), folders)
         if self.tasks:
             return self.tasks.popleft()
@@ -103,15 +78,11 @@ class Work:
     def add_read(self, folders: list[bytes], done: Done) -> None:
         """Note which folders are up to date, and queue the parts of the large ones."""
         self.unseen.update(done.unseen)
-        self.read.update(
-            (hash_of(folder), 0) for folder in folders if folder not in self.unseen
-        )
+        self.read.update((hash_of(folder), 0) for folder in folders if folder not in self.unseen)
         for folder, count in done.divided:
             self.read[hash_of(folder)] = count
             self.parts_left[folder] = 1 << count
-            self.tasks.extend(
-                Task(read_part, (folder, bits), [folder]) for bits in all_bits(count)
-            )
+            self.tasks.extend(Task(read_part, (folder, bits), [folder]) for bits in all_bits(count))
 
     def add_part(self, folder: bytes) -> None:
         """Count a part of a large folder, and queue its last task after the last part."""
@@ -123,9 +94,7 @@ class Work:
     def fail(self, task: Task, reason: str) -> None:
         """Repeat a task that failed with fewer folders, to find which one it is; then give that up."""
         if len(task.folders) > 1:
-            self.tasks.extend(
-                Task(task.function, ([folder],), [folder]) for folder in task.folders
-            )
+            self.tasks.extend(Task(task.function, ([folder],), [folder]) for folder in task.folders)
             return
         for folder in task.folders:
             self.unseen[folder] = reason
@@ -148,16 +117,9 @@ class Work:
 class Run:
     """Gives the tasks of a run to workers until there are none."""
 
-    def __init__(
-        self, job: Job, client: Any, timeout: float, progress: Progress
-    ) -> None:
+    def __init__(self, job: Job, client: Any, timeout: float, progress: Progress) -> None:
         """Begin with an empty list of work."""
-        self.job, self.client, self.timeout, self.progress = (
-            job,
-            client,
-            timeout,
-            progress,
-        )
+        self.job, self.client, self.timeout, self.progress = job, client, timeout, progress
         self.address = client.scheduler.address
         self.work = Work()
         self.counts = Counts()
@@ -172,9 +134,7 @@ class Run:
     def _submit(self, task: Task) -> None:
         seeing = [worker for worker in self.threads if worker not in self.blind]
         limit = seeing if self.blind else None
-        future = self.client.submit(
-            task.function, self.job, *task.arguments, pure=False, workers=limit
-        )
+        future = self.client.submit(task.function, self.job, *task.arguments, pure=False, workers=limit)
         self.running[future] = task
         if limit:
             self.limits[future] = limit
@@ -193,9 +153,7 @@ class Run:
             self.work.tasks.append(task)
         elif isinstance(error, Superseded):
             raise Error(os.fsdecode(self.job.store.out), str(error)) from error
-        elif isinstance(
-            error, OSError
-        ):  # photographs' errors are in the rows, so it is the index
+        elif isinstance(error, OSError):  # photographs' errors are in the rows, so it is the index
             raise error
         else:
             self.work.fail(task, f"task failed: {type(error).__name__} {error}")
@@ -231,86 +189,44 @@ class Run:
         seeing = set(self.threads) - self.blind
         if is_connected and seeing:
             self.idle_since, self.is_idle_shown = None, False
-            for future in [
-                future
-                for future, limit in self.limits.items()
-                if not seeing.intersection(limit)
-            ]:
+            for future in [future for future, limit in self.limits.items() if not seeing.intersection(limit)]:
                 self.work.tasks.append(self.running.pop(future))
                 del self.limits[future]
                 future.cancel()
             return
         lack = "no answer from the scheduler" if not is_connected else "no workers"
         if is_connected and self.threads:
-            raise Error(
-                os.fsdecode(self.job.root),
-                "no worker sees this folder and the index; the index is unchanged",
-            )
+            raise Error(os.fsdecode(self.job.root), "no worker sees this folder and the index; the index is unchanged")
         if self.idle_since is None:
             self.idle_since = self.checked
-        elif (
-            not self.is_idle_shown
-            and self.checked - self.idle_since > _PATIENCE_SECONDS
-        ):
+        elif not self.is_idle_shown and self.checked - self.idle_since > _PATIENCE_SECONDS:
             self.is_idle_shown = True
-            self.progress.message(
-                f"{self.address}: {lack}; waiting for up to {self.timeout:g} s"
-            )
-        if (
-            self.checked - self.idle_since > self.timeout
-            or self.client.status == "closed"
-        ):
+            self.progress.message(f"{self.address}: {lack}; waiting for up to {self.timeout:g} s")
+        if self.checked - self.idle_since > self.timeout or self.client.status == "closed":
             raise Error(self.address, f"{lack}; run the same command again to continue")
 
     def drain(self) -> None:
         """Work until nothing is left to do."""
         while True:
             self._check_workers()
-            threads = sum(
-                count
-                for worker, count in self.threads.items()
-                if worker not in self.blind
-            )
-            while (
-                self.idle_since is None
-                and len(self.running) < _TASKS_PER_THREAD * threads
-            ):
-                task = self.work.next(
-                    min(len(self.work.to_list) // threads, _BATCH_FOLDERS)
-                )
+            threads = sum(count for worker, count in self.threads.items() if worker not in self.blind)
+            while self.idle_since is None and len(self.running) < _TASKS_PER_THREAD * threads:
+                task = self.work.next(min(len(self.work.to_list) // threads, _BATCH_FOLDERS))
                 if task is None:
                     break
                 self._submit(task)
             if not self.running and self.work.is_empty():
                 return
             try:
-                wait(
-                    list(self.running),
-                    timeout=_TICK_SECONDS,
-                    return_when="FIRST_COMPLETED",
-                )
-            except (
-                asyncio.TimeoutError,
-                TimeoutError,
-                CancelledError,
-                asyncio.CancelledError,
-                ValueError,
-            ):
+                wait(list(self.running), timeout=_TICK_SECONDS, return_when="FIRST_COMPLETED")
+            except (asyncio.TimeoutError, TimeoutError, CancelledError, asyncio.CancelledError, ValueError):
                 pass  # what has an end is seen below
             if not self.running:
                 time.sleep(_TICK_SECONDS)
-            for future in [
-                future for future in self.running if future.status != "pending"
-            ]:
+            for future in [future for future in self.running if future.status != "pending"]:
                 self._collect(future)
-            is_listing = bool(self.work.to_list) or any(
-                t.function is list_folders for t in self.running.values()
-            )
-            self.progress.show(
-                self.counts.files,
-                None if is_listing else self.work.files,
-                self.counts.failures,
-            )
+            is_listing = bool(self.work.to_list) or any(t.function is list_folders for t in self.running.values())
+            self.progress.show(self.counts.files, None if is_listing else self.work.files, self.counts.failures)
 
     def sweep(self) -> None:
         """Remove parts of folders that are gone, and mark those of folders that could not be seen."""
@@ -324,9 +240,7 @@ class Run:
             reason = None
             if part.kind == "jsonl.gz" and count is None:
                 first = next(store.rows(part))
-                reason = work.reason_unseen(
-                    os.path.dirname(name_bytes(first)), self.job.prune
-                )
+                reason = work.reason_unseen(os.path.dirname(name_bytes(first)), self.job.prune)
             if reason:
                 marked.setdefault(reason, []).append(part)
             elif part.kind == "jsonl.gz" or part.key not in kept:
@@ -338,9 +252,7 @@ class Run:
         self.drain()
 
 
-def root_state(
-    root: bytes, out: bytes, mounts: frozenset[bytes]
-) -> tuple[tuple[bytes, ...], Optional[str]]:
+def root_state(root: bytes, out: bytes, mounts: frozenset[bytes]) -> tuple[tuple[bytes, ...], Optional[str]]:
     """Return landmarks of the root, or why it cannot be seen."""
     try:
         names = landmarks_of(root, out)
@@ -360,22 +272,12 @@ def _previous(store: Store, root: bytes, moved: bool) -> Row:
     found = store.manifest()
     if name_bytes(found["root"]) != root and not moved:
         shown = os.fsdecode(name_bytes(found["root"]))
-        raise Error(
-            os.fsdecode(store.out),
-            f"is the index of {shown}; --moved if that is now {os.fsdecode(root)}",
-        )
+        raise Error(os.fsdecode(store.out), f"is the index of {shown}; --moved if that is now {os.fsdecode(root)}")
     return found
 
 
 def index_archive(
-    root: bytes,
-    out: bytes,
-    client: Any,
-    size: int,
-    retry: bool,
-    prune: bool,
-    moved: bool,
-    timeout: float,
+    root: bytes, out: bytes, client: Any, size: int, retry: bool, prune: bool, moved: bool, timeout: float
 ) -> tuple[Counts, list[Row]]:
     """Bring an index up to date; return the counts and the folders that could not be listed."""
     progress, store = Progress(), Store(out)
@@ -389,22 +291,9 @@ def index_archive(
         if reason and has_parts and prune:
             raise Error(os.fsdecode(root), f"{reason}; the index is unchanged")
         store = store._replace(generation=previous.get("generation", 0) + 1)
-        fields: Row = {
-            "root": name_fields(root),
-            "mounts": previous.get("mounts", []),
-            "complete": False,
-        }
+        fields: Row = {"root": name_fields(root), "mounts": previous.get("mounts", []), "complete": False}
         store.write_manifest(fields)
-        job = Job(
-            root,
-            store,
-            names,
-            size,
-            (SCHEMA, READER),
-            retry,
-            prune,
-            frozenset() if prune else mounts,
-        )
+        job = Job(root, store, names, size, (SCHEMA, READER), retry, prune, frozenset() if prune else mounts)
         run = Run(job, client, timeout, progress)
         if reason and (has_parts or not os.path.isdir(root)):
             run.work.unseen[b""] = reason
@@ -412,26 +301,15 @@ def index_archive(
             run.work.to_list.append(b"")
             run.drain()
         for mount in job.mounts - run.work.mounts:
-            if hash_of(mount) not in run.work.listed and not run.work.reason_unseen(
-                mount
-            ):
+            if hash_of(mount) not in run.work.listed and not run.work.reason_unseen(mount):
                 run.work.unseen[mount] = "was a mount point and is gone"
         run.sweep()
         progress.clear()
         store.remove_temporary()
-        failures = [
-            {**name_fields(folder or b"."), "reason": why}
-            for folder, why in sorted(run.work.unseen.items())
-        ]
+        failures = [{**name_fields(folder or b"."), "reason": why} for folder, why in sorted(run.work.unseen.items())]
         store.write_failures(failures)
         kept = {mount for mount in job.mounts if run.work.reason_unseen(mount)}
-        fields["mounts"] = [
-            name_fields(mount) for mount in sorted(run.work.mounts | kept)
-        ]
-        totals = {
-            name: count
-            for name, count in run.counts._asdict().items()
-            if name != "read"
-        }
+        fields["mounts"] = [name_fields(mount) for mount in sorted(run.work.mounts | kept)]
+        totals = {name: count for name, count in run.counts._asdict().items() if name != "read"}
         store.write_manifest({**fields, "complete": True, **totals})
         return run.counts, failures

@@ -107,11 +107,7 @@ class Store(NamedTuple):
 
     def part_path(self, part: Part) -> bytes:
         """Return the path of a part."""
-        name = (
-            f"{part.key}-{part.bits}.{part.kind}"
-            if part.bits
-            else f"{part.key}.{part.kind}"
-        )
+        name = f"{part.key}-{part.bits}.{part.kind}" if part.bits else f"{part.key}.{part.kind}"
         return self.path(b"parts", part.key[:2].encode(), name.encode())
 
     def manifest(self) -> dict[str, Any]:
@@ -137,35 +133,21 @@ class Store(NamedTuple):
         names = set(os.listdir(self.out))
         if b"index.json" in names:
             self.manifest()
-        elif any(
-            name not in _OWN[:4] and not _TEMPORARY.fullmatch(name) for name in names
-        ):
-            raise Error(
-                os.fsdecode(self.out), "is not an index and not empty; left unchanged"
-            )
+        elif any(name not in _OWN[:4] and not _TEMPORARY.fullmatch(name) for name in names):
+            raise Error(os.fsdecode(self.out), "is not an index and not empty; left unchanged")
         with open(self.path(b"lock"), "ab") as lock:
             try:
                 fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
             except BlockingIOError as error:
-                raise Error(
-                    os.fsdecode(self.out), "another run writes this index"
-                ) from error
+                raise Error(os.fsdecode(self.out), "another run writes this index") from error
             yield
 
     def write_manifest(self, fields: Row) -> None:
         """Replace the manifest. Once a new generation is in it, earlier tasks can replace nothing."""
         columns = [{"name": column.name, "type": column.type} for column in COLUMNS]
-        fixed = {
-            "title": _TITLE,
-            "schema": SCHEMA,
-            "reader": READER,
-            "generation": self.generation,
-        }
+        fixed = {"title": _TITLE, "schema": SCHEMA, "reader": READER, "generation": self.generation}
         with _locked(self.path(b"commit"), fcntl.LOCK_EX):
-            files.write(
-                self.path(b"index.json"),
-                line_of({**fixed, **fields, "columns": columns}),
-            )
+            files.write(self.path(b"index.json"), line_of({**fixed, **fields, "columns": columns}))
 
     def write_failures(self, rows: Iterable[Row]) -> None:
         """Replace the list of folders that could not be listed."""
@@ -174,9 +156,7 @@ class Store(NamedTuple):
     @contextmanager
     def commit(self) -> Iterator[None]:
         """Change parts in this block; raises Superseded if a later run has begun."""
-        if not os.path.exists(
-            self.path(b"commit")
-        ):  # never make a folder of that name on another machine
+        if not os.path.exists(self.path(b"commit")):  # never make a folder of that name on another machine
             raise Superseded("the index is not visible")
         with _locked(self.path(b"commit"), fcntl.LOCK_SH):
             if self.manifest()["generation"] != self.generation:
@@ -229,17 +209,14 @@ class Store(NamedTuple):
         except FileNotFoundError:
             return  # replaced by other parts of its folder meanwhile
         except (OSError, EOFError, ValueError) as error:
-            raise Error(
-                os.fsdecode(path), "damaged; remove it, and index again"
-            ) from error
+            raise Error(os.fsdecode(path), "damaged; remove it, and index again") from error
 
     def parts_of(self, key: str) -> list[Part]:
         """Return the parts and drafts of a folder, parts first."""
         with suppress(FileNotFoundError):
             found = map(part_of, os.listdir(self.path(b"parts", key[:2].encode())))
             return sorted(
-                (part for part in found if part and part.key == key),
-                key=lambda part: part.kind != "jsonl.gz",
+                (part for part in found if part and part.key == key), key=lambda part: part.kind != "jsonl.gz"
             )
         return []
 
@@ -265,9 +242,7 @@ class Store(NamedTuple):
 def part_of(name: bytes) -> Optional[Part]:
     """Return the part with this file name; None for files that are not ours."""
     found = _PART.fullmatch(name)
-    return (
-        Part(*((group or b"").decode() for group in found.groups())) if found else None
-    )
+    return Part(*((group or b"").decode() for group in found.groups())) if found else None
 
 
 def state_of(rows: list[Row], listing: str) -> State:
@@ -278,9 +253,5 @@ def state_of(rows: list[Row], listing: str) -> State:
         listing,
         sum(row["container"] is not None for row in rows),
         sum(row["failure"] is not None for row in rows),
-        sum(
-            row["stale"] is not None
-            or (row["failure"] is not None and row["mtime"] == 0)
-            for row in rows
-        ),
+        sum(row["stale"] is not None or (row["failure"] is not None and row["mtime"] == 0) for row in rows),
     )

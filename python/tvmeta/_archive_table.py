@@ -42,16 +42,12 @@ COLUMNS = (
     Column("file", "text"),  # path relative to the top folder
     Column("fileBytes", "text"),  # in base64, if the name is not printable UTF-8
     Column("size", "integer"),  # bytes; 0 if the system refused the file
-    Column(
-        "mtime", "integer"
-    ),  # nanoseconds since 1970; 0 if the system refused the file
+    Column("mtime", "integer"),  # nanoseconds since 1970; 0 if the system refused the file
     Column("failure", "text"),  # why the file, or a part of it, cannot be read
     Column("stale", "text"),  # why the row is that of an earlier run
     Column("bracketSet", "text"),  # `file` of the set's first photograph
     Column("bracketPosition", "integer"),  # in the set, from 1
-    Column(
-        "bracketOffset", "real"
-    ),  # stops from the middle exposure, positive for brighter ones
+    Column("bracketOffset", "real"),  # stops from the middle exposure, positive for brighter ones
     Column("bracketEvidence", "text"),
     *(Column(*field) for field in FIELDS),
 )
@@ -60,12 +56,7 @@ _READ = [(column.name, column.value) for column in COLUMNS if column.value]
 
 # The types of the columns for pandas.read_json() and dask.dataframe.read_json().
 DTYPES = {
-    column.name: {
-        "text": "string",
-        "integer": "Int64",
-        "real": "float64",
-        "texts": "object",
-    }[column.type]
+    column.name: {"text": "string", "integer": "Int64", "real": "float64", "texts": "object"}[column.type]
     for column in COLUMNS
 }
 
@@ -82,17 +73,9 @@ def name_bytes(row: Row) -> bytes:
     return str(row["file"]).encode()
 
 
-def file_row(
-    name: bytes, size: int = 0, mtime: int = 0, failure: Optional[str] = None
-) -> Row:
+def file_row(name: bytes, size: int = 0, mtime: int = 0, failure: Optional[str] = None) -> Row:
     """Return the row of a file with nothing of a photograph."""
-    return {
-        **_EMPTY,
-        **name_fields(name),
-        "size": size,
-        "mtime": mtime,
-        "failure": failure,
-    }
+    return {**_EMPTY, **name_fields(name), "size": size, "mtime": mtime, "failure": failure}
 
 
 def read_row(path: bytes, name: bytes, size: int, mtime: int) -> Row:
@@ -106,24 +89,14 @@ def read_row(path: bytes, name: bytes, size: int, mtime: int) -> Row:
 def kept_row(row: Row) -> Row:
     """Return a row of an earlier run with today's columns, without what depends on other files."""
     row = {column: row.get(column) for column in _EMPTY}
-    row.update(
-        stale=None,
-        bracketSet=None,
-        bracketPosition=None,
-        bracketOffset=None,
-        bracketEvidence=None,
-    )
+    row.update(stale=None, bracketSet=None, bracketPosition=None, bracketOffset=None, bracketEvidence=None)
     return row
 
 
 def is_outdated(row: Row, reader: int) -> bool:
     """Return whether the present reader reads better what the reader of that version made this row of."""
-    improved = (
-        containers for version, containers in IMPROVED.items() if version > reader
-    )
-    return any(
-        row["failure"] or row["container"] in containers for containers in improved
-    )
+    improved = (containers for version, containers in IMPROVED.items() if version > reader)
+    return any(row["failure"] or row["container"] in containers for containers in improved)
 
 
 def line_of(row: Row) -> bytes:

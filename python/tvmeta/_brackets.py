@@ -79,16 +79,10 @@ class Shots:
     ) -> tuple[Array[records.BracketMember], list[records.BracketSet]]:
         """Return the place of each photograph, and the sets."""
         size = len(self.paths)
-        members, sets = (records.BracketMember * size)(), (
-            records.BracketSet * max(size, 1)
-        )()
+        members, sets = (records.BracketMember * size)(), (records.BracketSet * max(size, 1))()
         sets[0].recordSize = sizeof(records.BracketSet)
-        options = records.BracketOptions(
-            sizeof(records.BracketOptions), count or 0, -1 if gap is None else gap
-        )
-        found = library.tvmeta_find_brackets(
-            self.array(), size, byref(options), members, sets
-        )
+        options = records.BracketOptions(sizeof(records.BracketOptions), count or 0, -1 if gap is None else gap)
+        found = library.tvmeta_find_brackets(self.array(), size, byref(options), members, sets)
         if found < 0:
             raise MemoryError(library.tvmeta_status_text(found).decode())
         return members, sets[:found]
@@ -97,27 +91,16 @@ class Shots:
 def _exposure_value(shot: records.Shot) -> Optional[float]:
     if min(shot.exposureTime, shot.fNumber, shot.isoSpeed) <= 0:
         return None
-    return (
-        round(
-            math.log2(shot.fNumber**2 / shot.exposureTime)
-            - math.log2(shot.isoSpeed / 100),
-            2,
-        )
-        + 0.0
-    )
+    return round(math.log2(shot.fNumber**2 / shot.exposureTime) - math.log2(shot.isoSpeed / 100), 2) + 0.0
 
 
 def _sets(shots: Shots, gap: Optional[float], count: Optional[int]) -> list[BracketSet]:
     members, sets = shots.find(gap, count)
     every, found = shots.array(), []
-    files: list[list[tuple[int, bool, bytes, int]]] = [
-        [] for _ in sets
-    ]  # with their order
+    files: list[list[tuple[int, bool, bytes, int]]] = [[] for _ in sets]  # with their order
     for index, member in enumerate(members):
         if member.set >= 0:
-            files[member.set].append(
-                (member.place, member.leader != index, shots.paths[index], index)
-            )
+            files[member.set].append((member.place, member.leader != index, shots.paths[index], index))
     for group, unordered in zip(sets, files):
         ordered = sorted(unordered)
         indices = [index for _, is_follower, _, index in ordered if not is_follower]
@@ -131,9 +114,7 @@ def _sets(shots: Shots, gap: Optional[float], count: Optional[int]) -> list[Brac
                 range=round(max(offsets) - min(offsets), 2),
                 taken=capture_time(first),
                 camera=shots.cameras[indices[0]].decode("utf-8", "replace") or None,
-                focal_length=shortest(first.focalLength)
-                if first.present >> _FOCAL_LENGTH & 1
-                else None,
+                focal_length=shortest(first.focalLength) if first.present >> _FOCAL_LENGTH & 1 else None,
                 expected=group.expectedShots,
                 evidence=library.tvmeta_evidence_text(group.evidence).decode(),
                 all_files=[path for _, _, path, _ in ordered],
@@ -161,10 +142,7 @@ def _add(shots: Shots, given: Union[Photo, PathLike]) -> Optional[BracketFailure
 
 
 def brackets(
-    photos: Iterable[Union[Photo, PathLike]],
-    *,
-    gap: Optional[float] = None,
-    count: Optional[int] = None,
+    photos: Iterable[Union[Photo, PathLike]], *, gap: Optional[float] = None, count: Optional[int] = None
 ) -> Brackets:
     """Find the bracketed sets among photographs, given as Photo or path, in any order.
 

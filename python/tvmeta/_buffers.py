@@ -9,16 +9,7 @@ from __future__ import annotations
 import math
 import sys
 from contextlib import contextmanager
-from ctypes import (
-    Structure,
-    byref,
-    c_char_p,
-    c_int,
-    c_ssize_t,
-    c_void_p,
-    py_object,
-    pythonapi,
-)
+from ctypes import Structure, byref, c_char_p, c_int, c_ssize_t, c_void_p, py_object, pythonapi
 from typing import Iterator, Mapping, Protocol, Union
 
 _STRIDED_READ_ONLY = 0x18  # PyBUF_STRIDES
@@ -78,17 +69,11 @@ _memory_at.restype = py_object
 def _described(interface: Mapping[str, object]) -> memoryview:
     """Return a view of adjacent samples that an array interface describes; TypeError for others."""
     shape, kind, data = interface["shape"], str(interface["typestr"]), interface["data"]
-    if (
-        kind[:1] not in _ORDERS
-        or kind[1:] not in _FORMATS
-        or interface.get("strides") is not None
-    ):
+    if kind[:1] not in _ORDERS or kind[1:] not in _FORMATS or interface.get("strides") is not None:
         raise TypeError(f"{kind} samples, or samples that are not adjacent")
     assert isinstance(shape, tuple)
     if isinstance(data, tuple):
-        memory: memoryview = _memory_at(
-            data[0], math.prod(shape) * int(kind[2:]), _READ_ONLY
-        )
+        memory: memoryview = _memory_at(data[0], math.prod(shape) * int(kind[2:]), _READ_ONLY)
     else:
         memory = memoryview(data).cast("B")  # type: ignore[arg-type]
     return memory.cast(_FORMATS[kind[1:]], shape)

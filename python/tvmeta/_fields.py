@@ -7,15 +7,7 @@ import math
 import struct
 from datetime import datetime, timedelta
 from functools import lru_cache
-from typing import (
-    TYPE_CHECKING,
-    Callable,
-    NamedTuple,
-    Optional,
-    SupportsFloat,
-    Union,
-    cast,
-)
+from typing import TYPE_CHECKING, Callable, NamedTuple, Optional, SupportsFloat, Union, cast
 from unicodedata import category
 
 from .enums import Block
@@ -26,11 +18,7 @@ if TYPE_CHECKING:
 Value = Union[str, int, float, list[str], None]
 _NOT_PRINTABLE = ("Cc", "Cn", "Zl", "Zp")  # for a terminal
 _TURNING = "\u061c\u200e\u200f\u202a\u202b\u202c\u202d\u202e\u2066\u2067\u2068\u2069"  # the writing direction
-_DERIVED = {
-    "exposure_time": "exposureTime",
-    "f_number": "fNumber",
-    "iso_speed": "isoSpeed",
-}
+_DERIVED = {"exposure_time": "exposureTime", "f_number": "fNumber", "iso_speed": "isoSpeed"}
 
 
 class Field(NamedTuple):
@@ -42,9 +30,7 @@ class Field(NamedTuple):
 
 
 def _is_printable(text: str) -> bool:
-    return text.isprintable() or not any(
-        category(c) in _NOT_PRINTABLE or c in _TURNING for c in text
-    )
+    return text.isprintable() or not any(category(c) in _NOT_PRINTABLE or c in _TURNING for c in text)
 
 
 def name_fields(name: bytes) -> dict[str, str]:
@@ -74,9 +60,7 @@ def _real(name: str) -> Field:
 
 
 def _plain(name: str, kind: str, attribute: str = "") -> Field:
-    return Field(
-        name, kind, lambda photo: cast(Value, getattr(photo, attribute or name))
-    )
+    return Field(name, kind, lambda photo: cast(Value, getattr(photo, attribute or name)))
 
 
 def _place(name: str, block: Block) -> tuple[Field, Field]:
@@ -86,21 +70,13 @@ def _place(name: str, block: Block) -> tuple[Field, Field]:
         place = photo.record.blocks[block]
         return int(place.position) if place.size and place.position >= 0 else None
 
-    length = Field(
-        name + "Length",
-        "integer",
-        lambda photo: photo.record.blocks[block].size or None,
-    )
+    length = Field(name + "Length", "integer", lambda photo: photo.record.blocks[block].size or None)
     return length, Field(name + "Offset", "integer", position)
 
 
 def _date_time(time: Optional[datetime]) -> Optional[str]:
     """Return a time as EXIF writes it."""
-    return (
-        None
-        if time is None
-        else time.replace(tzinfo=None).isoformat(" ", "seconds").replace("-", ":")
-    )
+    return None if time is None else time.replace(tzinfo=None).isoformat(" ", "seconds").replace("-", ":")
 
 
 def _gps(part: slice) -> Callable[[Photo], Value]:
@@ -111,26 +87,15 @@ def _offset(photo: Photo) -> Value:
     if photo.utc_offset is None:
         return None
     minutes = photo.utc_offset // timedelta(minutes=1)
-    return (
-        f"{'-' if minutes < 0 else '+'}{abs(minutes) // 60:02}:{abs(minutes) % 60:02}"
-    )
+    return f"{'-' if minutes < 0 else '+'}{abs(minutes) // 60:02}:{abs(minutes) % 60:02}"
 
 
 def _derived(photo: Photo) -> Value:
-    return (
-        " ".join(
-            name for attribute, name in _DERIVED.items() if attribute in photo.derived
-        )
-        or None
-    )
+    return " ".join(name for attribute, name in _DERIVED.items() if attribute in photo.derived) or None
 
 
 def _ev100(photo: Photo) -> Value:
-    time, stop, iso = (
-        _decimal(photo.exposure_time) or 0,
-        _decimal(photo.f_number) or 0,
-        photo.iso_speed or 0,
-    )
+    time, stop, iso = _decimal(photo.exposure_time) or 0, _decimal(photo.f_number) or 0, photo.iso_speed or 0
     if time <= 0 or stop <= 0 or iso <= 0:
         return None
     return math.log2(stop * stop / time) - math.log2(iso / 100)
@@ -151,11 +116,7 @@ FIELDS: tuple[Field, ...] = (
     _plain("container", "text"),
     _plain("width", "integer"),
     _plain("height", "integer"),
-    Field(
-        "orientation",
-        "integer",
-        lambda photo: photo.orientation and int(photo.orientation),
-    ),
+    Field("orientation", "integer", lambda photo: photo.orientation and int(photo.orientation)),
     _plain("make", "text"),
     _plain("model", "text"),
     _plain("serialNumber", "text", "serial_number"),

@@ -57,9 +57,7 @@ def _keep_attributes(target: bytes, former: os.stat_result, descriptor: int) -> 
 def synchronise_folder(folder: bytes) -> None:
     """Make a renaming survive a power cut, where the file system can do this."""
     with suppress(OSError):
-        descriptor = os.open(
-            folder or b".", os.O_RDONLY | os.O_DIRECTORY | os.O_CLOEXEC
-        )
+        descriptor = os.open(folder or b".", os.O_RDONLY | os.O_DIRECTORY | os.O_CLOEXEC)
         try:
             os.fsync(descriptor)
         finally:
@@ -76,14 +74,8 @@ def replaced(path: AnyPath) -> Iterator[tuple[int, bytes]]:
     temporary = None
     try:
         target, former = _target(path)
-        name = os.path.join(
-            os.path.dirname(target), b".tvmeta-" + secrets.token_hex(8).encode()
-        )
-        descriptor = os.open(
-            name,
-            os.O_RDWR | os.O_CREAT | os.O_EXCL | os.O_CLOEXEC,
-            0o600 if former else 0o666,
-        )
+        name = os.path.join(os.path.dirname(target), b".tvmeta-" + secrets.token_hex(8).encode())
+        descriptor = os.open(name, os.O_RDWR | os.O_CREAT | os.O_EXCL | os.O_CLOEXEC, 0o600 if former else 0o666)
         temporary = name
         try:
             yield descriptor, name

@@ -34,10 +34,7 @@ _SIGNATURES: dict[str, tuple[Optional[type], Sequence[object]]] = {
     "tvmeta_close": (None, [_SOURCE]),
     "tvmeta_read_photo": (c_int32, [_SOURCE, _PHOTO]),
     "tvmeta_read_block": (c_int64, [_SOURCE, _PHOTO, c_int32, c_void_p, c_int64]),
-    "tvmeta_read_text": (
-        c_int64,
-        [_SOURCE, _PHOTO, c_int32, c_int32, c_char_p, c_int64],
-    ),
+    "tvmeta_read_text": (c_int64, [_SOURCE, _PHOTO, c_int32, c_int32, c_char_p, c_int64]),
     "tvmeta_list_tags": (c_int64, [_SOURCE, _PHOTO, POINTER(records.Tag), c_int64]),
     "tvmeta_shot": (c_int32, [_PHOTO, c_char_p, c_char_p, POINTER(records.Shot)]),
     "tvmeta_evidence_text": (c_char_p, [c_int32]),
@@ -46,10 +43,7 @@ _SIGNATURES: dict[str, tuple[Optional[type], Sequence[object]]] = {
         [POINTER(records.Shot), c_int64, POINTER(records.BracketOptions)]
         + [POINTER(records.BracketMember), POINTER(records.BracketSet)],
     ),
-    "tvmeta_save_tiff": (
-        c_int32,
-        [POINTER(records.Result), POINTER(records.Loss), c_int32],
-    ),
+    "tvmeta_save_tiff": (c_int32, [POINTER(records.Result), POINTER(records.Loss), c_int32]),
 }
 
 
@@ -75,9 +69,7 @@ def _load() -> CDLL:
         ) from error
     major, minor = (int(part) for part in version.split(".")[:2])
     if major != VERSION[0] or minor < VERSION[1]:
-        raise ImportError(
-            f"{location} is version {version}; tvmeta requires {VERSION[0]}.{VERSION[1]}"
-        )
+        raise ImportError(f"{location} is version {version}; tvmeta requires {VERSION[0]}.{VERSION[1]}")
     for name, (result, arguments) in _SIGNATURES.items():
         function = getattr(library, name)
         function.restype = result
@@ -85,26 +77,16 @@ def _load() -> CDLL:
     return library
 
 
-_SIZES = {
-    records.Photo: 672,
-    records.Tag: 32,
-    records.Result: 152,
-    records.Shot: 104,
-    records.BracketSet: 40,
-}
+_SIZES = {records.Photo: 672, records.Tag: 32, records.Result: 152, records.Shot: 104, records.BracketSet: 40}
 assert all(sizeof(record) == size for record, size in _SIZES.items())
 
 library = _load()
 
-MAX_BYTES = (
-    2**31 - 1024
-)  # lengths are signed 32-bit numbers; the rest is for a terminator and settings
+MAX_BYTES = 2**31 - 1024  # lengths are signed 32-bit numbers; the rest is for a terminator and settings
 
 
 def length_of(data: bytes) -> int:
     """Return the length of data for the library, whose lengths ctypes would wrap."""
     if len(data) > MAX_BYTES:
-        raise ValueError(
-            f"{len(data)} bytes are more than the {MAX_BYTES} that the library accepts"
-        )
+        raise ValueError(f"{len(data)} bytes are more than the {MAX_BYTES} that the library accepts")
     return len(data)

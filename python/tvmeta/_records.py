@@ -1,18 +1,7 @@
 """The records of tvmeta.h and tvmeta_photo.h as ctypes structures, member by member."""
 
 from ctypes import CFUNCTYPE, POINTER, Structure
-from ctypes import (
-    c_char,
-    c_char_p,
-    c_double,
-    c_float,
-    c_int32,
-    c_int64,
-    c_uint16,
-    c_uint32,
-    c_uint64,
-    c_void_p,
-)
+from ctypes import c_char, c_char_p, c_double, c_float, c_int32, c_int64, c_uint16, c_uint32, c_uint64, c_void_p
 
 SETTINGS_SLOTS = 18
 SettingsValues = c_float * SETTINGS_SLOTS
@@ -22,12 +11,7 @@ SourceRead = CFUNCTYPE(c_int64, c_void_p, c_int64, c_void_p, c_int64)
 class Source(Structure):
     """Bytes that can be read at any position: tvmeta_Source."""
 
-    _fields_ = [
-        ("context", c_void_p),
-        ("size", c_int64),
-        ("read", SourceRead),
-        ("close", c_void_p),
-    ]
+    _fields_ = [("context", c_void_p), ("size", c_int64), ("read", SourceRead), ("close", c_void_p)]
 
 
 class Rational(Structure):
@@ -39,12 +23,7 @@ class Rational(Structure):
 class Block(Structure):
     """Where a block is: tvmeta_Block."""
 
-    _fields_ = [
-        ("position", c_int64),
-        ("size", c_int64),
-        ("pieces", c_int32),
-        ("isCompressed", c_int32),
-    ]
+    _fields_ = [("position", c_int64), ("size", c_int64), ("pieces", c_int32), ("isCompressed", c_int32)]
 
 
 class Photo(Structure):
@@ -174,12 +153,7 @@ class BracketOptions(Structure):
 class BracketMember(Structure):
     """The place of one file: tvmeta_BracketMember."""
 
-    _fields_ = [
-        ("set", c_int64),
-        ("place", c_int64),
-        ("leader", c_int64),
-        ("offset", c_double),
-    ]
+    _fields_ = [("set", c_int64), ("place", c_int64), ("leader", c_int64), ("offset", c_double)]
 
 
 class BracketSet(Structure):

@@ -16,15 +16,7 @@ from .errors import AnyPath, FileError, FolderError, file_error
 
 PathLike = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 # Content is bytes, so a path of bytes has to be os.fsdecode(path).
-Readable = Union[
-    str,
-    "os.PathLike[str]",
-    "os.PathLike[bytes]",
-    bytes,
-    bytearray,
-    memoryview,
-    BinaryIO,
-]
+Readable = Union[str, "os.PathLike[str]", "os.PathLike[bytes]", bytes, bytearray, memoryview, BinaryIO]
 
 
 def library_path(path: PathLike) -> tuple[AnyPath, bytes]:
@@ -76,18 +68,14 @@ def _opened_memory(photograph: Union[bytes, bytearray, memoryview]) -> Iterator[
 def _opened_file(file: BinaryIO) -> Iterator[Source]:
     """Read a file object, which is then where it was. What it raises is raised when the library returns."""
     if not file.seekable():
-        raise io.UnsupportedOperation(
-            "the file object cannot seek; give its content: read(file.read())"
-        )
+        raise io.UnsupportedOperation("the file object cannot seek; give its content: read(file.read())")
     failures: list[BaseException] = []
 
     def read(_: object, position: int, buffer: int, count: int) -> int:
         done = 0
         try:
             file.seek(position)
-            while done < count and (
-                data := memoryview(file.read(count - done)).cast("B")[: count - done]
-            ):
+            while done < count and (data := memoryview(file.read(count - done)).cast("B")[: count - done]):
                 memmove(buffer + done, bytes(data), len(data))
                 done += len(data)
         except BaseException as error:
@@ -114,8 +102,6 @@ def opened(photograph: Readable) -> Iterator[Source]:
     elif hasattr(photograph, "read"):
         opening = _opened_file(photograph)
     else:
-        raise TypeError(
-            f"a path, bytes or a binary file object is required, not a {type(photograph).__name__}"
-        )
+        raise TypeError(f"a path, bytes or a binary file object is required, not a {type(photograph).__name__}")
     with opening as source:
         yield source

@@ -63,16 +63,9 @@ def index(
         raise ValueError("the size of a part is at least 1")
     top, store = os.path.abspath(os.fsencode(root)), _store(out)
     if (top + b"/").startswith(store.out + b"/"):
-        raise Error(
-            os.fsdecode(top),
-            f"is in the index {os.fsdecode(store.out)}; left unchanged",
-        )
-    if os.path.exists(os.path.join(top, b"index.json")) and os.path.exists(
-        os.path.join(top, b"parts")
-    ):
-        raise Error(
-            os.fsdecode(top), "is an index, not an archive; name ROOT first, then OUT"
-        )
+        raise Error(os.fsdecode(top), f"is in the index {os.fsdecode(store.out)}; left unchanged")
+    if os.path.exists(os.path.join(top, b"index.json")) and os.path.exists(os.path.join(top, b"parts")):
+        raise Error(os.fsdecode(top), "is an index, not an archive; name ROOT first, then OUT")
     return index_archive(top, store.out, client, size, retry, prune, moved, timeout)
 
 
@@ -101,37 +94,20 @@ def failures(out: Any) -> Iterator[Row]:
 
 def summary(out: Any) -> dict[str, Any]:
     """Count photographs by camera, lens and year, and bracketed sets by number of shots."""
-    counts: dict[str, Counter[str]] = {
-        title: Counter() for title in ("cameras", "lenses", "years")
-    }
+    counts: dict[str, Counter[str]] = {title: Counter() for title in ("cameras", "lenses", "years")}
     totals = Counter(photographs=0, failures=0, stale=0)
     sets: Counter[str] = Counter()
     for row in rows(out):
-        totals.update(
-            photographs=row["container"] is not None,
-            failures=row["failure"] is not None,
-        )
+        totals.update(photographs=row["container"] is not None, failures=row["failure"] is not None)
         totals.update(stale=row["stale"] is not None)
         camera = " ".join(filter(None, (row["make"], row["model"])))
-        for title, value in (
-            ("cameras", camera),
-            ("lenses", row["lens"]),
-            ("years", row["dateTimeOriginal"]),
-        ):
+        for title, value in (("cameras", camera), ("lenses", row["lens"]), ("years", row["dateTimeOriginal"])):
             if value:
                 counts[title][value[:4] if title == "years" else value] += 1
         if row["bracketSet"]:
-            sets[row["bracketSet"]] = max(
-                sets[row["bracketSet"]], row["bracketPosition"]
-            )
+            sets[row["bracketSet"]] = max(sets[row["bracketSet"]], row["bracketPosition"])
     shots = Counter(map(str, sets.values()))
-    return {
-        **totals,
-        **{
-            title: dict(found.most_common())
-            for title, found in (*counts.items(), ("brackets", shots))
-        },
-    }
+    return {**totals, **{title: dict(found.most_common()) for title, found in (*counts.items(), ("brackets", shots))}}
 
 
 def export(out: Any, sqlite: Any) -> tuple[int, int]:
@@ -143,24 +119,14 @@ def meta() -> Any:
     """Return an empty data frame with the columns of an exported database, for dask.dataframe.read_sql_table()."""
     import pandas
 
-    columns = {
-        name: pandas.Series(dtype=kind)
-        for name, kind in {"part": "Int64", **DTYPES}.items()
-    }
+    columns = {name: pandas.Series(dtype=kind) for name, kind in {"part": "Int64", **DTYPES}.items()}
     return pandas.DataFrame(columns, index=pandas.Index([], name="id", dtype="int64"))
 
 
 def _print_summary(out: str) -> None:
     found = summary(out)
-    print(
-        f"{found['photographs']} photographs, {found['failures']} failures, {found['stale']} stale"
-    )
-    for title, unit in (
-        ("cameras", ""),
-        ("lenses", ""),
-        ("years", ""),
-        ("brackets", " shots"),
-    ):
+    print(f"{found['photographs']} photographs, {found['failures']} failures, {found['stale']} stale")
+    for title, unit in (("cameras", ""), ("lenses", ""), ("years", ""), ("brackets", " shots")):
         print(f"\n{title.capitalize()}")
         for name, count in found[title].items():
             print(f"{count:12}  {name}{unit}")
@@ -173,13 +139,9 @@ def _client(arguments: argparse.Namespace) -> Iterator[Any]:
     try:
         from distributed import Client
     except ImportError as error:
-        raise Error(
-            None, f"index needs Dask ({error}): install python3-distributed"
-        ) from error
+        raise Error(None, f"index needs Dask ({error}): install python3-distributed") from error
     with ExitStack() as stack:
-        address = arguments.scheduler or stack.enter_context(
-            local_cluster(arguments.workers or os.cpu_count() or 1)
-        )
+        address = arguments.scheduler or stack.enter_context(local_cluster(arguments.workers or os.cpu_count() or 1))
         try:
             client = Client(address, timeout=arguments.timeout)
         except (OSError, ValueError) as error:
@@ -188,9 +150,7 @@ def _client(arguments: argparse.Namespace) -> Iterator[Any]:
             yield client
         finally:
             for number in (signal.SIGINT, signal.SIGTERM):
-                signal.signal(
-                    number, signal.SIG_IGN
-                )  # closing takes less than a second
+                signal.signal(number, signal.SIG_IGN)  # closing takes less than a second
             client.close(timeout=1)
 
 
@@ -206,20 +166,11 @@ def _run_index(arguments: argparse.Namespace) -> int:
             moved=arguments.moved,
             timeout=arguments.timeout,
         )
-    print(
-        ", ".join(f"{count} {name}" for name, count in counts._asdict().items()),
-        file=sys.stderr,
-    )
+    print(", ".join(f"{count} {name}" for name, count in counts._asdict().items()), file=sys.stderr)
     for folder in unseen[:10]:
-        print(
-            f"tvmeta: {folder['file']}: {folder['reason']}; its records are kept",
-            file=sys.stderr,
-        )
+        print(f"tvmeta: {folder['file']}: {folder['reason']}; its records are kept", file=sys.stderr)
     if len(unseen) > 10:
-        print(
-            f"tvmeta: {len(unseen) - 10} more folders: python3 -m tvmeta.archive failures OUT",
-            file=sys.stderr,
-        )
+        print(f"tvmeta: {len(unseen) - 10} more folders: python3 -m tvmeta.archive failures OUT", file=sys.stderr)
     return 1 if unseen else 0
 
 
@@ -231,55 +182,20 @@ def _number(text: str) -> int:
 
 
 def _arguments(argv: Optional[list[str]]) -> argparse.Namespace:
-    parser = argparse.ArgumentParser(
-        prog="python3 -m tvmeta.archive", description="Index a photograph archive."
-    )
+    parser = argparse.ArgumentParser(prog="python3 -m tvmeta.archive", description="Index a photograph archive.")
     commands = parser.add_subparsers(dest="command", required=True)
     build = commands.add_parser("index", help="build an index, or bring it up to date")
     build.add_argument("root", metavar="ROOT", help="top folder of the archive")
+    build.add_argument("out", metavar="OUT", help="folder of the index: new, empty, or an index")
+    build.add_argument("--scheduler", metavar="ADDRESS", help="Dask scheduler; default: workers on this machine")
     build.add_argument(
-        "out", metavar="OUT", help="folder of the index: new, empty, or an index"
+        "--workers", type=_number, metavar="N", help="without a scheduler: workers, default one per core"
     )
-    build.add_argument(
-        "--scheduler",
-        metavar="ADDRESS",
-        help="Dask scheduler; default: workers on this machine",
-    )
-    build.add_argument(
-        "--workers",
-        type=_number,
-        metavar="N",
-        help="without a scheduler: workers, default one per core",
-    )
-    build.add_argument(
-        "--partition",
-        type=_number,
-        default=PARTITION_SIZE,
-        metavar="N",
-        help="files per part at most",
-    )
-    build.add_argument(
-        "--retry",
-        action="store_true",
-        help="read again what failed, even if it did not change",
-    )
-    build.add_argument(
-        "--prune",
-        action="store_true",
-        help="remove records of files and folders that cannot be seen",
-    )
-    build.add_argument(
-        "--moved",
-        action="store_true",
-        help="OUT is the index of the same archive with another path",
-    )
-    build.add_argument(
-        "--timeout",
-        type=float,
-        default=TIMEOUT,
-        metavar="S",
-        help="seconds to wait for workers",
-    )
+    build.add_argument("--partition", type=_number, default=PARTITION_SIZE, metavar="N", help="files per part at most")
+    build.add_argument("--retry", action="store_true", help="read again what failed, even if it did not change")
+    build.add_argument("--prune", action="store_true", help="remove records of files and folders that cannot be seen")
+    build.add_argument("--moved", action="store_true", help="OUT is the index of the same archive with another path")
+    build.add_argument("--timeout", type=float, default=TIMEOUT, metavar="S", help="seconds to wait for workers")
     for name, text in (
         ("summary", "count cameras, lenses, years and brackets"),
         ("failures", "list what failed"),
@@ -288,9 +204,7 @@ def _arguments(argv: Optional[list[str]]) -> argparse.Namespace:
         command = commands.add_parser(name, help=text)
         command.add_argument("out", metavar="OUT", help="folder of the index")
         if name == "export":
-            command.add_argument(
-                "--sqlite", metavar="FILE", required=True, help="SQLite database"
-            )
+            command.add_argument("--sqlite", metavar="FILE", required=True, help="SQLite database")
     return parser.parse_args(argv)
 
 
@@ -316,29 +230,19 @@ def _interrupt(number: int, frame: Any) -> None:
 def main(argv: Optional[list[str]] = None) -> int:
     """Run the command line; return 0, or 1 if the run failed or a folder could not be listed."""
     arguments = _arguments(argv)
-    sys.stdout = sys.stdout or open(
-        os.devnull, "w", encoding="utf-8"
-    )  # closed by the caller
+    sys.stdout = sys.stdout or open(os.devnull, "w", encoding="utf-8")  # closed by the caller
     try:
         return _run(arguments)
     except KeyboardInterrupt:
-        print(
-            "tvmeta: interrupted; run the same command again to continue",
-            file=sys.stderr,
-        )
+        print("tvmeta: interrupted; run the same command again to continue", file=sys.stderr)
         return 130
     except BrokenPipeError:
-        os.dup2(
-            os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno()
-        )  # for the flush at exit
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())  # for the flush at exit
         return 1
     except Error as error:
         print(f"tvmeta: {error}", file=sys.stderr)
     except OSError as error:
-        print(
-            f"tvmeta: {os.fsdecode(error.filename or b'index')}: {error.strerror or error}",
-            file=sys.stderr,
-        )
+        print(f"tvmeta: {os.fsdecode(error.filename or b'index')}: {error.strerror or error}", file=sys.stderr)
     return 1
 
 

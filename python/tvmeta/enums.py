@@ -28,14 +28,7 @@ class Block(IntEnum):
 
     def __str__(self) -> str:
         """Return the block's name in messages."""
-        return (
-            "EXIF data",
-            "XMP packet",
-            "IPTC block",
-            "ICC profile",
-            "thumbnail",
-            "preview",
-        )[self]
+        return ("EXIF data", "XMP packet", "IPTC block", "ICC profile", "thumbnail", "preview")[self]
 
 
 class Directory(IntEnum):

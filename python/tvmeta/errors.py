@@ -17,13 +17,7 @@ AnyPath = Union[str, bytes]
 class Error(Exception):
     """Base class of all failures that the package reports."""
 
-    def __init__(
-        self,
-        path: Optional[AnyPath],
-        reason: str,
-        code: int = 0,
-        errno: Optional[int] = None,
-    ) -> None:
+    def __init__(self, path: Optional[AnyPath], reason: str, code: int = 0, errno: Optional[int] = None) -> None:
         """Keep what failed, why, the result of the library and the error number of the system."""
         super().__init__(errno, reason, path)
         self.path = path
@@ -32,15 +26,9 @@ class Error(Exception):
 
     def __str__(self) -> str:
         """Return `PATH: reason`."""
-        return (
-            self.reason
-            if self.path is None
-            else f"{os.fsdecode(self.path)}: {self.reason}"
-        )
+        return self.reason if self.path is None else f"{os.fsdecode(self.path)}: {self.reason}"
 
-    def __reduce__(
-        self,
-    ) -> tuple[type[Error], tuple[Optional[AnyPath], str, int, Optional[int]]]:
+    def __reduce__(self) -> tuple[type[Error], tuple[Optional[AnyPath], str, int, Optional[int]]]:
         """Let exceptions travel between processes."""
         return type(self), (self.path, self.reason, self.code, self.args[0])
 
@@ -70,10 +58,6 @@ class FolderError(FileError, IsADirectoryError):
 
 def file_error(path: AnyPath, error: OSError, code: int = 0) -> FileError:
     """Return the package's exception for one of the operating system."""
-    kinds = {
-        FileNotFoundError: NotFoundError,
-        PermissionError: AccessError,
-        IsADirectoryError: FolderError,
-    }
+    kinds = {FileNotFoundError: NotFoundError, PermissionError: AccessError, IsADirectoryError: FolderError}
     kind = kinds.get(type(error), FileError)
     return kind(path, error.strerror or str(error), code, error.errno)

@@ -37,9 +37,7 @@ def hdr_statistics(pixels: Pixels) -> HdrStatistics:
     view = view_of(pixels)
     shape = view.shape or ()
     if view.format != "B" or len(shape) != 3 or shape[2] != 4 or max(shape) >= 2**31:
-        raise ValueError(
-            f"pixels: uint8 of shape (height, width, 4) is required, not {view.format} {shape}"
-        )
+        raise ValueError(f"pixels: uint8 of shape (height, width, 4) is required, not {view.format} {shape}")
     height, width, _ = shape
     samples, row = view.tobytes(), 4 * width
     planes = b"".join(

@@ -19,39 +19,14 @@ from .errors import AnyPath, FileError, FormatError
 
 UNKNOWN_KIND = -2
 _OK, _READ_FAILED, _REFUSED_KIND, _BROKEN, _NO_MEMORY = 0, -1, -3, -4, -5
-_TEXTS = (
-    "title",
-    "description",
-    "artist",
-    "copyright",
-    "keywords",
-    "rating",
-    "software",
-)  # by number
+_TEXTS = ("title", "description", "artist", "copyright", "keywords", "rating", "software")  # by number
 _USUAL_TEXT = 256  # bytes
 _MAX_KEYWORDS = 1000  # each is a search in the whole packet
 
 # Values by their bits in the masks of the record. Values without a row in _CONVERTED have the members' names.
 VALUES = (
-    *(
-        "size",
-        "orientation",
-        "make",
-        "model",
-        "lens",
-        "serial_number",
-        "exposure_time",
-        "f_number",
-        "iso_speed",
-    ),
-    *(
-        "exposure_bias",
-        "exposure_mode",
-        "exposure_program",
-        "metering_mode",
-        "flash",
-        "white_balance",
-    ),
+    *("size", "orientation", "make", "model", "lens", "serial_number", "exposure_time", "f_number", "iso_speed"),
+    *("exposure_bias", "exposure_mode", "exposure_program", "metering_mode", "flash", "white_balance"),
     *("focal_length", "focal_length_35mm", "taken", "sub_second", "utc_offset"),
     *("latitude", "longitude", "altitude", "gps_time"),
 )
@@ -59,9 +34,7 @@ VALUES = (
 
 def _time(seconds: int, nanoseconds: int = 0) -> Optional[datetime]:
     try:
-        return datetime(1970, 1, 1) + timedelta(
-            seconds=seconds, microseconds=nanoseconds // 1000
-        )
+        return datetime(1970, 1, 1) + timedelta(seconds=seconds, microseconds=nanoseconds // 1000)
     except OverflowError:  # a leap second at the end of 9999
         return None
 
@@ -85,9 +58,7 @@ def _gps_time(record: records.Photo) -> Optional[datetime]:
 _CONVERTED: dict[str, Callable[[records.Photo], object]] = {
     "orientation": lambda record: Orientation(record.orientation),
     "taken": capture_time,
-    "sub_second": lambda record: f"{record.captureNanoseconds:09}"[
-        : record.subSecondDigits
-    ],
+    "sub_second": lambda record: f"{record.captureNanoseconds:09}"[: record.subSecondDigits],
     "utc_offset": lambda record: timedelta(minutes=record.utcOffset),
     "gps_time": _gps_time,
 }
@@ -159,25 +130,11 @@ class Photo:
     keywords: tuple[str, ...] = ()  # at most 1000
     rating: Optional[int] = None
     software: Optional[str] = None
-    derived: frozenset[
-        str
-    ] = (
-        frozenset()
-    )  # values computed from APEX values, an exposure index or a description
-    damaged: frozenset[
-        str
-    ] = (
-        frozenset()
-    )  # values that are unreadable or impossible; "size" is width and height
-    broken_at: Optional[
-        int
-    ] = None  # position of the damage in a file of which a part could be read
-    record: records.Photo = field(
-        default_factory=records.Photo, repr=False, compare=False
-    )
-    source: Readable = field(
-        default="", repr=False, compare=False
-    )  # what was given to read()
+    derived: frozenset[str] = frozenset()  # values computed from APEX values, an exposure index or a description
+    damaged: frozenset[str] = frozenset()  # values that are unreadable or impossible; "size" is width and height
+    broken_at: Optional[int] = None  # position of the damage in a file of which a part could be read
+    record: records.Photo = field(default_factory=records.Photo, repr=False, compare=False)
+    source: Readable = field(default="", repr=False, compare=False)  # what was given to read()
 
     @property
     def damage(self) -> Optional[str]:
@@ -219,38 +176,18 @@ class Photo:
     def tags(self) -> list[Tag]:
         """List the entries of all directories."""
         with opened(self.source) as source:
-            count = _checked(
-                self.path, library.tvmeta_list_tags(source, self.record, None, 0)
-            )
+            count = _checked(self.path, library.tvmeta_list_tags(source, self.record, None, 0))
             tags = (records.Tag * count)()
-            count = min(
-                count,
-                _checked(
-                    self.path,
-                    library.tvmeta_list_tags(source, self.record, tags, count),
-                ),
-            )
+            count = min(count, _checked(self.path, library.tvmeta_list_tags(source, self.record, tags, count)))
         return [
-            Tag(
-                Directory(t.directory),
-                t.tag,
-                t.type,
-                t.count,
-                t.position,
-                bool(t.isBigEndian),
-                t.directoryNumber,
-            )
+            Tag(Directory(t.directory), t.tag, t.type, t.count, t.position, bool(t.isBigEndian), t.directoryNumber)
             for t in tags[:count]
         ]
 
     def _block(self, number: Block) -> bytes:
         place, what = self.record.blocks[number], str(number)
         if place.isCompressed:
-            raise FormatError(
-                self.path,
-                f"the {what} is compressed, which is not supported",
-                _REFUSED_KIND,
-            )
+            raise FormatError(self.path, f"the {what} is compressed, which is not supported", _REFUSED_KIND)
         if not place.size:
             return b""
         with opened(self.source) as source:
@@ -259,10 +196,7 @@ class Photo:
             if bytes(record.blocks) != bytes(self.record.blocks):
                 raise FormatError(self.path, "has changed since it was read")
             buffer = create_string_buffer(place.size)
-            _checked(
-                self.path,
-                library.tvmeta_read_block(source, record, number, buffer, place.size),
-            )
+            _checked(self.path, library.tvmeta_read_block(source, record, number, buffer, place.size))
         return buffer.raw
 
 
@@ -276,12 +210,7 @@ def failure(path: Optional[AnyPath], code: int, reason: str = "") -> Exception:
     if code == _NO_MEMORY:
         return MemoryError(reason)
     if code == _READ_FAILED:
-        return FileError(
-            path,
-            os.strerror(get_errno()) if get_errno() else reason,
-            code,
-            get_errno() or None,
-        )
+        return FileError(path, os.strerror(get_errno()) if get_errno() else reason, code, get_errno() or None)
     return FormatError(path, reason, code)
 
 
@@ -297,9 +226,7 @@ def _kind(source: records.Source, record: records.Photo, code: int) -> str:
         return f"{library.tvmeta_format_name(record.format).decode()} files are not supported"
     start = create_string_buffer(4)
     count = source.read(source.context, 0, start, min(4, source.size))
-    return "not a photograph: " + (
-        f"starts with {start.raw[:count].hex(' ')}" if count > 0 else "empty"
-    )
+    return "not a photograph: " + (f"starts with {start.raw[:count].hex(' ')}" if count > 0 else "empty")
 
 
 def _texts(source: records.Source, record: records.Photo) -> dict[str, Any]:
@@ -307,24 +234,16 @@ def _texts(source: records.Source, record: records.Photo) -> dict[str, Any]:
 
     def text_of(text: int, index: int = 0) -> str:
         buffer, size = usual, _USUAL_TEXT
-        while (
-            found := library.tvmeta_read_text(source, record, text, index, buffer, size)
-        ) > size:
+        while (found := library.tvmeta_read_text(source, record, text, index, buffer, size)) > size:
             buffer, size = create_string_buffer(found), found
         return buffer.raw[:found].decode("utf-8", "replace") if found > 0 else ""
 
-    texts: dict[str, Any] = {
-        name: text_of(number) or None for number, name in enumerate(_TEXTS)
-    }
+    texts: dict[str, Any] = {name: text_of(number) or None for number, name in enumerate(_TEXTS)}
     keywords = [texts["keywords"]] if texts["keywords"] else []
     while keywords and len(keywords) < _MAX_KEYWORDS and keywords[-1]:
         keywords.append(text_of(_TEXTS.index("keywords"), len(keywords)))
     stars = re.match(r"-?[0-9]{1,18}(?![0-9])", texts["rating"] or "")
-    return {
-        **texts,
-        "keywords": tuple(filter(None, keywords)),
-        "rating": int(stars.group()) if stars else None,
-    }
+    return {**texts, "keywords": tuple(filter(None, keywords)), "rating": int(stars.group()) if stars else None}
 
 
 def _value(record: records.Photo, name: str) -> object:
@@ -334,9 +253,7 @@ def _value(record: records.Photo, name: str) -> object:
     if isinstance(value, bytes):
         return value.decode("utf-8", "replace")
     if isinstance(value, records.Rational):
-        return (
-            Fraction(value.numerator, value.denominator) if value.denominator else None
-        )
+        return Fraction(value.numerator, value.denominator) if value.denominator else None
     return value
 
 
@@ -357,13 +274,7 @@ def read_record(path: Optional[AnyPath], source: records.Source) -> records.Phot
     record = _new_record()
     code = library.tvmeta_read_photo(source, byref(record))
     if code not in (_OK, _BROKEN):
-        raise failure(
-            path,
-            code,
-            _kind(source, record, code)
-            if code in (UNKNOWN_KIND, _REFUSED_KIND)
-            else "",
-        )
+        raise failure(path, code, _kind(source, record, code) if code in (UNKNOWN_KIND, _REFUSED_KIND) else "")
     return record
 
 

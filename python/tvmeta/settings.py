@@ -6,16 +6,7 @@ import math
 import os
 from ctypes import Array, byref, c_float, create_string_buffer
 from functools import lru_cache
-from typing import (
-    Callable,
-    Iterator,
-    Mapping,
-    MutableMapping,
-    NamedTuple,
-    Optional,
-    SupportsFloat,
-    Union,
-)
+from typing import Callable, Iterator, Mapping, MutableMapping, NamedTuple, Optional, SupportsFloat, Union
 
 from . import _files as files
 from ._library import MAX_BYTES, library, length_of
@@ -65,9 +56,7 @@ def _method(method: Union[Method, int, str]) -> Method:
     for candidate in Method:
         if method_name(candidate).lower() == method.lower():
             return candidate
-    raise ValueError(
-        f"no method {method!r}; there are: {', '.join(map(method_name, Method))}"
-    )
+    raise ValueError(f"no method {method!r}; there are: {', '.join(map(method_name, Method))}")
 
 
 def _text(method: Method, parameter: Parameter, slots: Slots) -> str:
@@ -109,11 +98,7 @@ class Settings(MutableMapping[str, Value]):
     >>> settings["Smoothing"] = "Low"
     """
 
-    def __init__(
-        self,
-        method: Union[Method, int, str],
-        values: Optional[Mapping[str, Value]] = None,
-    ) -> None:
+    def __init__(self, method: Union[Method, int, str], values: Optional[Mapping[str, Value]] = None) -> None:
         """Start with the defaults of a method and set the given values."""
         self._method = _method(method)
         self.clear()
@@ -146,9 +131,7 @@ class Settings(MutableMapping[str, Value]):
             number = float(text)
         except ValueError:
             return text
-        return (
-            math.nan if math.isnan(number) else number
-        )  # dictionaries compare NaN by identity
+        return math.nan if math.isnan(number) else number  # dictionaries compare NaN by identity
 
     def __setitem__(self, name: str, value: Value) -> None:
         """Set a value that the packet can contain; anything else is a ValueError."""
@@ -207,9 +190,7 @@ class Settings(MutableMapping[str, Value]):
         """Restore all defaults."""
         self._slots = SettingsValues()
         for parameter in parameters(self.method).values():
-            library.tvmeta_setting_value(
-                self.method, parameter.place, None, self._slots
-            )
+            library.tvmeta_setting_value(self.method, parameter.place, None, self._slots)
 
     def popitem(self) -> tuple[str, Value]:
         """Restore the default of the last value that is another; return its name and value.
@@ -227,27 +208,17 @@ class Settings(MutableMapping[str, Value]):
     def _parameter(self, name: str) -> Parameter:
         known = parameters(self.method)
         if name not in known:
-            raise KeyError(
-                f"{method_name(self.method)} has no setting {name!r}; it has: {', '.join(known)}"
-            )
+            raise KeyError(f"{method_name(self.method)} has no setting {name!r}; it has: {', '.join(known)}")
         return known[name]
 
     def _store(self, slots: Slots, name: str, value: Value) -> None:
         """Set a number or a word in slots."""
         parameter = self._parameter(name)
-        is_word = (
-            parameter.kind == _SMOOTHING_MODE
-            or isinstance(value, str)
-            and parameter.kind == _SMOOTHING
-        )
+        is_word = parameter.kind == _SMOOTHING_MODE or isinstance(value, str) and parameter.kind == _SMOOTHING
         text = str(value) if is_word else _number(name, value)
-        code = library.tvmeta_setting_value(
-            self.method, parameter.place, text.encode(), slots
-        )
+        code = library.tvmeta_setting_value(self.method, parameter.place, text.encode(), slots)
         if is_word and (code != _SETTING_OK or "\0" in text):
-            raise ValueError(
-                f"{name}: {value!r} is not one of {', '.join(_words(self.method, parameter))}"
-            )
+            raise ValueError(f"{name}: {value!r} is not one of {', '.join(_words(self.method, parameter))}")
         if code != _SETTING_OK:
             raise ValueError(f"{name}: {value!r} is out of range")
 
@@ -256,9 +227,7 @@ class Settings(MutableMapping[str, Value]):
         known = parameters(self.method)
         slot, smoothing = known["SmoothingMode"].slot, known["Smoothing"].place
         if slots[slot] != mode:
-            library.tvmeta_setting_value(
-                self.method, smoothing, None, slots
-            )  # of the old mode
+            library.tvmeta_setting_value(self.method, smoothing, None, slots)  # of the old mode
             slots[slot] = mode
             library.tvmeta_setting_value(self.method, smoothing, None, slots)
 
@@ -305,9 +274,7 @@ class Settings(MutableMapping[str, Value]):
     def dumps(self) -> bytes:
         """Return an XMP packet with the settings."""
         slots = self.slots()
-        packet = create_string_buffer(
-            library.embed_xmp(0, self.method, slots, 0, None, None)
-        )
+        packet = create_string_buffer(library.embed_xmp(0, self.method, slots, 0, None, None))
         library.embed_xmp(1, self.method, slots, 0, None, packet)
         return packet.raw
 
@@ -326,9 +293,5 @@ class Settings(MutableMapping[str, Value]):
         buffer = create_string_buffer(bytes(packet), length + shift)
         code = library.insert_xmp(1, self.method, slots, length, shift, buffer)
         if code <= 0:
-            raise FormatError(
-                None,
-                "not an XMP packet with the openings of x:xmpmeta and rdf:RDF",
-                code,
-            )
+            raise FormatError(None, "not an XMP packet with the openings of x:xmpmeta and rdf:RDF", code)
         return buffer.raw

@@ -20,12 +20,7 @@ from .errors import FileError
 from .photo import Photo, failure
 from .settings import Settings
 
-_BITS_CODES = {
-    "B": 8,
-    "H": 16,
-    "f": 32,
-    "e": 3216,
-}  # by format character of the struct module
+_BITS_CODES = {"B": 8, "H": 16, "f": 32, "e": 3216}  # by format character of the struct module
 _NATIVE_ORDER = "@=" + ("<" if sys.byteorder == "little" else ">")
 _MAX_RESOLUTION = (2**31 - 1) // 1000  # thousandths of it are stored
 _MAX_KEYWORD = 0x7FFF  # bytes of an IPTC dataset
@@ -42,19 +37,11 @@ class Loss(NamedTuple):
 
 
 def _bits_code(view: memoryview) -> int:
-    order, kind = (
-        (view.format[0], view.format[1:])
-        if len(view.format) > 1
-        else ("@", view.format)
-    )
+    order, kind = (view.format[0], view.format[1:]) if len(view.format) > 1 else ("@", view.format)
     if order not in _NATIVE_ORDER:
-        raise TypeError(
-            "pixels: samples in the byte order of this machine are required"
-        )
+        raise TypeError("pixels: samples in the byte order of this machine are required")
     if kind not in _BITS_CODES:
-        raise TypeError(
-            f"pixels: uint8, uint16, float16 or float32 is required, not format {view.format!r}"
-        )
+        raise TypeError(f"pixels: uint8, uint16, float16 or float32 is required, not format {view.format!r}")
     return _BITS_CODES[kind]
 
 
@@ -68,34 +55,20 @@ def _check_text(name: str, text: str) -> bytes:
 def _keyword(text: str) -> bytes:
     encoded = _check_text("keywords", text)
     if len(encoded) > _MAX_KEYWORD:
-        raise ValueError(
-            f"keywords: {len(encoded)} bytes are more than the {_MAX_KEYWORD} of a keyword"
-        )
+        raise ValueError(f"keywords: {len(encoded)} bytes are more than the {_MAX_KEYWORD} of a keyword")
     return encoded
 
 
 def _picture(view: memoryview, icc: bytes) -> dict[str, int]:
     """Return size and samples of the pixels as members of the record."""
     shape = view.shape or ()
-    if (
-        len(shape) not in (2, 3)
-        or min(shape) < 1
-        or max(shape) >= 2**31
-        or (shape[2:] or (1,))[0] > 4
-    ):
-        raise ValueError(
-            f"pixels: shape (height, width) or (height, width, 1 to 4) is required, not {shape}"
-        )
+    if len(shape) not in (2, 3) or min(shape) < 1 or max(shape) >= 2**31 or (shape[2:] or (1,))[0] > 4:
+        raise ValueError(f"pixels: shape (height, width) or (height, width, 1 to 4) is required, not {shape}")
     channels = shape[2] if len(shape) == 3 else 1
     space = "RGB" if channels > 2 else "GRAY"
     if icc and icc[16:20] != f"{space:4}".encode():
         raise ValueError(f"icc: not an ICC profile for {space}")
-    return {
-        "width": shape[1],
-        "height": shape[0],
-        "channels": channels,
-        "bitsCode": _bits_code(view),
-    }
+    return {"width": shape[1], "height": shape[0], "channels": channels, "bitsCode": _bits_code(view)}
 
 
 def _blocks(**blocks: Optional[bytes]) -> dict[str, object]:
@@ -120,9 +93,7 @@ def _write(result: records.Result) -> tuple[int, Sequence[records.Loss]]:
 
 
 def _loss(loss: records.Loss) -> Loss:
-    place: Union[Directory, Block] = (
-        Directory(loss.directory) if loss.directory >= 0 else Block(-1 - loss.directory)
-    )
+    place: Union[Directory, Block] = Directory(loss.directory) if loss.directory >= 0 else Block(-1 - loss.directory)
     return Loss(place, loss.tag, LossReason(loss.reason))
 
 
@@ -163,9 +134,7 @@ def save_tiff(
     view = view_of(pixels)
     picture = _picture(view, bytes(icc or b""))
     if resolution is not None and not 1 <= resolution <= _MAX_RESOLUTION:
-        raise ValueError(
-            f"resolution: 1 to {_MAX_RESOLUTION} is required, not {resolution}"
-        )
+        raise ValueError(f"resolution: 1 to {_MAX_RESOLUTION} is required, not {resolution}")
     if not 1 <= orientation <= 8:
         raise ValueError(f"orientation: 1 to 8 is required, not {orientation}")
     if isinstance(keywords, str):
@@ -182,32 +151,18 @@ def save_tiff(
         method=settings.method if settings is not None else 0,
         settings=settings.slots() if settings is not None else None,
         software=_check_text("software", software) if software is not None else None,
-        modifyDate=modify_date
-        and modify_date.isoformat(" ", "seconds")[:19].replace("-", ":").encode(),
+        modifyDate=modify_date and modify_date.isoformat(" ", "seconds")[:19].replace("-", ":").encode(),
     )
     if picture["channels"] in (2, 4):
-        warnings.warn(
-            f"{os.fsdecode(name)}: the last of {picture['channels']} channels is not written",
-            stacklevel=2,
-        )
+        warnings.warn(f"{os.fsdecode(name)}: the last of {picture['channels']} channels is not written", stacklevel=2)
     rows, result.rowPitch = rows_of(view)
     given = photo.source if isinstance(photo, Photo) else photo
     opening = nullcontext() if given is None else opened(given)
-    with opening as source, files.replaced(name) as (_, temporary), address_of(
-        rows
-    ) as address:
-        result.path, result.pixels, result.photo = (
-            temporary,
-            address,
-            source and pointer(source),
-        )
+    with opening as source, files.replaced(name) as (_, temporary), address_of(rows) as address:
+        result.path, result.pixels, result.photo = temporary, address, source and pointer(source)
         code, losses = _write(result)
         if code == _WRITE_FAILED:
-            cause = (
-                os.strerror(get_errno())
-                if get_errno()
-                else "the file cannot be written"
-            )
+            cause = os.strerror(get_errno()) if get_errno() else "the file cannot be written"
             raise FileError(name, f"{cause}; not written", code, get_errno() or None)
         if code < 0:
             raise failure(None if given is None else path_of(given), code)
