@@ -266,8 +266,8 @@ typedef struct tvmeta_Photo {
  * @retval -5  TVMETA_NO_MEMORY: the record may lack values
  * @retval -6  TVMETA_BAD_ARGUMENT. The record is cleared, unless recordSize is wrong
  * @limits bounded work and memory for any bytes; about 160 KiB of stack: see docs/limits.md.
- * @standard EXIF 2.32; TIFF 6.0; XMP (ISO 16684-1, part 3); ISO/IEC 14496-12, 23008-12, 18181-2; PNG; RFC 9649; CIPA
- * DC-007.
+ * @standard EXIF 2.32; TIFF 6.0; XMP (ISO 16684-1, XMP storage in files); ISO/IEC 14496-12, 23008-12, 18181-2; PNG; RFC
+ * 9649; CIPA DC-007.
  */
 TVMETA_API int32_t tvmeta_read_photo(const tvmeta_Source* source, tvmeta_Photo* photo) TVMETA_NOEXCEPT;
 

@@ -12,7 +12,7 @@ namespace test {
 // JSON values by the keys of `tvmeta info --json`.
 using Fields = std::map<std::string, std::string>;
 
-// Stands for a number that is known when the file is complete.
+// A placeholder for a number that is known when the file is complete.
 inline const Bytes Later = "\xDE\xAD\xBE\xEF";
 
 // The file with the number in place of the first `Later`.

@@ -1,4 +1,4 @@
-// Containers: XMP packets of more than 64 KiB in JPEG files (XMP part 3, section 1.1.3.1).
+// Containers: XMP packets of more than 64 KiB in JPEG files (XMP storage in files, JPEG).
 #pragma once
 
 #include "containers/layout.h"

@@ -3,6 +3,7 @@
 #include "metadata/jpeg.h"
 
 #include "metadata/directory_parsers.h"
+#include "metadata/jpeg_markers.h"
 #include "settings/lens.h"
 #include "settings/packet_parser.h"
 #include "support/message.h"
@@ -16,29 +17,13 @@ namespace tvmeta {
 
 namespace {
 
-namespace marker {
-constexpr int Prefix = 0xFF;
-constexpr int StartOfImage = 0xD8;
-constexpr int EndOfImage = 0xD9;
-constexpr int StartOfScan = 0xDA;
-constexpr int App1 = 0xE1;
-constexpr int App13 = 0xED;
-} // namespace marker
-
-using namespace std::string_view_literals;
-constexpr std::string_view ExifSignature = "Exif\0\0"sv;
-constexpr std::string_view XmpSignature = "http://ns.adobe.com/xap/1.0/\0"sv;
-constexpr std::string_view PhotoshopSignature = "Photoshop 3.0\0"sv;
+using namespace jpeg;
 
 // A marker with more prefix and fill bytes than this is a broken file.
 constexpr int MaxMarkerBytes = 5;
 
 // The XMP segment must be among this many markers after the EXIF segment.
 constexpr int XmpSearchMarkers = 10;
-
-bool endsHeader(int code) {
-    return code == marker::EndOfImage || code == marker::StartOfScan;
-}
 
 bool startsImage(StreamReader& reader) {
     const int first = reader.get();
@@ -98,7 +83,7 @@ bool readSignature(StreamReader& reader, std::string_view signature) {
 // The first APP1 segment.
 Result<Segment> findApp1(StreamReader& reader) {
     for (int code = readMarker(reader); code != marker::App1; code = readMarker(reader)) {
-        if (endsHeader(code)) {
+        if (marker::endsHeader(code)) {
             return Failure{GET_EXIF_WRONG_SIGNATURE};
         }
         if (code == marker::Prefix) {
@@ -154,7 +139,7 @@ Result<ExifSegment> findExifSegment(StreamReader& reader) {
 std::int32_t readXmpSegment(StreamReader& reader, ExifInfo& info) {
     for (int i = 0; i < XmpSearchMarkers; ++i) {
         const int code = readMarker(reader);
-        if (endsHeader(code) || code == marker::Prefix) {
+        if (marker::endsHeader(code) || code == marker::Prefix) {
             break;
         }
         if (code == marker::App1) {
@@ -175,7 +160,7 @@ std::int32_t readPhotoshopSegment(StreamReader& reader, WorkBudget& budget, Exif
     }
     while (reader.get() == marker::Prefix) {
         const int code = reader.get();
-        if (endsHeader(code)) {
+        if (marker::endsHeader(code)) {
             return GET_EXIF_OK;
         }
         if (code == marker::App13) {

@@ -1,5 +1,5 @@
-// Metadata: markers and signatures of JPEG segments (ITU-T T.81 table B.1, EXIF 2.32 section 4.7, XMP part 3, ICC.1
-// annex B.4, CIPA DC-007).
+// Metadata: markers and signatures of JPEG segments (ITU-T T.81 table B.1, EXIF 2.32 section 4.7, XMP storage in files,
+// ICC.1 annex B.4, CIPA DC-007).
 #pragma once
 
 #include <string_view>

@@ -130,10 +130,6 @@ std::int32_t makeIptc(const tvmeta_Result& result, Contents& contents, LossList&
     return contents.iptc.problem == IptcProblem::NoMemory ? TVMETA_NO_MEMORY : TVMETA_OK;
 }
 
-std::int32_t writtenOrientationOf(const tvmeta_Result& result) {
-    return writtenOrientation(result.orientation);
-}
-
 std::int32_t makeXmp(const tvmeta_Result& result, Contents& contents, LossList& losses) {
     const std::string_view packet = result.xmp != nullptr
                                         ? std::string_view(result.xmp, static_cast<std::size_t>(result.xmpSize))
@@ -142,7 +138,7 @@ std::int32_t makeXmp(const tvmeta_Result& result, Contents& contents, LossList& 
     const XmpChanges changes = {
         .width = result.width,
         .height = result.height,
-        .orientation = writtenOrientationOf(result),
+        .orientation = writtenOrientation(result.orientation),
         .settings = packetRequest(method, result.settings),
         .keywords = {result.keywords, static_cast<std::size_t>(result.keywordCount)},
         .iptc = contents.iptc.block.bytes(),
