@@ -400,21 +400,21 @@ TVMETA_API int64_t tvmeta_writer_records(const tvmeta_Photo* photo, MetadataBuf*
  * mean what is said here. Everything is borrowed for the call.
  */
 typedef struct tvmeta_Result {
-    uint32_t recordSize; /**< sizeof(tvmeta_Result) */
-    int32_t width;       /**< Pixels, 1 or more. tvmeta_build_exif(): 0 writes no size */
-    int32_t height;      /**< Rows, 0 or more */
-    int32_t channels;    /**< 1 to 4 of a pixel in memory; the second of 2 and the fourth are not written */
-    int32_t bitsCode;    /**< 8, 16, 32 (float) or 3216 (half float), as in TifImageInfo */
-    int32_t pixelMode;   /**< 0; or 1 with bitsCode 8: `pixels` have 16 bits, of which the high 8 are written */
-    int32_t resolution;  /**< Dots per inch, up to 2147483; 0: the photograph's, else 300 */
-    int32_t orientation; /**< 1 to 8 as in EXIF; others: 1 */
-    const char* path;    /**< The file to write; replaced if it exists. Not used by tvmeta_build_exif() */
-    const void* pixels;  /**< The first row. May be null if height is 0 */
-    int64_t rowPitch;    /**< Bytes from a row to the next; may be negative or 0, in all pixel modes */
-    const void* icc;     /**< ICC profile of the pixels; may be null. The photograph's is never used */
-    int64_t iccSize;     /**< Bytes, up to 2^31 - 1, as of the next two */
-    const void* iptc;    /**< IPTC block; null: the photograph's */
-    int64_t iptcSize;
+    uint32_t recordSize;         /**< sizeof(tvmeta_Result) */
+    int32_t width;               /**< Pixels, 1 or more. tvmeta_build_exif(): 0 writes no size */
+    int32_t height;              /**< Rows, 0 or more */
+    int32_t channels;            /**< 1 to 4 of a pixel in memory; the second of 2 and the fourth are not written */
+    int32_t bitsCode;            /**< 8, 16, 32 (float) or 3216 (half float), as in TifImageInfo */
+    int32_t pixelMode;           /**< 0; or 1 with bitsCode 8: `pixels` have 16 bits, of which the high 8 are written */
+    int32_t resolution;          /**< Dots per inch, up to 2147483; 0: the photograph's, else 300 */
+    int32_t orientation;         /**< 1 to 8 as in EXIF; others: 1 */
+    const char* path;            /**< The file to write; replaced if it exists. Not used by tvmeta_build_exif() */
+    const void* pixels;          /**< The first row. May be null if height is 0 */
+    int64_t rowPitch;            /**< Bytes from a row to the next; may be negative or 0, in all pixel modes */
+    const void* icc;             /**< ICC profile of the pixels; may be null. The photograph's is never used */
+    int64_t iccSize;             /**< Bytes, up to 2^31 - 1, as of the next two */
+    const void* iptc;            /**< IPTC block; null: the photograph's */
+    int64_t iptcSize;            /**< Bytes */
     const char* xmp;             /**< XMP packet; null: the photograph's, its sizes and orientation corrected */
     int64_t xmpSize;             /**< Bytes without a terminator */
     const char* const* keywords; /**< UTF-8, 1 to 32767 bytes each; added to IPTC and to dc:subject of XMP */
@@ -502,15 +502,15 @@ typedef struct tvmeta_Shot {
     int32_t captureNanoseconds; /**< As in tvmeta_Photo; present: TVMETA_SUB_SECOND */
     int32_t utcOffset;          /**< As in tvmeta_Photo */
     float exposureTime;         /**< Seconds */
-    float fNumber;
-    float isoSpeed;
-    float exposureBias; /**< Stops */
-    float focalLength;  /**< Millimetres */
-    int32_t exposureMode;
-    int32_t width; /**< Pixels. Width, height and orientation are compared, whatever they are. */
-    int32_t height;
-    int32_t orientation;
-    int32_t hidesBrackets; /**< 1: of a maker whose cameras do not record exposure mode 2 for brackets (Nikon) */
+    float fNumber;              /**< Aperture */
+    float isoSpeed;             /**< As in tvmeta_Photo */
+    float exposureBias;         /**< Stops */
+    float focalLength;          /**< Millimetres */
+    int32_t exposureMode;       /**< As in tvmeta_Photo */
+    int32_t width;              /**< Pixels. Width, height and orientation are compared, whatever they are. */
+    int32_t height;             /**< Rows */
+    int32_t orientation;        /**< As in tvmeta_Photo */
+    int32_t hidesBrackets;      /**< 1: of a maker whose cameras do not record exposure mode 2 for brackets (Nikon) */
 } tvmeta_Shot;
 
 /**
@@ -574,7 +574,7 @@ typedef struct tvmeta_BracketSet {
     int64_t expectedShots; /**< Above `shots`: some are missing. 0: unknown */
     double longestPause;   /**< Seconds between two of its exposures, at least 0; with whole-second clocks 1 less */
     int32_t evidence;      /**< TVMETA_EVIDENCE_... */
-    int32_t reserved;
+    int32_t reserved;      /**< 0 */
 } tvmeta_BracketSet;
 
 /**
