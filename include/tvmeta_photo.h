@@ -18,7 +18,7 @@
  *
  * - Growing records: a record that starts with recordSize may get more fields at its end in a later version. Set
  *   recordSize to the sizeof of the record; the library touches no byte beyond it. tvmeta_Source, tvmeta_Block,
- *   tvmeta_Rational, tvmeta_Tag and tvmeta_Loss never grow.
+ *   tvmeta_Rational, tvmeta_Tag, tvmeta_Dataset and tvmeta_Loss never grow.
  * - Sizes: positions and sizes are signed 64-bit numbers of bytes.
  * - Results: a status (int32_t), or a size or number (int64_t); negative ones are failures and have the values of
  *   TVMETA_READ_FAILED and below.
@@ -391,9 +391,58 @@ TVMETA_API int64_t tvmeta_list_tags(const tvmeta_Source* source, const tvmeta_Ph
  */
 TVMETA_API int64_t tvmeta_writer_records(const tvmeta_Photo* photo, MetadataBuf* metadata, GpsBuf* gps) TVMETA_NOEXCEPT;
 
-/** @} */
+/** @}
+ *  @defgroup datasets IPTC blocks
+ *  @{ */
 
-/* ---- A result ---- */
+/** One dataset of an IPTC block. 24 bytes. */
+typedef struct tvmeta_Dataset {
+    int32_t record;   /**< 1: envelope; 2: application, with the texts */
+    int32_t number;   /**< of the dataset in its record: 25 is a keyword */
+    int64_t position; /**< of the value in the block */
+    int64_t size;     /**< bytes of the value */
+} tvmeta_Dataset;
+
+/**
+ * Lists the datasets of an IPTC block, such as that of tvmeta_read_block(), in their order.
+ *
+ * @param block  the block; may be null if size is 0.
+ * @param size  bytes of the block, not negative.
+ * @param datasets  receives the first datasets. Null if capacity is above 0: -6.
+ * @param capacity  datasets that fit, not negative.
+ * @retval >=0  number of datasets, which may be more than fit. The list ends where no dataset starts (padding, for
+ * example), and before one that is cut short.
+ * @retval -6  TVMETA_BAD_ARGUMENT
+ * @standard IPTC-IIM 4.1, section 1.5
+ */
+TVMETA_API int64_t tvmeta_list_datasets(const void* block, int64_t size, tvmeta_Dataset* datasets,
+                                        int64_t capacity) TVMETA_NOEXCEPT;
+
+/**
+ * Copies an IPTC block and adds the keywords that it lacks, after its last keyword. A block without record 2 gets one,
+ * of version 4. If a keyword that is added is not ASCII, the block is declared as UTF-8; but if the block is declared
+ * in another encoding, or has texts in one, such keywords are left out.
+ *
+ * @param block  the block; may be null if size is 0, which makes a new one.
+ * @param size  bytes of the block, 0 to 2^31 - 1. More: -8.
+ * @param keywords  UTF-8, 1 to 32767 bytes each, each with a terminator; anything else: -6. May be null if count is 0.
+ * @param count  number of keywords, not negative.
+ * @param buffer  receives the new block; must not overlap the old one. Null: the size is measured.
+ * @param capacity  bytes of the buffer, not negative.
+ * @param leftOut  receives the number of keywords that are left out; may be null. Not written for -5, -6 and -8.
+ * @retval >=0  bytes of the new block
+ * @retval -5  TVMETA_NO_MEMORY
+ * @retval -6  TVMETA_BAD_ARGUMENT
+ * @retval -7  TVMETA_TOO_SMALL: nothing was written to the buffer
+ * @retval -8  TVMETA_TOO_LARGE
+ * @standard IPTC-IIM 4.1
+ */
+TVMETA_API int64_t tvmeta_add_keywords(const void* block, int64_t size, const char* const* keywords, int64_t count,
+                                       void* buffer, int64_t capacity, int64_t* leftOut) TVMETA_NOEXCEPT;
+
+/** @}
+ *  @defgroup results Results
+ *  @{ */
 
 /**
  * A result and its photograph. Clear the record, set recordSize, and fill in what you have: members that are 0 or null
@@ -457,12 +506,18 @@ typedef struct tvmeta_Loss {
  *
  * The photograph is read before the file is opened: it may be the same file.
  *
- * @param result    Must not be null.
- * @param losses    Receives up to `capacity` losses; may be null if that is 0.
- * @param capacity  0 or more.
- * @return The number of losses, also of those that are not stored; or, with no file touched, TVMETA_BAD_ARGUMENT,
- *         TVMETA_TOO_LARGE (a block above 2^31 - 1 bytes), TVMETA_NO_MEMORY, or a status of tvmeta_read_photo() other
- *         than TVMETA_BROKEN; or TVMETA_WRITE_FAILED: the file cannot be opened, or is incomplete.
+ * @param result  the result. Null, or members outside of what they accept: -6.
+ * @param losses  receives the first losses; may be null if capacity is 0.
+ * @param capacity  losses that fit, not negative.
+ * @retval >=0  number of losses, which may be more than fit
+ * @retval -1,-2,-3  TVMETA_READ_FAILED, TVMETA_UNKNOWN_KIND or TVMETA_REFUSED_KIND of the photograph. Damaged ones are
+ * no failure: what they have is kept.
+ * @retval -5  TVMETA_NO_MEMORY
+ * @retval -6  TVMETA_BAD_ARGUMENT
+ * @retval -8  TVMETA_TOO_LARGE: a block above 2^31 - 1 bytes
+ * @retval -9  TVMETA_WRITE_FAILED: the file cannot be opened, or is incomplete. With any other failure it is untouched.
+ * @limits values of up to 64 MiB together are kept; of the photograph's XMP and IPTC, 64 MiB each.
+ * @standard TIFF 6.0, EXIF 2.32
  */
 TVMETA_API int32_t tvmeta_save_tiff(const tvmeta_Result* result, tvmeta_Loss* losses, int32_t capacity) TVMETA_NOEXCEPT;
 
@@ -471,19 +526,24 @@ TVMETA_API int32_t tvmeta_save_tiff(const tvmeta_Result* result, tvmeta_Loss* lo
  * IPTC. Of the members that describe those, only icc has an effect: on ColorSpace. An EXIF segment of a JPEG has room
  * for 65,527 bytes.
  *
- * @param result        Must not be null.
- * @param buffer        Receives the block; null: the size is measured.
- * @param capacity      Bytes of the buffer, 0 or more.
- * @param losses        As in tvmeta_save_tiff().
- * @param lossCapacity  0 or more.
- * @param lossCount     Receives the number of losses; may be null. Not written for TVMETA_BAD_ARGUMENT.
- * @return The size of the block in bytes; or TVMETA_TOO_SMALL (nothing is written to the buffer), TVMETA_BAD_ARGUMENT,
- *         TVMETA_NO_MEMORY, or a status of tvmeta_read_photo() other than TVMETA_BROKEN.
+ * @param result  the result. Null, or members outside of what they accept: -6.
+ * @param buffer  receives the block. Null: the size is measured.
+ * @param capacity  bytes of the buffer, not negative.
+ * @param losses  receives the first losses; may be null if lossCapacity is 0.
+ * @param lossCapacity  losses that fit, not negative.
+ * @param lossCount  receives the number of losses; may be null. Not written for -6.
+ * @retval >0  bytes of the block
+ * @retval -1,-2,-3  as of tvmeta_save_tiff()
+ * @retval -5  TVMETA_NO_MEMORY
+ * @retval -6  TVMETA_BAD_ARGUMENT
+ * @retval -7  TVMETA_TOO_SMALL: nothing was written to the buffer
  */
 TVMETA_API int64_t tvmeta_build_exif(const tvmeta_Result* result, void* buffer, int64_t capacity, tvmeta_Loss* losses,
                                      int32_t lossCapacity, int32_t* lossCount) TVMETA_NOEXCEPT;
 
-/* ---- Brackets ---- */
+/** @}
+ *  @defgroup brackets Brackets
+ *  @{ */
 
 /**
  * What tvmeta_find_brackets() needs of one file. Make it with tvmeta_shot(), or fill it in. captureTime to exposureMode
@@ -516,11 +576,13 @@ typedef struct tvmeta_Shot {
 /**
  * Makes the record for tvmeta_find_brackets() from that of tvmeta_read_photo().
  *
- * @param photo   Its recordSize says how much of it is read.
- * @param folder  Path of the folder, may be null. Files of one folder must have the same text.
- * @param name    Name of the file without its folder, may be null. Both texts must live as long as the record.
- * @param shot    Set its recordSize; all other members within that size are written.
- * @return TVMETA_OK, or TVMETA_BAD_ARGUMENT (nothing is written): a null pointer, or a recordSize below its own size.
+ * @param photo  record of tvmeta_read_photo(); its recordSize says how much of it is read. Null: -6.
+ * @param folder  path of the folder; may be null. Files of one folder must have the same text.
+ * @param name  name of the file without its folder; may be null. Both texts must live as long as the record.
+ * @param shot  set its recordSize; all other members within that size are written. Null, or a recordSize below its own
+ * size: -6.
+ * @retval 0  TVMETA_OK
+ * @retval -6  TVMETA_BAD_ARGUMENT: nothing is written
  */
 TVMETA_API int32_t tvmeta_shot(const tvmeta_Photo* photo, const char* folder, const char* name,
                                tvmeta_Shot* shot) TVMETA_NOEXCEPT;
@@ -611,17 +673,21 @@ typedef struct tvmeta_BracketSet {
  * With a count, sequences of any exposure mode are divided into sets of that size, also photographs without exposure;
  * those without time follow each other by name. Known exposures that are all equal are no set.
  *
- * @param shots    `count` records, each of the size that shots[0].recordSize names; may be null if `count` is 0.
- * @param count    Number of files; any order.
- * @param options  May be null: all is found.
- * @param members  Room for `count` records; all are written. May be null if `count` is 0.
- * @param sets     Room for `count` records of the size that sets[0].recordSize names, which must be set; may be null if
- *                 `count` is 0. The sets found are written, in order of capture; each record's own recordSize too.
- * @return The number of sets; or TVMETA_BAD_ARGUMENT (a null pointer, a negative count, a recordSize below its own
- *         size) or TVMETA_NO_MEMORY, and nothing is written.
+ * @param shots  `count` records, each of the size that shots[0].recordSize names, in any order; may be null if count is
+ * 0. A recordSize below its own size: -6.
+ * @param count  number of files, not negative.
+ * @param options  may be null: all is found.
+ * @param members  room for `count` records; all are written. May be null if count is 0.
+ * @param sets  room for `count` records of the size that sets[0].recordSize names, which must be set; may be null if
+ * count is 0. Receives the sets in order of capture; each record's own recordSize too.
+ * @retval >=0  number of sets
+ * @retval -5  TVMETA_NO_MEMORY: nothing is written
+ * @retval -6  TVMETA_BAD_ARGUMENT: nothing is written
  */
 TVMETA_API int64_t tvmeta_find_brackets(const tvmeta_Shot* shots, int64_t count, const tvmeta_BracketOptions* options,
                                         tvmeta_BracketMember* members, tvmeta_BracketSet* sets) TVMETA_NOEXCEPT;
+
+/** @} */
 
 #ifdef __cplusplus
 }

@@ -39,6 +39,12 @@ inline Bytes photoOf(PhotoParts parts, bool little = true) {
     return tiff.finish(tiff.add(parts.image));
 }
 
+// A dataset of an IPTC block.
+inline Bytes dataset(int record, int number, const Bytes& value) {
+    return Bytes("\x1C") + static_cast<char>(record) + static_cast<char>(number) +
+           be16(static_cast<unsigned>(value.size())) + value;
+}
+
 // A result of 2 x 1 gray pixels.
 inline tvmeta_Result smallResult(const char* path, const tvmeta_Source* photo) {
     tvmeta_Result result{};

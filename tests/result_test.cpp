@@ -258,7 +258,8 @@ TEST(Result, PrefersTheCallersValues) {
                   {37396, 3, 2, le16(1) + le16(0)},
                   tiff.shortEntry(40962, 9)};
     const Bytes photo = photoOf(parts);
-    const Bytes srgb = zeros(16) + "GRAY" + zeros(108);
+    const Bytes gray = zeros(16) + "GRAY" + zeros(108);
+    const Bytes srgb = gray + be32(1) + "desc" + be32(144) + be32(17) + "desc" + zeros(4) + be32(5) + "sRGB" + zeros(1);
     const Change none = [](tvmeta_Result&) {};
     const struct {
         const char* what;
@@ -288,10 +289,12 @@ TEST(Result, PrefersTheCallersValues) {
         {"orientation 8", photo, [](auto& r) { r.orientation = 8; }, ImageFields, 274, le16(8)},
         {"orientation 9", photo, [](auto& r) { r.orientation = 9; }, ImageFields, 274, le16(1)},
         {"photograph's profile", photo, none, ImageFields, 34675, "absent"},
-        {"caller's profile", photo, [&](auto& r) { r.icc = srgb.data(), r.iccSize = 128; }, ImageFields, 34675, srgb},
+        {"caller's profile", photo, [&](auto& r) { r.icc = gray.data(), r.iccSize = 128; }, ImageFields, 34675, gray},
         {"photograph's colour space", photo, none, ExifFields, 40961, le16(1)},
-        {"colour space of a profile", photo, [&](auto& r) { r.icc = srgb.data(), r.iccSize = 128; }, ExifFields, 40961,
+        {"colour space of a profile", photo, [&](auto& r) { r.icc = gray.data(), r.iccSize = 128; }, ExifFields, 40961,
          le16(0xFFFF)},
+        {"colour space of sRGB", photo, [&](auto& r) { r.icc = srgb.data(), r.iccSize = 161; }, ExifFields, 40961,
+         le16(1)},
         {"colour space of floats", photo, [](auto& r) { r.bitsCode = 3216, r.width = 1; }, ExifFields, 40961,
          le16(0xFFFF)},
         {"size", photo, none, ExifFields, 40962, le32(2)},

@@ -1,5 +1,6 @@
 // Reads any photograph into the record.
-#include "photo/open_photo.h"
+#include "photo/read_photo.h"
+
 #include "photo/photo_fields.h"
 #include "photo/read_block.h"
 #include "photo/xmp_text.h"
@@ -72,12 +73,9 @@ void findLens(OpenPhoto& open, const PhotoFields& fields) {
     }
 }
 
-std::int32_t readPhoto(const tvmeta_Source& source, tvmeta_Photo& photo) {
-    OpenPhoto open(source);
-    TagSet tags;
-    for (tvmeta_Tag tag; open.tags.next(tag);) {
-        tags.offer(tag);
-    }
+} // namespace
+
+void tvmeta::fillPhoto(OpenPhoto& open, const TagSet& tags, tvmeta_Photo& photo) {
     photo.format = open.layout.format;
     const PhotoFields fields{open.reader, tags, photo};
     fillImage(open.layout, fields);
@@ -85,6 +83,17 @@ std::int32_t readPhoto(const tvmeta_Source& source, tvmeta_Photo& photo) {
     findLens(open, fields);
     fillBlocks(open.layout, photo);
     photo.brokenAt = open.layout.brokenAt;
+}
+
+namespace {
+
+std::int32_t readPhoto(const tvmeta_Source& source, tvmeta_Photo& photo) {
+    OpenPhoto open(source);
+    TagSet tags;
+    for (tvmeta_Tag tag; open.tags.next(tag);) {
+        tags.offer(tag);
+    }
+    fillPhoto(open, tags, photo);
     if (const std::int32_t failure = open.failure(); failure != TVMETA_OK) {
         return failure;
     }

@@ -1,13 +1,14 @@
 #include "writers/photo_entries.h"
 
+#include "containers/layout.h"
 #include "containers/tag_values.h"
 #include "support/tiff_vocabulary.h"
 #include "writers/kept_tags.h"
 
 #include <algorithm>
 #include <array>
-#include <optional>
 #include <string_view>
+#include <utility>
 
 namespace tvmeta {
 
@@ -40,73 +41,26 @@ bool isWritable(const tvmeta_Tag& tag) {
            (tag.type < tiff_type::Long8 || tag.type > tiff_type::Ifd8);
 }
 
-// The entries that are kept, one by one. Two passes over a photograph choose the same ones.
-class Chooser {
-  public:
-    Chooser(OpenPhoto& photo, KeptValues kept) : photo_(photo), kept_(kept) {}
-
-    explicit operator bool() const { return static_cast<bool>(seen_); } // false without memory
-
-    // Gives the next one, and names those that are lost before it, if there is a list.
-    bool next(tvmeta_Tag& tag, LossList* losses) {
-        while (photo_.tags.next(tag)) {
-            const std::optional<std::int32_t> loss = judge(tag);
-            if (!loss) {
-                return true;
-            }
-            if (*loss != 0 && losses != nullptr) {
-                losses->add(tag.directory, tag.tag, *loss);
-            }
-        }
+bool isKept(Fate fate, KeptValues kept) {
+    switch (fate) {
+    case Fate::Kept:
+    case Fate::KeptAtSameSize: // until the size is known
+    case Fate::MakerNote:
+        return true;
+    case Fate::Resolution:
+        return kept.resolution;
+    case Fate::Software:
+        return kept.software;
+    case Fate::ColorSpace:
+        return kept.colorSpace;
+    default:
         return false;
     }
+}
 
-  private:
-    // Empty for an entry to keep, 0 for one that is no loss, else the reason.
-    std::optional<std::int32_t> judge(const tvmeta_Tag& tag) {
-        const Fate fate = fateOf(tag.directory, tag.tag);
-        if (fate == Fate::Private) {
-            return TVMETA_LOSS_PRIVATE;
-        }
-        unsigned char& seen = seen_.data()[static_cast<std::size_t>(tag.directory) << 16 | tag.tag];
-        if (!isKept(fate) || tag.count == 0 || seen != 0) { // of several entries the first counts
-            return 0;
-        }
-        if (fate == Fate::MakerNote && !isMovableNote(photo_.reader, tag)) {
-            return TVMETA_LOSS_MAKER_NOTE;
-        }
-        const std::uint64_t size = isWritable(tag) ? tag.count * itemSize(tag.type) : 0; // inside of the structure
-        if (size == 0 || size > MaxValueBytes - bytes_) {
-            return TVMETA_LOSS_BROKEN;
-        }
-        bytes_ += size;
-        seen = 1;
-        return std::nullopt;
-    }
-
-    bool isKept(Fate fate) const {
-        switch (fate) {
-        case Fate::Kept:
-        case Fate::MakerNote:
-            return true;
-        case Fate::KeptAtSameSize:
-            return kept_.positions;
-        case Fate::Resolution:
-            return kept_.resolution;
-        case Fate::Software:
-            return kept_.software;
-        case Fate::ColorSpace:
-            return kept_.colorSpace;
-        default:
-            return false;
-        }
-    }
-
-    OpenPhoto& photo_;
-    KeptValues kept_;
-    std::uint64_t bytes_ = 0;
-    ZeroedBuffer seen_{(TVMETA_SUB_IMAGE + 1) << 16}; // a byte for each tag of each directory
-};
+std::uint64_t valueSize(const tvmeta_Tag& tag) {
+    return tag.count * itemSize(tag.type); // inside of the structure, or of no size
+}
 
 void reverseNumbers(std::span<unsigned char> value, std::size_t size) {
     for (std::size_t i = 0; size > 1 && i + size <= value.size(); i += size) {
@@ -116,50 +70,76 @@ void reverseNumbers(std::span<unsigned char> value, std::size_t size) {
 
 } // namespace
 
-std::int32_t PhotoEntries::load(const tvmeta_Source& photo, KeptValues kept, LossList& losses) {
-    std::size_t count = 0;
-    std::uint64_t bytes = 0;
-    {
-        OpenPhoto open(photo);
-        Chooser chooser(open, kept);
-        if (!chooser) {
-            return TVMETA_NO_MEMORY;
+unsigned char& PhotoEntries::seen(const tvmeta_Tag& tag) {
+    return seen_.data()[static_cast<std::size_t>(tag.directory) << 16 | tag.tag];
+}
+
+bool PhotoEntries::append(const tvmeta_Tag& tag) {
+    constexpr std::size_t UsualCount = 128;
+    if (count_ == entryBlock_.size() / sizeof(KeptEntry)) {
+        ZeroedBuffer larger(std::max(UsualCount, 2 * count_) * sizeof(KeptEntry)); // fewer than 2^18
+        if (!larger) {
+            return false;
         }
-        for (tvmeta_Tag tag; chooser.next(tag, nullptr); ++count) {
-            bytes += tag.count * itemSize(tag.type);
-        }
-        if (const std::int32_t failure = open.failure(); failure != TVMETA_OK) {
-            return failure;
-        }
+        auto* const moved = reinterpret_cast<KeptEntry*>(larger.data());
+        std::ranges::copy(entries(), moved);
+        entryBlock_ = std::move(larger);
+        entries_ = moved;
     }
-    entryBlock_ = ZeroedBuffer(count * sizeof(KeptEntry)); // fewer than 2^18
-    values_ = ZeroedBuffer(static_cast<std::size_t>(bytes));
-    OpenPhoto open(photo);
-    Chooser chooser(open, kept);
-    if (!entryBlock_ || !values_ || !chooser) {
+    entries_[count_++] = {tag, {}};
+    return true;
+}
+
+bool PhotoEntries::offer(SourceReader& reader, const tvmeta_Tag& tag, KeptValues kept, LossList& losses) {
+    const Fate fate = fateOf(tag.directory, tag.tag);
+    if (!seen_) {
+        return false;
+    }
+    if (fate == Fate::Private) {
+        losses.add(tag.directory, tag.tag, TVMETA_LOSS_PRIVATE);
+        return true;
+    }
+    if (!isKept(fate, kept) || tag.count == 0 || seen(tag) != 0) { // of several entries the first counts
+        return true;
+    }
+    if (fate == Fate::MakerNote && !isMovableNote(reader, tag)) {
+        losses.add(tag.directory, tag.tag, TVMETA_LOSS_MAKER_NOTE);
+        return true;
+    }
+    if (!isWritable(tag) || valueSize(tag) > MaxValueBytes - valueBytes_) {
+        losses.add(tag.directory, tag.tag, TVMETA_LOSS_BROKEN);
+        return true;
+    }
+    valueBytes_ += valueSize(tag);
+    seen(tag) = 1;
+    return append(tag);
+}
+
+std::int32_t PhotoEntries::readValues(SourceReader& reader, bool isSameSize, LossList& losses) {
+    values_ = ZeroedBuffer(static_cast<std::size_t>(valueBytes_));
+    if (!values_) {
         return TVMETA_NO_MEMORY;
     }
-    entries_ = reinterpret_cast<KeptEntry*>(entryBlock_.data());
     std::span<unsigned char> room = values_.bytes();
-    for (tvmeta_Tag tag; chooser.next(tag, &losses) && count_ < count;) {
-        const auto size = static_cast<std::size_t>(tag.count * itemSize(tag.type));
-        if (size > room.size() || !readAt(open.reader, tag.position, room.first(size))) {
+    std::size_t count = 0;
+    for (const KeptEntry& entry : entries()) {
+        const tvmeta_Tag& tag = entry.tag;
+        if (!isSameSize && fateOf(tag.directory, tag.tag) == Fate::KeptAtSameSize) {
+            continue;
+        }
+        const auto value = room.first(static_cast<std::size_t>(valueSize(tag)));
+        if (!readAt(reader, tag.position, value)) {
             losses.add(tag.directory, tag.tag, TVMETA_LOSS_BROKEN);
             continue;
         }
         if (tag.isBigEndian != 0) {
-            reverseNumbers(room.first(size), numberSize(tag.type));
+            reverseNumbers(value, numberSize(tag.type));
         }
-        entries_[count_++] = {tag.directory, tag.tag, tag.type, tag.count, room.first(size)};
-        room = room.subspan(size);
+        entries_[count++] = {tag, value};
+        room = room.subspan(value.size());
     }
-    return open.reader.failed() ? TVMETA_READ_FAILED : TVMETA_OK;
-}
-
-const KeptEntry* PhotoEntries::find(std::int32_t directory, std::uint16_t tag) const {
-    const auto found = std::ranges::find_if(
-        entries(), [=](const KeptEntry& entry) { return entry.directory == directory && entry.tag == tag; });
-    return found != entries().end() ? &*found : nullptr;
+    count_ = count;
+    return reader.failed() ? TVMETA_READ_FAILED : TVMETA_OK;
 }
 
 } // namespace tvmeta

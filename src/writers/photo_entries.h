@@ -1,7 +1,7 @@
 // Writers: the entries of a photograph that its result keeps, in memory and in little-endian order.
 #pragma once
 
-#include "photo/open_photo.h"
+#include "metadata/source_reader.h"
 #include "support/zeroed_buffer.h"
 #include "writers/losses.h"
 
@@ -12,16 +12,12 @@
 namespace tvmeta {
 
 struct KeptEntry {
-    std::int32_t directory;
-    std::uint16_t tag;
-    std::uint16_t type;
-    std::uint64_t count;
+    tvmeta_Tag tag;
     std::span<const unsigned char> value;
 };
 
 // What a result keeps besides what every one keeps.
 struct KeptValues {
-    bool positions; // in the picture
     bool resolution;
     bool software;
     bool colorSpace;
@@ -29,19 +25,25 @@ struct KeptValues {
 
 class PhotoEntries {
   public:
-    // Reads what the result keeps, and names what it loses. Returns a status.
-    std::int32_t load(const tvmeta_Source& photo, KeptValues kept, LossList& losses);
+    // Chooses the entry, or names it as lost. Returns false without memory.
+    bool offer(SourceReader& reader, const tvmeta_Tag& tag, KeptValues kept, LossList& losses);
+
+    // Reads the values of the chosen entries, and drops those that are true of a result of the same size only.
+    // Returns a status.
+    std::int32_t readValues(SourceReader& reader, bool isSameSize, LossList& losses);
 
     std::span<const KeptEntry> entries() const { return {entries_, count_}; }
 
-    // Null if the photograph has no such entry.
-    const KeptEntry* find(std::int32_t directory, std::uint16_t tag) const;
-
   private:
+    unsigned char& seen(const tvmeta_Tag& tag);
+    bool append(const tvmeta_Tag& tag);
+
+    ZeroedBuffer seen_{(TVMETA_SUB_IMAGE + 1) << 16}; // a byte for each tag of each directory
     ZeroedBuffer entryBlock_;
     ZeroedBuffer values_;
-    KeptEntry* entries_ = nullptr;
+    KeptEntry* entries_ = nullptr; // in entryBlock_
     std::size_t count_ = 0;
+    std::uint64_t valueBytes_ = 0;
 };
 
 } // namespace tvmeta

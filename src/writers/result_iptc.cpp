@@ -4,9 +4,11 @@
 #include "photo/iptc_text.h"
 #include "photo/utf8.h"
 #include "support/bytes.h"
+#include "tvmeta_photo.h"
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <string_view>
 
 namespace tvmeta {
@@ -14,6 +16,8 @@ namespace tvmeta {
 namespace {
 
 constexpr unsigned char Marker = 0x1C;
+constexpr std::size_t HeaderSize = 5;
+constexpr std::size_t MaxKeyword = 0x7FFF; // of a dataset without an extended size
 constexpr std::array<unsigned char, 8> Utf8Designation = {Marker, 1, 90, 0, 3, 0x1B, '%', 'G'}; // ISO 2022
 constexpr std::array<unsigned char, 7> NewRecord = {Marker, 2, 0, 0, 2, 0, 4};
 
@@ -74,43 +78,55 @@ bool hasKeyword(std::span<const unsigned char> block, std::string_view keyword) 
     return false;
 }
 
+void putKeyword(ByteWriter& writer, std::string_view keyword) {
+    const auto size = static_cast<std::uint16_t>(keyword.size());
+    const std::array<unsigned char, HeaderSize> header = {
+        Marker, 2, iptc_dataset::Keyword, static_cast<unsigned char>(size >> 8), static_cast<unsigned char>(size)};
+    writer.put(header);
+    writer.put({reinterpret_cast<const unsigned char*>(keyword.data()), keyword.size()});
+}
+
 } // namespace
 
+bool areKeywords(const char* const* keywords, std::int64_t count) {
+    if (count < 0 || (count > 0 && keywords == nullptr)) {
+        return false;
+    }
+    return std::ranges::all_of(std::span(keywords, static_cast<std::size_t>(count)), [](const char* keyword) {
+        return keyword != nullptr && keyword[0] != '\0' && isUtf8(keyword) && std::strlen(keyword) <= MaxKeyword;
+    });
+}
+
 IptcResult withKeywords(std::span<const unsigned char> block, std::span<const char* const> keywords) {
-    constexpr std::size_t HeaderSize = 5;
     const Survey found = survey(block);
+    const bool allowsUtf8 = found.isUtf8 || (!found.hasDesignation && !found.hasOtherTexts);
+    const auto isAdded = [&](std::string_view keyword) {
+        return (allowsUtf8 || isAscii(keyword)) && !hasKeyword(block, keyword);
+    };
+    IptcResult result;
     std::size_t added = 0;
     bool needsUtf8 = false;
     for (const std::string_view keyword : keywords) {
-        if (!hasKeyword(block, keyword)) {
+        result.leftOut += allowsUtf8 || isAscii(keyword) ? 0 : 1;
+        if (isAdded(keyword)) {
             added += HeaderSize + keyword.size();
             needsUtf8 |= !isAscii(keyword);
         }
     }
-    if (needsUtf8 && !found.isUtf8 && (found.hasDesignation || found.hasOtherTexts)) {
-        return {ZeroedBuffer(), IptcProblem::OtherEncoding};
-    }
-    const bool designates = needsUtf8 && !found.isUtf8;
-    const bool startsRecord = added > 0 && !found.hasRecord;
-    IptcResult result{ZeroedBuffer(block.size() + added + (designates ? Utf8Designation.size() : 0) +
-                                   (startsRecord ? NewRecord.size() : 0))};
+    const auto designation = std::span(Utf8Designation).first(needsUtf8 && !found.isUtf8 ? Utf8Designation.size() : 0);
+    const auto newRecord = std::span(NewRecord).first(added > 0 && !found.hasRecord ? NewRecord.size() : 0);
+    result.block = ZeroedBuffer(block.size() + added + designation.size() + newRecord.size());
     if (!result.block) {
-        result.problem = IptcProblem::NoMemory;
         return result;
     }
     ByteWriter writer(result.block.bytes());
     writer.put(block.first(found.designationPlace));
-    writer.put(std::span(Utf8Designation).first(designates ? Utf8Designation.size() : 0));
+    writer.put(designation);
     writer.put(block.subspan(found.designationPlace, found.keywordPlace - found.designationPlace));
-    writer.put(std::span(NewRecord).first(startsRecord ? NewRecord.size() : 0));
+    writer.put(newRecord);
     for (const std::string_view keyword : keywords) {
-        if (!hasKeyword(block, keyword)) {
-            const auto size = static_cast<std::uint16_t>(keyword.size()); // checked by the caller
-            const std::array<unsigned char, HeaderSize> header = {Marker, 2, iptc_dataset::Keyword,
-                                                                  static_cast<unsigned char>(size >> 8),
-                                                                  static_cast<unsigned char>(size)};
-            writer.put(header);
-            writer.put({reinterpret_cast<const unsigned char*>(keyword.data()), keyword.size()});
+        if (isAdded(keyword)) {
+            putKeyword(writer, keyword);
         }
     }
     writer.put(block.subspan(found.keywordPlace));
@@ -118,3 +134,31 @@ IptcResult withKeywords(std::span<const unsigned char> block, std::span<const ch
 }
 
 } // namespace tvmeta
+
+using namespace tvmeta;
+
+std::int64_t tvmeta_add_keywords(const void* block, std::int64_t size, const char* const* keywords, std::int64_t count,
+                                 void* buffer, std::int64_t capacity, std::int64_t* leftOut) noexcept {
+    constexpr std::int64_t MaxBlock = INT32_MAX;
+    if (size < 0 || (size > 0 && block == nullptr) || !areKeywords(keywords, count) || capacity < 0) {
+        return TVMETA_BAD_ARGUMENT;
+    }
+    if (size > MaxBlock) {
+        return TVMETA_TOO_LARGE;
+    }
+    const IptcResult result = withKeywords({static_cast<const unsigned char*>(block), static_cast<std::size_t>(size)},
+                                           {keywords, static_cast<std::size_t>(count)});
+    if (!result.block) {
+        return TVMETA_NO_MEMORY;
+    }
+    if (leftOut != nullptr) {
+        *leftOut = result.leftOut;
+    }
+    if (buffer != nullptr && result.block.size() > static_cast<std::uint64_t>(capacity)) {
+        return TVMETA_TOO_SMALL;
+    }
+    if (buffer != nullptr) {
+        std::memcpy(buffer, result.block.data(), result.block.size());
+    }
+    return static_cast<std::int64_t>(result.block.size());
+}

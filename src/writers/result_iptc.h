@@ -8,14 +8,16 @@
 
 namespace tvmeta {
 
-enum class IptcProblem { None, NoMemory, OtherEncoding };
+// Keywords are UTF-8, not empty, and fit a dataset without an extended size.
+bool areKeywords(const char* const* keywords, std::int64_t count);
+
+struct IptcResult {
+    ZeroedBuffer block;       // false without memory
+    std::int64_t leftOut = 0; // keywords
+};
 
 // The block with keywords that it lacks, in UTF-8. A new block has record version 4. If a keyword is not ASCII, the
-// block is declared as UTF-8, unless other texts of it are in another encoding.
-struct IptcResult {
-    ZeroedBuffer block;
-    IptcProblem problem = IptcProblem::None;
-};
+// block is declared as UTF-8; such keywords are left out if other texts of it are in another encoding.
 IptcResult withKeywords(std::span<const unsigned char> block, std::span<const char* const> keywords);
 
 } // namespace tvmeta

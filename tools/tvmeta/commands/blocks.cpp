@@ -7,7 +7,6 @@
 #include "commands/completion.h"
 #include "commands/result_file.h"
 #include "output/output_file.h"
-#include "photographs/iptc_block.h"
 #include "photographs/photo.h"
 
 #include <algorithm>
@@ -16,7 +15,7 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
-#include <optional>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -61,14 +60,20 @@ void writeBlock(const std::string& photo, const Output& file, const std::functio
     messagesFor(file.path) << "wrote " << printable(file.path) << ": " << size << " bytes\n";
 }
 
-void listDatasets(std::string_view block) {
-    while (const std::optional<IptcDataset> dataset = takeDataset(block)) {
-        std::cout << dataset->record << ":" << std::setfill('0') << std::setw(2) << dataset->number << "  "
-                  << printable(dataset->value) << "\n";
+void listDatasets(const Bytes& block) {
+    std::vector<tvmeta_Dataset> datasets(
+        static_cast<size_t>(tvmeta_list_datasets(block.data(), std::ssize(block), nullptr, 0)));
+    tvmeta_list_datasets(block.data(), std::ssize(block), datasets.data(), std::ssize(datasets));
+    size_t end = 0;
+    for (const tvmeta_Dataset& dataset : datasets) {
+        const auto position = static_cast<size_t>(dataset.position);
+        end = position + static_cast<size_t>(dataset.size);
+        std::cout << dataset.record << ":" << std::setfill('0') << std::setw(2) << dataset.number << "  "
+                  << printable(asText(block).substr(position, end - position)) << "\n";
     }
     // Blocks are padded with zeros.
-    if (block.find_first_not_of('\0') != std::string_view::npos) {
-        std::cout << "and " << block.size() << " bytes that are not standard datasets\n";
+    if (asText(block).find_first_not_of('\0', end) != std::string_view::npos) {
+        std::cout << "and " << block.size() - end << " bytes that are not standard datasets\n";
     }
 }
 
@@ -90,11 +95,28 @@ struct IptcOptions {
     std::vector<std::string> keywords;
 };
 
-Bytes iptcBlock(const IptcOptions& options) {
-    Bytes block = photographBlock(options.photo);
-    for (const std::string& keyword : options.keywords) {
-        block = withKeyword(options.photo, block, keyword);
+Bytes withKeywords(const std::string& path, const Bytes& block, const std::vector<std::string>& keywords) {
+    const std::vector<const char*> texts = keywordTexts(keywords);
+    int64_t leftOut = 0;
+    const auto add = [&](unsigned char* buffer, int64_t capacity) {
+        return tvmeta_add_keywords(block.data(), std::ssize(block), texts.data(), std::ssize(texts), buffer, capacity,
+                                   &leftOut);
+    };
+    const int64_t size = add(nullptr, 0);
+    if (size < 0) {
+        throw std::bad_alloc();
     }
+    if (leftOut > 0) {
+        throw Failure(path, "the IPTC block contains texts in an encoding other than UTF-8, so only keywords in "
+                            "ASCII can be added");
+    }
+    Bytes longer(static_cast<size_t>(size));
+    add(longer.data(), size);
+    return longer;
+}
+
+Bytes iptcBlock(const IptcOptions& options) {
+    const Bytes block = withKeywords(options.photo, photographBlock(options.photo), options.keywords);
     if (block.empty()) {
         throw Failure(options.photo, "no IPTC block");
     }
@@ -103,7 +125,7 @@ Bytes iptcBlock(const IptcOptions& options) {
 
 void runIptc(const IptcOptions& options) {
     if (options.output.path.empty()) {
-        listDatasets(asText(iptcBlock(options)));
+        listDatasets(iptcBlock(options));
     } else {
         writeBlock(options.photo, options.output, [&] { return iptcBlock(options); });
     }

@@ -152,6 +152,17 @@ void requireKept(const std::string& path, const tvmeta_Source& photo, const tvme
     throw Failure(shown, status == TVMETA_WRITE_FAILED ? systemReason() : std::string(tvmeta_status_text(status)));
 }
 
+void requireKeyword(const std::string& keyword) {
+    constexpr size_t MaxKeyword = 32767;
+    if (keyword.empty() || keyword.size() > MaxKeyword) {
+        throw WrongCommandLine("expected a keyword of 1 to " + std::to_string(MaxKeyword) + " bytes, found " +
+                               std::to_string(keyword.size()));
+    }
+    if (!isUtf8(keyword)) {
+        throw WrongCommandLine("expected a keyword in UTF-8, found '" + keyword + "'");
+    }
+}
+
 constexpr int32_t MaxLosses = 1 << 10;
 
 } // namespace
@@ -171,6 +182,15 @@ std::vector<std::string> lossWords(const std::vector<tvmeta_Loss>& losses) {
         words.push_back(counted(count, kind));
     }
     return words;
+}
+
+std::vector<const char*> keywordTexts(const std::vector<std::string>& keywords) {
+    std::vector<const char*> texts;
+    for (const std::string& keyword : keywords) {
+        requireKeyword(keyword);
+        texts.push_back(keyword.c_str());
+    }
+    return texts;
 }
 
 Bytes exifBlock(const tvmeta_Result& result, const std::string& shown, std::vector<tvmeta_Loss>& losses) {

@@ -133,8 +133,7 @@ std::vector<std::string> writePicture(const Options& options, const Settings& se
             complain("warning: " + *photoPath + ": " + photo->damage);
         }
     }
-    std::vector<const char*> keywords;
-    std::ranges::transform(options.keywords, std::back_inserter(keywords), &std::string::c_str);
+    const std::vector<const char*> keywords = keywordTexts(options.keywords);
     tvmeta_Result result = {};
     result.recordSize = sizeof result;
     result.width = picture.width;
@@ -162,6 +161,7 @@ void writeTiff(const Options& options) {
         throw WrongCommandLine("--orientation photo requires --photo");
     }
     const Settings settings = settingsFrom(options.settings); // refuses wrong ones before the work
+    keywordTexts(options.keywords);
     Picture picture;
     std::vector<std::string> unkept;
     writeOutput({options.output, options.force}, {options.image, options.photo, options.profile},
@@ -180,7 +180,7 @@ void writeTiff(const Options& options) {
 } // namespace
 
 Command tiffCommand() {
-    constexpr double MaxResolution = 4294967; // stored in thousandths, in 32 bits
+    constexpr double MaxResolution = 2147483; // stored in thousandths, in 31 bits
     const auto options = std::make_shared<Options>();
     Command command = {
         .name = "tiff",
@@ -198,7 +198,7 @@ Command tiffCommand() {
                  .value = "PHOTO"},
                 {.names = {"--keyword"},
                  .target = &options->keywords,
-                 .help = "Add a keyword to the IPTC block; can be repeated",
+                 .help = "Add a keyword to IPTC and XMP; can be repeated",
                  .value = "TEXT",
                  .suggest = suggestNothing},
                 {.names = {"--icc"},
@@ -212,7 +212,7 @@ Command tiffCommand() {
                  .excludes = {"--icc"}},
                 {.names = {"--resolution"},
                  .target = &options->resolution,
-                 .help = "Dots per inch; else that of a PNG or TIFF, or 300",
+                 .help = "Dots per inch; else that of a PNG or TIFF, or of\nthe photograph, or 300",
                  .value = "N",
                  .range = {1, MaxResolution}},
                 {.names = {"--depth"},
