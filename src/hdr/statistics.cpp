@@ -1,5 +1,5 @@
 // `addPixels` is the definition: value after value in row order, added in double precision. `addBlock` gives the same
-// bits for up to 1024 pixels at once, in loops that the compiler vectorizes.
+// bits for up to 512 pixels at once, in loops that the compiler vectorizes.
 //
 // statistics_avx2.cpp includes this file, to compile it once more. It calls no inline function or template of a header:
 // the linker might choose the copy compiled for AVX2 for all of the library.
@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t Planes = 4;
 constexpr std::size_t Step = 32; // a block's size is a multiple of it
-constexpr int BlockBits = 10;
+constexpr int BlockBits = 9;     // larger blocks span more exponents, so that fewer are exact
 constexpr std::size_t MaxBlock = std::size_t{1} << BlockBits;
 constexpr int LuminanceBits = 8;
 constexpr double MaxLuminance = (1 << LuminanceBits) - 1;
@@ -89,10 +89,12 @@ std::uint16_t luminance(unsigned char blue, unsigned char green, unsigned char r
 }
 
 ExponentRange exponentRange(const unsigned char* exponents, std::size_t size) {
-    unsigned char lowest[Step]; // less one, so that an exponent of 0 becomes the highest
-    unsigned char highest[Step] = {};
-    unsigned char counts[Step] = {};
+    unsigned char lowest[Step];  // less one, so that an exponent of 0 becomes the highest
+    unsigned char highest[Step]; // gcc initialises an array in parts, which one load must then wait for
+    unsigned char counts[Step];
     std::memset(lowest, 0xFF, sizeof lowest);
+    std::memset(highest, 0, sizeof highest);
+    std::memset(counts, 0, sizeof counts);
     for (std::size_t i = 0; i < size; i += Step) {
         for (std::size_t lane = 0; lane < Step; ++lane) {
             const unsigned char exponent = exponents[i + lane];
@@ -101,15 +103,12 @@ ExponentRange exponentRange(const unsigned char* exponents, std::size_t size) {
             counts[lane] = static_cast<unsigned char>(counts[lane] + (exponent != 0 ? 1 : 0));
         }
     }
-    unsigned char least = 0xFF;
-    unsigned char most = 0;
-    unsigned count = 0;
+    ExponentRange range = {0xFF, 0, 0};
     for (std::size_t lane = 0; lane < Step; ++lane) {
-        least = smaller(least, lowest[lane]);
-        most = larger(most, highest[lane]);
-        count += counts[lane];
+        range = {smaller<unsigned>(range.lowest, lowest[lane]), larger<unsigned>(range.highest, highest[lane]),
+                 range.count + counts[lane]};
     }
-    return {least + 1U, most, count};
+    return {range.lowest + 1, range.highest, range.count};
 }
 
 // Twice the value of each pixel: the exponent is then that of a float without further arithmetic, and 0 gives 0. An
