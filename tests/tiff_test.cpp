@@ -1,47 +1,18 @@
-// Writing: the writers' records, directory sizes, TIFF files and EXIF blocks byte for byte.
+// Writing: TIFF files byte for byte.
 #include "testing/files.h"
 #include "testing/system.h"
+#include "tests/support/camera_records.h"
 #include "tvmeta.h"
 
 #include <array>
-#include <cmath>
-#include <cstddef>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <tuple>
 #include <utility>
 #include <vector>
 
 using namespace test;
 
 namespace {
-
-MetadataBuf camera() {
-    MetadataBuf metadata = {{100, 6000}, {280, 100}, 70000, 0, {5000, 100}, 0, {}, 0, 0, 0, 0, 0, 0, 0, 0, "", "", ""};
-    std::strcpy(metadata.model, "X10 TV");
-    std::strcpy(metadata.dateTimeOriginal, "2013:05:01 12:00:00");
-    return metadata;
-}
-
-GpsBuf position() {
-    GpsBuf gps = {
-        {48, 1, 51, 1, 2996, 100}, {2, 1, 21, 1, 7, 1}, {35, 1}, {0, 1, 30, 1, 0, 1}, 'N', 'E', 1, "2013:05:01"};
-    return gps;
-}
-
-struct Counts {
-    std::int32_t exif, exifBytes, gps, gpsBytes, model, make, date, gpsDate, lens;
-    char makeText[64];
-    std::int32_t result;
-};
-
-Counts count(const MetadataBuf& metadata, const GpsBuf& gps) {
-    Counts c;
-    std::memset(&c, 0xA5, sizeof c);
-    c.result = get_exif_count(&metadata, &c.exif, &c.exifBytes, &gps, &c.gps, &c.gpsBytes, &c.model, &c.make, &c.date,
-                              &c.gpsDate, &c.lens, c.makeText);
-    return c;
-}
 
 // All arguments of buf2tif, with empty profile, IPTC block and packet.
 struct Job {
@@ -67,10 +38,6 @@ struct Job {
     }
 };
 
-Bytes entry(unsigned tag, unsigned type, std::uint32_t count, const Bytes& value) {
-    return le16(tag) + le16(type) + le32(count) + value + zeros(4 - value.size());
-}
-
 // The value of a tag in the first directory, in the entry or at its offset.
 Bytes valueOf(const Bytes& file, unsigned tag, std::size_t size) {
     const std::size_t directory = loadLe32(file, 4);
@@ -81,190 +48,6 @@ Bytes valueOf(const Bytes& file, unsigned tag, std::size_t size) {
         }
     }
     return "absent";
-}
-
-TEST(MetadataRecord, RationalsTruncateAndSaturate) {
-    const struct {
-        float value;
-        std::int32_t numerator, denominator;
-    } cases[] = {{0.004F, 100, 24999},   {1.0F / 60.0F, 100, 5999}, {2.8F, 279, 100},
-                 {1.0F, 100, 100},       {0.5F, 100, 200},          {30.0F, 3000, 100},
-                 {3e7F, INT32_MAX, 100}, {1e-9F, 100, INT32_MAX},   {0.0F, 7, 7},
-                 {-1.0F, 7, 7},          {std::nanf(""), 7, 7},     {INFINITY, INT32_MAX, 100}};
-    for (const auto& test : cases) {
-        ExifInfo info{};
-        info.exposureTime = test.value;
-        std::memset(info.lens, 'l', sizeof info.lens);
-        MetadataBuf metadata{};
-        metadata.exposureTime[0] = metadata.exposureTime[1] = 7;
-        GpsBuf gps{};
-        EXPECT_EQ(metadataBufFromExifInfo(&info, &metadata, &gps), test.numerator) << test.value;
-        EXPECT_EQ(metadata.exposureTime[1], test.denominator) << test.value;
-        EXPECT_EQ(metadata.lens[63], 'l');
-    }
-}
-
-TEST(MetadataRecord, EveryFieldIsCopied) {
-    ExifInfo info;
-    std::memset(&info, 0, sizeof info);
-    info.exposureSource = 2;
-    info.exposureTime = 3.0F;
-    info.fNumber = 4.0F;
-    info.isoSpeed = 5;
-    info.focalLength = 6.0F;
-    info.focalLength35mm = 7;
-    info.focalPlaneXResolution = 8.0F;
-    info.focalPlaneResolutionUnit = 9;
-    info.thumbnailLength = 10;
-    info.thumbnailOffset = 11;
-    info.orientation = 12;
-    info.iptcLength = 13;
-    info.iptcOffset = 14;
-    info.xmpLength = 15;
-    info.xmpOffset = 16;
-    std::strcpy(info.model, "model");
-    std::strcpy(info.dateTimeOriginal, "date");
-    std::strcpy(info.lens, "lens");
-    info.gpsLatitudeRef = 'S';
-    info.gpsLongitudeRef = 'W';
-    info.gpsAltitudeRef = 1;
-    for (std::uint32_t i = 0; i < 6; ++i) {
-        info.gpsLatitude[i] = 20 + i;
-        info.gpsLongitude[i] = 30 + i;
-        info.gpsTimeStamp[i] = 40 + i;
-        info.gpsAltitude[i % 2] = 50 + i % 2;
-    }
-    std::strcpy(info.gpsDateStamp, "2013:05:01");
-    const MetadataBuf expected = {{300, 100}, {400, 100}, 5,  2,  {600, 100}, 7,  {800, 100}, 9,      11,
-                                  10,         14,         13, 12, 16,         15, "model",    "date", "lens"};
-    const GpsBuf place = {{20, 21, 22, 23, 24, 25},
-                          {30, 31, 32, 33, 34, 35},
-                          {50, 51},
-                          {40, 41, 42, 43, 44, 45},
-                          'S',
-                          'W',
-                          1,
-                          "2013:05:01"};
-    MetadataBuf metadata{};
-    GpsBuf gps{};
-    metadataBufFromExifInfo(&info, &metadata, &gps);
-    EXPECT_EQ(std::memcmp(&metadata, &expected, sizeof expected), 0);
-    EXPECT_EQ(std::memcmp(&gps, &place, offsetof(GpsBuf, dateStamp) + sizeof place.dateStamp), 0);
-}
-
-TEST(ExifCount, TextsAndMakes) {
-    const struct {
-        const char* model;
-        const char* make;
-    } cases[] = {{"NIKON D800", "NIKON CORPORATION"},
-                 {"Canon EOS 5D", "Canon"},
-                 {"X10", ""},
-                 {"X10 more", "FUJIFILM"},
-                 {"E-M5", "OLYMPUS"},
-                 {"E-", ""},
-                 {"", ""},
-                 {"canon", ""},
-                 {"Panasonic", "Panasonic"},
-                 {"E-8", ""},
-                 {"SLT-A99", "SONY"},
-                 {"SONY DSC", "SONY"},
-                 {"DMC-GH3", "Panasonic"},
-                 {"NEX-7", "SONY"},
-                 {"PENTAX K-5", "PENTAX"},
-                 {"DSLR-A900", "SONY"},
-                 {"E-1", "OLYMPUS"},
-                 {"E-20", "OLYMPUS"},
-                 {"E-300", "OLYMPUS"},
-                 {"E-420", "OLYMPUS"},
-                 {"E-510", "OLYMPUS"},
-                 {"E-620", "OLYMPUS"},
-                 {"E-7", "OLYMPUS"},
-                 {"E-PL5", "OLYMPUS"},
-                 {"SP350", "OLYMPUS"},
-                 {"SP550UZ", "OLYMPUS"},
-                 {"SP450", ""},
-                 {"OLYMPUS", "OLYMPUS"},
-                 {"FinePix X100", "FUJIFILM"},
-                 {"FUJIFILM", "FUJIFILM"}};
-    for (const auto& test : cases) {
-        MetadataBuf metadata{};
-        std::strcpy(metadata.model, test.model);
-        const Counts counts = count(metadata, GpsBuf{});
-        const auto size = static_cast<std::int32_t>(std::strlen(test.make));
-        EXPECT_EQ(Bytes(counts.makeText, 64), test.make + zeros(64 - std::strlen(test.make))) << test.model;
-        EXPECT_EQ(counts.make, size > 0 ? size + 1 : 0) << test.model;
-    }
-    MetadataBuf full;
-    std::memset(&full, 'x', sizeof full);
-    GpsBuf reference{};
-    reference.latitudeRef = 'N';
-    reference.longitudeRef = '\x80'; // not a letter: counts as absent
-    const Counts counts = count(full, reference);
-    EXPECT_EQ(std::tie(counts.model, counts.lens, counts.date), std::tuple(63, 63, 21));
-    EXPECT_EQ(std::tie(counts.exif, counts.exifBytes, counts.gps, counts.gpsBytes, counts.result),
-              std::tuple(5, 3 * 8 + 21, 2, 0, 7));
-    full.exposureTime[1] = 0;
-    full.focalLength[1] = -1;
-    EXPECT_EQ(count(full, reference).exif, 3); // denominators of 0 and below count as absent
-}
-
-// The EXIF and GPS directories at offset `at`.
-Bytes exifDirectory(std::uint32_t at) {
-    const std::uint32_t values = at + 2 + 5 * 12 + 4;
-    return le16(5) + entry(33434, 5, 1, le32(values)) + entry(33437, 5, 1, le32(values + 8)) +
-           entry(34855, 3, 1, le16(4464)) + entry(36867, 2, 20, le32(values + 16)) +
-           entry(37386, 5, 1, le32(values + 36)) + le32(0) + le32(100) + le32(6000) + le32(280) + le32(100) +
-           Bytes("2013:05:01 12:00:00\0", 20) + le32(5000) + le32(100);
-}
-Bytes gpsDirectory(std::uint32_t at) { // a time stamp within the hour after midnight counts as absent
-    const std::uint32_t values = at + 2 + 8 * 12 + 4;
-    Bytes words;
-    for (const std::uint32_t word : std::vector<std::uint32_t>{48, 1, 51, 1, 2996, 100, 2, 1, 21, 1, 7, 1, 35, 1}) {
-        words += le32(word);
-    }
-    return le16(8) + entry(0, 1, 4, Bytes("\2\2\0\0", 4)) + entry(1, 2, 2, "N") + entry(2, 5, 3, le32(values)) +
-           entry(3, 2, 2, "E") + entry(4, 5, 3, le32(values + 24)) + entry(5, 1, 1, "\1") +
-           entry(6, 5, 1, le32(values + 48)) + entry(29, 2, 11, le32(values + 56)) + le32(0) + words +
-           Bytes("2013:05:01\0", 11);
-}
-
-TEST(ExifBlock, IsATiffStructure) {
-    const MetadataBuf metadata = camera();
-    const GpsBuf gps = position();
-    const Counts c = count(metadata, gps);
-    const auto write = [&](std::int32_t orientation, Bytes& block) {
-        return write_exif_buf(c.exif, c.exifBytes, c.gps, c.gpsBytes, c.model, c.make, c.date, c.gpsDate, orientation,
-                              &metadata, &gps, c.makeText, raw(block));
-    };
-    const std::uint32_t exif = 14 + 5 * 12 + 9 + 7;
-    const Bytes exifBytes = exifDirectory(exif);
-    const std::uint32_t gpsOffset = exif + static_cast<std::uint32_t>(exifBytes.size());
-    const Bytes expected = "II" + le16(42) + le32(8) + le16(5) + entry(271, 2, 9, le32(74)) +
-                           entry(272, 2, 7, le32(83)) + entry(274, 3, 1, le16(6)) + entry(34665, 4, 1, le32(exif)) +
-                           entry(34853, 4, 1, le32(gpsOffset)) + le32(0) + Bytes("FUJIFILM\0X10 TV\0", 16) + exifBytes +
-                           gpsDirectory(gpsOffset);
-    Bytes block = zeros(expected.size()) + "!";
-    EXPECT_EQ(write(6, block), size32(expected));
-    EXPECT_EQ(block, expected + "!");
-    EXPECT_EQ(write_exif_buf(0, 9, 0, 9, 0, 0, 9, 9, 1, &metadata, &gps, c.makeText, raw(block)), -1);
-    // Counts smaller than the records: nothing is written past the size that they define.
-    Bytes small = zeros(14 + 3 * 12 + 2 + 12 + 4) + Bytes(99, '!');
-    EXPECT_EQ(write_exif_buf(0, 0, 1, 0, 4, 0, 0, 0, 9, &metadata, &gps, c.makeText, raw(small)), size32(small) - 99);
-    EXPECT_EQ(small.substr(small.size() - 103), le32(0) + Bytes(99, '!'));
-}
-
-TEST(ExifBlock, WithoutDate) {
-    MetadataBuf metadata = {};
-    metadata.focalLength[0] = metadata.focalLength[1] = 7;
-    const GpsBuf gps = {};
-    const Bytes expected = "II" + le16(42) + le32(8) + le16(2) + entry(274, 3, 1, le16(1)) +
-                           entry(34665, 4, 1, le32(38)) + le32(0) + le16(1) + entry(37386, 5, 1, le32(56)) + le32(0) +
-                           le32(7) + le32(7);
-    Bytes block = zeros(expected.size());
-    EXPECT_EQ(write_exif_buf(1, 8, 0, 0, 0, 0, 0, 0, 1, &metadata, &gps, zeros(64).c_str(), raw(block)),
-              size32(expected));
-    EXPECT_EQ(block, expected);
-    EXPECT_EQ(write_exif_buf(0, 0, 0, 0, 0, 4, 0, 0, 1, &metadata, &gps, zeros(64).c_str(), raw(block)), 38);
 }
 
 TEST(Tiff, MinimalFile) {

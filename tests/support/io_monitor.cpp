@@ -20,7 +20,7 @@ bool fails(test::Kind kind) {
     if (!monitor.fails(kind)) {
         return false;
     }
-    errno = EIO;
+    errno = monitor.fault == test::Fault::Interrupted ? EINTR : EIO;
     return true;
 }
 
@@ -70,7 +70,7 @@ std::FILE* __wrap_fopen(const char* path, const char* mode) {
 }
 std::size_t __wrap_fread(void* block, std::size_t size, std::size_t count, std::FILE* stream) {
     const bool refused = fails(test::Read);
-    if (refused && monitor.fault == test::Fault::Error) {
+    if (refused && monitor.fault != test::Fault::Short) {
         monitor.failed = stream;
         return 0;
     }
@@ -128,7 +128,7 @@ int __wrap_fstat(int descriptor, struct stat* status) {
 }
 ssize_t __wrap_pread(int descriptor, void* block, std::size_t count, off_t position) {
     const bool refused = fails(test::Read);
-    if (refused && monitor.fault == test::Fault::Error) {
+    if (refused && monitor.fault != test::Fault::Short) {
         return -1;
     }
     return __real_pread(descriptor, block, refused ? (count + 1) / 2 : count, position);

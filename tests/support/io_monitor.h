@@ -12,8 +12,9 @@ namespace test {
 enum Kind { Allocation, Open, Read, Seek, Tell, Write, Close, Status, Kinds };
 
 enum class Fault {
-    Error, // nothing is done, errno is EIO
-    Short  // reads: half of the bytes, without an error. Other calls: as Error
+    Error,      // nothing is done, errno is EIO
+    Short,      // reads: half of the bytes, without an error. Other calls: as Error
+    Interrupted // nothing is done, errno is EINTR
 };
 
 struct Monitor {
