@@ -74,8 +74,8 @@ inline Bytes cr3(std::size_t makerNotes = 12) {
 
 // ---- HEIF and AVIF ----
 
-inline Bytes itemInfo(unsigned id, const Bytes& type, const Bytes& more = "") {
-    return versionBox("infe", 2, be16(id) + be16(0) + type + zeros(1) + more);
+inline Bytes itemInfo(unsigned id, const Bytes& type, const Bytes& more = "", bool isWide = false) {
+    return versionBox("infe", isWide ? 3 : 2, (isWide ? be32(id) : be16(id)) + be16(0) + type + zeros(1) + more);
 }
 
 // The item of EXIF data: the offset of the TIFF header after this number, here six bytes for the signature.
@@ -89,6 +89,7 @@ struct HeifOptions {
     Bytes properties = ""; // of the primary image, after its size
     unsigned associations = 0;
     std::size_t pictures = 0; // bytes of coded pictures before the other items
+    unsigned version = 1;     // of the item locations. With 2, all identifiers and indices are wide
 };
 
 // The size of the primary image is 4032 x 3024, that of the thumbnail before it 320 x 240.
@@ -96,30 +97,40 @@ inline Bytes heif(const HeifOptions& options, const Bytes& exif, const Bytes& pa
     const auto size = [](std::uint32_t width, std::uint32_t height) {
         return versionBox("ispe", 0, be32(width) + be32(height));
     };
-    const Bytes items = versionBox("iinf", 0,
-                                   be16(4) + itemInfo(1, "hvc1") + itemInfo(2, "hvc1") + itemInfo(3, "Exif") +
-                                       itemInfo(4, "mime", Bytes("application/rdf+xml\0", 20)));
+    const bool isWide = options.version == 2;
+    const auto id = [&](unsigned number) { return isWide ? be32(number) : be16(number); };
+    const auto item = [&](unsigned number, const Bytes& type, const Bytes& more = "") {
+        return itemInfo(number, type, more, isWide);
+    };
+    const Bytes items = versionBox("iinf", isWide ? 1 : 0,
+                                   id(4) + item(1, "hvc1") + item(2, "hvc1") + item(3, "Exif") +
+                                       item(4, "mime", Bytes("application/rdf+xml\0", 20)));
     const bool isInside = options.method == 1;
     const Bytes exifPlace = isInside ? be32(0) : Later;
     const Bytes packetPlace = isInside ? be32(static_cast<std::uint32_t>(exif.size())) : Later;
-    const auto location = [&](unsigned id, const Bytes& place, std::size_t length) {
-        return be16(id) + be16(options.method) + be16(0) + be16(1) + place + be32(static_cast<std::uint32_t>(length));
+    const auto location = [&](unsigned number, const Bytes& place, std::size_t length) {
+        const Bytes method = options.version > 0 ? be16(options.method) : "";
+        const Bytes start =
+            isWide ? place + be16(1) + be64(1) + be16(0) : be16(1) + place; // a base, an index, an offset
+        return id(number) + method + be16(0) + start + be32(static_cast<std::uint32_t>(length));
     };
-    const Bytes locations = versionBox("iloc", 1,
-                                       be16(0x4400) + be16(2) + location(3, exifPlace, exif.size()) +
+    const Bytes locations = versionBox("iloc", options.version,
+                                       be16(isWide ? 0x2448 : 0x4400) + id(2) + location(3, exifPlace, exif.size()) +
                                            location(4, packetPlace, packet.size()));
-    Bytes indices = "\x02\x84"; // the highest bit: essential
+    Bytes indices = isWide ? Bytes("\0\x02\x80\x04", 4) : "\x02\x84"; // the highest bit: essential
     for (unsigned i = 0; i < options.associations; ++i) {
-        indices += static_cast<char>(0x85 + i);
+        indices += isWide ? be16(0x8005 + i) : Bytes(1, static_cast<char>(0x85 + i));
     }
     const Bytes properties = box("ipco", size(320, 240) + size(4032, 3024) + box("pixi", zeros(8)) +
                                              box("colr", "prof" + Profile) + options.properties);
+    const Bytes other = isWide ? Bytes("\1\0\1", 3) : "\1\1";
+    const auto count = static_cast<char>(2 + options.associations);
     const Bytes associations =
-        versionBox("ipma", 0, be32(2) + be16(2) + "\x01\x01" + be16(1) + static_cast<char>(indices.size()) + indices);
+        versionBox("ipma", isWide ? 1 : 0, be32(2) + id(2) + other + id(1) + count + indices, isWide ? 1 : 0);
     const Bytes meta = versionBox(
         "meta", 0,
-        versionBox("hdlr", 0, zeros(4) + "pict" + zeros(13)) + versionBox("pitm", 0, be16(1)) + items + locations +
-            box("iprp", properties + associations) + (isInside ? box("idat", exif + packet) : ""));
+        versionBox("hdlr", 0, zeros(4) + "pict" + zeros(13)) + versionBox("pitm", isWide ? 1 : 0, id(1)) + items +
+            locations + box("iprp", properties + associations) + (isInside ? box("idat", exif + packet) : ""));
     Bytes file = box("ftyp", options.brand + be32(0) + "mif1" + options.brand) + meta;
     if (isInside) {
         return file + box("mdat", zeros(16));

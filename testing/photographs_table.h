@@ -166,6 +166,8 @@ inline void addHeifs(std::vector<Photograph>& photos) {
     } rows[] = {
         {"plain.heic", {}, "6"},
         {"inside.heic", {.brand = "heix", .method = 1}, "6"},
+        {"former.heic", {.version = 0}, "6"},
+        {"wide.heic", {.properties = irot(1) + imir(0), .associations = 2, .version = 2}, "5"},
         {"film.hif", {.brand = "heic", .properties = irot(0), .associations = 1}, "1"},
         {"left.heic", {.properties = irot(1), .associations = 1}, "8"},
         {"around.heic", {.properties = irot(2), .associations = 1}, "3"},

@@ -48,7 +48,9 @@ TEST(Brackets, MakesRecords) {
     EXPECT_EQ(other.serialNumber, shot.serialNumber);
     EXPECT_EQ(other.hidesBrackets, 0);
     std::memset(photo->serialNumber, 'x', sizeof photo->serialNumber); // not terminated
+    std::strcpy(photo->make, "FUJIFILM");
     EXPECT_EQ(tvmeta_shot(photo.get(), nullptr, nullptr, &other), TVMETA_OK);
+    EXPECT_EQ(other.hidesBrackets, 0);
 
     other.recordSize = 8; // a caller that knows two members
     other.camera = 99;

@@ -157,6 +157,145 @@ TEST(Photo, EveryContainer) {
     }
 }
 
+// Sizes and ratios of codestreams, as numbers of some bits from the lowest on (ISO/IEC 18181-1, annex B).
+TEST(Photo, SizesOfJpegXl) {
+    struct Number {
+        unsigned bits, value;
+    };
+    const struct {
+        std::vector<Number> numbers; // ratio and "all default" are those of 3 and of 1 bit
+        int width, height;
+    } rows[] = {
+        {{{1, 1}, {5, 15}, {3, 0}, {5, 4}, {1, 1}}, 40, 128},
+        {{{1, 1}, {5, 15}, {3, 1}, {1, 1}}, 128, 128},
+        {{{1, 1}, {5, 15}, {3, 2}, {1, 1}}, 153, 128}, // 12:10, rounded down
+        {{{1, 1}, {5, 15}, {3, 3}, {1, 1}}, 170, 128},
+        {{{1, 1}, {5, 15}, {3, 4}, {1, 1}}, 192, 128},
+        {{{1, 1}, {5, 15}, {3, 5}, {1, 1}}, 227, 128},
+        {{{1, 1}, {5, 15}, {3, 6}, {1, 1}}, 160, 128},
+        {{{1, 1}, {5, 15}, {3, 7}, {1, 1}}, 256, 128},
+        {{{1, 0}, {2, 0}, {9, 511}, {3, 0}, {2, 1}, {13, 8191}, {1, 1}}, 8192, 512},
+        {{{1, 0}, {2, 2}, {18, 99999}, {3, 0}, {2, 3}, {30, 999999}, {1, 1}}, 1000000, 100000},
+        {{{1, 0}, {2, 3}, {30, (1U << 30) - 1}, {3, 1}, {1, 1}}, 1 << 30, 1 << 30},
+        {{{1, 0}, {2, 3}, {30, (1U << 30) - 1}, {3, 7}, {1, 1}}, 0, 0}, // 2^31 wide
+    };
+    for (const auto& row : rows) {
+        Bytes bytes = "\xFF\x0A" + zeros(14);
+        std::size_t at = 16;
+        for (const Number& number : row.numbers) {
+            for (unsigned i = 0; i < number.bits; ++i, ++at) {
+                const char bit = static_cast<char>((number.value >> i & 1U) << at % 8);
+                bytes[at / 8] = static_cast<char>(bytes[at / 8] | bit);
+            }
+        }
+        const tvmeta_Source source = memorySource(bytes);
+        tvmeta_Photo record = emptyRecord();
+        EXPECT_EQ(tvmeta_read_photo(&source, &record), TVMETA_OK) << row.width;
+        EXPECT_EQ(record.width, row.width);
+        EXPECT_EQ(record.height, row.height);
+    }
+}
+
+// The values of EXIF at the edges of what they mean. An empty value: the record has none.
+TEST(Photo, ValuesAtTheirEdges) {
+    const Tiff t;
+    const auto part = [&](unsigned numerator, unsigned denominator) { return t.rational(numerator, denominator); };
+    const auto rationals = [](unsigned tag, const Bytes& values) {
+        return Tiff::Entry{tag, 5, static_cast<std::uint32_t>(values.size() / 8), values};
+    };
+    const auto time = [&](const Bytes& text) { return Entries{t.textEntry(36867, text)}; };
+    const auto withTime = [&](unsigned tag, const Bytes& text) {
+        return Entries{t.textEntry(36867, "2024:02:29 23:59:59"), t.textEntry(tag, text)};
+    };
+    const auto latitude = [&](const Bytes& values) { return Entries{{1, 2, 2, "S"}, rationals(2, values)}; };
+    const auto clock = [&](const Bytes& values) {
+        return Entries{rationals(7, values), t.textEntry(29, "2024-02-28")};
+    };
+    const Bytes zero = part(0, 1);
+    const struct {
+        const char* what;
+        Entries exif, gps;
+        const char* key;
+        std::string value;
+        int damaged = -1;
+    } rows[] = {
+        {"other separators", time("2024/06-21T00:00:00"), {}, "dateTimeOriginal", "\"2024:06:21 00:00:00\""},
+        {"points", time("1970.01.01 23:59:60"), {}, "dateTimeOriginal", "\"1970:01:02 00:00:00\""},
+        {"hour 24", time("2024:06:21 24:00:00"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
+        {"minute 60", time("2024:06:21 20:60:00"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
+        {"second 61", time("2024:06:21 20:41:61"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
+        {"no seconds", time("2024:06:21 20:41"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
+        {"letters", time("2024:06:21 2o:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
+        {"year 0", time("0000:06:21 20:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
+        {"month 0", time("2024:00:21 20:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
+        {"month 13", time("2024:13:21 20:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
+        {"day 0", time("2024:06:00 20:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
+        {"first separator", time("2024_06:21 20:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
+        {"second separator", time("2024:06_21 20:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
+        {"separator of the time", time("2024:06:21_20:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
+        {"separator of minutes", time("2024:06:21 20.41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
+        {"separator of seconds", time("2024:06:21 20:41.07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
+        {"universal time", withTime(36881, "Z"), {}, "utcOffset", "\"+00:00\""},
+        {"far west", withTime(36881, "-15:59"), {}, "utcOffset", "\"-15:59\""},
+        {"offset of 16 hours", withTime(36881, "+16:00"), {}, "utcOffset", "", TVMETA_UTC_OFFSET},
+        {"offset of 60 minutes", withTime(36881, "+02:60"), {}, "utcOffset", "", TVMETA_UTC_OFFSET},
+        {"offset without sign", withTime(36881, "02:00"), {}, "utcOffset", "", TVMETA_UTC_OFFSET},
+        {"offset without colon", withTime(36881, "+0200"), {}, "utcOffset", "", TVMETA_UTC_OFFSET},
+        {"unknown offset", withTime(36881, "   :  "), {}, "utcOffset", ""},
+        {"nanoseconds", withTime(37521, "000000019"), {}, "subSecond", "\"000000019\""},
+        {"letters in a fraction", withTime(37521, "1o"), {}, "subSecond", "", TVMETA_SUB_SECOND},
+        {"unknown fraction", withTime(37521, "  "), {}, "subSecond", ""},
+        {"south pole", {}, latitude(part(90, 1) + zero + zero), "gpsLatitude", "-90"},
+        {"beyond the pole", {}, latitude(part(90, 1) + zero + part(1, 1)), "gpsLatitude", "", TVMETA_LATITUDE},
+        {"degrees alone", {}, latitude(part(95, 2)), "gpsLatitude", "-47.5"},
+        {"no degrees", {}, latitude(""), "gpsLatitude", "", TVMETA_LATITUDE},
+        {"unknown degrees", {}, latitude(part(0, 0) + zero + zero), "gpsLatitude", "", TVMETA_LATITUDE},
+        {"unknown seconds", {}, latitude(part(47, 1) + part(30, 1) + part(0, 0)), "gpsLatitude", "-47.5"},
+        {"impossible minutes", {}, latitude(part(47, 1) + part(1, 0) + zero), "gpsLatitude", "", TVMETA_LATITUDE},
+        {"date line", {}, {{3, 2, 2, "W"}, rationals(4, part(180, 1))}, "gpsLongitude", "-180"},
+        {"beyond it", {}, {rationals(4, part(181, 1))}, "gpsLongitude", "", TVMETA_LONGITUDE},
+        {"below sea level", {}, {{5, 1, 1, "\1"}, rationals(6, part(13, 2))}, "gpsAltitude", "-6.5"},
+        {"other reference", {}, {{5, 1, 1, "\2"}, rationals(6, part(13, 2))}, "gpsAltitude", "6.5"},
+        {"unknown altitude", {}, {rationals(6, part(0, 0))}, "gpsAltitude", ""},
+        {"impossible altitude", {}, {rationals(6, part(1, 0))}, "gpsAltitude", "", TVMETA_ALTITUDE},
+        {"last hour", {}, clock(part(24, 1) + part(59, 1) + part(59, 1)), "gpsTime", "\"00:59:59\""},
+        {"its date", {}, clock(part(24, 1) + part(59, 1) + part(59, 1)), "gpsDate", "\"2024:02:29\""},
+        {"midnight", {}, clock(zero + zero + zero), "gpsTime", "\"00:00:00\""},
+        {"hour 25", {}, clock(part(25, 1) + zero + zero), "gpsTime", "", TVMETA_GPS_TIME},
+        {"time without date", {}, {rationals(7, part(1, 1))}, "gpsTime", ""},
+        {"orientation 1", {t.shortEntry(274, 1)}, {}, "orientation", "1"},
+        {"orientation 8", {t.shortEntry(274, 8)}, {}, "orientation", "8"},
+        {"automatic exposure", {t.shortEntry(41986, 0)}, {}, "exposureMode", "0"},
+        {"unknown program", {t.shortEntry(34850, 0)}, {}, "exposureProgram", "0"},
+        {"unknown metering", {t.shortEntry(37383, 0)}, {}, "meteringMode", "0"},
+        {"no flash", {t.shortEntry(37385, 0)}, {}, "flash", "0"},
+        {"largest number", {t.longEntry(41987, 65535)}, {}, "whiteBalance", "65535"},
+        {"number beyond", {t.longEntry(41987, 65536)}, {}, "whiteBalance", "", TVMETA_WHITE_BALANCE},
+        {"short lens", {t.shortEntry(41989, 1)}, {}, "focalLength35mm", "1"},
+        {"no bias", {fractionEntry(t, 37380, 0, 3)}, {}, "exposureBias", "0"},
+        {"unknown bias", {fractionEntry(t, 37380, 0, 0)}, {}, "exposureBias", ""},
+        {"two signs", {fractionEntry(t, 33434, -1, -4)}, {}, "exposureTime", "0.25"},
+        {"below 0", {fractionEntry(t, 33434, 1, -4)}, {}, "exposureTime", "", TVMETA_EXPOSURE_TIME},
+        {"ISO beyond the tag", {t.shortEntry(34855, 65535)}, {}, "isoSpeed", "65535"},
+        {"ISO of another tag", {t.longEntry(34867, 50)}, {}, "isoSpeed", "50"},
+        {"largest ISO", {t.longEntry(34867, 0x7FFFFFFF)}, {}, "isoSpeed", "2147483647"},
+        {"larger ISO", {t.longEntry(34867, 0x80000000)}, {}, "isoSpeed", "", TVMETA_ISO_SPEED},
+        {"exposure index 1", {rationals(41493, part(1, 1))}, {}, "isoSpeed", "1"},
+        {"exposure index below", {rationals(41493, part(99, 100))}, {}, "isoSpeed", ""},
+    };
+    for (const auto& row : rows) {
+        Tiff tiff;
+        const std::uint32_t exif = tiff.add(row.exif), gps = tiff.add(row.gps);
+        const Bytes bytes = tiff.finish(tiff.add({tiff.longEntry(34665, exif), tiff.longEntry(34853, gps)}));
+        const tvmeta_Source source = memorySource(bytes);
+        tvmeta_Photo record = emptyRecord();
+        EXPECT_EQ(tvmeta_read_photo(&source, &record), TVMETA_OK) << row.what;
+        Fields fields = fieldsOf(source, record);
+        EXPECT_EQ(fields[row.key], row.value) << row.what;
+        EXPECT_EQ(record.damaged, row.damaged < 0 ? 0 : std::uint64_t{1} << row.damaged) << row.what;
+    }
+}
+
 TEST(Photo, RefusedKinds) {
     for (const Photograph& file : refusedFiles()) {
         const tvmeta_Source source = memorySource(file.bytes);
