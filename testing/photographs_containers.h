@@ -114,9 +114,10 @@ inline Bytes heif(const HeifOptions& options, const Bytes& exif, const Bytes& pa
             isWide ? place + be16(1) + be64(1) + be16(0) : be16(1) + place; // a base, an index, an offset
         return id(number) + method + be16(0) + start + be32(static_cast<std::uint32_t>(length));
     };
-    const Bytes locations = versionBox("iloc", options.version,
-                                       be16(isWide ? 0x2448 : 0x4400) + id(2) + location(3, exifPlace, exif.size()) +
-                                           location(4, packetPlace, packet.size()));
+    const Bytes locations =
+        versionBox("iloc", options.version,
+                   be16(isWide ? 0x2448 : 0x4400) + id(3) + location(2, be32(1), 1) +
+                       location(3, exifPlace, exif.size()) + location(4, packetPlace, packet.size()));
     Bytes indices = isWide ? Bytes("\0\x02\x80\x04", 4) : "\x02\x84"; // the highest bit: essential
     for (unsigned i = 0; i < options.associations; ++i) {
         indices += isWide ? be16(0x8005 + i) : Bytes(1, static_cast<char>(0x85 + i));

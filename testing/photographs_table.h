@@ -311,6 +311,17 @@ inline void addUnusual(std::vector<Photograph>& photos) {
                       {{TVMETA_XMP, xmp("<aux:Lens>" + lens + "</aux:Lens>")}},
                       TVMETA_OK,
                       bit(TVMETA_LENS)});
+    Tiff described;
+    const Bytes description = "a, b, c, d, e, f, g, 1/250s, R30, G30, B30";
+    photos.push_back({"described.tif",
+                      described.finish(described.add({described.longEntry(256, 600), described.longEntry(257, 400),
+                                                      described.textEntry(270, description)})),
+                      joined({container("TIFF", 600, 400),
+                              {{"exposureTime", "0.004"},
+                               {"isoSpeed", "400"},
+                               {"derived", "\"exposureTime isoSpeed\""},
+                               {"description", '"' + description + '"'}}}),
+                      {}});
     // Inside of the frame header.
     const Bytes whole = jpegOf(cameraTiff(t));
     photos.push_back({"cut.jpg",

@@ -230,6 +230,8 @@ TEST(Texts, Precedence) {
         {"no IPTC copyright", file("", IptcBlock, {t.textEntry(33432, "c")}), TVMETA_TEXT_COPYRIGHT, 0, "c"},
         {"XMP before IPTC", file(Packet, IptcBlock, exif), TVMETA_TEXT_TITLE, 0, "Sea & sky"},
         {"XMP without the property", file(Packet, IptcBlock, exif), TVMETA_TEXT_ARTIST, 0, "IPTC artist"},
+        {"IPTC of extended size", file("", "\x1C\2\5" + be16(0x8004) + be32(4) + "long" + dataset(5, "no"), {}),
+         TVMETA_TEXT_TITLE, 0, "long"},
         {"lists do not mix", file(Packet, IptcBlock, exif), TVMETA_TEXT_KEYWORD, 2, ""},
         {"attribute", file(xmp("", "dc:title = \"a &#x41;&#66;&lt;&no;\""), "", {}), TVMETA_TEXT_TITLE, 0, "a AB<&no;"},
         {"empty attribute", file(xmp("", "dc:title=''"), IptcBlock, {}), TVMETA_TEXT_TITLE, 0, "IPTC title"},
@@ -259,6 +261,25 @@ TEST(Texts, CutBetweenCharacters) {
         EXPECT_EQ(text.find('#'), static_cast<std::size_t>(Whole[capacity])) << capacity;
     }
     EXPECT_EQ(tvmeta_read_text(&source, nullptr, TVMETA_TEXT_TITLE, 0, nullptr, 99), 10);
+}
+
+TEST(Status, Texts) {
+    constexpr const char* Texts[] = {"success",
+                                     "the source cannot be read",
+                                     "not a photograph of a known kind",
+                                     "recognised, but not supported",
+                                     "the file is damaged",
+                                     "not enough memory",
+                                     "wrong argument",
+                                     "the buffer is too small",
+                                     "too large for the format",
+                                     "the file cannot be written"};
+    for (std::int32_t i = 0; i < std::ssize(Texts); ++i) {
+        EXPECT_STREQ(tvmeta_status_text(-i), Texts[i]);
+    }
+    for (const std::int32_t unknown : {1, -10, INT32_MIN, INT32_MAX}) {
+        EXPECT_STREQ(tvmeta_status_text(unknown), "unknown status");
+    }
 }
 
 // The places are those that `exiftool -v3 examples/scene.jpg` prints.

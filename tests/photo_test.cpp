@@ -157,45 +157,6 @@ TEST(Photo, EveryContainer) {
     }
 }
 
-// Sizes and ratios of codestreams, as numbers of some bits from the lowest on (ISO/IEC 18181-1, annex B).
-TEST(Photo, SizesOfJpegXl) {
-    struct Number {
-        unsigned bits, value;
-    };
-    const struct {
-        std::vector<Number> numbers; // ratio and "all default" are those of 3 and of 1 bit
-        int width, height;
-    } rows[] = {
-        {{{1, 1}, {5, 15}, {3, 0}, {5, 4}, {1, 1}}, 40, 128},
-        {{{1, 1}, {5, 15}, {3, 1}, {1, 1}}, 128, 128},
-        {{{1, 1}, {5, 15}, {3, 2}, {1, 1}}, 153, 128}, // 12:10, rounded down
-        {{{1, 1}, {5, 15}, {3, 3}, {1, 1}}, 170, 128},
-        {{{1, 1}, {5, 15}, {3, 4}, {1, 1}}, 192, 128},
-        {{{1, 1}, {5, 15}, {3, 5}, {1, 1}}, 227, 128},
-        {{{1, 1}, {5, 15}, {3, 6}, {1, 1}}, 160, 128},
-        {{{1, 1}, {5, 15}, {3, 7}, {1, 1}}, 256, 128},
-        {{{1, 0}, {2, 0}, {9, 511}, {3, 0}, {2, 1}, {13, 8191}, {1, 1}}, 8192, 512},
-        {{{1, 0}, {2, 2}, {18, 99999}, {3, 0}, {2, 3}, {30, 999999}, {1, 1}}, 1000000, 100000},
-        {{{1, 0}, {2, 3}, {30, (1U << 30) - 1}, {3, 1}, {1, 1}}, 1 << 30, 1 << 30},
-        {{{1, 0}, {2, 3}, {30, (1U << 30) - 1}, {3, 7}, {1, 1}}, 0, 0}, // 2^31 wide
-    };
-    for (const auto& row : rows) {
-        Bytes bytes = "\xFF\x0A" + zeros(14);
-        std::size_t at = 16;
-        for (const Number& number : row.numbers) {
-            for (unsigned i = 0; i < number.bits; ++i, ++at) {
-                const char bit = static_cast<char>((number.value >> i & 1U) << at % 8);
-                bytes[at / 8] = static_cast<char>(bytes[at / 8] | bit);
-            }
-        }
-        const tvmeta_Source source = memorySource(bytes);
-        tvmeta_Photo record = emptyRecord();
-        EXPECT_EQ(tvmeta_read_photo(&source, &record), TVMETA_OK) << row.width;
-        EXPECT_EQ(record.width, row.width);
-        EXPECT_EQ(record.height, row.height);
-    }
-}
-
 // The values of EXIF at the edges of what they mean. An empty value: the record has none.
 TEST(Photo, ValuesAtTheirEdges) {
     const Tiff t;

@@ -1,0 +1,145 @@
+// What containers lead to: sizes, damaged places, packets in pieces.
+#include "testing/photo_sources.h"
+#include "testing/photographs_containers.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+using namespace test;
+
+namespace {
+
+// Sizes and ratios of codestreams, as numbers of some bits from the lowest on (ISO/IEC 18181-1, annex B).
+TEST(Containers, SizesOfJpegXl) {
+    struct Number {
+        unsigned bits, value;
+    };
+    const struct {
+        std::vector<Number> numbers; // ratio and "all default" are those of 3 and of 1 bit
+        int width, height;
+    } rows[] = {
+        {{{1, 1}, {5, 15}, {3, 0}, {5, 4}, {1, 1}}, 40, 128},
+        {{{1, 1}, {5, 15}, {3, 1}, {1, 1}}, 128, 128},
+        {{{1, 1}, {5, 15}, {3, 2}, {1, 1}}, 153, 128}, // 12:10, rounded down
+        {{{1, 1}, {5, 15}, {3, 3}, {1, 1}}, 170, 128},
+        {{{1, 1}, {5, 15}, {3, 4}, {1, 1}}, 192, 128},
+        {{{1, 1}, {5, 15}, {3, 5}, {1, 1}}, 227, 128},
+        {{{1, 1}, {5, 15}, {3, 6}, {1, 1}}, 160, 128},
+        {{{1, 1}, {5, 15}, {3, 7}, {1, 1}}, 256, 128},
+        {{{1, 0}, {2, 0}, {9, 511}, {3, 0}, {2, 1}, {13, 8191}, {1, 1}}, 8192, 512},
+        {{{1, 0}, {2, 2}, {18, 99999}, {3, 0}, {2, 3}, {30, 999999}, {1, 1}}, 1000000, 100000},
+        {{{1, 0}, {2, 3}, {30, (1U << 30) - 1}, {3, 1}, {1, 1}}, 1 << 30, 1 << 30},
+        {{{1, 0}, {2, 3}, {30, (1U << 30) - 1}, {3, 7}, {1, 1}}, 0, 0}, // 2^31 wide
+    };
+    for (const auto& row : rows) {
+        Bytes bytes = "\xFF\x0A" + zeros(14);
+        std::size_t at = 16;
+        for (const Number& number : row.numbers) {
+            for (unsigned i = 0; i < number.bits; ++i, ++at) {
+                const char bit = static_cast<char>((number.value >> i & 1U) << at % 8);
+                bytes[at / 8] = static_cast<char>(bytes[at / 8] | bit);
+            }
+        }
+        const tvmeta_Source source = memorySource(bytes);
+        tvmeta_Photo record = emptyRecord();
+        EXPECT_EQ(tvmeta_read_photo(&source, &record), TVMETA_OK) << row.width;
+        EXPECT_EQ(record.width, row.width);
+        EXPECT_EQ(record.height, row.height);
+    }
+}
+
+// The first place where a file is damaged: a header, a chunk, a box, a directory.
+TEST(Containers, DamagedPlaces) {
+    const Bytes exif = exifItem(cameraTiff(Tiff(false)));
+    const Bytes image = heif({}, exif, Packet);
+    const Bytes headless = heif({}, be32(1000) + exif.substr(4), Packet);
+    const Bytes section = psd(resource(0x0404, IptcBlock));
+    const Bytes chunks = png(pngChunk("eXIf", cameraTiff(Tiff())));
+    const Bytes raw = raf(plainJpeg(600, 400, 1));
+    const Bytes file = webp(webpChunk("VP8L", "\x2F" + le32(639 | 479U << 14) + zeros(10)));
+    const Bytes whole = "\xFF\xD8" + exifSegment(cameraTiff(Tiff()));
+    const struct {
+        const char* what;
+        Bytes bytes;
+        std::size_t place;
+    } rows[] = {
+        {"PSD, header", section.substr(0, 29), 0},
+        {"PSD, colours beyond the file", Bytes(section).replace(26, 4, be32(1000)), 30 + 1000},
+        {"PSD, resources beyond the file", section.substr(0, section.size() - 1), 34},
+        {"PNG, header of a chunk", chunks.substr(0, 40), 33},
+        {"PNG, content of a chunk", chunks.substr(0, 60), 33},
+        {"WebP, content of a chunk", file.substr(0, file.size() - 2), 12},
+        {"JPEG XL, size of a box below its header", jxl(be32(7) + "jxlc"), 32},
+        {"JPEG XL, large size of a box below its header", jxl(be32(1) + "jxlc" + be64(15)), 32},
+        {"JPEG XL, large size that is cut", jxl(be32(1) + "jxlc" + zeros(7)), 32},
+        {"JPEG XL, EXIF beyond its box", jxl(box("Exif", be32(1) + "x")), 40},
+        {"HEIF without tables", box("ftyp", "heic" + zeros(8)), 0},
+        {"HEIF with empty tables", box("ftyp", "heic" + zeros(8)) + versionBox("meta", 0, ""), 0},
+        {"HEIF, EXIF beyond its item", headless, headless.find(be32(1000) + "Exif")},
+        {"HEIF, EXIF beyond the file", image.substr(0, image.find(exif) + 1), image.find("iloc") + 4},
+        {"CR3 without movie", box("ftyp", "crx " + zeros(8)), 0},
+        {"RAF, header", raw.substr(0, 91), 0},
+        {"RAF, preview beyond the file", raw.substr(0, raw.size() - 65), 108},
+        {"RAF, empty preview", Bytes(raw).replace(88, 4, be32(0)), 108},
+        {"RAF, preview after the file", Bytes(raw).replace(84, 4, be32(99999)), 99999},
+        {"TIFF, directory beyond the file", Tiff().finish(500), 0},
+        {"TIFF, directory across the end of the file", Tiff().finish(8) + "x", 8},
+        {"JPEG, end", whole, whole.size()},
+        {"JPEG, short segment", "\xFF\xD8\xFF\xE1" + be16(1) + zeros(9), 2},
+        {"JPEG, segment beyond the file", "\xFF\xD8\xFF\xE1" + be16(5) + "xy", 2},
+        {"JPEG, no marker", "\xFF\xD8\xFF\xE1" + be16(3) + "xy\xE1" + be16(2), 7},
+    };
+    for (const auto& row : rows) {
+        const tvmeta_Source source = memorySource(row.bytes);
+        tvmeta_Photo record = emptyRecord();
+        EXPECT_EQ(tvmeta_read_photo(&source, &record), TVMETA_BROKEN) << row.what;
+        EXPECT_EQ(record.brokenAt, static_cast<std::int64_t>(row.place)) << row.what;
+    }
+}
+
+// An extended packet is joined if the packet names it, and its RDF element declares no names that would be lost.
+TEST(Containers, ExtendedXmp) {
+    const Bytes moved = "<rdf:Description>more</rdf:Description>";
+    const Bytes rdf = "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>";
+    const Bytes extension = "<x:xmpmeta>" + rdf + moved + "</rdf:RDF></x:xmpmeta>";
+    const Bytes declaring = "<rdf:RDF xmlns:rdf='r' xmlns:dc='d'>" + moved + "</rdf:RDF>";
+    const Bytes other = "<rdf:RDF xmlns:dc='d'>" + moved + "</rdf:RDF>";
+    const auto packet = [&](const Bytes& reference, const Bytes& more = "") {
+        return "<x:xmpmeta>" + rdf + "<rdf:Description " + reference + "/>" + more + "</rdf:RDF></x:xmpmeta>";
+    };
+    const Bytes name = "xmpNote:HasExtendedXMP";
+    const Bytes quoted = packet(name + "='" + Guid + "'");
+    const Bytes element = "<" + name + ">" + Guid + "</" + name + ">";
+    const Bytes cut = packet(name + "='" + Guid.substr(1) + "' ");
+    const Bytes unnamed = packet(name + "='" + Bytes(32, '7') + "'");
+    const Bytes unclosed = "<rdf:RDF " + name + "='" + Guid + "'>";
+    const struct {
+        const char* what;
+        Bytes packet, extension, joined;
+    } rows[] = {
+        {"attribute", quoted, extension, packet("", moved)},
+        {"quotation marks", packet(name + "=\"" + Guid + "\""), extension, packet("", moved)},
+        {"element", packet("", element), extension, packet("", moved)},
+        {"no reference", packet(""), extension, packet("")},
+        {"cut reference", cut, extension, cut},
+        {"reference to another", unnamed, extension, unnamed},
+        {"more names", quoted, declaring, quoted + declaring},
+        {"other names", quoted, other, quoted + other},
+        {"no names", quoted, "<rdf:RDF>" + moved + "</rdf:RDF>", packet("", moved)},
+        {"no RDF", quoted, "<more/>", quoted + "<more/>"},
+        {"no end of RDF", quoted, rdf + moved, quoted + rdf + moved},
+        {"no end of the packet", unclosed, extension, unclosed + extension},
+        {"no packet", "", extension, ""},
+    };
+    for (const auto& row : rows) {
+        const Bytes bytes = jpeg((row.packet.empty() ? "" : xmpSegment(row.packet)) +
+                                 extensionSegment(Guid, row.extension, 0, row.extension.size()));
+        const tvmeta_Source source = memorySource(bytes);
+        Bytes joined(1000, '\0');
+        const std::int64_t size = tvmeta_read_block(&source, nullptr, TVMETA_XMP, joined.data(), std::ssize(joined));
+        EXPECT_EQ(joined.substr(0, static_cast<std::size_t>(size)), row.joined) << row.what;
+    }
+}
+
+} // namespace
