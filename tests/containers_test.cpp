@@ -1,9 +1,11 @@
-// What containers lead to: sizes, damaged places, packets in pieces.
+// What containers lead to: sizes, damaged places, packets in pieces, tags.
 #include "testing/photo_sources.h"
 #include "testing/photographs_containers.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstring>
 #include <vector>
 
 using namespace test;
@@ -140,6 +142,49 @@ TEST(Containers, ExtendedXmp) {
         const std::int64_t size = tvmeta_read_block(&source, nullptr, TVMETA_XMP, joined.data(), std::ssize(joined));
         EXPECT_EQ(joined.substr(0, static_cast<std::size_t>(size)), row.joined) << row.what;
     }
+}
+
+// The places are those that `exiftool -v3 examples/scene.jpg` prints.
+TEST(Tags, Places) {
+    tvmeta_Source source;
+    ASSERT_EQ(tvmeta_open(TVMETA_EXAMPLES "/scene.jpg", &source), TVMETA_OK);
+    std::array<tvmeta_Tag, 40> tags{};
+    EXPECT_EQ(tvmeta_list_tags(&source, nullptr, tags.data(), 5), 36);
+    EXPECT_EQ(tags[4].tag, 0x011B);
+    EXPECT_EQ(tags[5].tag, 0);
+    EXPECT_EQ(tvmeta_list_tags(&source, nullptr, tags.data(), std::ssize(tags)), 36);
+    tvmeta_close(&source);
+    const struct {
+        std::size_t index;
+        tvmeta_Tag tag;
+    } expected[] = {
+        {0, {TVMETA_IMAGE, 0x010F, 2, 11, 0x98, 1, 0}},
+        {2, {TVMETA_IMAGE, 0x0112, 3, 1, 0x48, 1, 0}},
+        {8, {TVMETA_IMAGE, 0x8825, 4, 1, 0x90, 1, 0}},
+        {9, {TVMETA_EXIF_DIRECTORY, 0x829A, 5, 1, 0x152, 1, 1}},
+        {13, {TVMETA_EXIF_DIRECTORY, 0x9003, 2, 20, 0x162, 1, 1}},
+        {20, {TVMETA_EXIF_DIRECTORY, 0xA405, 3, 1, 0x14A, 1, 1}},
+        {21, {TVMETA_GPS_DIRECTORY, 0x0000, 1, 4, 0x188, 1, 2}},
+        {23, {TVMETA_GPS_DIRECTORY, 0x0002, 5, 3, 0x1F0, 1, 2}},
+        {30, {TVMETA_THUMBNAIL_IMAGE, 0x0103, 3, 1, 0x256, 1, 3}},
+        {35, {TVMETA_THUMBNAIL_IMAGE, 0x0202, 4, 1, 0x292, 1, 3}},
+    };
+    for (const auto& row : expected) {
+        EXPECT_EQ(std::memcmp(&tags[row.index], &row.tag, sizeof row.tag), 0) << row.index;
+    }
+}
+
+// Values outside of the structure and types that no standard has are listed without a place.
+TEST(Tags, WithoutPlace) {
+    Tiff tiff;
+    const std::uint32_t first = tiff.add({{271, 2, 100, le32(40)}, {272, 99, 1, "x"}, {305, 2, 5, "12345"}});
+    const Bytes bytes = tiff.finish(first);
+    const tvmeta_Source source = memorySource(bytes);
+    std::array<tvmeta_Tag, 3> tags{};
+    EXPECT_EQ(tvmeta_list_tags(&source, nullptr, tags.data(), 3), 3);
+    EXPECT_EQ(tags[0].position, -1);
+    EXPECT_EQ(tags[1].position, -1);
+    EXPECT_EQ(tags[2].position, static_cast<std::int64_t>(bytes.find("12345")));
 }
 
 } // namespace

@@ -38,6 +38,9 @@ TEST(ImageDescription, Fields) {
         {"second slash", lead + "1/2/3s, R30, G30, B30", 30, 1.0F / 193.0F, 400, 2}, // '/' is one below '0'
         {"no colours after B", lead + "1/250s, R30, B30, G30", 30, 0, 0, 0},
         {"largest numerator", lead + "99998/1s, R30, G30, B30", 30, 99998.0F, 400, 2},
+        {"beyond it", lead + "99999/1s, R30, G30, B30", 30, 99999.0F, 400, 0},
+        {"token of seven before the slash", lead + "1234567/1s, R30, G30, B30", 0, 0, 0, 0},
+        {"last colour 1", lead + "1/250s, R30, G30, B1", 1, 0.004F, 200, 2},
         {"denominator below 0", lead + "1/-s, R30, G30, B30", 30, 0, 400, 0}, // '-' is three below '0'
         {"a fourth field of colours", lead + "1/250s, R30, G30, x, B30", 30, 0, 0, 0},
         {"zero byte ends it", lead + "1/250s, R30, G30, B3" + zeros(1) + "0", 3, 0.004F, 200, 2},

@@ -1,4 +1,4 @@
-// Sources, records of any size, and the functions beside the record: blocks, texts, tags.
+// Sources, records of any size, and the functions beside the record: blocks, texts.
 #include "testing/files.h"
 #include "testing/photo_sources.h"
 #include "testing/photographs_table.h"
@@ -237,6 +237,20 @@ TEST(Texts, Precedence) {
         {"empty attribute", file(xmp("", "dc:title=''"), IptcBlock, {}), TVMETA_TEXT_TITLE, 0, "IPTC title"},
         {"element", file(xmp("<xmp:CreatorTool> Tool </xmp:CreatorTool>"), "", exif), TVMETA_TEXT_SOFTWARE, 0, "Tool"},
         {"other name", file(xmp("<dc:titles>no</dc:titles>"), "", exif), TVMETA_TEXT_TITLE, 0, "five"},
+        {"references",
+         file(xmp("<dc:title>&quot;&apos;&gt;&#x1F600;&#xD7FF;&#xD800;&#x110000;&#6x;</dc:title>"), "", {}),
+         TVMETA_TEXT_TITLE, 0, "\"'>\xF0\x9F\x98\x80\xED\x9F\xBF&#xD800;&#x110000;&#6x;"},
+        {"attribute across lines", file(xmp("", "dc:title\n=\t'x'"), "", {}), TVMETA_TEXT_TITLE, 0, "x"},
+        {"attribute without value", file(xmp("", "dc:title dc:x='x'"), "", {}), TVMETA_TEXT_TITLE, 0, ""},
+        {"attribute without quotes", file(xmp("", "dc:title=x"), "", {}), TVMETA_TEXT_TITLE, 0, ""},
+        {"attribute without end", file("<a dc:title='x", "", {}), TVMETA_TEXT_TITLE, 0, ""},
+        {"end of another name", file(xmp("", "xdc:title='x'"), "", {}), TVMETA_TEXT_TITLE, 0, ""},
+        {"after another name", file(xmp("", "xdc:title='x' dc:title='y'"), "", {}), TVMETA_TEXT_TITLE, 0, "y"},
+        {"second attribute", file(xmp("", "dc:subject='x'"), "", {}), TVMETA_TEXT_KEYWORD, 1, ""},
+        {"closed at once", file(xmp("<dc:title/>"), IptcBlock, {}), TVMETA_TEXT_TITLE, 0, "IPTC title"},
+        {"closing of a longer name", file(xmp("<dc:title>x</dc:titles></dc:title>"), "", {}), TVMETA_TEXT_TITLE, 0,
+         "x</dc:titles>"},
+        {"blank item", file(list("<rdf:li> \n </rdf:li>"), sixKeywords, {}), TVMETA_TEXT_KEYWORD, 0, "one"},
         {"empty items", file(list("<rdf:li/><rdf:li> </rdf:li><rdf:li>x</rdf:li><rdf:li>y</rdf:li>"), "", {}),
          TVMETA_TEXT_KEYWORD, 1, "y"},
         {"unclosed", file(list("<rdf:li>x"), "", {}), TVMETA_TEXT_KEYWORD, 3, ""},
@@ -247,6 +261,44 @@ TEST(Texts, Precedence) {
         Bytes text(40, '\0');
         const std::int64_t size = tvmeta_read_text(&source, nullptr, test.text, test.index, text.data(), 40);
         EXPECT_EQ(text.substr(0, static_cast<std::size_t>(size)), test.expected) << test.what;
+    }
+}
+
+// Other bytes are Latin-1, of which each becomes two.
+TEST(Texts, AreUtf8) {
+    const struct {
+        Bytes text;
+        bool isUtf8;
+    } rows[] = {
+        {"\x7F", true},
+        {"\x80", false},
+        {"\xC2\x80", true},
+        {"\xC1\xBF", false},
+        {"\xDF\xBF", true},
+        {"\xC3(", false},
+        {"\xC3", false},
+        {"\xE0\xA0\x80", true},
+        {"\xE0\x9F\xBF", false},
+        {"\xE2\x82", false},
+        {"\xE2\x82(", false},
+        {"\xED\x9F\xBF", true},
+        {"\xED\xA0\x80", false},
+        {"\xEF\xBF\xBD", true},
+        {"\xF0\x90\x80\x80", true},
+        {"\xF0\x8F\xBF\xBF", false},
+        {"\xF4\x8F\xBF\xBF", true},
+        {"\xF4\x90\x80\x80", false},
+        {"\xF5\x80\x80\x80", false},
+        {"\xF1\x80\x80", false},
+    };
+    for (const auto& row : rows) {
+        const Bytes packet = xmp("<dc:title>" + row.text + "</dc:title>");
+        const Bytes bytes = jpeg(xmpSegment(packet));
+        const tvmeta_Source source = memorySource(bytes);
+        const auto high = std::ranges::count_if(row.text, [](char c) { return (c & 0x80) != 0; });
+        EXPECT_EQ(tvmeta_read_text(&source, nullptr, TVMETA_TEXT_TITLE, 0, nullptr, 0),
+                  std::ssize(row.text) + (row.isUtf8 ? 0 : high))
+            << testing::PrintToString(row.text);
     }
 }
 
@@ -280,49 +332,6 @@ TEST(Status, Texts) {
     for (const std::int32_t unknown : {1, -10, INT32_MIN, INT32_MAX}) {
         EXPECT_STREQ(tvmeta_status_text(unknown), "unknown status");
     }
-}
-
-// The places are those that `exiftool -v3 examples/scene.jpg` prints.
-TEST(Tags, Places) {
-    tvmeta_Source source;
-    ASSERT_EQ(tvmeta_open(TVMETA_EXAMPLES "/scene.jpg", &source), TVMETA_OK);
-    std::array<tvmeta_Tag, 40> tags{};
-    EXPECT_EQ(tvmeta_list_tags(&source, nullptr, tags.data(), 5), 36);
-    EXPECT_EQ(tags[4].tag, 0x011B);
-    EXPECT_EQ(tags[5].tag, 0);
-    EXPECT_EQ(tvmeta_list_tags(&source, nullptr, tags.data(), std::ssize(tags)), 36);
-    tvmeta_close(&source);
-    const struct {
-        std::size_t index;
-        tvmeta_Tag tag;
-    } expected[] = {
-        {0, {TVMETA_IMAGE, 0x010F, 2, 11, 0x98, 1, 0}},
-        {2, {TVMETA_IMAGE, 0x0112, 3, 1, 0x48, 1, 0}},
-        {8, {TVMETA_IMAGE, 0x8825, 4, 1, 0x90, 1, 0}},
-        {9, {TVMETA_EXIF_DIRECTORY, 0x829A, 5, 1, 0x152, 1, 1}},
-        {13, {TVMETA_EXIF_DIRECTORY, 0x9003, 2, 20, 0x162, 1, 1}},
-        {20, {TVMETA_EXIF_DIRECTORY, 0xA405, 3, 1, 0x14A, 1, 1}},
-        {21, {TVMETA_GPS_DIRECTORY, 0x0000, 1, 4, 0x188, 1, 2}},
-        {23, {TVMETA_GPS_DIRECTORY, 0x0002, 5, 3, 0x1F0, 1, 2}},
-        {30, {TVMETA_THUMBNAIL_IMAGE, 0x0103, 3, 1, 0x256, 1, 3}},
-        {35, {TVMETA_THUMBNAIL_IMAGE, 0x0202, 4, 1, 0x292, 1, 3}},
-    };
-    for (const auto& row : expected) {
-        EXPECT_EQ(std::memcmp(&tags[row.index], &row.tag, sizeof row.tag), 0) << row.index;
-    }
-}
-
-// Values outside of the structure and types that no standard has are listed without a place.
-TEST(Tags, WithoutPlace) {
-    Tiff tiff;
-    const std::uint32_t first = tiff.add({{271, 2, 100, le32(40)}, {272, 99, 1, "x"}, {305, 2, 5, "12345"}});
-    const Bytes bytes = tiff.finish(first);
-    const tvmeta_Source source = memorySource(bytes);
-    std::array<tvmeta_Tag, 3> tags{};
-    EXPECT_EQ(tvmeta_list_tags(&source, nullptr, tags.data(), 3), 3);
-    EXPECT_EQ(tags[0].position, -1);
-    EXPECT_EQ(tags[1].position, -1);
-    EXPECT_EQ(tags[2].position, static_cast<std::int64_t>(bytes.find("12345")));
 }
 
 } // namespace

@@ -299,6 +299,12 @@ TEST(Result, PrefersTheCallersValues) {
          le16(0xFFFF)},
         {"size", photo, none, ExifFields, 40962, le32(2)},
         {"subject at the same size", photo, none, ExifFields, 37396, le16(1) + le16(0)},
+        {"subject without a size", photo, [](auto& r) { r.height = 0; }, ExifFields, 37396, le16(1) + le16(0)},
+        {"vertical resolution alone", photoOf({{tiff.rationalEntry(283, 72, 1)}, {}, {}, {}}), none, ImageFields, 282,
+         "absent"},
+        {"unit alone", photoOf({{tiff.shortEntry(296, 3)}, {}, {}, {}}), none, ImageFields, 282, "absent"},
+        {"version of a position", photoOf({{}, {}, {{1, 2, 2, Bytes("N\0", 2)}}, {}}), none, GpsFields, 0,
+         Bytes("\2\3\0\0", 4)},
         {"subject at another size", photo, [](auto& r) { r.width = 1; }, ExifFields, 37396, "absent"},
     };
     for (const auto& row : rows) {
