@@ -17,6 +17,7 @@ failed=0
 fail() {
     echo "FAILED: $*" >&2
     failed=1
+    [ -z "${FAIL_FAST-}" ] || exit 1
 }
 # run STATUS COMMAND...: runs the command, which exits with the status. Sets "output" and "messages", its two streams.
 run() {
