@@ -10,7 +10,7 @@ import subprocess
 import sys
 import threading
 import time
-from contextlib import nullcontext
+from contextlib import nullcontext, suppress
 from pathlib import Path
 from types import SimpleNamespace
 
@@ -26,6 +26,7 @@ from tvmeta import _archive_run as run  # noqa: E402
 from tvmeta import _archive_store as store  # noqa: E402
 from tvmeta import _archive_table as table  # noqa: E402
 from tvmeta import archive  # noqa: E402
+from tvmeta._archive_local import local_cluster  # noqa: E402
 
 SIZE = 6  # files of a part
 ALL = (240, 240, 240, 0, 0)
@@ -73,16 +74,16 @@ class Inline:
 
 @pytest.fixture(autouse=True)
 def no_waiting(request, monkeypatch):
+    """Let tasks of this process end at once, and the disk write when it likes."""
+    monkeypatch.setattr(os, "fsync", lambda descriptor: None)
     if "client" not in request.fixturenames:
         monkeypatch.setattr(run, "wait", lambda futures, **options: None)
 
 
 @pytest.fixture(scope="module")
 def client():
-    cluster = distributed.LocalCluster(
-        n_workers=2, threads_per_worker=1, host="127.0.0.1", dashboard_address=None, memory_limit=None
-    )
-    with cluster, distributed.Client(cluster) as client:
+    with local_cluster(2) as address, distributed.Client(address) as client:
+        client.wait_for_workers(2)
         yield client
 
 
@@ -219,17 +220,37 @@ def test_the_size_of_parts_can_change(whole, tree, tmp_path):
     assert snapshot(out) == snapshot(whole)
 
 
-def test_a_killed_client_and_its_workers(whole, tree, tmp_path):
+def living(group):
+    """Return the processes of a group."""
+    found = []
+    for path in Path("/proc").glob("[0-9]*/stat"):
+        with suppress(OSError):
+            state, _, number = path.read_text().rpartition(") ")[2].split()[:3]
+            found += [path.parent.name] if number == str(group) and state != "Z" else []
+    return found
+
+
+def test_a_killed_client_and_its_workers(client, whole, tree, tmp_path):
     command = [sys.executable, "-m", "tvmeta.archive", "index", tree, tmp_path, "--partition", str(SIZE)]
-    for number, status in ((signal.SIGKILL, -signal.SIGKILL), (signal.SIGINT, 130), (signal.SIGTERM, 130)):
+    for number, status, place in (
+        (signal.SIGKILL, -signal.SIGKILL, ["--workers", "1"]),
+        (signal.SIGINT, 130, ["--workers", "1"]),
+        (signal.SIGTERM, 130, ["--scheduler", client.scheduler.address]),
+    ):
         before = set(tmp_path.rglob("*.gz"))
-        process = subprocess.Popen(command, stderr=subprocess.PIPE, start_new_session=True)
+        process = subprocess.Popen(command + place, stderr=subprocess.PIPE, start_new_session=True)
         while process.poll() is None and len(set(tmp_path.rglob("*.gz")) - before) < 4:
-            time.sleep(0.001)
+            time.sleep(0.005)
+        workers = Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text().split()[:1]
+        assert len(workers) == ("--workers" in place)
         os.killpg(process.pid, number)
         error = process.communicate()[1].decode()
         assert process.returncode == status and (status < 0 or "tvmeta: interrupted" in error and "Trace" not in error)
         assert not json.loads((tmp_path / "index.json").read_text())["complete"]
+        end = time.monotonic() + 30
+        while any(map(living, workers)):
+            assert time.monotonic() < end, "workers outlive the client"
+            time.sleep(0.02)
     write(tmp_path / "parts" / "00" / ".tvmeta-0123456789abcdef", b"of a killed worker")
     assert 0 < index(tree, tmp_path)[0].read < 240
     assert snapshot(tmp_path) == snapshot(whole)
@@ -240,7 +261,7 @@ def test_a_killed_worker_loses_and_doubles_nothing(client, whole, tree, tmp_path
     thread = threading.Thread(target=archive.index, args=(tree, tmp_path, client, SIZE))
     thread.start()
     while len(list(tmp_path.rglob("*.gz"))) < 4:
-        time.sleep(0.001)
+        time.sleep(0.005)
     os.kill(next(iter(processes.values())), signal.SIGKILL)
     thread.join(60)
     assert snapshot(tmp_path) == snapshot(whole)
