@@ -658,8 +658,9 @@ typedef struct tvmeta_BracketSet {
  * - Exposure mode 2: a bias that repeats starts a new set; where the bias is constant, an exposure that repeats does.
  *   Pauses are up to 5 s plus the exposure before (noise reduction), and up to 15 s more than it in regular sets.
  * - Exposure mode 0: a set is regular in its bias, and its exposures follow the bias. With `hidesBrackets` it is
- *   evidence of the camera if the pauses are up to 2 s, or up to 15 s in an order of cameras; everything else is a
- *   guess. A constant bias gives no set.
+ *   evidence of the camera if the pauses are up to 2 s, or up to 15 s in equal steps and an order of cameras; then two
+ *   or more exposures in any steps are a set, too, if their times have fractions and no pause is above 0.7 s. Everything
+ *   else is a guess. A constant bias gives no set.
  * - Exposure mode 1, or none: exposures that repeat, with pauses of up to 2 s; and, at any pause, series that are
  * regular or go one way, set by the exposure time alone, or four and more in regular steps over 3 EV. A set is regular
  * if it has three to 16 exposures in equal steps, from one end or the middle outward, or the middle before the others,

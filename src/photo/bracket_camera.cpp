@@ -8,6 +8,7 @@ namespace tvmeta::brackets {
 namespace {
 
 constexpr double MarkedGap = 5, PressedGap = 15; // seconds; one press for all, one press for each
+constexpr double MarkedBreak = 10;               // seconds; presses differ more than the pauses of a drive
 constexpr double FastGap = 2;                    // nobody turns a dial twice as fast
 constexpr double HandGap = 30;
 constexpr double HandRange = 1.8; // EV; of corrections that look like a series
@@ -19,13 +20,14 @@ bool hasPausesWithin(Run run, double gap) {
     });
 }
 
-// Whether the exposures follow the bias, as they do while the light is constant.
-bool followsBias(Run run) {
-    std::size_t limits = 0; // the longest or shortest exposure time of the camera
+// Whether the exposures follow the bias, as they do while the light is constant. A step may be missing where the
+// exposure time reaches a limit of the camera.
+bool followsBias(Run run, std::size_t maxLimits = 1) {
+    std::size_t limits = 0;
     for (std::size_t i = 1; i < run.size(); ++i) {
         const double bias = run[i].bias - run[i - 1].bias;
         const double stops = run[i - 1].value - run[i].value;
-        const bool isAtLimit = std::abs(stops) <= Tolerance && limits++ == 0;
+        const bool isAtLimit = std::abs(stops) <= Tolerance && limits++ < maxLimits;
         if (!(std::abs(stops - bias) <= 0.5 + std::abs(bias) / 4) && !isAtLimit) {
             return false;
         }
@@ -42,7 +44,13 @@ bool hasCameraOrder(Run run) {
 
 bool isUnmarkedSet(Run run) {
     return followsBias(run) &&
-           (hasPausesWithin(run, FastGap) || (hasPausesWithin(run, PressedGap) && hasCameraOrder(run)));
+           (hasPausesWithin(run, FastGap) ||
+            (hasPausesWithin(run, PressedGap) && hasCameraOrder(run) && isRegular(run, &Frame::bias, 0)));
+}
+
+// Any exposures, too quick for a dial.
+bool isQuickSet(Run run) {
+    return followsBias(run, 0) && std::ranges::all_of(run.subspan(1), &Frame::isQuick);
 }
 
 bool isGuessedSet(Run run) {
@@ -63,6 +71,8 @@ SetRule ruleFor(Key key, double gap, double regularGap, const Options& options) 
 CameraRule markedRule(Key key, const Options& options) {
     CameraRule marked = {ruleFor(key, MarkedGap, PressedGap, options), TVMETA_BY_CAMERA,
                          key == &Frame::bias ? TVMETA_EVIDENCE_MARK_BIAS : TVMETA_EVIDENCE_MARK_EXPOSURE};
+    marked.rule.joinsQuick = true;
+    marked.rule.breakPause = MarkedBreak;
     marked.rule.unevenness = key == &Frame::bias ? 0 : 1.6; // metered exposures are rounded
     return marked;
 }
@@ -72,8 +82,13 @@ CameraRule biasRule(Kind kind, const Options& options) {
     bias.rule.needsRegular = true;
     bias.rule.unevenness = HandUnevenness;
     bias.rule.allowsOneWay = true;
-    bias.rule.accepts =
-        kind == Kind::Unmarked ? [](Run run) { return isUnmarkedSet(run) || isGuessedSet(run); } : isGuessedSet;
+    bias.rule.accepts = isGuessedSet;
+    bias.rule.allowsRetakes = kind == Kind::Automatic;
+    if (kind == Kind::Unmarked) {
+        bias.rule.accepts = [](Run run) { return isUnmarkedSet(run) || isGuessedSet(run); };
+        bias.rule.acceptsIrregular = isQuickSet;
+        bias.rule.joinsQuick = true;
+    }
     return bias;
 }
 
@@ -90,8 +105,8 @@ void addChosen(Run run, const CameraRule& camera, Workspace& work) {
 // Of marked frames, the bias divides them, unless the exposures explain more.
 void divideMarked(Run run, const Options& options, Run usual, Workspace& work) {
     const CameraRule byBias = markedRule(&Frame::bias, options), byValue = markedRule(&Frame::value, options);
-    const float valueScore = chooseSets(run, byValue.rule, usual, work);
-    const float biasScore = chooseSets(run, byBias.rule, usual, work);
+    const double valueScore = chooseSets(run, byValue.rule, usual, work);
+    const double biasScore = chooseSets(run, byBias.rule, usual, work);
     if (biasScore < valueScore && biasScore <= valueScore / 2) {
         chooseSets(run, byValue.rule, usual, work);
         return addChosen(run, byValue, work);

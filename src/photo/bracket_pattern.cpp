@@ -206,7 +206,8 @@ void divideByPattern(Run run, Key key, Workspace& work) {
     if (period > 0 && period <= run.size() / 2) {
         rule.addRepeated(run, period);
     } else if (!rule.splitByParts(run)) {
-        const bool canBeCut = period > 0 && (run.front().kind != Kind::Manual || isSetByTime(run));
+        const bool canBeCut =
+            period > 0 && (run.front().kind != Kind::Manual || (isSetByTime(run) && levelCount(run, key, work) > 2));
         canBeCut ? rule.addPeriods(run, period, TVMETA_BY_GUESS, TVMETA_EVIDENCE_REPEATED) : rule.addUnrepeated(run);
     }
 }

@@ -7,8 +7,10 @@ namespace tvmeta::brackets {
 
 namespace {
 
-constexpr float PausePrice = 0.05F; // per second: of two choices, the one with shorter pauses inside its sets
-constexpr float UsualBonus = 3;
+constexpr double PausePrice = 0.05; // per second: of two choices, the one with shorter pauses inside its sets
+constexpr double UsualBonus = 1.4;  // below half of what a set loses by division
+constexpr double RetakeBonus = 1.5; // one series with a shot twice, rather than two series
+constexpr double QuickBonus = 32;   // more than any set gains by a stray frame less
 constexpr double LongestPriced = 30;
 
 // A set that grows frame by frame: all its exposures differ.
@@ -39,6 +41,13 @@ class GrowingSet {
     Run run() const { return frames_.first(size_); }
     std::size_t levels() const { return levels_; }
 
+    // Exposures taken twice. The last one twice is no series with a retake: a correction, and then it is kept.
+    std::size_t retakes() const {
+        const bool endsWithOne =
+            size_ > 1 && std::abs(frames_[size_ - 1].*key_ - frames_[size_ - 2].*key_) <= Tolerance;
+        return endsWithOne ? 0 : size_ - levels_;
+    }
+
     // Equal steps, in an order in which people and cameras take them.
     bool isRegular(double unevenness) const {
         return levels_ >= 3 && isOrdered() &&
@@ -50,10 +59,6 @@ class GrowingSet {
         const double first = frames_[0].*key_, last = frames_[size_ - 1].*key_;
         return levels_ >= MinOneWay && step_ >= OneWayStep &&
                ((rises_ && first == low_) || (falls_ && first == high_)) && std::abs(last - first) >= high_ - low_;
-    }
-
-    bool canBecomeRegular(double unevenness) const {
-        return (high_ - low_) / static_cast<double>(MaxRegular - 1) - step_ <= allowed(unevenness);
     }
 
   private:
@@ -89,7 +94,7 @@ class Pauses {
     double longest() const { return longest_; }
 
     // One pause is so much longer than the others that it is between two sets.
-    bool haveBreak() const { return longest_ > 4 * second_ + 5; }
+    bool haveBreak(double seconds) const { return longest_ > 4 * std::max(second_, 1.0) + seconds; }
 
   private:
     double longest_ = 0, second_ = 0;
@@ -100,16 +105,19 @@ bool isStartOf(Run usual, Run run, Key key) {
 }
 
 // Negative if the frames are no set by this rule.
-float scoreOf(const GrowingSet& set, const SetRule& rule, Run usual, const Pauses& pauses) {
+double scoreOf(const GrowingSet& set, const SetRule& rule, Run usual, const Pauses& pauses) {
     const Run run = set.run();
-    const float size = static_cast<float>(set.levels());
+    const double size = static_cast<double>(set.levels());
     const bool isUsual = isStartOf(usual, run, rule.key);
     const bool isSet = set.isRegular(rule.unevenness) || (rule.allowsOneWay && set.goesOneWay());
     const bool hasLongPause = pauses.longest() > rule.gap;
-    if (isSet && (isUsual || !pauses.haveBreak()) && (rule.accepts == nullptr || isUsual || rule.accepts(run))) {
-        return 3 * size - 3 + (isUsual && usual.size() == run.size() ? UsualBonus : 0);
+    if (isSet && (isUsual || !pauses.haveBreak(rule.breakPause)) &&
+        (rule.accepts == nullptr || isUsual || rule.accepts(run))) {
+        return 3 * size - 3 + RetakeBonus * static_cast<double>(set.retakes()) +
+               (isUsual && usual.size() == run.size() ? UsualBonus : 0);
     }
-    return (hasLongPause || rule.needsRegular) && !isUsual ? -1 : size - 1;
+    const bool isAllowed = !rule.needsRegular || (rule.acceptsIrregular != nullptr && rule.acceptsIrregular(run));
+    return isUsual || (isAllowed && !hasLongPause) ? size - 1 : -1;
 }
 
 } // namespace
@@ -138,25 +146,25 @@ bool isRegular(Run run, Key key, double unevenness) {
 }
 
 // From the end, so that the choice can be read from the start.
-float chooseSets(Run run, const SetRule& rule, Run usual, Workspace& work) {
+double chooseSets(Run run, const SetRule& rule, Run usual, Workspace& work) {
     work.scores[run.size()] = 0;
     for (std::size_t first = run.size(); first-- > 0;) {
         work.scores[first] = work.scores[first + 1];
         work.lengths[first] = 1;
         GrowingSet set(run.subspan(first), rule.key);
         Pauses pauses;
-        float price = 0;
+        double price = 0;
         const std::size_t longest = std::min(MaxRegular, run.size() - first);
         for (std::size_t size = 2; size <= longest; ++size) {
             const Frame& next = run[first + size - 1];
             const double pause = next.pause - static_cast<double>(rule.patience * next.exposureBefore);
             pauses.add(pause);
-            if (pause > rule.regularGap || !set.grow(rule.allowsRetakes) ||
-                (rule.needsRegular && !rule.allowsOneWay && !set.canBecomeRegular(rule.unevenness))) {
+            if (pause > rule.regularGap || !set.grow(rule.allowsRetakes)) {
                 break;
             }
-            price += PausePrice * static_cast<float>(std::clamp(next.pause, 0.0, LongestPriced));
-            const float score = scoreOf(set, rule, usual, pauses);
+            price += PausePrice * std::clamp(next.pause, 0.0, LongestPriced);
+            price -= rule.joinsQuick && next.isQuick ? QuickBonus : 0;
+            const double score = scoreOf(set, rule, usual, pauses);
             if (score >= 0 && score - price + work.scores[first + size] > work.scores[first]) {
                 work.scores[first] = score - price + work.scores[first + size];
                 work.lengths[first] = static_cast<unsigned char>(size);

@@ -31,8 +31,8 @@ class Arena {
 };
 
 constexpr std::size_t BytesPerFile =
-    sizeof(SortKey) + 1 + sizeof(std::int64_t) + sizeof(Frame) + sizeof(FoundSet) + sizeof(Place) + sizeof(float) + 1;
-constexpr std::size_t BytesForEnds = 8 * Arena::Alignment + sizeof(FoundSet) + sizeof(float) + 1;
+    sizeof(SortKey) + 1 + sizeof(std::int64_t) + sizeof(Frame) + sizeof(FoundSet) + sizeof(Place) + sizeof(double) + 1;
+constexpr std::size_t BytesForEnds = 8 * Arena::Alignment + sizeof(FoundSet) + sizeof(double) + 1;
 static_assert(std::is_trivially_copyable_v<Frame> && alignof(Frame) <= Arena::Alignment);
 
 Workspace workspaceIn(ZeroedBuffer& block, std::size_t count) {
@@ -44,7 +44,7 @@ Workspace workspaceIn(ZeroedBuffer& block, std::size_t count) {
     work.frames = arena.take<Frame>(count);
     work.sets = arena.take<FoundSet>(count);
     work.places = arena.take<Place>(count);
-    work.scores = arena.take<float>(count + 1);
+    work.scores = arena.take<double>(count + 1);
     work.lengths = arena.take<unsigned char>(count + 1);
     return work;
 }

@@ -91,6 +91,7 @@ struct Frame {
     float fNumber, isoSpeed; // 0 unknown
     Kind kind;
     bool isExposure; // has an exposure time
+    bool isQuick;    // after the frame before: only a camera that is held down, or brackets, is so fast
     bool startsCamera;
 };
 
@@ -127,7 +128,7 @@ struct Workspace {
     std::span<Frame> frames;
     std::span<FoundSet> sets;
     std::span<Place> places;
-    std::span<float> scores;
+    std::span<double> scores;
     std::span<unsigned char> lengths;
     std::size_t setCount = 0;
 
@@ -166,12 +167,15 @@ struct SetRule {
     bool needsRegular;         // three or more in regular steps
     bool allowsOneWay = false; // four or more from one end to the other, in any steps
     bool allowsRetakes = false;
-    bool (*accepts)(Run) = nullptr;
+    bool joinsQuick = false;        // frames that follow quickly are of one set, if they can be
+    double breakPause = 8;          // seconds; by which a pause between sets is longer than those inside, at least
+    bool (*accepts)(Run) = nullptr; // of regular ones; null: all
+    bool (*acceptsIrregular)(Run) = nullptr; // in spite of needsRegular; null: none
 };
 
 // Chooses the sets of a run that explain it best: `lengths` gets the length of the set that starts at each frame (1: in
 // no set). Returns the score.
-float chooseSets(Run run, const SetRule& rule, Run usual, Workspace& work);
+double chooseSets(Run run, const SetRule& rule, Run usual, Workspace& work);
 
 bool isRegular(Run run, Key key, double unevenness);
 
