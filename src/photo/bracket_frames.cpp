@@ -13,7 +13,7 @@ namespace {
 constexpr double LongestPause = 30;     // seconds; series set by hand are slower than this between each other
 constexpr double TurnedPause = 2;       // seconds; between pictures of other sizes or orientations
 constexpr double FocalTolerance = 0.01; // share of the focal length
-constexpr double QuickPause = 0.7;      // seconds; nobody changes a setting and presses again in that time
+constexpr double QuickPause = 0.7;      // seconds
 constexpr double ClockStep = 1;         // seconds, of a clock without fractions
 constexpr std::int64_t MinTime = -(std::int64_t{1} << 53); // the seconds that a double distinguishes
 constexpr std::int32_t NanosecondsPerSecond = 1000000000;
@@ -234,7 +234,11 @@ void makeFrames(const Shots& shots, const Options& options, Workspace& work) {
                                  usesFraction(shot, work.clock[fileOf(key)]);
             const double pause = pauseBetween(work.keys[i - 1], before, key, isExact);
             frame.exposureBefore = positive(before, TVMETA_EXPOSURE_TIME, before.exposureTime);
-            frame.isQuick = isExact && pause <= QuickPause;
+            // Some cameras record the end of the exposure.
+            const double exposure = positive(shot, TVMETA_EXPOSURE_TIME, shot.exposureTime);
+            frame.isQuick =
+                isExact && pause + std::max(static_cast<double>(frame.exposureBefore) - exposure, 0.0) <= QuickPause;
+            frame.doubt = isExact ? 0 : static_cast<float>(ClockStep);
             frame.pause = pause <= longestPause(before, shot, options) ? pause : HUGE_VAL;
         }
         if (frame.pause == HUGE_VAL) {

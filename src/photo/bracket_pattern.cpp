@@ -125,7 +125,9 @@ class PatternRule {
         const bool isUnknown = std::ranges::none_of(run, &Frame::isExposure) && run.size() > 1;
         const bool isCounted = confidence == TVMETA_BY_COUNT;
         const bool mayWander = !isCounted && !run.empty() && run.front().kind == Kind::Manual && !isSetByTime(run);
-        if ((isCounted && isUnknown) || levelCount(run, key, work) >= (mayWander ? 3U : 2U)) {
+        const std::size_t levels = levelCount(run, key, work);
+        const bool areMostlyEqual = 2 * levels <= run.size(); // a burst with a change
+        if ((isCounted && isUnknown) || (levels >= (mayWander ? 3U : 2U) && (isCounted || !areMostlyEqual))) {
             work.add(run, expected, confidence, evidence);
         }
     }
@@ -146,8 +148,9 @@ class PatternRule {
         if (std::abs(run.back().*key - run[run.size() - 2].*key) <= Tolerance) {
             return false; // corrected, then kept
         }
-        return high.*key - low.*key >= ClearRange ||
-               std::ranges::all_of(run.subspan(1), [](const Frame& frame) { return frame.pause < DialPause; });
+        return high.*key - low.*key >= ClearRange || std::ranges::all_of(run.subspan(1), [](const Frame& frame) {
+                   return frame.pause + static_cast<double>(frame.doubt) < DialPause;
+               });
     }
 
     std::size_t findPart(Run run, std::size_t shortest, std::size_t& length) const {

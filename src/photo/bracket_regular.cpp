@@ -8,7 +8,7 @@ namespace tvmeta::brackets {
 namespace {
 
 constexpr double PausePrice = 0.05; // per second: of two choices, the one with shorter pauses inside its sets
-constexpr double UsualBonus = 1.4;  // below half of what a set loses by division
+constexpr double UsualBonus = 0.45; // per exposure; three usual sets of three are worth less than one of nine
 constexpr double RetakeBonus = 1.5; // one series with a shot twice, rather than two series
 constexpr double QuickBonus = 32;   // more than any set gains by a stray frame less
 constexpr double LongestPriced = 30;
@@ -86,7 +86,8 @@ class GrowingSet {
 // The pauses inside a set that grows, less the time that the camera needs after a long exposure.
 class Pauses {
   public:
-    void add(double pause) {
+    void add(double pause, bool isQuick) {
+        hasQuick_ = hasQuick_ || isQuick;
         second_ = std::max(second_, std::min(pause, longest_));
         longest_ = std::max(longest_, pause);
     }
@@ -94,10 +95,15 @@ class Pauses {
     double longest() const { return longest_; }
 
     // One pause is so much longer than the others that it is between two sets.
-    bool haveBreak(double seconds) const { return longest_ > 4 * std::max(second_, 1.0) + seconds; }
+    bool haveBreak(double seconds) const {
+        return longest_ > (hasQuick_ ? 4 * second_ + QuickBreak : 4 * std::max(second_, 1.0) + seconds);
+    }
 
   private:
+    static constexpr double QuickBreak = 5; // seconds; a camera that takes one after the other does not wait
+
     double longest_ = 0, second_ = 0;
+    bool hasQuick_ = false;
 };
 
 bool isStartOf(Run usual, Run run, Key key) {
@@ -114,7 +120,7 @@ double scoreOf(const GrowingSet& set, const SetRule& rule, Run usual, const Paus
     if (isSet && (isUsual || !pauses.haveBreak(rule.breakPause)) &&
         (rule.accepts == nullptr || isUsual || rule.accepts(run))) {
         return 3 * size - 3 + RetakeBonus * static_cast<double>(set.retakes()) +
-               (isUsual && usual.size() == run.size() ? UsualBonus : 0);
+               (isUsual && usual.size() == run.size() ? UsualBonus * size : 0);
     }
     const bool isAllowed = !rule.needsRegular || (rule.acceptsIrregular != nullptr && rule.acceptsIrregular(run));
     return isUsual || (isAllowed && !hasLongPause) ? size - 1 : -1;
@@ -158,7 +164,7 @@ double chooseSets(Run run, const SetRule& rule, Run usual, Workspace& work) {
         for (std::size_t size = 2; size <= longest; ++size) {
             const Frame& next = run[first + size - 1];
             const double pause = next.pause - static_cast<double>(rule.patience * next.exposureBefore);
-            pauses.add(pause);
+            pauses.add(pause, next.isQuick);
             if (pause > rule.regularGap || !set.grow(rule.allowsRetakes)) {
                 break;
             }

@@ -88,10 +88,11 @@ struct Frame {
     double bias;             // stops
     double pause;            // seconds since the end of the exposure before, at least; infinite: a sequence starts
     float exposureBefore;    // seconds
+    float doubt;             // seconds by which the pause is probably longer: 0 or 1
     float fNumber, isoSpeed; // 0 unknown
     Kind kind;
     bool isExposure; // has an exposure time
-    bool isQuick;    // after the frame before: only a camera that is held down, or brackets, is so fast
+    bool isQuick;    // nobody changes a setting after the frame before and presses again in that time
     bool startsCamera;
 };
 
@@ -167,9 +168,9 @@ struct SetRule {
     bool needsRegular;         // three or more in regular steps
     bool allowsOneWay = false; // four or more from one end to the other, in any steps
     bool allowsRetakes = false;
-    bool joinsQuick = false;        // frames that follow quickly are of one set, if they can be
-    double breakPause = 8;          // seconds; by which a pause between sets is longer than those inside, at least
-    bool (*accepts)(Run) = nullptr; // of regular ones; null: all
+    bool joinsQuick = false;                 // frames that follow quickly are of one set, if they can be
+    double breakPause = 8;                   // seconds by which a pause between sets is longer than those inside
+    bool (*accepts)(Run) = nullptr;          // of regular ones; null: all
     bool (*acceptsIrregular)(Run) = nullptr; // in spite of needsRegular; null: none
 };
 
