@@ -86,6 +86,7 @@ TEST(Brackets, DistrustsAutomaticExposure) {
         {"hidden, test shot before and after", "nikon auto bias fine 0 1s -1 0 1 1s 0", "bcd!; ae"},
         {"hidden, one press for each", "nikon auto bias fine 0 9s -1 7s 1", "abc!"},
         {"hidden, interrupted", "nikon auto bias fine -1 0 1 9s -1 0 9s -1 0 1", "abc! de/3! fgh!"},
+        {"hidden, interrupted, or a correction", "nikon auto bias fine -1 0 1 9s -1 0 1 9s -1 4s 0", "abc! def!; gh"},
         {"hidden, corrections", "nikon auto bias fine 0 4s -.33 4s -.67", "; abc"},
         {"hidden, a correction", "nikon auto bias fine 0 1s -1", "; ab"},
         {"hidden, two exposures", "nikon auto bias fine 0 .2s 1 9s 0 .2s 1", "ab! cd!"},

@@ -53,6 +53,11 @@ bool isQuickSet(Run run) {
     return followsBias(run, 0) && std::ranges::all_of(run.subspan(1), &Frame::isQuick);
 }
 
+// Corrections repeat, too: the first exposures of the usual set count if they are fast.
+bool isUsualByBias(Run run, bool isWhole) {
+    return followsBias(run) && hasPausesWithin(run, isWhole ? PressedGap : FastGap);
+}
+
 bool isGuessedSet(Run run) {
     const auto [low, high] = std::ranges::minmax(run, {}, &Frame::bias);
     return followsBias(run) && (hasPausesWithin(run, FastGap) || high.bias - low.bias >= HandRange);
@@ -83,6 +88,7 @@ CameraRule biasRule(Kind kind, const Options& options) {
     bias.rule.unevenness = HandUnevenness;
     bias.rule.allowsOneWay = true;
     bias.rule.accepts = isGuessedSet;
+    bias.rule.acceptsUsual = isUsualByBias;
     bias.rule.allowsRetakes = kind == Kind::Automatic;
     if (kind == Kind::Unmarked) {
         bias.rule.accepts = [](Run run) { return isUnmarkedSet(run) || isGuessedSet(run); };

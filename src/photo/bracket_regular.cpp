@@ -106,15 +106,17 @@ class Pauses {
     bool hasQuick_ = false;
 };
 
-bool isStartOf(Run usual, Run run, Key key) {
-    return run.size() <= usual.size() && hasSameShape(usual.first(run.size()), run, key);
+// The usual set, or one that was interrupted.
+bool isStartOf(Run usual, Run run, const SetRule& rule) {
+    return run.size() <= usual.size() && hasSameShape(usual.first(run.size()), run, rule.key) &&
+           (rule.acceptsUsual == nullptr || rule.acceptsUsual(run, run.size() == usual.size()));
 }
 
 // Negative if the frames are no set by this rule.
 double scoreOf(const GrowingSet& set, const SetRule& rule, Run usual, const Pauses& pauses) {
     const Run run = set.run();
     const double size = static_cast<double>(set.levels());
-    const bool isUsual = isStartOf(usual, run, rule.key);
+    const bool isUsual = isStartOf(usual, run, rule);
     const bool isSet = set.isRegular(rule.unevenness) || (rule.allowsOneWay && set.goesOneWay());
     const bool hasLongPause = pauses.longest() > rule.gap;
     if (isSet && (isUsual || !pauses.haveBreak(rule.breakPause)) &&

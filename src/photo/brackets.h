@@ -172,6 +172,7 @@ struct SetRule {
     double breakPause = 8;                   // seconds by which a pause between sets is longer than those inside
     bool (*accepts)(Run) = nullptr;          // of regular ones; null: all
     bool (*acceptsIrregular)(Run) = nullptr; // in spite of needsRegular; null: none
+    bool (*acceptsUsual)(Run run, bool isWhole) = nullptr; // of the usual set and its starts; null: all
 };
 
 // Chooses the sets of a run that explain it best: `lengths` gets the length of the set that starts at each frame (1: in

@@ -181,22 +181,21 @@ PhotoSets readPhotoSets(const std::vector<std::string>& names, bool recursive, c
 std::optional<LongerGap> longerGap(const PhotoSets& found, const BracketRules& rules) {
     constexpr double Gaps[] = {2, 5, 15, 60, 300};
     constexpr size_t MinPhotographs = 6;
-    const size_t many = std::max(MinPhotographs, found.singles.size() / 2);
+    const size_t many = std::max(MinPhotographs, found.singles.size() / 10);
     if (rules.count || found.photos.size() < MinPhotographs) {
         return {};
     }
+    std::optional<LongerGap> best;
     for (const double gap : Gaps) {
-        if (gap <= rules.gap) {
-            continue;
-        }
-        const Change change = changeWith(found, gap);
-        if (!change.isLoss && change.gain.photographs >= many) {
+        const Change change = gap > rules.gap ? changeWith(found, gap) : Change();
+        const size_t before = best ? best->photographs : 0;
+        if (!change.isLoss && change.gain.photographs >= std::max(many, before + before / 4)) {
             const Change shorter = changeWith(found, change.gain.seconds); // no longer than it has to be
             const bool isEnough = !shorter.isLoss && shorter.gain.photographs >= change.gain.photographs;
-            return LongerGap{isEnough ? change.gain.seconds : gap, change.gain.photographs};
+            best = {isEnough ? change.gain.seconds : gap, change.gain.photographs};
         }
     }
-    return {};
+    return best;
 }
 
 std::string stopsText(double stops) {
