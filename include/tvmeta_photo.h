@@ -20,10 +20,10 @@
  *   recordSize to the sizeof of the record; the library touches no byte beyond it. tvmeta_Source, tvmeta_Block,
  *   tvmeta_Rational, tvmeta_Tag, tvmeta_Dataset and tvmeta_Loss never grow.
  * - Sizes: positions and sizes are signed 64-bit numbers of bytes.
- * - Results: a status (int32_t), or a size or number (int64_t); negative ones are failures and have the values of
- *   TVMETA_READ_FAILED and below.
+ * - Results: a status, or a size, number or mask. Negative ones are failures and have the values of TVMETA_READ_FAILED
+ *   and below.
  * - Messages: nothing is printed.
- * - Texts of records and of tvmeta_read_text() are UTF-8. Bytes of a file that are no UTF-8 are read as ISO 8859-1.
+ * - Texts of records and of tvmeta_read_text() are UTF-8. A text of a file that is not UTF-8 is read as ISO 8859-1.
  */
 #ifndef TVMETA_PHOTO_H
 #define TVMETA_PHOTO_H
@@ -41,21 +41,21 @@ extern "C" {
 enum {
     TVMETA_OK = 0,            /**< success */
     TVMETA_READ_FAILED = -1,  /**< the source or the system reports an error */
-    TVMETA_UNKNOWN_KIND = -2, /**< no kind of file that the library knows */
-    TVMETA_REFUSED_KIND = -3, /**< recognised, but not supported */
-    TVMETA_BROKEN = -4,       /**< the file is damaged; the result has what was found all the same */
+    TVMETA_UNKNOWN_KIND = -2, /**< the file is of no kind that the library knows */
+    TVMETA_REFUSED_KIND = -3, /**< the file or block is recognised, but not supported */
+    TVMETA_BROKEN = -4,       /**< the file is damaged; the output contains what was found */
     TVMETA_NO_MEMORY = -5,    /**< an allocation failed */
     TVMETA_BAD_ARGUMENT = -6, /**< a null pointer, or a number outside of what the function accepts */
-    TVMETA_TOO_SMALL = -7,    /**< a buffer; nothing was written to it */
-    TVMETA_TOO_LARGE = -8,    /**< a result beyond what its format can express */
+    TVMETA_TOO_SMALL = -7,    /**< the buffer is too small; nothing was written to it */
+    TVMETA_TOO_LARGE = -8,    /**< the result is larger than its format allows */
     TVMETA_WRITE_FAILED = -9  /**< the system reports an error for an output file */
 };
 
 /**
- * Describes a status for people, in English: "the source cannot be read".
+ * Describes a status in English, such as "the source cannot be read".
  *
  * @param status  one of the numbers above.
- * @return the text, without a full stop: static text, never null. "unknown status" for other numbers.
+ * @return static text without a full stop, never null. "unknown status" for other numbers.
  */
 TVMETA_API const char* tvmeta_status_text(int32_t status) TVMETA_NOEXCEPT;
 
@@ -66,21 +66,21 @@ TVMETA_API const char* tvmeta_status_text(int32_t status) TVMETA_NOEXCEPT;
 /** Bytes that can be read at any position: a file, memory, or anything of the application, such as an archive or a
  * network connection. The library keeps no copy after a call.
  *
- * Functions may read one source on several threads at once if its `read` may be called so. That is true of the
- * sources that tvmeta_open() and tvmeta_memory() make. */
+ * Several threads may read one source at once if its `read` may be called on several threads at once. That is true of
+ * the sources that tvmeta_open() and tvmeta_memory() make. */
 typedef struct tvmeta_Source {
-    void* context; /**< passed to the functions below; else not used */
+    void* context; /**< passed to the functions below; otherwise unused */
     int64_t size;  /**< number of bytes, 0 to 2^62 */
-    /** Copies `count` bytes from `position` on to `buffer`, and returns their number. Fewer mean that the source ends
-     * there. A negative number, or one above `count`, is an error: the function that reads the source returns
-     * TVMETA_READ_FAILED. The library asks only for bytes inside of the source, at least one. It calls `read` on the
-     * thread of its own caller. No exception may leave it. */
+    /** Copies `count` bytes from `position` on to `buffer`, and returns their number. A smaller number means that the
+     * source ends there. A negative number, or one above `count`, is an error: the function that reads the source
+     * returns TVMETA_READ_FAILED. The library asks only for bytes inside of the source, at least one. It calls `read`
+     * on the thread of its own caller. No exception may leave it. */
     int64_t (*read)(void* context, int64_t position, void* buffer, int64_t count);
     void (*close)(void* context); /**< called by tvmeta_close(); may be null */
 } tvmeta_Source;
 
 /**
- * Opens a file as a source: one open and one inquiry of the system, no allocation.
+ * Opens a file as a source. Makes two system calls and no allocation.
  *
  * @param path  regular file to read. Null: -6.
  * @param source  receives the source; all zero on failure. Close it with tvmeta_close(). Null: -6.
@@ -175,11 +175,11 @@ enum {
 /** 1 if the record that the pointer names has a field, such as TVMETA_ISO_SPEED; else 0. */
 #define TVMETA_HAS(photo, field) (((photo)->present >> (field)) & 1)
 
-/** A fraction as it is in the file: terms of 32 bits, signed or not. The denominator of a field that is present is
- * above zero. 16 bytes. */
+/** A fraction with the terms of the file, not reduced: 32-bit numbers, signed or not. If the file's denominator is
+ * negative, both signs are changed. 0/0 in a field that is not present. 16 bytes. */
 typedef struct tvmeta_Rational {
     int64_t numerator;   /**< may be negative */
-    int64_t denominator; /**< above zero */
+    int64_t denominator; /**< above zero in a field that is present */
 } tvmeta_Rational;
 
 /** Blocks of a photograph: indices of `blocks`, and arguments of tvmeta_read_block(). */
@@ -190,7 +190,7 @@ enum {
     TVMETA_IPTC,      /**< IPTC-IIM datasets */
     TVMETA_ICC,       /**< ICC profile */
     TVMETA_THUMBNAIL, /**< JPEG of the EXIF data, of Photoshop resources, or of CR3 */
-    TVMETA_PREVIEW,   /**< largest JPEG of a raw file, or preview that a JPEG has after its end */
+    TVMETA_PREVIEW,   /**< largest JPEG of a raw or TIFF file, or preview that follows the image of a JPEG file */
     TVMETA_BLOCKS     /**< number of blocks */
 };
 
@@ -209,30 +209,30 @@ typedef struct tvmeta_Block {
  * EXIF tags are read from the EXIF directory, else from the first image directory. Of several entries with one tag the
  * first counts. A value that means "unknown" (0/0, an exposure time of 0, blanks, a date of zeros) is absent. */
 typedef struct tvmeta_Photo {
-    uint32_t recordSize;   /**< sizeof of this record; set by the caller, 48 to 65536 */
-    int32_t format;        /**< TVMETA_FORMAT_JPEG, ... */
-    uint64_t present;      /**< fields that have a value: use TVMETA_HAS() */
-    uint64_t derived;      /**< those of them that were computed from another value: exposureTime, fNumber, isoSpeed */
-    uint64_t damaged;      /**< fields whose value in the file is unreadable, impossible, or (texts) cut to fit. They
-                                may be present from another tag, or cut */
-    int64_t brokenAt;      /**< position of the first damage of the container; -1: none was found */
-    int32_t width;         /**< pixels of the main image, before it is turned. TIFF: of the widest image that is neither
-                                reduced nor a mask. RAF: of its preview. RW2: inside of the sensor's borders */
-    int32_t height;        /**< see width */
-    int32_t orientation;   /**< TIFF orientation code of the main image, 1 to 8. HEIF and AVIF: from irot and imir, if
-                                the image has one. JPEG XL: from its codestream. Else tag 274, never that of a
-                                thumbnail */
-    char make[64];         /**< maker of the camera */
-    char model[64];        /**< camera model */
-    char lens[128];        /**< EXIF lens model, else aux:Lens or exifEX:LensModel of the XMP packet */
-    char serialNumber[64]; /**< of the body; in DNG files also tag 50735 */
+    uint32_t recordSize; /**< sizeof of this record; set by the caller, 48 to 65536 */
+    int32_t format;      /**< TVMETA_FORMAT_JPEG, ... */
+    uint64_t present;    /**< fields that have a value: use TVMETA_HAS() */
+    uint64_t derived;    /**< those of them that were computed from another value: exposureTime, fNumber, isoSpeed */
+    uint64_t damaged;    /**< fields whose value in the file is unreadable, impossible, or (texts) cut to fit. They
+                              may be present from another tag, or cut */
+    int64_t brokenAt;    /**< position of the first damage of the container; -1: none was found */
+    int32_t width;       /**< pixels of the main image, before it is turned. TIFF: of the widest image that is neither
+                              reduced nor a mask. RAF: of its preview. RW2: inside of the sensor's borders */
+    int32_t height;      /**< see width */
+    int32_t orientation; /**< TIFF orientation code of the main image, 1 to 8. HEIF and AVIF: from irot and imir, if
+                              the image has one. JPEG XL: from its codestream. Else tag 274, never that of a
+                              thumbnail */
+    char make[64];       /**< maker of the camera */
+    char model[64];      /**< camera model */
+    char lens[128]; /**< EXIF lens model, else aux:Lens or exifEX:LensModel in the first 64 KiB of the XMP packet */
+    char serialNumber[64];        /**< of the body; in DNG files also tag 50735 */
     tvmeta_Rational exposureTime; /**< seconds, above zero; derived from ShutterSpeedValue (APEX), or from the
                                      description of a TIFF file */
     tvmeta_Rational fNumber;      /**< f-number, above zero; derived from ApertureValue (APEX) */
     tvmeta_Rational focalLength;  /**< millimetres, above zero */
     tvmeta_Rational exposureBias; /**< EV, may be 0 or negative */
-    int32_t isoSpeed; /**< ISO speed; where tag 34855 is missing or 65535, of the tags 34867, 34866, 34865; derived from
-                           ExposureIndex, or from the description of a TIFF file */
+    int32_t isoSpeed; /**< ISO speed, tag 34855. If that is missing, 0 or 65535: tag 34867, 34866 or 34865, in RW2 files
+                           also tag 23; derived from ExposureIndex, or from the description of a TIFF file */
     int32_t exposureMode;    /**< EXIF code: 0 auto, 1 manual, 2 automatic bracket */
     int32_t exposureProgram; /**< EXIF code: 1 manual, 2 normal, 3 aperture priority, 4 shutter priority, ... */
     int32_t meteringMode;    /**< EXIF code: 2 centre-weighted, 3 spot, 5 pattern, ... */
@@ -240,14 +240,14 @@ typedef struct tvmeta_Photo {
     int32_t whiteBalance;    /**< EXIF code: 0 auto, 1 manual */
     int32_t focalLength35mm; /**< millimetres in 35 mm film terms */
     int64_t captureTime;     /**< seconds from 1970-01-01 00:00:00 to DateTimeOriginal (else DateTimeDigitized), by the
-                                clock     of the camera: UTC is this minus 60 * utcOffset */
-    int32_t captureNanoseconds;         /**< sub-seconds of the same clock, 0 to 999999999 */
-    int32_t subSecondDigits;            /**< digits that the sub-seconds have in the file, 1 to 9 */
-    int32_t utcOffset;                  /**< minutes east of UTC of the same clock */
-    double latitude;                    /**< degrees, north positive, -90 to 90 */
-    double longitude;                   /**< degrees, east positive, -180 to 180 */
-    double altitude;                    /**< metres above sea level, negative below */
-    int64_t gpsTime;                    /**< seconds from 1970-01-01 00:00:00 UTC, whole ones */
+                                clock of the camera: UTC is this minus 60 * utcOffset */
+    int32_t captureNanoseconds; /**< sub-seconds of captureTime, 0 to 999999999 */
+    int32_t subSecondDigits;    /**< digits that the sub-seconds have in the file, 1 to 9; further ones are ignored */
+    int32_t utcOffset;          /**< offset of captureTime from UTC, minutes, positive in the east */
+    double latitude;            /**< degrees, north positive, -90 to 90 */
+    double longitude;           /**< degrees, east positive, -180 to 180 */
+    double altitude;            /**< metres above sea level, negative below */
+    int64_t gpsTime;            /**< seconds from 1970-01-01 00:00:00 UTC, without a fraction */
     tvmeta_Block blocks[TVMETA_BLOCKS]; /**< places of the blocks, by TVMETA_EXIF, ... */
 } tvmeta_Photo;
 
@@ -264,7 +264,7 @@ typedef struct tvmeta_Photo {
  * @retval -4  TVMETA_BROKEN: the container or a directory is damaged or cut short; `brokenAt` says where. The record
  * has what was found
  * @retval -5  TVMETA_NO_MEMORY: the record may lack values
- * @retval -6  TVMETA_BAD_ARGUMENT. The record is cleared, unless recordSize is wrong
+ * @retval -6  TVMETA_BAD_ARGUMENT. The record has no values, or is unchanged if recordSize is wrong
  * @limits bounded work and memory for any bytes; about 160 KiB of stack: see docs/limits.md.
  * @standard EXIF 2.32; TIFF 6.0; XMP (ISO 16684-1, XMP storage in files); ISO/IEC 14496-12, 23008-12, 18181-2; PNG; RFC
  * 9649; CIPA DC-007.
@@ -279,8 +279,8 @@ TVMETA_API int32_t tvmeta_read_photo(const tvmeta_Source* source, tvmeta_Photo* 
  * Copies a block, with its pieces joined.
  *
  * @param source  the file. Null, or a source without `read` or of an impossible size: -6.
- * @param photo  record of tvmeta_read_photo() for the same source, whose place saves a search; may be null. A record
- * whose recordSize leaves out `blocks` is ignored.
+ * @param photo  record of tvmeta_read_photo() for the same source; may be null. A block in one piece is then read at
+ * the place in the record without another search. A record whose recordSize leaves out `blocks` is ignored.
  * @param block  TVMETA_EXIF to TVMETA_PREVIEW; any other number: TVMETA_BAD_ARGUMENT.
  * @param buffer  receives the bytes; null to get the size alone.
  * @param capacity  bytes of the buffer, not negative.
@@ -304,13 +304,13 @@ enum {
     TVMETA_TEXT_ARTIST,      /**< dc:creator (the first), 2:80, 315 or 40093 */
     TVMETA_TEXT_COPYRIGHT,   /**< dc:rights, 2:116, 33432 */
     TVMETA_TEXT_KEYWORD,     /**< dc:subject, 2:25, 40094: a list */
-    TVMETA_TEXT_RATING,      /**< xmp:Rating, 18246: digits */
+    TVMETA_TEXT_RATING,      /**< xmp:Rating as it is in the packet, or 18246: a number such as "5" or "-1" */
     TVMETA_TEXT_SOFTWARE     /**< xmp:CreatorTool, 305 */
 };
 
 /**
- * Copies a text for people: from the XMP packet if it has the property, else from the IPTC block, else from a tag of
- * the first image directory. The keywords are those of one of them.
+ * Copies a descriptive text: from the XMP packet if it has the property, else from the IPTC block, else from a tag of
+ * the first image directory. All keywords come from the same one of them.
  *
  * The packet is searched for the property with its usual prefix; of alternative languages the first counts. White space
  * at both ends of a text is removed, and empty texts count as absent.
@@ -327,8 +327,8 @@ enum {
  * @retval -3  TVMETA_REFUSED_KIND
  * @retval -5  TVMETA_NO_MEMORY
  * @retval -6  TVMETA_BAD_ARGUMENT
- * @limits packets and blocks above 64 MiB are not searched; compressed ones neither. Tags: the first 64 KiB of a text.
- *   Each call reads the file again: of n keywords the last costs n searches.
+ * @limits packets and blocks that are compressed or above 64 MiB are not searched. Tags: the first 64 KiB of a text.
+ *   Each call reads the file again, and passes over the keywords before `index`.
  */
 TVMETA_API int64_t tvmeta_read_text(const tvmeta_Source* source, const tvmeta_Photo* photo, int32_t text, int32_t index,
                                     char* buffer, int64_t capacity) TVMETA_NOEXCEPT;
@@ -356,8 +356,9 @@ typedef struct tvmeta_Tag {
 } tvmeta_Tag;
 
 /**
- * Lists the entries of all directories in the order in which they are read: those of the image, of its EXIF and GPS
- * directories, of its other images. Maker notes are one entry.
+ * Lists the entries of all directories, one directory after the other: the first image directory, those that it points
+ * to in the order of its entries, the next one in the chain, then in the same way those that these point to. Maker
+ * notes are one entry.
  *
  * @param source  the file. Null, or a source without `read` or of an impossible size: -6.
  * @param photo  may be null; not used in this version.
@@ -369,15 +370,15 @@ typedef struct tvmeta_Tag {
  * @retval -3  TVMETA_REFUSED_KIND
  * @retval -5  TVMETA_NO_MEMORY
  * @retval -6  TVMETA_BAD_ARGUMENT
- * @limits up to 131,072 entries, of 32 directories in each of up to four structures, of which four are chained images.
+ * @limits up to 131,072 entries; up to four structures, of each up to 32 directories, four of them in the chain.
  */
 TVMETA_API int64_t tvmeta_list_tags(const tvmeta_Source* source, const tvmeta_Photo* photo, tvmeta_Tag* tags,
                                     int64_t capacity) TVMETA_NOEXCEPT;
 
 /**
  * Converts a record for buf2tif() and write_exif_buf(). Fractions stay as they are in the file. One whose terms exceed
- * 31 bits is reduced, or else replaced by the nearest one. Values near zero that the writers would omit are written as
- * the smallest fraction.
+ * 31 bits is reduced, or else replaced by a near one. Positions, heights and times near zero, which the writers would
+ * omit, become the smallest fraction.
  *
  * Fields that the writers' records lack (make, serial number, bias, offset, ...) are not converted: tvmeta_save_tiff()
  * keeps them.
@@ -386,7 +387,7 @@ TVMETA_API int64_t tvmeta_list_tags(const tvmeta_Source* source, const tvmeta_Ph
  * @param metadata,gps  receive the values; cleared first. Null: -6.
  * @retval 0  TVMETA_OK: all values were converted as they are
  * @retval >0  mask of fields that were changed to fit or left out, bits as in `present`: a longer text, an ISO speed
- * above 65535, an altitude beyond 2,000 km, a fraction
+ * above 65535, an altitude beyond 2,000 km, a fraction, a time outside of the years 1 to 9999
  * @retval -6  TVMETA_BAD_ARGUMENT
  */
 TVMETA_API int64_t tvmeta_writer_records(const tvmeta_Photo* photo, MetadataBuf* metadata, GpsBuf* gps) TVMETA_NOEXCEPT;
@@ -547,7 +548,7 @@ TVMETA_API int64_t tvmeta_build_exif(const tvmeta_Result* result, void* buffer, 
 
 /**
  * What tvmeta_find_brackets() needs of one file. Make it with tvmeta_shot(), or fill it in. captureTime to exposureMode
- * count only if their bit in `present` is set; exposureTime, fNumber, isoSpeed and focalLength only if they are
+ * count only if their bit in `present` is set; exposureTime, fNumber, isoSpeed and focalLength only if they are also
  * positive and finite.
  */
 typedef struct tvmeta_Shot {
@@ -576,21 +577,21 @@ typedef struct tvmeta_Shot {
 /**
  * Makes the record for tvmeta_find_brackets() from that of tvmeta_read_photo().
  *
- * @param photo  record of tvmeta_read_photo(); its recordSize says how much of it is read. Null: -6.
+ * @param photo  record of tvmeta_read_photo(); its recordSize says how much of it is read. Null, or a recordSize below
+ * 4: -6.
  * @param folder  path of the folder; may be null. Files of one folder must have the same text.
  * @param name  name of the file without its folder; may be null. Both texts must live as long as the record.
- * @param shot  set its recordSize; all other members within that size are written. Null, or a recordSize below its own
- * size: -6.
+ * @param shot  set its recordSize; all other members within that size are written. Null, or a recordSize below 4: -6.
  * @retval 0  TVMETA_OK
  * @retval -6  TVMETA_BAD_ARGUMENT: nothing is written
  */
 TVMETA_API int32_t tvmeta_shot(const tvmeta_Photo* photo, const char* folder, const char* name,
                                tvmeta_Shot* shot) TVMETA_NOEXCEPT;
 
-/** How to group. What is given here wins over all evidence. */
+/** How to group. What is given here takes precedence over all evidence. */
 typedef struct tvmeta_BracketOptions {
     uint32_t recordSize; /**< sizeof(tvmeta_BracketOptions) */
-    int32_t count;       /**< Photographs of every set, 2 or more; 0 or less: found */
+    int32_t count;       /**< Photographs of every set, 2 or more; below 2: found by the evidence */
     double gap; /**< Longest pause in a set, seconds from the end of an exposure to the next; negative, NaN: learnt */
 } tvmeta_BracketOptions;
 
@@ -602,7 +603,7 @@ enum {
     TVMETA_BY_COUNT       /**< Divided by tvmeta_BracketOptions.count */
 };
 
-/** tvmeta_BracketSet.evidence; tvmeta_evidence_text() has words for it. */
+/** tvmeta_BracketSet.evidence; tvmeta_evidence_text() describes it. */
 enum {
     TVMETA_EVIDENCE_MARK_BIAS = 1, /**< Exposure mode 2, divided where the exposure bias repeats */
     TVMETA_EVIDENCE_MARK_EXPOSURE, /**< Exposure mode 2 with a constant bias, divided where the exposure repeats */
@@ -614,9 +615,9 @@ enum {
 };
 
 /**
- * Words for people, English, in lower case: "exposure mode 2, bias varies".
+ * Describes evidence in English, in lower case, such as "exposure mode 2, bias varies".
  *
- * @return A constant text; "" for other numbers.
+ * @return Static text; "" for other numbers.
  */
 TVMETA_API const char* tvmeta_evidence_text(int32_t evidence) TVMETA_NOEXCEPT;
 
@@ -624,7 +625,7 @@ TVMETA_API const char* tvmeta_evidence_text(int32_t evidence) TVMETA_NOEXCEPT;
 typedef struct tvmeta_BracketMember {
     int64_t set;    /**< Index of its set; -1: none */
     int64_t place;  /**< Place of its photograph in the set, from 0, in order of capture; 0 without a set */
-    int64_t leader; /**< Index of the file that speaks for the photograph: itself, or the raw file or original */
+    int64_t leader; /**< Index of the file that represents the photograph: itself, or the raw file or original */
     double offset;  /**< Stops from the middle exposure of the set, positive for brighter; 0 if unknown */
 } tvmeta_BracketMember;
 
@@ -633,19 +634,21 @@ typedef struct tvmeta_BracketSet {
     uint32_t recordSize;   /**< sizeof(tvmeta_BracketSet); the first record's is that of all */
     int32_t confidence;    /**< TVMETA_BY_... */
     int64_t shots;         /**< Photographs; a raw file and its JPEG are one */
-    int64_t expectedShots; /**< Above `shots`: some are missing. 0: unknown */
-    double longestPause;   /**< Seconds between two of its exposures, at least 0; with whole-second clocks 1 less */
-    int32_t evidence;      /**< TVMETA_EVIDENCE_... */
-    int32_t reserved;      /**< 0 */
+    int64_t expectedShots; /**< Photographs of the complete set; above `shots` if some are missing. 0: unknown */
+    double longestPause; /**< Longest pause between two of its exposures, seconds, at least 0; 1 s less than measured if
+                            a time has no fraction */
+    int32_t evidence;    /**< TVMETA_EVIDENCE_... */
+    int32_t reserved;    /**< 0 */
 } tvmeta_BracketSet;
 
 /**
- * Groups photographs into exposure brackets. Reads no file. Takes n log n time, and some 160 bytes per file during the
- * call.
+ * Groups photographs into exposure brackets. Reads no file. Takes n log n time, with a count up to `count` times that,
+ * and some 160 bytes per file during the call.
  *
  * Files become photographs. In one folder, files of one camera and second are one photograph if their names differ in
  * the extension only, or if one name continues the other with a character that is not a digit and time and exposure are
- * equal. The raw file speaks for the photograph, else the HEIF file, else the JPEG file.
+ * equal. The file with the shortest name represents the photograph; of several the raw file, else the HEIF file, else
+ * the JPEG file.
  *
  * Photographs become sequences, in order of capture time with its fraction, then of names. A sequence is of one camera
  * (make, model, serial number), format, exposure mode and, within 1 %, focal length. It is in one folder, or goes on in
@@ -656,15 +659,19 @@ typedef struct tvmeta_BracketSet {
  *
  * A sequence becomes sets by the evidence that it has:
  * - Exposure mode 2: a bias that repeats starts a new set; where the bias is constant, an exposure that repeats does.
- *   Pauses are up to 5 s plus the exposure before (noise reduction), and up to 15 s more than it in regular sets.
- * - Exposure mode 0: a set is regular in its bias, and its exposures follow the bias. With `hidesBrackets` it is
- *   evidence of the camera if the pauses are up to 2 s, or up to 15 s in equal steps and an order of cameras; then two
- *   or more exposures in any steps are a set, too, if their times have fractions and no pause is above 0.7 s. Everything
- *   else is a guess. A constant bias gives no set.
- * - Exposure mode 1, or none: exposures that repeat, with pauses of up to 2 s; and, at any pause, series that are
- * regular or go one way, set by the exposure time alone, or four and more in regular steps over 3 EV. A set is regular
- * if it has three to 16 exposures in equal steps, from one end or the middle outward, or the middle before the others,
- * and no pause is much longer than the others.
+ *   Pauses are up to 5 s, in regular sets up to 15 s, plus the exposure before (noise reduction).
+ * - Exposure mode 0: a set is regular in its bias, or goes one way, and its exposures follow the bias. With
+ *   `hidesBrackets` it is evidence of the camera if the pauses are up to 2 s, or up to 15 s in an order of cameras;
+ * then two or more exposures in any steps are a set, too, if their times have fractions and no pause is above 0.7 s.
+ * Else it is a guess if the pauses are up to 2 s or the range is 1.8 EV or more. A constant bias gives no set.
+ * - Exposure mode 1, or none: different exposures with pauses of up to 2 s, a guess unless they repeat; and series of
+ *   at least 1.8 EV that are regular or go one way, set by the exposure time alone, or four and more in regular steps
+ *   over 3 EV. Their longest pause is learnt. A series that occurs again in one of the next 16 sets is no guess. In
+ * mode 1 also a regular bias that the exposures follow.
+ *
+ * A set is regular if it has three to 16 exposures in equal steps, from one end or the middle outward, or the middle
+ * before the others, and no pause is much longer than the others. It goes one way if it has four or more, each at least
+ * 0.5 EV from the one before, from one end to the other.
  *
  * Exposures within 1/6 EV are equal. Equal exposures (bursts, focus and white balance brackets) are no set. An f-number
  * or an ISO speed that is absent counts as constant if it is absent in the whole sequence. In exposure mode 1 and 2,

@@ -146,14 +146,14 @@ void TagWalker::closeDirectory() {
 // Reads some entries. Returns false if there are none, though the directory says so.
 bool TagWalker::readBlock() {
     const auto left = static_cast<std::uint64_t>(std::max<std::int64_t>(structure_.region.end() - entryPosition_, 0));
-    const std::uint64_t entries = std::min<std::uint64_t>({remaining_, BlockEntries, left / entrySize()});
+    const std::uint64_t entries = std::min({remaining_, BlockEntries, left / entrySize(), entriesLeft_});
     blockUsed_ = 0;
     blockSize_ = 0;
-    if (entriesLeft_ > 0 && reader_.seek(entryPosition_)) {
+    if (reader_.seek(entryPosition_)) {
         const std::size_t read = reader_.read(std::span(block_).first(static_cast<std::size_t>(entries) * entrySize()));
         blockSize_ = read - read % entrySize();
     }
-    entriesLeft_ -= static_cast<std::int64_t>(entries);
+    entriesLeft_ -= entries;
     if (blockSize_ == 0) {
         layout_.markBroken(entryPosition_);
     }

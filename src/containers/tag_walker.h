@@ -37,8 +37,8 @@ class TagWalker {
     static constexpr std::size_t MaxDirectories = 32;
     static constexpr std::size_t MaxChainedImages = 4;
     static constexpr int MaxChildren = 64;
-    static constexpr std::int64_t MaxEntries = 1 << 17;
-    static constexpr std::size_t BlockEntries = 32;
+    static constexpr std::uint64_t MaxEntries = 1 << 17;
+    static constexpr std::uint64_t BlockEntries = 32;
     static constexpr std::size_t MaxEntrySize = 20;
 
     struct Directory {
@@ -85,7 +85,7 @@ class TagWalker {
     std::array<unsigned char, BlockEntries * MaxEntrySize> block_;
     std::size_t blockUsed_ = 0;
     std::size_t blockSize_ = 0;
-    std::int64_t entriesLeft_ = MaxEntries;
+    std::uint64_t entriesLeft_ = MaxEntries;
     int childrenLeft_ = MaxChildren;
     bool areResourcesRead_ = false;
 

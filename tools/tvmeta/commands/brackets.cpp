@@ -247,7 +247,7 @@ std::vector<Option> bracketOptions(BracketOptions& options) {
          .range = {0, MaxGap}},
         {.names = {"--count"},
          .target = &options.rules.count,
-         .help = "Photographs per set (default: as they repeat)",
+         .help = "Photographs per set (default: found)",
          .value = "N",
          .range = {2, MaxCount}},
     };
@@ -259,8 +259,7 @@ Command bracketsCommand() {
         .name = "brackets",
         .purpose = "Find the bracketed sets among photographs",
         .options = bracketOptions(options->input),
-        .footer = "Sets are found by what cameras record: exposure mode, bias, time. Without\n"
-                  "that, by exposures that repeat or were set by hand.\n\n"
+        .footer = "Sets are found by what cameras record: exposure mode, bias, exposure, time.\n\n"
                   "The pattern of --name can contain\n  " +
                   namePlaceholders() +
                   "\n\n"

@@ -238,7 +238,7 @@ Command infoCommand() {
     const auto options = std::make_shared<Options>();
     return {
         .name = "info",
-        .purpose = "Show the metadata of photographs (JPEG, TIFF, PSD)",
+        .purpose = "Show the metadata of photographs",
         .options =
             {
                 {.names = {"FILE"},

@@ -64,7 +64,7 @@ Command reportCommand() {
         .options = bracketOptions(options->input),
         .footer = "The page shows the thumbnails of each set, its exposures as diagram and table,\n"
                   "single photographs, and unreadable files. It requires no network and no\n"
-                  "script. A click on a thumbnail shows the photograph in its folder.\n\n"
+                  "script. A click on a thumbnail shows the photograph large.\n\n"
                   "Example:\n"
                   "  tvmeta report -r photos -o report.html",
         .run = [options] { makeReport(*options); },

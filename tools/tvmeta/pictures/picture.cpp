@@ -70,7 +70,7 @@ void requireFileBytes(const std::string& path, const Picture& picture, uint64_t 
 }
 
 void takeResolution(Picture& picture, double across, double down, double inches) {
-    constexpr double Max = 4294967; // of TIFF results, in thousandths
+    constexpr double Max = 2147483; // of TIFF results, in thousandths
     constexpr double Tolerance = 0.01;
     const double perInch = std::round(across / inches);
     if (perInch >= 1 && perInch <= Max && std::fabs(down / across - 1) < Tolerance) {
