@@ -137,4 +137,17 @@ TEST(HostilePhoto, LargeTables) {
     }
 }
 
+// Three directories of 65,535 entries; the documented limit is inside of the third.
+TEST(HostilePhoto, EntriesAreLimited) {
+    const Entries many(65535, {60000, 3, 1, le16(0)});
+    Tiff tiff;
+    const std::uint32_t second = tiff.add(many), third = tiff.add(many);
+    Entries first = many;
+    first[0] = {330, 4, 2, le32(second) + le32(third)};
+    const Bytes bytes = tiff.finish(tiff.add(first));
+    tvmeta_Source source;
+    tvmeta_memory(bytes.data(), std::ssize(bytes), &source);
+    EXPECT_EQ(tvmeta_list_tags(&source, nullptr, nullptr, 0), 131'072);
+}
+
 } // namespace
