@@ -88,7 +88,7 @@ class Tag(NamedTuple):
 class Photo:
     """The metadata of one photograph. A value that the file does not contain is None.
 
-    Fractions are those of the file. `record` is the library's record with the raw values. Texts are
+    Fractions are in lowest terms. `record` is the library's record with the raw values. Texts are
     those of XMP, else IPTC, else EXIF. Codes are those of EXIF 2.32.
 
     Nothing is kept open. The blocks and the tags are read when they are asked for: from the file,
