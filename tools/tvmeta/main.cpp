@@ -23,8 +23,12 @@ Command tool() {
                   "  tvmeta info scene.jpg\n"
                   "  tvmeta tiff result.png result.tif --photo scene.jpg\n"
                   "  tvmeta info --help",
-        .commands = {infoCommand(), tiffCommand(), settingsCommand(), exifCommand(), iptcCommand(), iccCommand(),
-                     statsCommand(), bracketsCommand(), reportCommand(), thumbnailCommand()},
+        .commands =
+            {
+#define COMMAND(command) command(),
+#include "commands/commands.inc"
+#undef COMMAND
+            },
         .version = std::string("tvmeta ") + tvmeta_version(),
     };
 }

@@ -3,13 +3,6 @@
 
 #include "commands/command_line.h"
 
-Command infoCommand();
-Command tiffCommand();
-Command settingsCommand();
-Command exifCommand();
-Command iptcCommand();
-Command iccCommand();
-Command statsCommand();
-Command bracketsCommand();
-Command reportCommand();
-Command thumbnailCommand();
+#define COMMAND(command) Command command();
+#include "commands/commands.inc"
+#undef COMMAND

@@ -1,8 +1,8 @@
 #include "commands/completion.h"
 
 #include "base/failure.h"
-#include "commands/settings_options.h"
 #include "photographs/fields.h"
+#include "settings/methods.h"
 
 #include <algorithm>
 #include <functional>

@@ -7,8 +7,8 @@
 #include "commands/commands.h"
 #include "output/output_file.h"
 #include "photographs/photo.h"
-#include "photographs/profile_description.h"
 #include "pictures/load_picture.h"
+#include "pictures/profile_header.h"
 #include "system/file_copy.h"
 #include "system/files.h"
 #include "system/paths.h"
@@ -25,18 +25,6 @@
 #include <vector>
 
 namespace {
-
-// ICC.1, profile header: the signature is at byte 36, the colour space at byte 16.
-void requireProfile(const std::string& path, const Bytes& profile) {
-    constexpr size_t HeaderSize = 128;
-    if (profile.size() < HeaderSize) {
-        throw Failure(path, "expected an ICC profile of 128 bytes or more, found " + std::to_string(profile.size()));
-    }
-    const std::string signature(asText(profile).substr(36, 4));
-    if (signature != "acsp") {
-        throw Failure(path, "expected an ICC profile with \"acsp\" at byte 36, found \"" + signature + "\"");
-    }
-}
 
 Bytes readProfile(const std::string& path) {
     const OpenPhoto file(path);
@@ -124,15 +112,15 @@ void runIcc(const Options& options) {
 
 Bytes readRgbProfile(const std::string& path) {
     Bytes profile = readProfile(path);
-    const std::string colours = colourSpaceOf(profile);
-    if (colours != "RGB ") {
+    const std::string colours = profileColourSpace(profile);
+    if (colours != "RGB") {
         throw Failure(path, "expected an ICC profile for RGB, found one for \"" + colours + "\"");
     }
     return profile;
 }
 
 bool canUse(const Bytes& profile, const Picture& picture) {
-    return profile.empty() || (colourChannels(picture) == 3 && colourSpaceOf(profile) == "RGB ");
+    return profile.empty() || (colourChannels(picture) == 3 && profileColourSpace(profile) == "RGB");
 }
 
 Bytes profileFor(const Picture& picture, const std::string& path) {

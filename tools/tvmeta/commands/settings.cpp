@@ -6,6 +6,7 @@
 #include "commands/settings_options.h"
 #include "output/output_file.h"
 #include "photographs/photo.h"
+#include "settings/packets.h"
 
 #include <cerrno>
 #include <iomanip>
@@ -109,7 +110,7 @@ Command settingsCommand() {
         .footer = methodHelp() + "Example:\n"
                                  "  tvmeta settings write my.xmp --method 'Details Enhancer' \\\n"
                                  "    --set Strength=70 --set Gamma=1.20",
-        .run = [options] { writeSettings(options->output, settingsFrom(options->settings)); },
+        .run = [options] { writeSettings(options->output, options->settings.settings()); },
     };
     Command insert = {
         .name = "insert",
@@ -126,7 +127,7 @@ Command settingsCommand() {
         .footer = methodHelp() + "Example:\n"
                                  "  tvmeta settings insert packet.xmp -o new.xmp \\\n"
                                  "    --method Fusion/Intensive --set Radius=70",
-        .run = [options] { insertSettings(options->file, settingsFrom(options->settings), options->output); },
+        .run = [options] { insertSettings(options->file, options->settings.settings(), options->output); },
     };
     for (Command* const command : {&write, &insert}) {
         addSettingsOptions(command->options, options->settings, true);

@@ -1,28 +1,29 @@
 // tvmeta stats: the luminance of HDR pictures.
 
 #include "base/failure.h"
+#include "base/numbers.h"
 #include "base/text.h"
 #include "commands/commands.h"
 #include "output/json.h"
 #include "output/output_file.h"
 #include "output/table.h"
+#include "pages/histogram_plot.h"
 #include "pictures/light_statistics.h"
 #include "pictures/load_picture.h"
-#include "pictures/stop_histogram.h"
 #include "system/files.h"
 #include "system/paths.h"
 #include "system/terminal.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <filesystem>
-#include <iomanip>
 #include <iostream>
 #include <iterator>
 #include <memory>
 #include <set>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -58,9 +59,7 @@ struct Statistics {
 
 // "0.1 %"
 std::string percentileName(size_t index) {
-    std::ostringstream text;
-    text << LightStatistics::Percentiles[index] / 10.0 << " %";
-    return text.str();
+    return shortNumber(LightStatistics::Percentiles[index] / 10.0) + " %";
 }
 
 Statistics measure(const Options& options, const std::string& path) {
@@ -88,30 +87,17 @@ Scale scaleOf(const Options& options) {
     return options.isLogarithmic ? Scale::Logarithmic : Scale::Linear;
 }
 
-std::string number(double value) {
-    std::ostringstream text;
-    text << value;
-    return text.str();
-}
-
-std::string fixed(double value) {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(2) << value + 0.0; // no negative zero
-    return text.str();
-}
-
 void printLine(const std::string& name, const std::string& value, const std::string& measure, const char* unit) {
-    std::cout << "  " << std::left << std::setw(9) << name << std::setw(14) << value << std::right << std::setw(7)
-              << measure << " " << unit << "\n";
+    std::cout << fmt::format("  {:<9}{:<14}{:>7} {}\n", name, value, measure, unit);
 }
 
 void printList(const Statistics& s) {
     const LightStatistics& light = s.luminance;
     const auto printLuminance = [&s](const std::string& name, double value) {
-        printLine(name, number(value), fixed(s.stops(value)), "stops");
+        printLine(name, shortNumber(value), hundredths(s.stops(value)), "stops");
     };
     const auto printShare = [&s](const char* name, uint64_t pixels) {
-        printLine(name, "", fixed(100 * s.share(pixels)), "% of all pixels");
+        printLine(name, "", hundredths(100 * s.share(pixels)), "% of all pixels");
     };
     const auto printSamples = [](const char* name, uint64_t samples) {
         printLine(name, "", std::to_string(samples), samples == 1 ? "sample" : "samples");
@@ -122,7 +108,7 @@ void printList(const Statistics& s) {
         printLuminance(percentileName(i), light.percentiles[i]);
     }
     printLuminance("maximum", light.maximum);
-    printLine("range", "", fixed(s.range()), "stops from 0.1 % to 99.9 %");
+    printLine("range", "", hundredths(s.range()), "stops from 0.1 % to 99.9 %");
     printLuminance("mean", light.mean);
     printLuminance("average", light.average);
     printShare("clipped", light.clipped);
@@ -131,8 +117,8 @@ void printList(const Statistics& s) {
     printSamples("infinite", light.infiniteSamples);
     printSamples("negative", light.negativeSamples);
     printShare("excluded", s.unmeasured());
-    std::cout << "  samples  " << s.light << "\n  weights  " << number(s.weights[0]) << " R + " << number(s.weights[1])
-              << " G + " << number(s.weights[2]) << " B\n";
+    std::cout << "  samples  " << s.light << "\n  weights  " << shortNumber(s.weights[0]) << " R + "
+              << shortNumber(s.weights[1]) << " G + " << shortNumber(s.weights[2]) << " B\n";
 }
 
 void printJson(const Statistics& s) {
@@ -179,13 +165,14 @@ void printRows(const std::vector<Statistics>& all) {
     }
     for (const Statistics& s : all) {
         const LightStatistics& light = s.luminance;
-        std::vector<std::string> cells = {printable(s.path), number(light.percentiles.back()), fixed(s.range())};
+        std::vector<std::string> cells = {printable(s.path), shortNumber(light.percentiles.back()),
+                                          hundredths(s.range())};
         for (const double value :
              {light.percentiles[0], light.percentiles[2], light.maximum, light.mean, light.average}) {
-            cells.push_back(fixed(s.stops(value)));
+            cells.push_back(hundredths(s.stops(value)));
         }
-        cells.push_back(fixed(100 * s.share(light.clipped)) + " %");
-        cells.push_back(fixed(100 * s.share(light.black)) + " %");
+        cells.push_back(hundredths(100 * s.share(light.clipped)) + " %");
+        cells.push_back(hundredths(100 * s.share(light.black)) + " %");
         for (size_t i = 0; i < cells.size(); ++i) {
             columns[i].cells.push_back(std::move(cells[i]));
         }

@@ -12,6 +12,7 @@
 #include "photographs/photo.h"
 #include "pictures/convert.h"
 #include "pictures/load_picture.h"
+#include "pictures/profile_header.h"
 #include "system/system.h"
 
 #include <algorithm>
@@ -102,7 +103,7 @@ Picture pictureFor(const Options& options) {
 void reportLosses(const Options& options, const Picture& picture, const std::vector<std::string>& unkept) {
     std::vector<std::string> losses = picture.dropped;
     if (options.profile.empty() && !options.profileFromPhoto && !canUse(picture.profile, picture)) {
-        losses.push_back("ICC profile for " + colourSpaceOf(picture.profile));
+        losses.push_back("ICC profile for " + profileColourSpace(picture.profile));
     }
     if (!options.photo.empty() && !isSameFile(options.image, options.photo)) {
         losses.insert(losses.end(), picture.metadata.begin(), picture.metadata.end());
@@ -160,7 +161,7 @@ void writeTiff(const Options& options) {
     if (options.orientation == "photo" && options.photo.empty()) {
         throw WrongCommandLine("--orientation photo requires --photo");
     }
-    const Settings settings = settingsFrom(options.settings); // refuses wrong ones before the work
+    const Settings settings = options.settings.settings(); // refuses wrong ones before the work
     keywordTexts(options.keywords);
     Picture picture;
     std::vector<std::string> unkept;

@@ -262,10 +262,10 @@ void fillAll(const std::string& folder, const std::vector<PlannedFolder>& plan, 
         fs::remove(hidden, error);
     } catch (const Failure& failure) {
         fs::remove(hidden, error); // if it is empty
-        const std::string fate = done == 0   ? "no folder was made"
-                                 : done == 1 ? "1 set is complete"
-                                             : std::to_string(done) + " sets are complete";
-        throw Failure(std::string(failure.what()) + "; " + fate);
+        const std::string outcome = done == 0   ? "no folder was made"
+                                    : done == 1 ? "1 set is complete"
+                                                : std::to_string(done) + " sets are complete";
+        throw Failure(std::string(failure.what()) + "; " + outcome);
     }
 }
 

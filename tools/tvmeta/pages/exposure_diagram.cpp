@@ -3,10 +3,11 @@
 #include "base/markup.h"
 #include "photographs/photo_sets.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <sstream>
 
 namespace {
 
@@ -25,16 +26,15 @@ struct Axis {
 };
 
 // One path for all lines: pages can have thousands of diagrams.
-void drawAxis(std::ostream& svg, const Axis& axis, double y) {
-    std::ostringstream path, labels;
-    path << "M" << axis.at(axis.low) << " " << y << "H" << axis.at(axis.high);
+std::string drawnAxis(const Axis& axis, double y) {
+    std::string path = fmt::format("M{:g} {:g}H{:g}", axis.at(axis.low), y, axis.at(axis.high)), labels;
     const double step = tickStep(axis.high - axis.low, MaxTicks);
     for (double tick = std::ceil(axis.low / step) * step; tick <= axis.high; tick += step) {
         const double x = axis.at(tick);
-        path << "M" << x << " " << y << "v4";
-        labels << "<text x=\"" << x << "\" y=\"" << y + 18 << "\">" << offsetText(tick) << "</text>";
+        path += fmt::format("M{:g} {:g}v4", x, y);
+        labels += fmt::format("<text x=\"{:g}\" y=\"{:g}\">{}</text>", x, y + 18, offsetText(tick));
     }
-    svg << "<path d=\"" << path.str() << "\"/>" << labels.str();
+    return "<path d=\"" + path + "\"/>" + labels;
 }
 
 } // namespace
@@ -50,16 +50,15 @@ std::string exposureDiagram(std::span<const double> offsets) {
     constexpr double Rounding = 1.0 / 6; // of shutter speeds, such as 1/30 s for 1/32 s
     const double start = std::floor(low + Rounding);
     const Axis axis = {start, std::max(std::ceil(high - Rounding), start + 1)};
-    std::ostringstream svg;
-    svg << "<svg class=\"diagram\" role=\"img\" aria-label=\"Exposures in order of capture: " << offsetsText(offsets)
-        << " stops\" viewBox=\"0 0 " << Width << " " << axisY + AxisHeight << "\">";
-    drawAxis(svg, axis, axisY);
+    std::string svg = fmt::format("<svg class=\"diagram\" role=\"img\" aria-label=\"Exposures in order of capture: {} "
+                                  "stops\" viewBox=\"0 0 {:g} {:g}\">{}",
+                                  offsetsText(offsets), Width, axisY + AxisHeight, drawnAxis(axis, axisY));
     for (size_t i = 0; i < rows.size(); ++i) {
         const double x = axis.at(offsets[i]);
         const double y = axisY - RowHeight * (static_cast<double>(rows[i]) + 0.5);
-        svg << "<circle cx=\"" << x << "\" cy=\"" << y << "\" r=\"9\"/><text class=\"dot\" x=\"" << x << "\" y=\""
-            << y + 4 << "\">" << i + 1 << "</text>";
+        svg += fmt::format(
+            "<circle cx=\"{0:g}\" cy=\"{1:g}\" r=\"9\"/><text class=\"dot\" x=\"{0:g}\" y=\"{2:g}\">{3}</text>", x, y,
+            y + 4, i + 1);
     }
-    svg << "</svg>\n";
-    return svg.str();
+    return svg + "</svg>\n";
 }

@@ -1,6 +1,6 @@
 #include "photographs/photo_sets.h"
 
-#include "base/text.h"
+#include "base/numbers.h"
 #include "photographs/natural_order.h"
 #include "system/paths.h"
 #include "system/system.h"
@@ -13,7 +13,6 @@
 #include <map>
 #include <new>
 #include <optional>
-#include <sstream>
 #include <utility>
 
 namespace {
@@ -96,17 +95,17 @@ void addSets(PhotoSets& result, const Found& found) {
     for (size_t i = 0; i < found.members.size(); ++i) {
         const tvmeta_BracketMember& member = found.members[i];
         const Photo* const photo = &result.photos[i];
-        const bool speaks = member.leader == static_cast<int64_t>(i);
+        const bool isLeader = member.leader == static_cast<int64_t>(i);
         if (member.set >= 0) {
             PhotoSet& set = result.sets[static_cast<size_t>(member.set)];
             const size_t place = static_cast<size_t>(member.place);
             std::vector<const Photo*>& files = set.files[place];
-            files.insert(speaks ? files.begin() : files.end(), photo);
-            if (speaks) {
+            files.insert(isLeader ? files.begin() : files.end(), photo);
+            if (isLeader) {
                 set.photos[place] = photo;
                 set.offsets[place] = member.offset;
             }
-        } else if (speaks) {
+        } else if (isLeader) {
             const bool isKnown = photo->has(TVMETA_CAPTURE_TIME) && photo->has(TVMETA_EXPOSURE_TIME);
             (isKnown ? result.singles : result.unknown).push_back(photo);
         }
@@ -199,9 +198,7 @@ std::optional<LongerGap> longerGap(const PhotoSets& found, const BracketRules& r
 }
 
 std::string stopsText(double stops) {
-    std::ostringstream text;
-    text << std::round(nominalStops(stops) * 10) / 10;
-    return text.str();
+    return shortNumber(std::round(nominalStops(stops) * 10) / 10);
 }
 
 std::string offsetText(double stops) {

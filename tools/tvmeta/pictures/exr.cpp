@@ -66,11 +66,11 @@ bool areHalf(const Imf::ChannelList& channels, const Names& names) {
                                [&](const std::string& name) { return channels.findChannel(name)->type == Imf::HALF; });
 }
 
-Picture announced(const std::string& path, const Imf::Header& header, const Names& names) {
+Picture withoutSamples(const std::string& path, const Imf::Header& header, const Names& names) {
     const Imath::Box2i& window = header.dataWindow();
-    return announcedPicture(path, int64_t{window.max.x} - window.min.x + 1, int64_t{window.max.y} - window.min.y + 1,
-                            static_cast<int32_t>(names.size()),
-                            areHalf(header.channels(), names) ? Depth::Float16 : Depth::Float32);
+    return pictureWithoutSamples(path, int64_t{window.max.x} - window.min.x + 1,
+                                 int64_t{window.max.y} - window.min.y + 1, static_cast<int32_t>(names.size()),
+                                 areHalf(header.channels(), names) ? Depth::Float16 : Depth::Float32);
 }
 
 // The chromaticities of the file; unknown in most files.
@@ -132,7 +132,7 @@ Picture readFirstPart(const std::string& path, Request request) {
         throw Failure(path, "expected a picture with one sample in each pixel, found a deep picture");
     }
     const Names names = chosenChannels(path, header.channels());
-    Picture picture = announced(path, header, names);
+    Picture picture = withoutSamples(path, header, names);
     takeColours(header, picture);
     noteRest(file, names, picture);
     if (request.pixels) {

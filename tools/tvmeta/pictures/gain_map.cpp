@@ -1,11 +1,12 @@
 #include "pictures/gain_map.h"
 
+#include "base/numbers.h"
 #include "system/files.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <span>
 #include <string_view>
 
@@ -29,15 +30,13 @@ std::string_view propertyOf(std::string_view packet, const std::string& name) {
 // One number, or three in elements without digits in their names.
 std::optional<std::array<double, 3>> numbersOf(std::string_view text) {
     std::array<double, 3> numbers = {};
-    size_t count = 0;
-    const char* const end = text.data() + text.size();
-    for (const char* place = text.data(); place != end && count < numbers.size();) {
-        const auto [next, error] = std::from_chars(place, end, numbers[count]);
-        count += error == std::errc() ? 1 : 0;
-        place = error == std::errc() ? next : place + 1;
-    }
-    if (count == 1) {
-        numbers.fill(numbers[0]);
+    std::ptrdiff_t count = 0;
+    while (!text.empty() && count < std::ssize(numbers)) {
+        if (const std::optional<double> number = takeNumber(text)) {
+            std::ranges::fill(numbers.begin() + count++, numbers.end(), *number);
+        } else {
+            text.remove_prefix(1);
+        }
     }
     return count == 1 || count == 3 ? std::optional(numbers) : std::nullopt;
 }
@@ -70,37 +69,32 @@ std::optional<GainMap> fromBlock(std::span<const unsigned char> block) {
         return std::nullopt;
     }
     const auto fraction = [&block](size_t index) {
-        const auto number = [&](size_t place) {
-            return uint32_t{block[place]} << 24 | uint32_t{block[place + 1]} << 16 | uint32_t{block[place + 2]} << 8 |
-                   block[place + 3];
-        };
-        const size_t place = Start + FractionSize * index;
-        return static_cast<double>(static_cast<int32_t>(number(place))) / std::max(number(place + 4), 1U);
+        const auto bytes = block.subspan(Start + FractionSize * index, FractionSize);
+        return static_cast<double>(static_cast<int32_t>(bigEndian(bytes.first(4)))) /
+               std::max(bigEndian(bytes.last(4)), 1U);
     };
     GainMap map;
     for (size_t i = 0; i < map.channels.size(); ++i) {
-        const size_t first = Headrooms + ChannelFractions * (channels == 1 ? 0 : i);
-        map.channels[i] = {fraction(first), fraction(first + 1), fraction(first + 2), fraction(first + 3),
-                           fraction(first + 4)};
+        const size_t at = Headrooms + ChannelFractions * (channels == 1 ? 0 : i);
+        map.channels[i] = {fraction(at), fraction(at + 1), fraction(at + 2), fraction(at + 3), fraction(at + 4)};
     }
     map.isForStandardRange = fraction(0) > fraction(1);
     return map;
 }
 
-// The description in the segments of the JPEG at the start of these bytes.
+// The description in the segments of a JPEG.
 std::optional<GainMap> describedIn(std::span<const unsigned char> jpeg) {
     constexpr unsigned char App1 = 0xE1, App2 = 0xE2, StartOfScan = 0xDA;
     constexpr std::string_view Block("urn:iso:std:iso:ts:21496:-1\0", 28);
-    constexpr int MaxSegments = 100;
     std::optional<GainMap> map;
-    size_t place = 2;
-    for (int i = 0; i < MaxSegments && jpeg.size() - place >= 4 && jpeg[place] == 0xFF; ++i) {
-        const unsigned char marker = jpeg[place + 1];
-        const size_t length = size_t{jpeg[place + 2]} << 8 | jpeg[place + 3];
-        if (marker == StartOfScan || length < 2 || length > jpeg.size() - place - 2) {
+    jpeg = jpeg.subspan(2);
+    while (jpeg.size() >= 4 && jpeg[0] == 0xFF && jpeg[1] != StartOfScan) {
+        const unsigned char marker = jpeg[1];
+        const size_t length = bigEndian(jpeg.subspan(2, 2));
+        if (length < 2 || length > jpeg.size() - 2) {
             break;
         }
-        const auto content = jpeg.subspan(place + 4, length - 2);
+        const auto content = jpeg.subspan(4, length - 2);
         if (marker == App2 && asText(content).starts_with(Block)) {
             if (const auto found = fromBlock(content.subspan(Block.size()))) {
                 return found;
@@ -108,15 +102,9 @@ std::optional<GainMap> describedIn(std::span<const unsigned char> jpeg) {
         } else if (marker == App1 && !map) {
             map = fromPacket(asText(content));
         }
-        place += 2 + length;
+        jpeg = jpeg.subspan(2 + length);
     }
     return map;
-}
-
-bool isUsable(const Channel& channel) {
-    constexpr double MaxStops = 100;
-    return channel.gamma > 0 && std::isfinite(channel.gamma) && std::fabs(channel.minimum) <= MaxStops &&
-           std::fabs(channel.maximum) <= MaxStops && std::isfinite(channel.baseOffset) && std::isfinite(channel.offset);
 }
 
 } // namespace
@@ -131,35 +119,34 @@ double GainMap::stops() const {
 }
 
 std::string GainMap::name() const {
-    std::array<char, 40> text;
-    std::snprintf(text.data(), text.size(), "gain map, %+.1f stops", stops());
-    return text.data();
+    return fmt::format("gain map, {:+.1f} stops", stops());
 }
 
-// The first JPEG announces the second one. That is found by its first bytes, which coded pixels cannot contain; blocks
-// of metadata can, with previews.
+// The metadata of the first JPEG name the map. The second JPEG is found by its first bytes, which coded pixels cannot
+// contain; blocks of metadata can, with previews.
 std::optional<GainMap> findGainMap(const std::string& path) {
     constexpr size_t MaxHeader = size_t{1} << 18;
-    constexpr std::string_view Announcements[] = {"hdrgm:", "ts:21496:-1", {"MPF\0", 4}};
+    constexpr std::string_view Signs[] = {"hdrgm:", "ts:21496:-1", {"MPF\0", 4}};
     constexpr std::string_view JpegStart = "\xFF\xD8\xFF";
     constexpr int MaxPictures = 32;
+    const auto isUsable = [](const Channel& channel) {
+        constexpr double MaxStops = 100;
+        return channel.gamma > 0 && std::fabs(channel.minimum) <= MaxStops && std::fabs(channel.maximum) <= MaxStops;
+    };
     const Bytes header = readStart(path, MaxHeader);
-    if (std::ranges::none_of(Announcements,
-                             [&](std::string_view text) { return asText(header).find(text) != text.npos; })) {
+    if (std::ranges::none_of(Signs, [&](auto sign) { return asText(header).find(sign) != sign.npos; })) {
         return std::nullopt;
     }
     const Bytes file = readFile(path);
-    size_t place = 0;
-    for (int i = 0; i < MaxPictures; ++i) {
-        place = asText(file).find(JpegStart, place + 1);
-        if (place == std::string_view::npos) {
-            break;
-        }
-        std::optional<GainMap> map = describedIn(std::span(file).subspan(place));
+    size_t place = asText(file).find(JpegStart, 1);
+    for (int i = 0; i < MaxPictures && place != std::string_view::npos; ++i) {
+        std::optional<GainMap> map =
+            describedIn(std::span(file).subspan(place).first(std::min(MaxHeader, file.size() - place)));
         if (map && std::ranges::all_of(map->channels, isUsable)) {
             map->place = static_cast<int64_t>(place);
             return map;
         }
+        place = asText(file).find(JpegStart, place + 1);
     }
     return std::nullopt;
 }

@@ -100,7 +100,7 @@ class JpegReader {
     }
 
     void readHeader();
-    Picture announced() const;
+    Picture withoutSamples() const;
     void readPixels(Picture& picture);
     void scaleTo(int32_t side, Picture& picture);
     void takeProfile(Picture& picture);
@@ -125,12 +125,12 @@ void JpegReader::readHeader() {
     });
 }
 
-Picture JpegReader::announced() const {
+Picture JpegReader::withoutSamples() const {
     if (jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK) {
         throw Failure(path, "expected a grey or RGB picture, found CMYK; convert it first");
     }
-    Picture picture = announcedPicture(path, jpeg.image_width, jpeg.image_height,
-                                       jpeg.jpeg_color_space == JCS_GRAYSCALE ? 1 : 3, Depth::Integer8);
+    Picture picture = pictureWithoutSamples(path, jpeg.image_width, jpeg.image_height,
+                                            jpeg.jpeg_color_space == JCS_GRAYSCALE ? 1 : 3, Depth::Integer8);
     constexpr uint64_t MaxCompression = 8 * 64; // one bit for a block of 8 x 8 pixels
     requireFileBytes(path, picture,
                      static_cast<uint64_t>(picture.width) * static_cast<uint64_t>(picture.height) / MaxCompression);
@@ -207,7 +207,7 @@ void JpegReader::noteRest(Picture& picture) const {
 
 Picture JpegReader::read(Request request) {
     readHeader();
-    Picture picture = announced();
+    Picture picture = withoutSamples();
     takeProfile(picture);
     noteRest(picture);
     if (request.pixels) {
@@ -218,7 +218,7 @@ Picture JpegReader::read(Request request) {
 
 Picture JpegReader::readSmall(int32_t side) {
     readHeader();
-    Picture picture = announced();
+    Picture picture = withoutSamples();
     scaleTo(side, picture);
     readPixels(picture);
     return picture;

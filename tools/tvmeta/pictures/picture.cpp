@@ -48,7 +48,7 @@ size_t sampleBytes(const Picture& picture) {
     return rowBytes(picture) * static_cast<size_t>(picture.height);
 }
 
-Picture announcedPicture(const std::string& path, int64_t width, int64_t height, int32_t channels, Depth depth) {
+Picture pictureWithoutSamples(const std::string& path, int64_t width, int64_t height, int32_t channels, Depth depth) {
     constexpr int64_t MaxSide = std::numeric_limits<int32_t>::max();
     constexpr int64_t MaxBytes = std::numeric_limits<int32_t>::max() - 8; // after the header of a TIFF file
     const int64_t pixelBytes = int64_t{channels} * bytesPerSample(depth);
@@ -85,8 +85,4 @@ File openPicture(const std::string& path) {
     File file = openFile(path);
     std::setvbuf(file.get(), nullptr, _IOFBF, BufferSize);
     return file;
-}
-
-std::string colourSpaceOf(const Bytes& profile) {
-    return profile.size() < 20 ? "" : std::string(asText(profile).substr(16, 4));
 }

@@ -76,7 +76,7 @@ size_t rowBytes(const Picture& picture);
 size_t sampleBytes(const Picture& picture);
 
 // A picture with the size from a header, without samples. Throws Failure for a size that a result cannot have.
-Picture announcedPicture(const std::string& path, int64_t width, int64_t height, int32_t channels, Depth depth);
+Picture pictureWithoutSamples(const std::string& path, int64_t width, int64_t height, int32_t channels, Depth depth);
 
 // Throws Failure if `leastBytes`, the minimum for the pixels, exceeds the size of the file.
 void requireFileBytes(const std::string& path, const Picture& picture, uint64_t leastBytes);
@@ -87,6 +87,3 @@ void takeResolution(Picture& picture, double across, double down, double inches)
 
 // Opens a picture for sequential reading.
 File openPicture(const std::string& path);
-
-// The colour space of an ICC profile (ICC.1, profile header), such as "RGB " or "GRAY".
-std::string colourSpaceOf(const Bytes& profile);

@@ -65,7 +65,7 @@ class PngReader {
     bool has(png_uint_32 chunk) const { return png_get_valid(png, info, chunk) != 0; }
 
     void readHeader();
-    Picture announced() const;
+    Picture withoutSamples() const;
     void readPixels(Picture& picture);
     void takeProfile(Picture& picture) const;
     std::optional<ColourSpace> statedColours(Picture& picture) const;
@@ -81,19 +81,19 @@ class PngReader {
 
 void PngReader::readHeader() {
     run([this] {
-        png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX); // the size is checked by announcedPicture
+        png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX); // the size is checked by pictureWithoutSamples
         png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_ALWAYS, CodePointsChunk, 1); // libpng below 1.6.45
         png_init_io(png, file.get());
         png_read_info(png, info);
     });
 }
 
-Picture PngReader::announced() const {
+Picture PngReader::withoutSamples() const {
     constexpr uint64_t MaxCompression = 1032; // of deflate: two bits for 258 bytes
     const png_byte colourType = png_get_color_type(png, info);
-    Picture picture = announcedPicture(path, png_get_image_width(png, info), png_get_image_height(png, info),
-                                       (colourType & PNG_COLOR_MASK_COLOR) != 0 ? 3 : 1,
-                                       png_get_bit_depth(png, info) == 16 ? Depth::Integer16 : Depth::Integer8);
+    Picture picture = pictureWithoutSamples(path, png_get_image_width(png, info), png_get_image_height(png, info),
+                                            (colourType & PNG_COLOR_MASK_COLOR) != 0 ? 3 : 1,
+                                            png_get_bit_depth(png, info) == 16 ? Depth::Integer16 : Depth::Integer8);
     if ((colourType & PNG_COLOR_MASK_ALPHA) != 0) {
         picture.dropped.emplace_back("alpha");
     } else if (has(PNG_INFO_tRNS)) {
@@ -247,7 +247,7 @@ void PngReader::noteRest(Picture& picture) const {
 
 Picture PngReader::read(Request request) {
     readHeader();
-    Picture picture = announced();
+    Picture picture = withoutSamples();
     if (request.pixels) {
         readPixels(picture);
     }

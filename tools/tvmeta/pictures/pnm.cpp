@@ -1,12 +1,12 @@
 // Binary PGM and PPM pictures, and PFM ones, which contain floats.
 
 #include "base/failure.h"
+#include "base/numbers.h"
 #include "pictures/decoders.h"
 #include "system/system.h"
 
 #include <algorithm>
 #include <bit>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <string>
@@ -41,22 +41,13 @@ std::string found(const std::string& word) {
     return word.empty() ? "none" : word;
 }
 
-// The value of a word, or 0 if it is not a number.
-template <typename Number>
-Number numberOf(const std::string& word) {
-    Number number = 0;
-    const char* const last = word.data() + word.size();
-    const std::from_chars_result result = std::from_chars(word.data(), last, number);
-    return result.ec == std::errc() && result.ptr == last ? number : 0;
-}
-
 int64_t nextSide(const std::string& path, std::FILE* file) {
     const std::string word = nextWord(file);
-    const auto side = numberOf<int32_t>(word);
-    if (side < 1) {
+    const std::optional<int64_t> side = parseWholeNumber(word);
+    if (!side || *side < 1) {
         throw Failure(path, "expected a width and height of 1 or more, found " + found(word));
     }
-    return side;
+    return *side;
 }
 
 Depth nextDepth(const std::string& path, std::FILE* file) {
@@ -68,13 +59,13 @@ Depth nextDepth(const std::string& path, std::FILE* file) {
 }
 
 // The scale of a PFM picture: its sign gives the byte order, its value the unit of the samples.
-float nextScale(const std::string& path, std::FILE* file) {
+double nextScale(const std::string& path, std::FILE* file) {
     const std::string word = nextWord(file);
-    const auto scale = numberOf<float>(word);
-    if (scale == 0 || !std::isfinite(scale)) {
+    const std::optional<double> scale = parseNumber(word);
+    if (!scale || *scale == 0) {
         throw Failure(path, "expected a scale such as -1.0, found " + found(word));
     }
-    return scale;
+    return *scale;
 }
 
 template <typename Sample>
@@ -127,9 +118,9 @@ Picture readPnm(const std::string& path, Request request) {
     const bool isPfm = kind == "PF" || kind == "Pf";
     const int64_t width = nextSide(path, file.get());
     const int64_t height = nextSide(path, file.get());
-    const float scale = isPfm ? nextScale(path, file.get()) : 1;
+    const double scale = isPfm ? nextScale(path, file.get()) : 1;
     const Depth depth = isPfm ? Depth::Float32 : nextDepth(path, file.get());
-    Picture picture = announcedPicture(path, width, height, kind == "P6" || kind == "PF" ? 3 : 1, depth);
+    Picture picture = pictureWithoutSamples(path, width, height, kind == "P6" || kind == "PF" ? 3 : 1, depth);
     if (std::fabs(scale) != 1) {
         picture.dropped.push_back("scale " + std::to_string(std::fabs(scale)));
     }

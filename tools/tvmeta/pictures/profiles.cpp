@@ -6,6 +6,8 @@
 #include <lcms2_plugin.h>
 
 #include <algorithm>
+#include <climits>
+#include <cwchar>
 #include <memory>
 #include <span>
 #include <vector>
@@ -83,9 +85,28 @@ Bytes saved(cmsHPROFILE profile) {
     return bytes;
 }
 
+Profile opened(const Bytes& bytes) {
+    return Profile(cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
+}
+
 template <typename Tag>
 const Tag* read(const Profile& profile, cmsTagSignature signature) {
     return static_cast<const Tag*>(cmsReadTag(profile.get(), signature));
+}
+
+// In UTF-8, the encoding of the process.
+std::string narrow(const wchar_t* text) {
+    std::string bytes;
+    std::mbstate_t state = {};
+    std::array<char, MB_LEN_MAX> character;
+    for (; *text != 0; ++text) {
+        const size_t length = std::wcrtomb(character.data(), *text, &state);
+        if (length > character.size()) {
+            return bytes;
+        }
+        bytes.append(character.data(), length);
+    }
+    return bytes;
 }
 
 // The colorants of a profile are adapted to its connection space. Undoes that, so that equal colours have equal weights
@@ -148,8 +169,19 @@ Bytes profileOf(const ColourSpace& space) {
     return saved(profile.get());
 }
 
+std::string profileDescription(const Bytes& bytes) {
+    const Profile profile = opened(bytes);
+    if (profile == nullptr) {
+        return {};
+    }
+    const cmsUInt32Number size = cmsGetProfileInfo(profile.get(), cmsInfoDescription, "en", "US", nullptr, 0);
+    std::vector<wchar_t> text(size / sizeof(wchar_t) + 1);
+    cmsGetProfileInfo(profile.get(), cmsInfoDescription, "en", "US", text.data(), size);
+    return narrow(text.data());
+}
+
 std::optional<ProfileLight> profileLight(const Bytes& bytes) {
-    const Profile profile(cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
+    const Profile profile = opened(bytes);
     if (profile == nullptr) {
         return std::nullopt;
     }
@@ -177,6 +209,10 @@ std::optional<ProfileLight> profileLight(const Bytes& bytes) {
 #else
 
 Bytes profileOf(const ColourSpace&) {
+    return {};
+}
+
+std::string profileDescription(const Bytes&) {
     return {};
 }
 

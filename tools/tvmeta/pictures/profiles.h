@@ -1,4 +1,4 @@
-// ICC profiles: made for colour spaces that pictures describe without one, and read for measuring light.
+// The contents of ICC profiles, through Little CMS: made for colour spaces that pictures describe without one, and read.
 #pragma once
 
 #include "pictures/colour_space.h"
@@ -7,9 +7,14 @@
 #include <array>
 #include <functional>
 #include <optional>
+#include <string>
 
 // A matrix profile for RGB samples. Empty if there is none for the colour space or the build has no library for it.
 Bytes profileOf(const ColourSpace& space);
+
+// The description of a profile of any version, in English if it has several; empty if it has none or the build has no
+// library for it.
+std::string profileDescription(const Bytes& profile);
 
 // From samples to linear light, as far as a matrix or grey profile describes it.
 struct ProfileLight {

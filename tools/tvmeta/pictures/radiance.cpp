@@ -19,7 +19,7 @@ constexpr size_t Planes = 4; // red, green, blue, exponent
 // The run-length form begins each row with 2, 2 and the width; it exists for widths of 8 to 32767.
 bool isRunLengthCoded(ByteSpan bytes, size_t width) {
     return width >= 8 && width < 0x8000 && bytes.size() >= 4 && bytes[0] == 2 && bytes[1] == 2 &&
-           (size_t{bytes[2]} << 8 | bytes[3]) == width;
+           bigEndian(bytes.subspan(2, 2)) == width;
 }
 
 // One plane of a row: a code above 128 repeats the next byte code - 128 times, any other copies `code` bytes.
@@ -96,9 +96,9 @@ void readPixels(ByteSource& source, const RadianceHeader& header, Picture& pictu
 }
 
 // Throws Failure if the size is too large for a result or for the file.
-Picture announced(const std::string& path, const RadianceHeader& header) {
+Picture withoutSamples(const std::string& path, const RadianceHeader& header) {
     constexpr uint64_t MaxCompression = 64; // two bytes for a run of 127
-    Picture picture = announcedPicture(path, header.width, header.height, Colours, Depth::Float32);
+    Picture picture = pictureWithoutSamples(path, header.width, header.height, Colours, Depth::Float32);
     const auto pixels = static_cast<uint64_t>(picture.width) * static_cast<uint64_t>(picture.height);
     requireFileBytes(path, picture, pixels * Planes / MaxCompression);
     return picture;
@@ -109,7 +109,7 @@ Picture announced(const std::string& path, const RadianceHeader& header) {
 Picture readRadiance(const std::string& path, Request request) {
     ByteSource source(path);
     RadianceHeader header = readRadianceHeader(source);
-    Picture picture = announced(path, header);
+    Picture picture = withoutSamples(path, header);
     if (request.pixels) {
         readPixels(source, header, picture);
     }

@@ -1,9 +1,9 @@
 #include "pictures/radiance_header.h"
 
 #include "base/failure.h"
+#include "base/numbers.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -16,20 +16,17 @@ std::string shownLine(const std::string& line) {
     return line.empty() ? "none" : "\"" + line.substr(0, MaxShown) + "\"";
 }
 
-// The numbers after the name of a line such as "EXPOSURE= 2.5".
-std::vector<double> numbersOf(const std::string& line) {
+// The numbers after the name of a line such as "EXPOSURE= 2.5"; none if there is anything else.
+std::vector<double> numbersOf(std::string_view line) {
     std::vector<double> numbers;
-    const char* place = line.data() + line.find('=') + 1;
-    const char* const end = line.data() + line.size();
+    line.remove_prefix(line.find('=') + 1);
     for (;;) {
-        place = std::find_if(place, end, [](char c) { return c != ' ' && c != '\t' && c != '\r'; });
-        double number = 0;
-        const std::from_chars_result result = std::from_chars(place, end, number);
-        if (result.ec != std::errc()) {
-            return place == end ? numbers : std::vector<double>();
+        line.remove_prefix(std::min(line.find_first_not_of(" \t\r"), line.size()));
+        const std::optional<double> number = takeNumber(line);
+        if (!number) {
+            return line.empty() ? numbers : std::vector<double>();
         }
-        numbers.push_back(number);
-        place = result.ptr;
+        numbers.push_back(*number);
     }
 }
 

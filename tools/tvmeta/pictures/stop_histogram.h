@@ -1,9 +1,8 @@
-// The light of a picture by stops, as bars in a terminal and as an SVG picture.
+// The light of a picture by stops.
 #pragma once
 
 #include <cstddef>
 #include <span>
-#include <string>
 #include <vector>
 
 // Pixels by their stops from a reference luminance.
@@ -15,17 +14,3 @@ struct StopHistogram {
 
 // The bins have one stop, doubled until there are at most `maxBins`. There must be luminances, all above zero.
 StopHistogram stopHistogram(std::span<const float> luminances, double reference, size_t maxBins);
-
-enum class Scale { Linear, Logarithmic };
-
-// A line for each bin, with a bar, in at most `width` columns.
-std::string histogramBars(const StopHistogram& histogram, Scale scale, int width);
-
-struct PlotMark {
-    std::string label;
-    double stops = 0; // from the reference
-};
-
-// A whole SVG file without scripts, for light and dark surroundings.
-std::string histogramPlot(const StopHistogram& histogram, Scale scale, const std::string& title,
-                          std::span<const PlotMark> marks);

@@ -2,9 +2,8 @@
 
 #include "base/failure.h"
 #include "pictures/decoders.h"
+#include "pictures/tiff_pixels.h"
 #include "system/paths.h"
-
-#include <tiffio.h>
 
 #include <algorithm>
 #include <array>
@@ -51,19 +50,6 @@ int onWarning(TIFF*, void* data, const char* module, const char* format, std::va
     return 1;
 }
 
-// The storage of the samples (TIFF 6.0).
-struct Layout {
-    uint32_t width = 0;
-    uint32_t height = 0;
-    uint16_t samples = 1; // of a pixel, in the file
-    uint16_t bits = 1;
-    uint16_t format = SAMPLEFORMAT_UINT;
-    uint16_t photometric = PHOTOMETRIC_MINISBLACK;
-    uint16_t compression = COMPRESSION_NONE;
-    bool isPlanar = false;
-    bool isTiled = false;
-};
-
 class TiffReader {
   public:
     explicit TiffReader(const std::string& name);
@@ -72,8 +58,7 @@ class TiffReader {
   private:
     template <typename Value>
     Value field(uint32_t tag, Value otherwise) const {
-        TIFFGetFieldDefaulted(tiff.get(), tag, &otherwise);
-        return otherwise;
+        return tiffField(tiff.get(), tag, otherwise);
     }
 
     [[noreturn]] void fail() const;
@@ -88,13 +73,7 @@ class TiffReader {
     void readLayout();
     int32_t colours();
     Depth depth() const;
-    Picture announced();
-
-    void readPixels(Picture& picture);
-    void readStrips(Picture& picture);
-    void readRows(Picture& picture, uint16_t plane);
-    void readTiles(Picture& picture, uint16_t plane);
-    void copyPixels(const unsigned char* from, Picture& picture, size_t x, size_t y, size_t count, uint16_t plane);
+    Picture withoutSamples();
 
     void takeProfile(Picture& picture) const;
     void takeResolution(Picture& picture) const;
@@ -104,7 +83,7 @@ class TiffReader {
     Report report;
     bool hasMorePages = false;
     std::unique_ptr<TIFF, TiffCloser> tiff;
-    Layout layout;
+    TiffLayout layout;
 };
 
 TiffReader::TiffReader(const std::string& name) : path(name) {
@@ -214,7 +193,7 @@ Depth TiffReader::depth() const {
 }
 
 // Keeps a single alpha sample, which the library omits: rows can be read in place.
-Picture TiffReader::announced() {
+Picture TiffReader::withoutSamples() {
     const int32_t kept = colours();
     const Depth samples = depth();
     if (layout.samples < kept) {
@@ -228,104 +207,11 @@ Picture TiffReader::announced() {
                                 ", is not supported by the TIFF library of this system");
     }
     const bool hasOneMore = layout.samples == kept + 1 && !layout.isPlanar;
-    Picture picture = announcedPicture(path, layout.width, layout.height, hasOneMore ? kept + 1 : kept, samples);
+    Picture picture = pictureWithoutSamples(path, layout.width, layout.height, hasOneMore ? kept + 1 : kept, samples);
     if (layout.compression == COMPRESSION_NONE) {
         requireFileBytes(path, picture, sampleBytes(picture));
     }
     return picture;
-}
-
-// Copies `count` pixels into a row, from a buffer with all samples of a pixel or those of one plane.
-void TiffReader::copyPixels(const unsigned char* from, Picture& picture, size_t x, size_t y, size_t count,
-                            uint16_t plane) {
-    const auto sampleSize = static_cast<size_t>(bytesPerSample(picture.depth));
-    const size_t pixelSize = sampleSize * static_cast<size_t>(picture.channels);
-    const size_t step = layout.isPlanar ? sampleSize : sampleSize * layout.samples;
-    const size_t copied = layout.isPlanar ? sampleSize : pixelSize;
-    unsigned char* to = picture.samples.data() + y * rowBytes(picture) + x * pixelSize + plane * sampleSize;
-    for (size_t i = 0; i < count; ++i) {
-        std::memcpy(to, from, copied);
-        from += step;
-        to += pixelSize;
-    }
-}
-
-// Strips with rows of the picture's layout are decoded in place.
-void TiffReader::readStrips(Picture& picture) {
-    const size_t rowSize = rowBytes(picture);
-    const uint32_t stripRows =
-        std::clamp<uint32_t>(field<uint32_t>(TIFFTAG_ROWSPERSTRIP, layout.height), 1, layout.height);
-    for (uint32_t row = 0; row < layout.height; row += std::min(stripRows, layout.height - row)) {
-        const auto size = static_cast<tmsize_t>(std::min(stripRows, layout.height - row) * rowSize);
-        const uint32_t strip = TIFFComputeStrip(tiff.get(), row, 0);
-        require(TIFFReadEncodedStrip(tiff.get(), strip, picture.samples.data() + row * rowSize, size) == size);
-    }
-}
-
-void TiffReader::readRows(Picture& picture, uint16_t plane) {
-    Bytes row(static_cast<size_t>(TIFFScanlineSize64(tiff.get())));
-    for (uint32_t y = 0; y < layout.height; ++y) {
-        require(TIFFReadScanline(tiff.get(), row.data(), y, plane) == 1);
-        copyPixels(row.data(), picture, 0, y, layout.width, plane);
-    }
-}
-
-void TiffReader::readTiles(Picture& picture, uint16_t plane) {
-    constexpr uint64_t MaxTileBytes = uint64_t{1} << 28;
-    const auto width = field<uint32_t>(TIFFTAG_TILEWIDTH, 0);
-    const auto height = field<uint32_t>(TIFFTAG_TILELENGTH, 0);
-    const uint64_t rowSize = TIFFTileRowSize64(tiff.get());
-    const uint64_t size = TIFFTileSize64(tiff.get());
-    const uint64_t pixelSize =
-        static_cast<uint64_t>(bytesPerSample(picture.depth)) * (layout.isPlanar ? 1 : layout.samples);
-    if (width == 0 || height == 0 || size > MaxTileBytes || rowSize / pixelSize < width || size / rowSize < height) {
-        throw Failure(path, "expected tiles of 256 MiB at most, found " + std::to_string(width) + " x " +
-                                std::to_string(height) + " pixels");
-    }
-    Samples tile;
-    tile.resize(size);
-    for (uint64_t y = 0; y < layout.height; y += height) {
-        for (uint64_t x = 0; x < layout.width; x += width) {
-            require(TIFFReadTile(tiff.get(), tile.data(), static_cast<uint32_t>(x), static_cast<uint32_t>(y), 0,
-                                 plane) >= 0);
-            for (uint64_t row = 0; row < std::min<uint64_t>(height, layout.height - y); ++row) {
-                copyPixels(tile.data() + row * rowSize, picture, x, y + row,
-                           std::min<uint64_t>(width, layout.width - x), plane);
-            }
-        }
-    }
-}
-
-// White as zero becomes black as zero.
-void invert(Picture& picture) {
-    unsigned char* const bytes = picture.samples.data();
-    for (size_t i = 0; i < picture.samples.size(); ++i) {
-        bytes[i] = static_cast<unsigned char>(~bytes[i]); // of 16 bits both
-    }
-}
-
-void TiffReader::readPixels(Picture& picture) {
-    const uint64_t samples = layout.isPlanar ? 1 : layout.samples;
-    const uint64_t pixelsSize = samples * static_cast<uint64_t>(bytesPerSample(picture.depth)) * layout.width;
-    if (!layout.isTiled && TIFFScanlineSize64(tiff.get()) != pixelsSize) {
-        throw Failure(path, "expected rows of " + std::to_string(pixelsSize) + " bytes, found " +
-                                std::to_string(TIFFScanlineSize64(tiff.get())));
-    }
-    picture.samples.resize(sampleBytes(picture));
-    const auto planes = static_cast<uint16_t>(layout.isPlanar ? picture.channels : 1);
-    for (uint16_t plane = 0; plane < planes; ++plane) {
-        if (layout.isTiled) {
-            readTiles(picture, plane);
-        } else if (pixelsSize == rowBytes(picture)) {
-            readStrips(picture);
-        } else {
-            readRows(picture, plane);
-        }
-    }
-    require(report.reason.front() == 0);
-    if (layout.photometric == PHOTOMETRIC_MINISWHITE) {
-        invert(picture);
-    }
 }
 
 void TiffReader::takeProfile(Picture& picture) const {
@@ -383,7 +269,7 @@ void TiffReader::noteRest(Picture& picture) const {
 }
 
 Picture TiffReader::read(Request request) {
-    Picture picture = announced();
+    Picture picture = withoutSamples();
     uint16_t code = 0;
     if (TIFFGetField(tiff.get(), TIFFTAG_ORIENTATION, &code) == 1 && code >= 1 && code <= 8) {
         picture.orientation = code;
@@ -392,7 +278,8 @@ Picture TiffReader::read(Request request) {
     takeResolution(picture);
     noteRest(picture);
     if (request.pixels) {
-        readPixels(picture);
+        picture.samples.resize(sampleBytes(picture));
+        require(readTiffPixels(path, tiff.get(), layout, picture) && report.reason.front() == 0);
     }
     return picture;
 }

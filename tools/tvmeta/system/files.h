@@ -65,6 +65,15 @@ inline int32_t textSize(const std::string& text) {
     return checkedSize(uint64_t{text.size()} + 1);
 }
 
+// The number in up to four bytes.
+inline uint32_t bigEndian(std::span<const unsigned char> bytes) {
+    uint32_t number = 0;
+    for (const unsigned char byte : bytes) {
+        number = number << 8 | byte;
+    }
+    return number;
+}
+
 inline std::span<const unsigned char> asBytes(std::string_view text) {
     return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
 }

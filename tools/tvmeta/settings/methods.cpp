@@ -1,0 +1,156 @@
+#include "settings/methods.h"
+
+#include "base/failure.h"
+#include "base/suggestion.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+std::vector<int32_t> methods() {
+    std::vector<int32_t> codes;
+    for (int32_t code = METHOD_NONE + 1; code < MODE_LENS; ++code) {
+        if (tvmeta_method_name(code) != nullptr) {
+            codes.push_back(code);
+        }
+    }
+    return codes;
+}
+
+std::vector<std::string> namesOf(const std::vector<tvmeta_Parameter>& parameters) {
+    std::vector<std::string> names;
+    std::ranges::transform(parameters, std::back_inserter(names), &tvmeta_Parameter::name);
+    return names;
+}
+
+int32_t methodNamed(const std::string& name) {
+    for (const int32_t code : methods()) {
+        if (equalsIgnoringCase(name, tvmeta_method_name(code))) {
+            return code;
+        }
+    }
+    throw WrongCommandLine("unknown method '" + name + "'" + nearestOrAll(name, methodNames()));
+}
+
+// The NAME=VALUE assignments, with the names spelled as in the method.
+std::vector<Setting> parseAssignments(const std::vector<std::string>& assignments, int32_t method) {
+    const std::vector<std::string> names = namesOf(parametersOf(method));
+    std::vector<Setting> settings;
+    for (const std::string& assignment : assignments) {
+        const size_t equals = assignment.find('=');
+        if (equals == std::string::npos) {
+            throw WrongCommandLine("invalid --set '" + assignment + "': use NAME=VALUE");
+        }
+        const std::string given = assignment.substr(0, equals);
+        const auto name = std::ranges::find_if(names, [&](const auto& n) { return equalsIgnoringCase(n, given); });
+        if (name == names.end()) {
+            throw WrongCommandLine("unknown setting '" + given + "' of method '" + tvmeta_method_name(method) + "'" +
+                                   nearestOrAll(given, names));
+        }
+        if (std::ranges::find(settings, *name, &Setting::name) != settings.end()) {
+            throw WrongCommandLine("--set " + assignment + ": " + *name + " is set twice");
+        }
+        settings.push_back({*name, assignment.substr(equals + 1)});
+    }
+    return settings;
+}
+
+// The words of a parameter: the texts of slot values from 0 on, until one is repeated.
+std::vector<std::string> wordsOf(int32_t method, int32_t index, int32_t slot) {
+    std::vector<std::string> words;
+    SlotValues values = {};
+    for (std::string word = valueText(method, index, values); std::ranges::count(words, word) == 0;
+         word = valueText(method, index, values)) {
+        words.push_back(word);
+        values[static_cast<size_t>(slot)] += 1;
+    }
+    return words;
+}
+
+// The values that a parameter accepts, for messages.
+std::string allowedValues(const Settings& settings, int32_t index, const tvmeta_Parameter& parameter) {
+    const auto words = [&] { return wordList(wordsOf(settings.method, index, parameter.slot), "or"); };
+    switch (parameter.kind) {
+    case TVMETA_GAMMA:
+        return "a number above 0";
+    case TVMETA_CLIP:
+        return "a number of 0 or more";
+    case TVMETA_SMOOTHING:
+        return usesSlider(settings.values) ? "a number, because SmoothingMode is Slider"
+                                           : words() + ", or a number with SmoothingMode=Slider";
+    case TVMETA_SMOOTHING_MODE:
+    case TVMETA_YES_NO:
+        return words();
+    default:
+        return "a number";
+    }
+}
+
+// Sets a parameter to the value of a text. Set the smoothing mode before the smoothing.
+void setValue(Settings& settings, int32_t index, const tvmeta_Parameter& parameter, const std::string& text) {
+    const std::string problem = "invalid " + std::string(parameter.name) + " '" + text + "': ";
+    switch (tvmeta_setting_value(settings.method, index, text.c_str(), settings.values.data())) {
+    case TVMETA_SETTING_OK:
+        break;
+    case TVMETA_SETTING_TOO_SMALL:
+        throw WrongCommandLine(problem + "the number is too small");
+    case TVMETA_SETTING_TOO_LARGE:
+        throw WrongCommandLine(problem + "the number is too large");
+    default:
+        throw WrongCommandLine(problem + "use " + allowedValues(settings, index, parameter));
+    }
+}
+
+} // namespace
+
+std::vector<tvmeta_Parameter> parametersOf(int32_t method) {
+    std::vector<tvmeta_Parameter> parameters;
+    tvmeta_Parameter parameter = {};
+    for (int32_t i = 0; tvmeta_parameter(method, i, &parameter) > 0; ++i) {
+        parameters.push_back(parameter);
+    }
+    return parameters;
+}
+
+std::string valueText(int32_t method, int32_t index, const SlotValues& values) {
+    std::array<char, TVMETA_SETTING_TEXT_SIZE> text = {};
+    tvmeta_setting_text(method, index, values.data(), text.data());
+    return text.data();
+}
+
+bool usesSlider(const SlotValues& values) {
+    return values[DETAILS_ENHANCER_SMOOTHING_MODE] == 1;
+}
+
+std::vector<std::string> methodNames() {
+    std::vector<std::string> names;
+    std::ranges::transform(methods(), std::back_inserter(names), tvmeta_method_name);
+    return names;
+}
+
+std::vector<std::string> settingNames(const std::string& method) {
+    return namesOf(parametersOf(methodNamed(method)));
+}
+
+Settings settingsFrom(const std::string& method, const std::vector<std::string>& assignments) {
+    Settings settings;
+    if (method.empty()) {
+        return settings;
+    }
+    settings.method = methodNamed(method);
+    const std::vector<Setting> given = parseAssignments(assignments, settings.method);
+    int32_t index = 0;
+    for (const tvmeta_Parameter& parameter : parametersOf(settings.method)) {
+        const auto found = std::ranges::find(given, std::string_view(parameter.name), &Setting::name);
+        if (found != given.end()) {
+            setValue(settings, index, parameter, found->value);
+        } else {
+            tvmeta_setting_value(settings.method, index, nullptr, settings.values.data());
+        }
+        ++index;
+    }
+    return settings;
+}

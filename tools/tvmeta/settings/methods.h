@@ -1,0 +1,37 @@
+// Processing methods and their settings, by the names of the library's table.
+#pragma once
+
+#include <tvmeta.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+using SlotValues = std::array<float, SETTINGS_SLOTS>;
+
+struct Settings {
+    int32_t method = METHOD_NONE;
+    SlotValues values = {};
+};
+
+struct Setting {
+    std::string name;
+    std::string value;
+};
+
+std::vector<std::string> methodNames();
+std::vector<tvmeta_Parameter> parametersOf(int32_t method);
+
+// The settings of a method. Throws WrongCommandLine for an unknown method.
+std::vector<std::string> settingNames(const std::string& method);
+
+// The settings that NAME=VALUE assignments give; empty without a method. Throws WrongCommandLine for invalid names and
+// values.
+Settings settingsFrom(const std::string& method, const std::vector<std::string>& assignments);
+
+// The value of a parameter as a packet contains it.
+std::string valueText(int32_t method, int32_t index, const SlotValues& values);
+
+// The smoothing is a number instead of a word.
+bool usesSlider(const SlotValues& values);
