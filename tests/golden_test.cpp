@@ -77,7 +77,7 @@ Bytes randomNumber(Random& random) {
     static constexpr std::string_view Characters = "0123456789012345678901234567890123456789..eE+-";
     Bytes text = random.below(4) == 0 ? "-" : "";
     for (std::uint32_t length = random.below(40) + 1; length > 0; --length) {
-        text += Characters[random.below(length > 30 ? 10 : Characters.size())];
+        text += Characters[random.below(length > 30 ? 10 : std::uint32_t{Characters.size()})];
     }
     return text;
 }

@@ -29,7 +29,7 @@ std::string clock(std::int64_t seconds, const char* format) {
 }
 
 std::string textOf(const tvmeta_Source& source, const tvmeta_Photo& photo, int text, int index = 0) {
-    std::array<char, 600> buffer;
+    std::array<char, 600> buffer{};
     const std::int64_t size = tvmeta_read_text(&source, &photo, text, index, buffer.data(), std::ssize(buffer));
     EXPECT_LE(size, std::ssize(buffer));
     return Bytes(buffer.data(), static_cast<std::size_t>(std::max<std::int64_t>(size, 0)));

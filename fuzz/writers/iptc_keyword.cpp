@@ -1,7 +1,37 @@
 // A keyword added to an IPTC block.
 #include "support.h"
+#include "tvmeta_photo.h"
 
 using namespace fuzz;
+
+namespace {
+
+Bytes withLake(const Bytes& block) {
+    const char* const keywords[] = {"lake"};
+    const auto size = static_cast<std::int64_t>(block.size());
+    const std::int64_t needed = tvmeta_add_keywords(block.data(), size, keywords, 1, nullptr, 0, nullptr);
+    require(needed >= size, "nothing is lost");
+    Bytes longer(static_cast<std::size_t>(needed));
+    std::int64_t leftOut = -1;
+    require(tvmeta_add_keywords(block.data(), size, keywords, 1, longer.data(), needed, &leftOut) == needed &&
+                leftOut == 0,
+            "measuring and writing agree");
+    return longer;
+}
+
+bool hasLake(const Bytes& block) {
+    const auto size = static_cast<std::int64_t>(block.size());
+    const std::int64_t count = tvmeta_list_datasets(block.data(), size, nullptr, 0);
+    std::vector<tvmeta_Dataset> datasets(static_cast<std::size_t>(count));
+    tvmeta_list_datasets(block.data(), size, datasets.data(), count);
+    return std::any_of(datasets.begin(), datasets.end(), [&](const tvmeta_Dataset& dataset) {
+        require(dataset.position >= 5 && dataset.size <= size - dataset.position, "values are in the block");
+        return dataset.record == 2 && dataset.number == 25 && dataset.size == 4 &&
+               std::equal(block.begin() + dataset.position, block.begin() + dataset.position + 4, "lake");
+    });
+}
+
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     constexpr std::uint8_t Untouched = 0xA5;
@@ -11,6 +41,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool tooLong = keywordSize == 300;
     const std::vector<char> keyword = tooLong ? std::vector<char>(0x8000, 'k') : input.ConsumeBytes<char>(keywordSize);
     const Bytes block = input.ConsumeRemainingBytes<std::uint8_t>();
+
+    const Bytes longer = withLake(block);
+    require(hasLake(longer), "the keyword is a dataset");
+    require(withLake(longer) == longer, "a keyword is added once");
 
     const Bytes before = block.empty() ? recordVersion : block;
     Bytes out(before.size() + 5 + keyword.size(), Untouched);

@@ -60,6 +60,7 @@ static_assert(sizeof(tvmeta_Source) == 32);
 static_assert(sizeof(tvmeta_Rational) == 16);
 static_assert(sizeof(tvmeta_Block) == 24);
 static_assert(sizeof(tvmeta_Tag) == 32);
+static_assert(sizeof(tvmeta_Dataset) == 24);
 static_assert(sizeof(tvmeta_Loss) == 12);
 static_assert(sizeof(tvmeta_BracketMember) == 32);
 static_assert(offsetof(tvmeta_Photo, format) == 4);
