@@ -128,7 +128,9 @@ std::int32_t findBlocks(SourceReader& reader, std::int64_t size, Layout& layout)
 
 } // namespace tvmeta
 
+using namespace tvmeta;
+
 const char* tvmeta_format_name(std::int32_t format) noexcept {
-    const auto* const found = std::ranges::find(tvmeta::Kinds, format, &tvmeta::Kind::format);
-    return found != std::end(tvmeta::Kinds) ? found->name : "unknown";
+    const auto* const found = std::ranges::find(Kinds, format, &Kind::format);
+    return found != std::end(Kinds) ? found->name : "unknown";
 }

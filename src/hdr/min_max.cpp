@@ -4,9 +4,10 @@
 #include <algorithm>
 #include <cstdint>
 
+using namespace tvmeta;
+
 std::int32_t hdrMinMax(std::int32_t width, std::int32_t height, const unsigned char* pixels,
                        float results[3]) noexcept {
-    using namespace tvmeta;
     constexpr std::int32_t NullPointer = -4;
     const bool empty = width <= 0 || height <= 0;
     if (results == nullptr || (!empty && pixels == nullptr)) {

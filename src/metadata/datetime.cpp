@@ -9,6 +9,8 @@
 #include <optional>
 #include <string_view>
 
+using namespace tvmeta;
+
 namespace {
 
 using DateTime = std::array<int, 6>; // year, month, day, hour, minute, second
@@ -25,7 +27,7 @@ std::optional<DateTime> scanDateTime(std::string_view text) {
             }
             text.remove_prefix(1);
         }
-        const std::optional<std::int64_t> number = tvmeta::scanInteger(text);
+        const std::optional<std::int64_t> number = scanInteger(text);
         if (!number || *number < std::numeric_limits<int>::min() || *number > std::numeric_limits<int>::max()) {
             return std::nullopt;
         }

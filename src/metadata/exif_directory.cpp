@@ -154,18 +154,20 @@ void readGpsDirectory(const TiffReader& tiff, WorkBudget& budget, ExifInfo& info
 
 } // namespace tvmeta
 
+using namespace tvmeta;
+
 std::int32_t parse_exif_data(FILE* stream, std::int32_t, std::int32_t byteOrder, std::int32_t tiffBase,
                              ExifInfo* info) noexcept {
-    return tvmeta::parseStream(stream, info, 1, [&](tvmeta::StreamReader& reader, tvmeta::WorkBudget& budget) {
-        tvmeta::readExifDirectory({reader, tvmeta::byteOrderOf(byteOrder), tiffBase}, budget, *info);
+    return parseStream(stream, info, 1, [&](StreamReader& reader, WorkBudget& budget) {
+        readExifDirectory({reader, byteOrderOf(byteOrder), tiffBase}, budget, *info);
         return 1;
     });
 }
 
 std::int32_t parse_gps_data(FILE* stream, std::int32_t, std::int32_t byteOrder, std::int32_t tiffBase,
                             ExifInfo* info) noexcept {
-    return tvmeta::parseStream(stream, info, 1, [&](tvmeta::StreamReader& reader, tvmeta::WorkBudget& budget) {
-        tvmeta::readGpsDirectory({reader, tvmeta::byteOrderOf(byteOrder), tiffBase}, budget, *info);
+    return parseStream(stream, info, 1, [&](StreamReader& reader, WorkBudget& budget) {
+        readGpsDirectory({reader, byteOrderOf(byteOrder), tiffBase}, budget, *info);
         return 1;
     });
 }

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstring>
 
+using namespace tvmeta;
+
 namespace {
 
 struct Signature {
@@ -23,7 +25,7 @@ constexpr Signature Signatures[] = {
 } // namespace
 
 std::int32_t tvmeta_file_type(const char* path) noexcept {
-    const tvmeta::File file = tvmeta::openUnbuffered(path, "rb");
+    const File file = openUnbuffered(path, "rb");
     if (!file) {
         return TVMETA_FILE_UNREADABLE;
     }

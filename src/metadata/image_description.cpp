@@ -163,9 +163,11 @@ std::int32_t parseDescription(std::string_view text, ExifInfo& info) {
 
 } // namespace tvmeta
 
+using namespace tvmeta;
+
 std::int32_t parse_image_description(FILE* stream, std::int32_t size, ExifInfo* info) noexcept {
-    const auto parse = [&](tvmeta::StreamReader& reader, tvmeta::WorkBudget& budget) {
-        return tvmeta::readImageDescription(reader, size, budget, *info).result();
+    const auto parse = [&](StreamReader& reader, WorkBudget& budget) {
+        return readImageDescription(reader, size, budget, *info).result();
     };
-    return tvmeta::parseStream(stream, info, PARSE_DESCRIPTION_UNREADABLE, parse);
+    return parseStream(stream, info, PARSE_DESCRIPTION_UNREADABLE, parse);
 }

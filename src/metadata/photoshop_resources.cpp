@@ -76,9 +76,11 @@ Result<std::int32_t> readPhotoshopResources(StreamReader& reader, std::int32_t s
 
 } // namespace tvmeta
 
+using namespace tvmeta;
+
 std::int32_t parse_photoshop_data(FILE* stream, std::int32_t size, ExifInfo* info) noexcept {
-    const auto parse = [&](tvmeta::StreamReader& reader, tvmeta::WorkBudget& budget) {
-        return tvmeta::readPhotoshopResources(reader, size, budget, *info).result();
+    const auto parse = [&](StreamReader& reader, WorkBudget& budget) {
+        return readPhotoshopResources(reader, size, budget, *info).result();
     };
-    return tvmeta::parseStream(stream, info, PARSE_PHOTOSHOP_NO_MEMORY, parse);
+    return parseStream(stream, info, PARSE_PHOTOSHOP_NO_MEMORY, parse);
 }

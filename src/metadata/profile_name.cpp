@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <string_view>
 
+using namespace tvmeta;
+
 namespace {
 
 constexpr std::size_t NameSize = 32;
@@ -23,7 +25,7 @@ constexpr std::string_view KnownNames[] = {"sRGB", "Adobe RGB", "ProPhoto RGB"};
 std::string_view findKnownName(std::string_view text, std::size_t places) {
     for (std::size_t i = 0; i < std::min(places, text.size()); ++i) {
         for (const std::string_view name : KnownNames) {
-            if (tvmeta::textFrom(text, i).starts_with(name)) {
+            if (textFrom(text, i).starts_with(name)) {
                 return name;
             }
         }
@@ -47,7 +49,7 @@ std::int32_t get_profile_name(std::int32_t size, const unsigned char* profile, c
         return PROFILE_NAME_NOT_FOUND;
     }
     const auto count = static_cast<unsigned char>(bytes[element + Element.size()]);
-    const std::string_view text = tvmeta::textFrom(bytes, element + Element.size() + 1);
+    const std::string_view text = textFrom(bytes, element + Element.size() + 1);
     if (const std::string_view known = findKnownName(text, count); !known.empty()) {
         known.copy(name, known.size());
         return static_cast<std::int32_t>(known.size());

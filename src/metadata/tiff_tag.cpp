@@ -70,8 +70,9 @@ Result<TagEntry> findTag(std::FILE* stream, std::int32_t tag) {
 
 } // namespace tvmeta
 
+using namespace tvmeta;
+
 std::int32_t get_tif_tag(FILE* stream, std::int32_t tag, std::int32_t* count, std::int32_t* value) noexcept {
-    using namespace tvmeta;
     if (stream == nullptr || count == nullptr || value == nullptr) {
         return TIF_TAG_SEEK_FAILED;
     }

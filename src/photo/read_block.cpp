@@ -91,11 +91,13 @@ std::int64_t readBlock(const tvmeta_Source& source, std::int32_t block, void* bu
 
 } // namespace tvmeta
 
+using namespace tvmeta;
+
 std::int64_t tvmeta_read_block(const tvmeta_Source* source, const tvmeta_Photo* photo, std::int32_t block, void* buffer,
                                std::int64_t capacity) noexcept {
-    if (!tvmeta::isUsable(source) || block < 0 || block >= TVMETA_BLOCKS || capacity < 0) {
+    if (!isUsable(source) || block < 0 || block >= TVMETA_BLOCKS || capacity < 0) {
         return TVMETA_BAD_ARGUMENT;
     }
-    return tvmeta::isRecorded(photo, block) ? tvmeta::readRecorded(*source, photo->blocks[block], buffer, capacity)
-                                            : tvmeta::readBlock(*source, block, buffer, capacity);
+    return isRecorded(photo, block) ? readRecorded(*source, photo->blocks[block], buffer, capacity)
+                                    : readBlock(*source, block, buffer, capacity);
 }

@@ -11,7 +11,7 @@
 #include <charconv>
 #include <iterator>
 
-namespace tvmeta {
+using namespace tvmeta;
 
 namespace {
 
@@ -104,10 +104,6 @@ void putFirst(OpenPhoto& photo, const TagSet& tags, const TextPlace& place, int 
 }
 
 } // namespace
-
-} // namespace tvmeta
-
-using namespace tvmeta;
 
 std::int64_t tvmeta_read_text(const tvmeta_Source* source, const tvmeta_Photo*, std::int32_t text, std::int32_t index,
                               char* buffer, std::int64_t capacity) noexcept {

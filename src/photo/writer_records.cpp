@@ -11,7 +11,7 @@
 #include <numeric>
 #include <span>
 
-namespace tvmeta {
+using namespace tvmeta;
 
 namespace {
 
@@ -210,13 +210,11 @@ std::int64_t convert(const tvmeta_Photo& photo, MetadataBuf& metadata, GpsBuf& g
 
 } // namespace
 
-} // namespace tvmeta
-
 std::int64_t tvmeta_writer_records(const tvmeta_Photo* photo, MetadataBuf* metadata, GpsBuf* gps) noexcept {
     if (photo == nullptr || photo->recordSize < sizeof(tvmeta_Photo) || metadata == nullptr || gps == nullptr) {
         return TVMETA_BAD_ARGUMENT;
     }
     std::memset(metadata, 0, sizeof *metadata);
     std::memset(gps, 0, sizeof *gps);
-    return tvmeta::convert(*photo, *metadata, *gps);
+    return convert(*photo, *metadata, *gps);
 }

@@ -1,5 +1,8 @@
 #include "settings/methods.h"
 
+#include "settings/value_curves.h"
+#include "support/text_numbers.h"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -9,7 +12,7 @@ namespace {
 
 using enum ValueKind;
 
-// In the order of the written packet. The reader relies on it once: the smoothing mode precedes the smoothing.
+// In the order of the written packet.
 constexpr Parameter DetailsEnhancer[] = {
     {"Strength", DETAILS_ENHANCER_STRENGTH, VersionedNumber},
     {"ColorSaturation", DETAILS_ENHANCER_COLOR_SATURATION, VersionedNumber},
@@ -29,6 +32,9 @@ constexpr Parameter DetailsEnhancer[] = {
     {"SaturationShadows", DETAILS_ENHANCER_SATURATION_SHADOWS, VersionedNumber},
     {"IsPano360", DETAILS_ENHANCER_IS_PANO_360, Panorama},
 };
+static_assert(std::ranges::find(DetailsEnhancer, SmoothingMode, &Parameter::kind) <
+                  std::ranges::find(DetailsEnhancer, Smoothing, &Parameter::kind),
+              "the reader needs the mode for the smoothing");
 
 constexpr Parameter ToneCompressor[] = {
     {"Brightness", TONE_COMPRESSOR_BRIGHTNESS, VersionedNumber},
@@ -88,13 +94,17 @@ constexpr Method Methods[] = {
     {METHOD_FUSION_REAL_ESTATE, "Fusion/Real-Estate", "Fusion/Realistic", FusionRealEstate},
 };
 
-// The reader computes the position of a value from the length of the name.
-constexpr bool formerNamesFit(std::span<const Parameter> parameters) {
-    return std::ranges::all_of(parameters, [](const Parameter& parameter) {
-        return parameter.formerName.empty() || parameter.formerName.size() == parameter.name.size();
-    });
+// The reader computes the position of a value from the length of the name; callers get names as C
+// strings; numbers are printed into a buffer of fixed size.
+constexpr bool isUsable(const Method& method) {
+    const auto isTerminated = [](std::string_view name) { return name.data()[name.size()] == '\0'; };
+    return isTerminated(method.name) && std::ranges::all_of(method.parameters, [&](const Parameter& parameter) {
+               const std::size_t formerSize = parameter.formerName.size();
+               return isTerminated(parameter.name) && (formerSize == 0 || formerSize == parameter.name.size()) &&
+                      numberForm(parameter.kind).decimals <= MaxDecimals;
+           });
 }
-static_assert(std::ranges::all_of(Methods, [](const Method& method) { return formerNamesFit(method.parameters); }));
+static_assert(std::ranges::all_of(Methods, isUsable));
 
 // Current packets store the three kinds of numbers alike.
 constexpr std::int32_t publicKind(ValueKind kind) {
@@ -138,19 +148,20 @@ const Parameter* findParameter(std::int32_t method, std::int32_t index) {
 
 } // namespace tvmeta
 
-// Names are literals, so a zero byte follows them.
+using namespace tvmeta;
+
 const char* tvmeta_method_name(std::int32_t method) noexcept {
-    const tvmeta::Method* const found = tvmeta::findMethod(method);
+    const Method* const found = findMethod(method);
     return found != nullptr ? found->name.data() : nullptr;
 }
 
 std::int32_t tvmeta_parameter(std::int32_t method, std::int32_t index, tvmeta_Parameter* out) noexcept {
-    const tvmeta::Parameter* const parameter = tvmeta::findParameter(method, index);
+    const Parameter* const parameter = findParameter(method, index);
     if (parameter == nullptr) {
         return 0;
     }
     if (out != nullptr) {
-        *out = {parameter->name.data(), parameter->slot, tvmeta::publicKind(parameter->kind)};
+        *out = {parameter->name.data(), parameter->slot, publicKind(parameter->kind)};
     }
-    return static_cast<std::int32_t>(tvmeta::findMethod(method)->parameters.size());
+    return static_cast<std::int32_t>(findMethod(method)->parameters.size());
 }

@@ -108,9 +108,10 @@ Result<std::size_t> readSettings(std::string_view text, std::int32_t method, std
 
 } // namespace tvmeta
 
+using namespace tvmeta;
+
 std::int32_t get_settings_from_xmp(std::int32_t method, std::int32_t length, const char* buffer, char* lens,
                                    float* settings) noexcept {
-    using namespace tvmeta;
     const std::optional<std::string_view> text = terminatedText(buffer, length);
     const bool lensMissing = method == MODE_LENS && lens == nullptr;
     if (!text || lensMissing || (isMethodCode(method) && settings == nullptr)) {

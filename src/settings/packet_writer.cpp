@@ -153,9 +153,10 @@ std::size_t writePacket(const PacketRequest& request, char* out) {
 
 } // namespace tvmeta
 
+using namespace tvmeta;
+
 std::int32_t embed_xmp(std::int32_t pass, std::int32_t method, const float* settings, std::int32_t lensLength,
                        const char* lens, char* out) noexcept {
-    using namespace tvmeta;
     // The rest of a packet is far smaller than what this leaves of 32 bits.
     constexpr std::size_t MaxLens = std::numeric_limits<std::int32_t>::max() - 65'536;
     const bool isMeasuring = pass == 0;

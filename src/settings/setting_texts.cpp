@@ -14,7 +14,7 @@
 #include <span>
 #include <string_view>
 
-namespace tvmeta {
+using namespace tvmeta;
 
 namespace {
 
@@ -93,11 +93,8 @@ std::int32_t storeNumber(std::string_view text, ValueKind kind, float& slot) {
 
 } // namespace
 
-} // namespace tvmeta
-
 std::int32_t tvmeta_setting_text(std::int32_t method, std::int32_t index, const float* settings,
                                  char text[TVMETA_SETTING_TEXT_SIZE]) noexcept {
-    using namespace tvmeta;
     const Parameter* const parameter = findParameter(method, index);
     if (parameter == nullptr || settings == nullptr || text == nullptr) {
         return 0;
@@ -109,7 +106,6 @@ std::int32_t tvmeta_setting_text(std::int32_t method, std::int32_t index, const 
 }
 
 std::int32_t tvmeta_setting_value(std::int32_t method, std::int32_t index, const char* text, float* settings) noexcept {
-    using namespace tvmeta;
     const Parameter* const parameter = findParameter(method, index);
     if (parameter == nullptr) {
         return TVMETA_SETTING_UNKNOWN;

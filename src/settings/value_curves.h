@@ -51,7 +51,7 @@ struct NumberForm {
 };
 
 // The form of a kind whose values are numbers in a current packet.
-inline NumberForm numberForm(ValueKind kind) {
+constexpr NumberForm numberForm(ValueKind kind) {
     switch (kind) {
     case ValueKind::Fraction:
         return {6, unchanged, unchanged};

@@ -17,10 +17,12 @@
 #include <unistd.h>
 #endif
 
+using namespace tvmeta;
+
 namespace {
 
 std::int64_t readMemory(void* context, std::int64_t position, void* buffer, std::int64_t count) {
-    tvmeta::copyBytes(buffer, static_cast<const unsigned char*>(context) + position, static_cast<std::size_t>(count));
+    copyBytes(buffer, static_cast<const unsigned char*>(context) + position, static_cast<std::size_t>(count));
     return count;
 }
 
@@ -45,7 +47,7 @@ void closeFile(void* handle) {
 }
 
 bool openFile(const char* path, tvmeta_Source& source) {
-    const HANDLE handle = tvmeta::openHandle(path);
+    const HANDLE handle = openHandle(path);
     if (handle == INVALID_HANDLE_VALUE) {
         return false;
     }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -20,9 +21,9 @@ std::optional<std::int64_t> scanInteger(std::string_view& text);
 // not, the parentheses are left in the text, as glibc's sscanf does, so they do not change the NaN's payload.
 std::optional<float> scanFloat(std::string_view text);
 
-// Room for any float printed with that many decimals: sign, 39 digits, point, decimals.
+// Room for any float printed with MaxDecimals decimals: sign, digits, point, decimals.
 inline constexpr int MaxDecimals = 6;
-inline constexpr std::size_t PrintedFloatSize = 48;
+inline constexpr std::size_t PrintedFloatSize = 1 + (std::numeric_limits<float>::max_exponent10 + 1) + 1 + MaxDecimals;
 
 // Prints the number with 0 to MaxDecimals decimals. The text is in the buffer; infinity and NaN are constants, with the
 // number's sign: "inf", "-inf", "nan", "-nan".

@@ -118,11 +118,12 @@ DirectoryBuilder gpsDirectory(const GpsBuf& gps, std::size_t gpsDateCount) {
 
 } // namespace tvmeta
 
+using namespace tvmeta;
+
 std::int32_t get_exif_count(const MetadataBuf* metadata, std::int32_t* exifCount, std::int32_t* exifBytes,
                             const GpsBuf* gps, std::int32_t* gpsCount, std::int32_t* gpsBytes, std::int32_t* modelCount,
                             std::int32_t* makeCount, std::int32_t* dateCount, std::int32_t* gpsDateCount,
                             std::int32_t* lensCount, char* make) noexcept {
-    using namespace tvmeta;
     for (const void* argument :
          std::initializer_list<const void*>{metadata, exifCount, exifBytes, gps, gpsCount, gpsBytes, modelCount,
                                             makeCount, dateCount, gpsDateCount, lensCount, make}) {
