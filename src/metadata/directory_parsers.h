@@ -41,7 +41,7 @@ std::int32_t parseStream(std::FILE* stream, const ExifInfo* info, std::int32_t r
     if (stream == nullptr || info == nullptr) {
         return resultOfNull;
     }
-    LentStreamReader reader(stream);
+    BorrowedStreamReader reader(stream);
     WorkBudget budget;
     return parse(reader, budget);
 }

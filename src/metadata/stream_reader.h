@@ -22,12 +22,12 @@ class StreamReader : private StreamSource, public SourceReader {
 };
 
 // A reader of a stream of the caller. It starts at the position of the stream, and leaves the stream at its own.
-class LentStreamReader : public StreamReader {
+class BorrowedStreamReader : public StreamReader {
   public:
-    explicit LentStreamReader(std::FILE* stream) : StreamReader(stream, positionOf(stream), window_size::Tiff) {}
-    ~LentStreamReader() { synchronise(); }
-    LentStreamReader(const LentStreamReader&) = delete;
-    LentStreamReader& operator=(const LentStreamReader&) = delete;
+    explicit BorrowedStreamReader(std::FILE* stream) : StreamReader(stream, positionOf(stream), window_size::Tiff) {}
+    ~BorrowedStreamReader() { synchronise(); }
+    BorrowedStreamReader(const BorrowedStreamReader&) = delete;
+    BorrowedStreamReader& operator=(const BorrowedStreamReader&) = delete;
 };
 
 } // namespace tvmeta

@@ -60,7 +60,7 @@ Result<TagEntry> searchDirectories(const TiffReader& tiff, std::int32_t tag) {
 } // namespace
 
 Result<TagEntry> findTag(std::FILE* stream, std::int32_t tag) {
-    LentStreamReader reader(stream);
+    BorrowedStreamReader reader(stream);
     const TiffReader tiff{reader, ByteOrder::Little, 0};
     if (tiff.read16() != LittleEndianMark || tiff.read16() != TiffMagic) {
         return Failure{TIF_TAG_NOT_TIFF};
