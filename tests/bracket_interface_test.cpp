@@ -48,9 +48,11 @@ TEST(Brackets, MakesRecords) {
     EXPECT_EQ(other.serialNumber, shot.serialNumber);
     EXPECT_EQ(other.hidesBrackets, 0);
     std::memset(photo->serialNumber, 'x', sizeof photo->serialNumber); // not terminated
-    std::strcpy(photo->make, "FUJIFILM");
-    EXPECT_EQ(tvmeta_shot(photo.get(), nullptr, nullptr, &other), TVMETA_OK);
-    EXPECT_EQ(other.hidesBrackets, 0);
+    for (const auto& [make, hidesBrackets] : {std::pair{"FUJIFILM", 0}, {"Nikon", 1}}) {
+        std::strcpy(photo->make, make);
+        EXPECT_EQ(tvmeta_shot(photo.get(), nullptr, nullptr, &other), TVMETA_OK);
+        EXPECT_EQ(other.hidesBrackets, hidesBrackets) << make;
+    }
 
     other.recordSize = 8; // a caller that knows two members
     other.camera = 99;
