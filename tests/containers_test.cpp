@@ -174,6 +174,27 @@ TEST(Tags, Places) {
     }
 }
 
+// A chain of images and a list of children end at their limits.
+TEST(Tags, OfChainsAndChildren) {
+    Tiff tiff;
+    std::uint32_t next = 0;
+    for (int i = 0; i < 6; ++i) {
+        next = tiff.add({tiff.shortEntry(274, 1)}, next);
+    }
+    const Bytes chain = tiff.finish(next);
+    const tvmeta_Source chained = memorySource(chain);
+    EXPECT_EQ(tvmeta_list_tags(&chained, nullptr, nullptr, 0), 4);
+
+    Tiff family;
+    Bytes children;
+    for (int i = 0; i < 40; ++i) {
+        children += family.n32(family.add({family.shortEntry(274, 1)}));
+    }
+    const Bytes parent = family.finish(family.add({{330, 4, 40, children}}));
+    const tvmeta_Source related = memorySource(parent);
+    EXPECT_EQ(tvmeta_list_tags(&related, nullptr, nullptr, 0), 32); // 31 children
+}
+
 // Values outside of the structure and types that no standard has are listed without a place.
 TEST(Tags, WithoutPlace) {
     Tiff tiff;

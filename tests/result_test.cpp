@@ -1,4 +1,5 @@
 // Results of photographs: which entries they keep, byte for byte, and which they name as lost.
+#include "testing/photographs_containers.h"
 #include "testing/results.h"
 #include "testing/tiff_fields.h"
 
@@ -220,6 +221,17 @@ TEST(Result, SurvivesHostileDirectories) {
         greedy.exif.push_back({tag, 7, 1 << 20, le32(0)});
     }
     EXPECT_EQ(save(photoOf(greedy)).status, 71 - 64);
+}
+
+// Compressed blocks are not read, so a result does not have them.
+TEST(Result, NamesCompressedBlocks) {
+    const tvmeta_Loss exif = {-1 - TVMETA_EXIF, 0, TVMETA_LOSS_BLOCK}, xmp = {-1 - TVMETA_XMP, 0, TVMETA_LOSS_BLOCK};
+    const Bytes packet = pngText(zeros(40), true);
+    const Bytes profile = pngChunk("zTXt", Bytes("Raw profile type exif\0", 22) + zeros(30));
+    EXPECT_EQ(save(png(packet)).losses, Losses{xmp});
+    EXPECT_EQ(save(png(profile)).losses, Losses{exif});
+    EXPECT_EQ(save(png(packet + profile)).losses, (Losses{exif, xmp}));
+    EXPECT_EQ(save(png(pngText(Packet))).losses, Losses());
 }
 
 TEST(Result, CountsAllLosses) {
