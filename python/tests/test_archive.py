@@ -75,9 +75,13 @@ class Inline:
 @pytest.fixture(autouse=True)
 def no_waiting(request, monkeypatch):
     """Let tasks of this process end at once, and the disk write when it likes."""
-    monkeypatch.setattr(os, "fsync", lambda descriptor: None)
     if "client" not in request.fixturenames:
-        monkeypatch.setattr(run, "wait", lambda futures, **options: None)
+        wait_for_nothing(monkeypatch)
+
+
+def wait_for_nothing(monkeypatch):
+    monkeypatch.setattr(os, "fsync", lambda descriptor: None)
+    monkeypatch.setattr(run, "wait", lambda futures, **options: None)
 
 
 @pytest.fixture(scope="module")
@@ -112,10 +116,12 @@ def tree(tmp_path_factory):
 
 
 @pytest.fixture(scope="module")
-def whole(client, tree, tmp_path_factory):
+def whole(tree, tmp_path_factory):
     """Return an index that was built in one run."""
     out = tmp_path_factory.mktemp("whole")
-    assert archive.index(tree, out, client, SIZE) == (ALL, [])
+    with pytest.MonkeyPatch.context() as monkeypatch:
+        wait_for_nothing(monkeypatch)
+        assert index(tree, out) == (ALL, [])
     return out
 
 
@@ -196,6 +202,14 @@ def test_export_follows_the_index(tree, tmp_path, capsys):
     assert {row[0]: row[1:] for row in rows} == {
         row["file"]: ("integer", row["bracketOffset"]) for row in archive.rows(out)
     }
+    connection = sqlite3.connect(database)
+    indexes = connection.execute("SELECT sql FROM sqlite_master WHERE type = 'index' AND sql IS NOT NULL").fetchall()
+    columns = {sql.partition("photographs (")[2] for (sql,) in indexes}
+    assert columns == {"part)", "file)", "dateTimeOriginal)", "make, model)", "lens)", "bracketSet)"}
+    assert connection.execute("SELECT keywords FROM photographs").fetchone() == ('["sun", "shadows"]',)
+    connection.execute("PRAGMA user_version = 99")
+    with pytest.raises(tvmeta.Error, match="another version of tvmeta; name a new file"):
+        archive.export(out, database)
     other = tmp_path / "other.sqlite"
     sqlite3.connect(other).execute("CREATE TABLE mine (a)")
     assert archive.main(["export", str(out), "--sqlite", str(other)]) == 1
@@ -292,7 +306,9 @@ def test_only_changed_files_are_read(tmp_path):
     index(root, out)
     write(root / "large" / "07.jpg", bracket_photo(7, 60))
     write(root / "large" / "new\n.jpg", bracket_photo(8, 60))
+    times = (root / "large" / "08.jpg").stat()
     write(root / "large" / "08.jpg", b"damaged")
+    os.utime(root / "large" / "08.jpg", ns=(0, times.st_mtime_ns))  # another size alone
     (root / "camera 2" / "week 3" / "20.jpg").unlink()
     (root / "camera 4" / "week 1").rename(root / "moved")
     (root / "camera 1" / "week 1").rename(tmp_path / "gone")
@@ -389,6 +405,32 @@ def test_workers_that_see_something_else(whole, tree, tmp_path, capsys):
         archive.index(tree, whole, Inline(()), SIZE, timeout=0)
 
 
+def test_a_folder_that_kills_workers_costs_no_other(whole, tree, tmp_path, monkeypatch):
+    index(tree, tmp_path)
+    real = part._update_folder
+
+    def fail(job, folder, names):
+        if folder == b"camera 1/week 1":
+            raise MemoryError("too large")
+        return real(job, folder, names)
+
+    monkeypatch.setattr(part, "_update_folder", fail)
+    failure = {"file": "camera 1/week 1", "reason": "task failed: MemoryError too large"}
+    counts, unseen = index(tree, tmp_path)
+    assert unseen == [failure] == [row for row in archive.failures(tmp_path) if row["file"] == failure["file"]]
+    assert (counts.photographs, counts.stale) == (240, 6) and set(stale_rows(tmp_path).values()) == {failure["reason"]}
+    monkeypatch.setattr(part, "_update_folder", real)
+    assert index(tree, tmp_path) == ((240, 240, 0, 0, 0), []) and snapshot(tmp_path) == snapshot(whole)
+
+
+def test_an_index_in_its_archive_is_not_indexed(tmp_path):
+    write(tmp_path / "a.jpg", bracket_photo(0, 125))
+    out = tmp_path / "index"
+    assert index(tmp_path, out)[0].files == 1
+    write(out / "parts" / "b.jpg", bracket_photo(1, 125))
+    assert index(tmp_path, out) == ((1, 1, 0, 0, 0), [])
+
+
 def test_a_late_task_replaces_nothing(tree, tmp_path):
     index(tree, tmp_path)
     before = snapshot(tmp_path)
@@ -396,6 +438,8 @@ def test_a_late_task_replaces_nothing(tree, tmp_path):
     key = next(part for part in late.store.all_parts())
     with pytest.raises(store.Superseded):
         part.mark_stale(late, [key], "late")
+    with pytest.raises(listing.Blind, match="another version of tvmeta"):
+        part.read_folders(late._replace(versions=(table.SCHEMA, table.READER + 1)), [b"large"])
     assert snapshot(tmp_path) == before
 
 
@@ -473,6 +517,9 @@ def test_what_is_not_an_index_is_left_alone(tree, whole, tmp_path, monkeypatch, 
     write(photos / "parts" / "ab" / "1.jpg", b"dear")
     write(other / "a.jpg", b"")
     empty.mkdir()
+    later, foreign, manifest = tmp_path / "later", tmp_path / "foreign", json.loads((whole / "index.json").read_bytes())
+    write(later / "index.json", json.dumps({**manifest, "schema": table.SCHEMA + 1}).encode())
+    write(foreign / "index.json", json.dumps({**manifest, "title": "index"}).encode())
     for label, arguments, message in (
         ("OUT has photographs", ["index", tree, photos], "is not an index and not empty; left unchanged"),
         ("swapped", ["index", whole, photos], "is an index, not an archive; name ROOT first, then OUT"),
@@ -483,6 +530,8 @@ def test_what_is_not_an_index_is_left_alone(tree, whole, tmp_path, monkeypatch, 
         ("summary", ["summary", photos], "is not an index"),
         ("failures", ["failures", tmp_path / "none"], "is not an index"),
         ("export", ["export", photos, "--sqlite", tmp_path / "x.db"], "is not an index"),
+        ("later version", ["summary", later], "was made by a later version"),
+        ("other manifest", ["summary", foreign], "is not an index of this version; name a new folder"),
         ("no scheduler", ["index", tree, empty, "--scheduler", "tcp://127.0.0.1:9", "--timeout", "1"], "no Dask sched"),
     ):
         if label != "no scheduler":
@@ -501,6 +550,35 @@ def test_what_is_not_an_index_is_left_alone(tree, whole, tmp_path, monkeypatch, 
     assert (whole / "parts" / "00" / "photo.jpg").exists() and (
         whole / "parts" / "00" / ("ff" * 8 + ".jsonl.gz")
     ).exists()
+
+
+def test_options_reach_the_run(monkeypatch, capsys):
+    calls, unseen = [], [{"file": f"folder {i}", "reason": "why"} for i in range(12)]
+
+    def record(*arguments, **options):
+        calls.append((arguments, options))
+        return part.Counts(*ALL), unseen
+
+    monkeypatch.setattr(archive, "index", record)
+    monkeypatch.setattr(archive, "_client", lambda arguments: nullcontext("client"))
+    options = ["--partition", "7", "--retry", "--prune", "--moved", "--timeout", "9.5"]
+    assert archive.main(["index", "root", "out", *options]) == 1
+    error = capsys.readouterr().err
+    assert error.count("; its records are kept") == 10 and "tvmeta: 2 more folders" in error
+    unseen.clear()
+    assert archive.main(["index", "root", "out"]) == 0
+    names, values = ("retry", "prune", "moved", "timeout"), ((True, True, True, 9.5), (False, False, False, 60))
+    sizes = (7, archive.PARTITION_SIZE)
+    assert calls == [(("root", "out", "client", n), dict(zip(names, v))) for n, v in zip(sizes, values)]
+    monkeypatch.undo()
+    monkeypatch.setattr(archive, "local_cluster", lambda workers: calls.append(workers) or nullcontext("nonsense"))
+    assert archive.main(["index", "root", "out", "--workers", "5"]) == 1 and calls[2] == 5
+    assert "tvmeta: nonsense: no Dask scheduler answers" in capsys.readouterr().err
+    for wrong in (["--partition", "0"], ["--workers", "-1"], ["--workers", "two"]):
+        with pytest.raises(SystemExit):
+            archive.main(["index", "root", "out", *wrong])
+    with pytest.raises(ValueError, match="at least 1"):
+        archive.index("root", "out", Inline(), 0)
 
 
 def test_only_index_needs_dask_and_a_pipe_may_close(whole, tree, tmp_path, monkeypatch, capsys):

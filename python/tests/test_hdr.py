@@ -18,8 +18,9 @@ def test_luminance_of_shared_exponents():
     assert found.mean == pytest.approx(light.mean(), rel=1e-6)
     assert tvmeta.hdr_statistics(pixels[:, ::-1]) == pytest.approx(found)
     assert tvmeta.hdr_statistics(numpy.zeros((3, 2, 4), "u1")) == (0, 0, 0)
-    with pytest.raises(ValueError, match="height, width, 4"):
-        tvmeta.hdr_statistics(pixels[..., :3])
+    for refused in (pixels[..., :3], numpy.zeros((2**31, 0, 4), "u1")):
+        with pytest.raises(ValueError, match="height, width, 4"):
+            tvmeta.hdr_statistics(refused)
 
 
 # By hand: (54 * 128 + 183 * 128 + 19 * 128) / 256 = 128; one mantissa of 1 gives less than 1.

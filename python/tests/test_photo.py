@@ -16,6 +16,7 @@ import pytest
 from conftest import EXAMPLES, SCENE, exiftool
 
 import tvmeta
+from tvmeta import _library
 
 NOON = datetime(2024, 2, 29, 12, 0, 1)
 
@@ -304,3 +305,12 @@ def test_fields_are_those_of_the_tool(tmp_path, make_photo):
         for key in expected.keys() | found.keys():
             assert is_equal(found.get(key), expected.get(key)), (path.name, key)
         assert list(found) == list(expected)
+
+
+def test_libraries_of_other_versions_are_refused(monkeypatch):
+    for version in ((1, 99), (0, 0), (2, 0)):
+        monkeypatch.setattr(_library, "VERSION", version)
+        with pytest.raises(ImportError, match=rf"is version 1\.\d+\.\d+; tvmeta requires {version[0]}\.{version[1]}$"):
+            _library._load()
+    monkeypatch.setattr(_library, "VERSION", (1, 0))
+    assert _library._load().tvmeta_version().startswith(b"1.")

@@ -1,5 +1,6 @@
 """Saved pictures, read by exiftool and numpy."""
 
+import mmap
 import os
 import resource
 import struct
@@ -76,6 +77,22 @@ def test_rows_are_not_copied(tmp_path, monkeypatch):
     assert same is first and pitch == -192 and copy is not second
 
 
+def test_rows_far_apart(tmp_path):
+    with open(tmp_path / "sparse", "w+b") as file:
+        file.truncate(2**32 + 10)
+        memory = mmap.mmap(file.fileno(), 0)
+    with memory:
+        memory[:9], memory[2**32 + 1 : 2**32 + 10] = (
+            BASE[0, :3].astype("u1").tobytes(),
+            BASE[1, :3].astype("u1").tobytes(),
+        )
+        pixels = numpy.ndarray((2, 3, 3), "u1", memory, strides=(2**32 + 1, 3, 1))
+        for order in (1, -1):
+            tvmeta.save_tiff(tmp_path / "a.tif", pixels[::order])
+            assert (pixels_of(tmp_path / "a.tif", "u1", (2, 3, 3)) == BASE[:2, :3][::order]).all()
+        del pixels
+
+
 REFUSED = {
     "big-endian": (numpy.zeros((2, 2), ">u2"), {}, TypeError, "byte order"),
     "float64": (numpy.zeros((2, 2)), {}, TypeError, "format 'd'"),
@@ -84,6 +101,7 @@ REFUSED = {
     "one axis": (numpy.zeros(4, "u1"), {}, ValueError, "shape"),
     "five channels": (numpy.zeros((2, 2, 5), "u1"), {}, ValueError, "shape"),
     "no rows": (numpy.zeros((0, 2), "u1"), {}, ValueError, "shape"),
+    "2^32 + 1 rows": (numpy.broadcast_to(GREY[:1, :1].astype("u1"), (2**32 + 1, 1)), {}, ValueError, "shape"),
     "resolution": (GREY.astype("u1"), {"resolution": 2147484}, ValueError, "resolution"),
     "orientation": (GREY.astype("u1"), {"orientation": 9}, ValueError, "orientation"),
     "grey profile": (BASE.astype("u1"), {"icc": bytes(16) + b"GRAY" + bytes(200)}, ValueError, "icc"),

@@ -5,15 +5,22 @@ from __future__ import annotations
 import json
 import os
 import sqlite3
-from typing import Any
+from operator import itemgetter
+from typing import Any, Iterator
 
 from ._archive_store import Part, Store
-from ._archive_table import COLUMNS, SCHEMA, Row
+from ._archive_table import COLUMNS, SCHEMA
 from .errors import Error
 
 _APPLICATION = 0x74766D61  # "tvma", in the header of the database
 _TYPES = {"text": "TEXT", "integer": "INTEGER", "real": "REAL", "texts": "TEXT"}  # texts: a JSON array
 _INDEXES = ("file", "dateTimeOriginal", "make, model", "lens", "bracketSet")
+_CACHE_KIB = 65536
+
+_NAMES = tuple(column.name for column in COLUMNS)
+_EMPTY = dict.fromkeys(_NAMES)
+_values_of = itemgetter(*_NAMES)
+_LISTS = tuple(column.name for column in COLUMNS if column.type == "texts")
 
 
 def _create(database: sqlite3.Connection) -> None:
@@ -23,8 +30,6 @@ def _create(database: sqlite3.Connection) -> None:
     )
     database.execute("CREATE TABLE parts (part INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE, version TEXT NOT NULL)")
     database.execute("CREATE INDEX photographs_part ON photographs (part)")
-    for number, names in enumerate(_INDEXES):
-        database.execute(f"CREATE INDEX photographs_{number} ON photographs ({names})")
     database.execute(f"PRAGMA application_id = {_APPLICATION}")
     database.execute(f"PRAGMA user_version = {SCHEMA}")
 
@@ -50,22 +55,22 @@ def _version(path: bytes) -> str:
     return f"{found.st_ino}.{found.st_size}.{found.st_mtime_ns}"
 
 
-def _values(row: Row) -> list[Any]:
-    return [
-        json.dumps(row.get(column.name), ensure_ascii=False)
-        if row.get(column.name) and column.type == "texts"
-        else row.get(column.name)
-        for column in COLUMNS
-    ]
+def _rows(store: Store, part: Part, number: int) -> Iterator[tuple[Any, ...]]:
+    for row in store.rows(part):
+        if len(row) < len(_NAMES):  # of an earlier schema
+            row = {**_EMPTY, **row}
+        for name in _LISTS:
+            row[name] = row[name] and json.dumps(row[name], ensure_ascii=False)
+        yield (number, *_values_of(row))
 
 
-def _replace(database: sqlite3.Connection, store: Store, part: Part, path: str, version: str) -> int:
-    database.execute("INSERT INTO parts (path, version) VALUES (?, ?)", (path, version))
-    (number,) = database.execute("SELECT part FROM parts WHERE path = ?", (path,)).fetchone()
-    names = ", ".join(f'"{column.name}"' for column in COLUMNS)
-    places = ", ".join("?" * (len(COLUMNS) + 1))
-    rows = ([number, *_values(row)] for row in store.rows(part))
-    return database.executemany(f"INSERT INTO photographs (part, {names}) VALUES ({places})", rows).rowcount
+def _insert(database: sqlite3.Connection, store: Store, part: Part, path: str, version: str) -> int:
+    number = database.execute("INSERT INTO parts (path, version) VALUES (?, ?)", (path, version)).lastrowid
+    assert number is not None
+    names = ", ".join(f'"{name}"' for name in _NAMES)
+    places = ", ".join("?" * (len(_NAMES) + 1))
+    insert = f"INSERT INTO photographs (part, {names}) VALUES ({places})"
+    return max(database.executemany(insert, _rows(store, part, number)).rowcount, 0)
 
 
 def _update(database: sqlite3.Connection, store: Store) -> tuple[int, int]:
@@ -76,10 +81,15 @@ def _update(database: sqlite3.Connection, store: Store) -> tuple[int, int]:
             path = store.part_path(part)
             parts[os.path.relpath(os.fsdecode(path), os.fsdecode(store.out))] = part, _version(path)
     changed = [path for path, (_, version) in parts.items() if old.get(path) != version]
+    if 2 * len(changed) > len(parts):  # then making indexes anew is faster than keeping them sorted
+        for number in range(len(_INDEXES)):
+            database.execute(f"DROP INDEX IF EXISTS photographs_{number}")
     for path in [*(path for path in old if path not in parts), *(path for path in changed if path in old)]:
         database.execute("DELETE FROM photographs WHERE part = (SELECT part FROM parts WHERE path = ?)", (path,))
         database.execute("DELETE FROM parts WHERE path = ?", (path,))
-    written = sum(max(_replace(database, store, parts[path][0], path, parts[path][1]), 0) for path in changed)
+    written = sum(_insert(database, store, parts[path][0], path, parts[path][1]) for path in changed)
+    for number, names in enumerate(_INDEXES):
+        database.execute(f"CREATE INDEX IF NOT EXISTS photographs_{number} ON photographs ({names})")
     (total,) = database.execute("SELECT count(*) FROM photographs").fetchone()
     return total, written
 
@@ -90,6 +100,7 @@ def export_sqlite(store: Store, path: str) -> tuple[int, int]:
     try:
         database = sqlite3.connect(path, isolation_level=None)
         try:
+            database.execute(f"PRAGMA cache_size = -{_CACHE_KIB}")
             database.execute("BEGIN IMMEDIATE")
             _prepare(database, path)
             result = _update(database, store)

@@ -203,9 +203,8 @@ class Store(NamedTuple):
         """Give the rows of a part; raises Error if it is damaged."""
         path = self.part_path(part)
         try:
-            with gzip.open(path, "rb") as file:
-                for line in file:
-                    yield json.loads(line)
+            with gzip.open(path, "rt", encoding="utf-8", newline="\n") as file:
+                yield from map(json.loads, file)
         except FileNotFoundError:
             return  # replaced by other parts of its folder meanwhile
         except (OSError, EOFError, ValueError) as error:

@@ -116,8 +116,7 @@ def address_of(view: memoryview) -> Iterator[int]:
 def rows_of(view: memoryview) -> tuple[memoryview, int]:
     """Return the view, or a copy if the items of a row are not adjacent, and the bytes from row to row."""
     shape, strides = view.shape or (), view.strides or ()
-    row = view.itemsize
-    is_adjacent = abs(strides[0]) < 2**31
+    row, is_adjacent = view.itemsize, True
     for extent, stride in zip(shape[:0:-1], strides[:0:-1]):
         is_adjacent = is_adjacent and (extent == 1 or stride == row)
         row *= extent
