@@ -9,7 +9,7 @@ from operator import itemgetter
 from typing import Any, Iterator
 
 from ._archive_store import Part, Store
-from ._archive_table import COLUMNS, SCHEMA
+from ._archive_table import COLUMNS, EMPTY_ROW, SCHEMA
 from .errors import Error
 
 _APPLICATION = 0x74766D61  # "tvma", in the header of the database
@@ -18,7 +18,6 @@ _INDEXES = ("file", "dateTimeOriginal", "make, model", "lens", "bracketSet")
 _CACHE_KIB = 65536
 
 _NAMES = tuple(column.name for column in COLUMNS)
-_EMPTY = dict.fromkeys(_NAMES)
 _values_of = itemgetter(*_NAMES)
 _LISTS = tuple(column.name for column in COLUMNS if column.type == "texts")
 
@@ -58,7 +57,7 @@ def _version(path: bytes) -> str:
 def _rows(store: Store, part: Part, number: int) -> Iterator[tuple[Any, ...]]:
     for row in store.rows(part):
         if len(row) < len(_NAMES):  # of an earlier schema
-            row = {**_EMPTY, **row}
+            row = {**EMPTY_ROW, **row}
         for name in _LISTS:
             row[name] = row[name] and json.dumps(row[name], ensure_ascii=False)
         yield (number, *_values_of(row))

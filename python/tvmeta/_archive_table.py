@@ -51,7 +51,7 @@ COLUMNS = (
     Column("bracketEvidence", "text"),
     *(Column(*field) for field in FIELDS),
 )
-_EMPTY: Row = {column.name: None for column in COLUMNS}
+EMPTY_ROW: Row = {column.name: None for column in COLUMNS}
 _READ = [(column.name, column.value) for column in COLUMNS if column.value]
 
 # The types of the columns for pandas.read_json() and dask.dataframe.read_json().
@@ -75,7 +75,7 @@ def name_bytes(row: Row) -> bytes:
 
 def file_row(name: bytes, size: int = 0, mtime: int = 0, failure: Optional[str] = None) -> Row:
     """Return the row of a file with nothing of a photograph."""
-    return {**_EMPTY, **name_fields(name), "size": size, "mtime": mtime, "failure": failure}
+    return {**EMPTY_ROW, **name_fields(name), "size": size, "mtime": mtime, "failure": failure}
 
 
 def read_row(path: bytes, name: bytes, size: int, mtime: int) -> Row:
@@ -88,7 +88,7 @@ def read_row(path: bytes, name: bytes, size: int, mtime: int) -> Row:
 
 def kept_row(row: Row) -> Row:
     """Return a row of an earlier run with today's columns, without what depends on other files."""
-    row = {column: row.get(column) for column in _EMPTY}
+    row = {column: row.get(column) for column in EMPTY_ROW}
     row.update(stale=None, bracketSet=None, bracketPosition=None, bracketOffset=None, bracketEvidence=None)
     return row
 

@@ -151,7 +151,7 @@ def brackets(
     The rules are those of tvmeta_find_brackets() in tvmeta_photo.h.
 
     The result is a list of the sets. Photographs that are missing or damaged are in its `failures`,
-    with the reason; other sets do not depend on them. A photograph takes some 600 bytes of memory.
+    with the reason; other sets do not depend on them. A photograph takes some 800 bytes of memory.
     """
     if gap is not None and not gap >= 0:
         raise ValueError(f"gap: seconds from 0 are required, not {gap}")
