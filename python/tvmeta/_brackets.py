@@ -97,13 +97,13 @@ def _exposure_value(shot: records.Shot) -> Optional[float]:
 def _sets(shots: Shots, gap: Optional[float], count: Optional[int]) -> list[BracketSet]:
     members, sets = shots.find(gap, count)
     every, found = shots.array(), []
-    files: list[list[tuple[int, bool, bytes, int]]] = [[] for _ in sets]  # with their order
+    files: list[list[int]] = [[] for _ in sets]
     for index, member in enumerate(members):
         if member.set >= 0:
-            files[member.set].append((member.place, member.leader != index, shots.paths[index], index))
+            files[member.set].append(index)
     for group, unordered in zip(sets, files):
-        ordered = sorted(unordered)
-        indices = [index for _, is_follower, _, index in ordered if not is_follower]
+        ordered = sorted(unordered, key=lambda i: (members[i].place, members[i].leader != i, shots.paths[i]))
+        indices = [index for index in ordered if members[index].leader == index]
         offsets = [round(members[index].offset, 2) + 0.0 for index in indices]
         first = every[indices[0]]
         found.append(
@@ -117,7 +117,7 @@ def _sets(shots: Shots, gap: Optional[float], count: Optional[int]) -> list[Brac
                 focal_length=shortest(first.focalLength) if first.present >> _FOCAL_LENGTH & 1 else None,
                 expected=group.expectedShots,
                 evidence=library.tvmeta_evidence_text(group.evidence).decode(),
-                all_files=[path for _, _, path, _ in ordered],
+                all_files=[shots.paths[index] for index in ordered],
             )
         )
     return found
