@@ -11,6 +11,14 @@
 // Nothing, an integer, a number, a text or a list of texts.
 using Value = std::variant<std::monostate, int64_t, double, std::string, std::vector<std::string>>;
 
+struct NamedValue {
+    std::string name;
+    Value value;
+};
+
+// What a command prints of one photograph or picture.
+using Record = std::vector<NamedValue>;
+
 inline bool isMissing(const Value& value) {
     return std::holds_alternative<std::monostate>(value);
 }

@@ -2,24 +2,23 @@
 
 #include "commands/brackets.h"
 #include "base/failure.h"
+#include "base/numbers.h"
 #include "base/text.h"
+#include "base/words.h"
 #include "commands/commands.h"
 #include "commands/set_placement.h"
 #include "output/csv.h"
 #include "output/table.h"
 #include "photographs/field_words.h"
 #include "photographs/photo_sets.h"
-#include "system/terminal.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
-#include <iomanip>
 #include <iostream>
 #include <iterator>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -34,10 +33,6 @@ struct Options {
     bool files0 = false;
     PlacementOptions placement;
 };
-
-std::string counted(size_t count, const std::string& thing) {
-    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
-}
 
 std::string shotsText(const PhotoSet& set) {
     const std::string shots = std::to_string(set.photos.size());
@@ -62,24 +57,11 @@ void printSets(const std::vector<PhotoSet>& sets) {
     for (const PhotoSet& set : sets) {
         const Photo& first = *set.photos.front();
         const std::string mark = set.isGuess() ? "?" : haveGuess ? " " : ""; // numbers stay below each other
-        const std::string cells[] = {std::to_string(columns.front().cells.size() + 1) + mark,
-                                     printable(first.path),
-                                     shotsText(set),
-                                     set.confidenceWord(),
-                                     offsetsText(set.offsets),
-                                     stopsText(set.range()) + " EV",
-                                     printable(takenText(first)),
-                                     printable(first.record.model),
-                                     focalLengthText(first)};
-        for (size_t i = 0; i < columns.size(); ++i) {
-            columns[i].cells.push_back(cells[i]);
-        }
+        addRow(columns, {std::to_string(columns.front().cells.size() + 1) + mark, printable(first.path), shotsText(set),
+                         set.confidenceWord(), offsetsText(set.offsets), stopsText(set.range()) + " EV",
+                         printable(takenText(first)), printable(first.record.model), focalLengthText(first)});
     }
-    const std::optional<int> width = outputWidth();
-    if (const size_t left = printTable(columns, width); left > 0) {
-        complain(std::to_string(left) + " of " + std::to_string(columns.size()) + " columns do not fit in " +
-                 std::to_string(*width) + "; use --json or --csv");
-    }
+    printTable(columns, "--json or --csv");
 }
 
 void printSummary(const PhotoSets& found) {
@@ -152,45 +134,40 @@ void printFiles0(const PhotoSets& found) {
     }
 }
 
-std::string hundredths(double value) {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(2) << rounded(value);
-    return text.str();
-}
-
 std::string textUnlessZero(double value) {
     return value > 0 ? plainWords(value) : "";
 }
 
-// One record per photograph, those of sets first. Set number and EV are empty if unknown.
+// A photograph in a set; the set is 0 and the words empty for others.
+Record recordOf(const Photo& photo, size_t set, const std::string& offset, const std::string& confidence) {
+    const std::optional<double> ev = exposureValue(photo);
+    const tvmeta_Photo& record = photo.record;
+    return {{"set", set > 0 ? Value(static_cast<int64_t>(set)) : Value()},
+            {"file", photo.path},
+            {"ev", ev ? hundredths(rounded(*ev)) : ""},
+            {"offset", offset},
+            {"taken", takenText(photo)},
+            {"exposureTime", textUnlessZero(quotient(record.exposureTime))},
+            {"fNumber", textUnlessZero(quotient(record.fNumber))},
+            {"isoSpeed", record.isoSpeed > 0 ? std::to_string(record.isoSpeed) : ""},
+            {"camera", record.model},
+            {"focalLength", textUnlessZero(quotient(record.focalLength))},
+            {"confidence", confidence}};
+}
+
+// One record per photograph, those of sets first.
 void printCsv(const PhotoSets& found) {
-    const auto print = [](const std::string& set, const Photo& photo, const std::string& offset,
-                          const std::string& confidence) {
-        const std::optional<double> ev = exposureValue(photo);
-        const tvmeta_Photo& record = photo.record;
-        const Value fields[] = {set,
-                                photo.path,
-                                ev ? hundredths(*ev) : "",
-                                offset,
-                                takenText(photo),
-                                textUnlessZero(quotient(record.exposureTime)),
-                                textUnlessZero(quotient(record.fNumber)),
-                                record.isoSpeed > 0 ? std::to_string(record.isoSpeed) : "",
-                                record.model,
-                                textUnlessZero(quotient(record.focalLength)),
-                                confidence};
-        std::cout << csvRecord(fields);
-    };
-    std::cout << "set,file,ev,offset,taken,exposureTime,fNumber,isoSpeed,camera,focalLength,confidence\r\n";
+    std::cout << csvHeader(recordOf({}, 0, "", ""));
     size_t count = 0;
     for (const PhotoSet& set : found.sets) {
-        const std::string number = std::to_string(++count);
+        ++count;
         for (size_t i = 0; i < set.photos.size(); ++i) {
-            print(number, *set.photos[i], hundredths(set.offsets[i]), set.confidenceWord());
+            std::cout << csvRecord(
+                recordOf(*set.photos[i], count, hundredths(rounded(set.offsets[i])), set.confidenceWord()));
         }
     }
     for (const std::vector<const Photo*>* photos : {&found.singles, &found.unknown}) {
-        std::ranges::for_each(*photos, [&](const Photo* photo) { print("", *photo, "", ""); });
+        std::ranges::for_each(*photos, [](const Photo* photo) { std::cout << csvRecord(recordOf(*photo, 0, "", "")); });
     }
 }
 

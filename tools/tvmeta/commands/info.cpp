@@ -2,7 +2,6 @@
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "base/words.h"
 #include "commands/commands.h"
 #include "commands/completion.h"
 #include "output/csv.h"
@@ -11,7 +10,6 @@
 #include "photographs/field_filter.h"
 #include "photographs/fields.h"
 #include "photographs/read_photos.h"
-#include "system/terminal.h"
 
 #include <algorithm>
 #include <iomanip>
@@ -97,39 +95,25 @@ void printShotTable(const std::vector<Shot>& shots, const FieldList& fields) {
     for (const Field* field : fields) {
         columns.push_back(columnOf(*field, shots));
     }
-    const std::optional<int> width = outputWidth();
-    if (const size_t left = printTable(columns, width); left > 0) {
-        complain(std::to_string(left) + " of " + std::to_string(columns.size()) + " fields do not fit in " +
-                 counted(static_cast<size_t>(*width), "column") + "; use --list or --json");
-    }
+    printTable(columns, "--list or --json");
 }
 
-void printJson(const Shot& shot, const FieldList& fields) {
-    std::vector<NamedValue> members;
-    for (const Field* field : fields) {
-        members.push_back({field->key, field->value(shot)});
-    }
-    std::cout << jsonObject(members) << std::endl; // flushed, so that a reader gets each object immediately
-}
-
-void printCsv(const Shot& shot, const FieldList& fields) {
-    std::vector<Value> cells;
-    std::ranges::transform(fields, std::back_inserter(cells), [&](const Field* field) { return field->value(shot); });
-    std::cout << csvRecord(cells) << std::flush;
-}
-
-void printCsvHeader(const FieldList& fields) {
-    std::vector<Value> cells;
-    std::ranges::transform(fields, std::back_inserter(cells), &Field::key);
-    std::cout << csvRecord(cells);
+Record recordOf(const Shot& shot, const FieldList& fields) {
+    Record record;
+    std::ranges::transform(fields, std::back_inserter(record), [&](const Field* field) {
+        return NamedValue{field->key, field->value(shot)};
+    });
+    return record;
 }
 
 void printShot(Format format, const Shot& shot, const FieldList& fields) {
     switch (format) {
     case Format::Json:
-        return printJson(shot, fields);
+        std::cout << jsonObject(recordOf(shot, fields)) << std::endl; // flushed, so that a reader gets it immediately
+        return;
     case Format::Csv:
-        return printCsv(shot, fields);
+        std::cout << csvRecord(recordOf(shot, fields)) << std::flush;
+        return;
     default:
         return printList(shot, fields);
     }
@@ -221,7 +205,9 @@ void showInfo(const Options& options) {
         fieldNamed(options.sort.substr(options.sort.starts_with('-') ? 1 : 0)); // before any file is read
     }
     if (format == Format::Csv) {
-        printCsvHeader(fields);
+        Record names;
+        std::ranges::for_each(fields, [&](const Field* field) { names.push_back({field->key, {}}); });
+        std::cout << csvHeader(names);
     }
     requireAllRead((isStreamed(options, format) ? showStreamed : showTogether)(options, format, fields, filters));
 }

@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "base/words.h"
 #include "output/move_journal.h"
 #include "output/set_folders.h"
 #include "photographs/photo_sets.h"
@@ -18,10 +19,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string counted(size_t count, const std::string& thing) {
-    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
-}
 
 struct Verb {
     Placement placement;

@@ -125,7 +125,7 @@ void printJson(const Statistics& s) {
     const LightStatistics& light = s.luminance;
     const auto luminance = [](double value) { return decimal(static_cast<float>(value)); };
     const auto count = [](uint64_t number) { return static_cast<int64_t>(number); };
-    const NamedValue members[] = {
+    const Record record = {
         {"file", s.path},
         {"width", int64_t{s.width}},
         {"height", int64_t{s.height}},
@@ -154,7 +154,7 @@ void printJson(const Statistics& s) {
         {"infiniteSamples", count(light.infiniteSamples)},
         {"negativeSamples", count(light.negativeSamples)},
     };
-    std::cout << jsonObject(members) << "\n";
+    std::cout << jsonObject(record) << "\n";
 }
 
 // One row for each picture; positions in its range are in stops from the 99.9 % percentile.
@@ -173,11 +173,9 @@ void printRows(const std::vector<Statistics>& all) {
         }
         cells.push_back(hundredths(100 * s.share(light.clipped)) + " %");
         cells.push_back(hundredths(100 * s.share(light.black)) + " %");
-        for (size_t i = 0; i < cells.size(); ++i) {
-            columns[i].cells.push_back(std::move(cells[i]));
-        }
+        addRow(columns, std::move(cells));
     }
-    printTable(std::move(columns), outputWidth());
+    printTable(columns, "--json");
     for (const Statistics& s : all) {
         if (s.unmeasured() > 0) {
             complain(s.path + ": " + std::to_string(s.unmeasured()) +

@@ -6,8 +6,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace {
 
@@ -52,10 +54,14 @@ std::string fieldOf(const Value& value) {
 
 } // namespace
 
-std::string csvRecord(std::span<const Value> fields) {
-    std::string record;
-    for (const Value& field : fields) {
-        record += (&field == &fields.front() ? "" : ",") + fieldOf(field);
-    }
-    return record + "\r\n";
+std::string csvRecord(const Record& record) {
+    std::vector<std::string> fields;
+    std::ranges::transform(record, std::back_inserter(fields), fieldOf, &NamedValue::value);
+    return fmt::format("{}\r\n", fmt::join(fields, ","));
+}
+
+std::string csvHeader(const Record& record) {
+    std::vector<std::string> names;
+    std::ranges::transform(record, std::back_inserter(names), &NamedValue::name);
+    return fmt::format("{}\r\n", fmt::join(names, ","));
 }

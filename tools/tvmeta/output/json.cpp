@@ -4,10 +4,10 @@
 
 #include <type_traits>
 
-std::string jsonObject(std::span<const NamedValue> members) {
+std::string jsonObject(const Record& record) {
     using nlohmann::ordered_json;
     ordered_json object = ordered_json::object();
-    for (const NamedValue& member : members) {
+    for (const NamedValue& member : record) {
         std::visit(
             [&](const auto& value) {
                 if constexpr (!std::is_same_v<std::decay_t<decltype(value)>, std::monostate>) {

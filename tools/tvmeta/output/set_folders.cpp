@@ -1,6 +1,7 @@
 #include "output/set_folders.h"
 
 #include "base/failure.h"
+#include "base/words.h"
 #include "output/move_journal.h"
 #include "output/output_file.h"
 #include "output/set_names.h"
@@ -262,9 +263,8 @@ void fillAll(const std::string& folder, const std::vector<PlannedFolder>& plan, 
         fs::remove(hidden, error);
     } catch (const Failure& failure) {
         fs::remove(hidden, error); // if it is empty
-        const std::string outcome = done == 0   ? "no folder was made"
-                                    : done == 1 ? "1 set is complete"
-                                                : std::to_string(done) + " sets are complete";
+        const std::string outcome =
+            done == 0 ? "no folder was made" : counted(done, "set") + (done == 1 ? " is complete" : " are complete");
         throw Failure(std::string(failure.what()) + "; " + outcome);
     }
 }

@@ -1,9 +1,13 @@
 #include "output/table.h"
 
+#include "base/failure.h"
 #include "base/text.h"
+#include "base/words.h"
+#include "system/terminal.h"
 
 #include <algorithm>
 #include <iostream>
+#include <utility>
 
 namespace {
 
@@ -67,14 +71,24 @@ void printRow(const std::vector<Column>& columns, const std::vector<int>& widths
 
 } // namespace
 
-size_t printTable(std::vector<Column> columns, std::optional<int> width) {
+void addRow(std::vector<Column>& columns, std::vector<std::string> cells) {
+    for (size_t i = 0; i < columns.size(); ++i) {
+        columns[i].cells.push_back(std::move(cells[i]));
+    }
+}
+
+void printTable(const std::vector<Column>& columns, const std::string& alternatives) {
     constexpr int Unlimited = 1 << 28;
-    const std::vector<int> widths = fittedWidths(columns, width.value_or(Unlimited));
+    const int width = outputWidth().value_or(Unlimited);
+    const std::vector<int> widths = fittedWidths(columns, width);
     printRow(columns, widths, [](const Column& column, int most) { return withoutEnd(column.heading, most); });
     const size_t rows = columns.empty() ? 0 : columns.front().cells.size();
     for (size_t row = 0; row < rows; ++row) {
         printRow(columns, widths,
                  [row](const Column& column, int most) { return shortened(column.cells[row], column.cut, most); });
     }
-    return columns.size() - widths.size();
+    if (const size_t left = columns.size() - widths.size(); left > 0) {
+        complain(fmt::format("{} of {} fields do not fit in {}; use {}", left, columns.size(),
+                             counted(static_cast<size_t>(width), "column"), alternatives));
+    }
 }

@@ -1,8 +1,6 @@
 // Columns of text, side by side.
 #pragma once
 
-#include <cstddef>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +13,9 @@ struct Column {
     std::vector<std::string> cells = {};
 };
 
-// Writes a table to standard output, in at most `width` terminal columns if limited. Returns the number of table
-// columns that did not fit and were omitted.
-size_t printTable(std::vector<Column> columns, std::optional<int> width);
+// Adds a row: a cell for each column.
+void addRow(std::vector<Column>& columns, std::vector<std::string> cells);
+
+// Writes a table to standard output, in a terminal at most as wide as that. A message names the number of columns that
+// did not fit and were omitted, and the options that show them.
+void printTable(const std::vector<Column>& columns, const std::string& alternatives);

@@ -1,6 +1,7 @@
 #include "pages/report_page.h"
 
 #include "base/markup.h"
+#include "base/words.h"
 #include "pages/exposure_diagram.h"
 #include "pages/photo_item.h"
 #include "pages/report_style.h"
@@ -25,10 +26,6 @@ constexpr std::string_view Start = R"(<html lang="en">
 <meta name="referrer" content="no-referrer">
 <link rel="icon" href="data:,">
 <title>)";
-
-std::string counted(size_t count, const std::string& thing) {
-    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
-}
 
 // The texts that are not empty.
 std::string joined(const std::string& separator, std::initializer_list<std::string> texts) {

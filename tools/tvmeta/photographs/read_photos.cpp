@@ -1,6 +1,7 @@
 #include "photographs/read_photos.h"
 
 #include "base/failure.h"
+#include "base/words.h"
 #include "photographs/natural_order.h"
 #include "photographs/photo_files.h"
 #include "system/terminal.h"
@@ -92,12 +93,12 @@ class BatchReader {
 
 // Files that were not read, in one line: "12 MP4, 3 empty".
 void reportKinds(const std::map<std::string, size_t>& kinds) {
-    std::string list;
+    std::vector<std::string> words;
     for (const auto& [kind, count] : kinds) {
-        list += (list.empty() ? "" : ", ") + std::to_string(count) + " " + kind;
+        words.push_back(std::to_string(count) + " " + kind);
     }
-    if (!list.empty()) {
-        complain("not read: " + list);
+    if (!words.empty()) {
+        complain("not read: " + joined(words));
     }
 }
 

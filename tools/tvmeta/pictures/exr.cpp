@@ -1,6 +1,7 @@
 // OpenEXR pictures: the red, green and blue or the luminance channel of the first part, within its data window.
 
 #include "base/failure.h"
+#include "base/words.h"
 #include "pictures/decoders.h"
 
 #include <ImfChannelList.h>
@@ -33,14 +34,6 @@ Names namesOf(const Imf::ChannelList& channels) {
     return names;
 }
 
-std::string joined(const Names& names) {
-    std::string list;
-    for (const std::string& name : names) {
-        list += (list.empty() ? "" : ", ") + name;
-    }
-    return list.empty() ? "none" : list;
-}
-
 // The channels to read: red, green and blue, or only the luminance. With colour differences, the luminance would be
 // only a part of the picture.
 Names chosenChannels(const std::string& path, const Imf::ChannelList& channels) {
@@ -52,7 +45,8 @@ Names chosenChannels(const std::string& path, const Imf::ChannelList& channels) 
     for (const std::string& name : names) {
         const Imf::Channel* channel = channels.findChannel(name);
         if (channel == nullptr) {
-            throw Failure(path, "expected channels R, G and B or Y alone, found " + joined(namesOf(channels)));
+            throw Failure(path, "expected channels R, G and B or Y alone, found " +
+                                    (channels.begin() == channels.end() ? "none" : joined(namesOf(channels))));
         }
         if (channel->xSampling != 1 || channel->ySampling != 1) {
             throw Failure(path, "expected channels of full size, found a subsampled " + name);

@@ -1,6 +1,7 @@
 #include "pictures/load_picture.h"
 
 #include "base/failure.h"
+#include "base/suggestion.h"
 #include "base/text.h"
 #include "pictures/decoders.h"
 #include "pictures/profiles.h"
@@ -69,15 +70,11 @@ Bytes pictureProfile(const std::string& path) {
 }
 
 std::string pictureFormats() {
-    std::vector<std::string_view> names;
+    std::vector<std::string> names;
     for (const Format& format : Formats) {
         if (names.empty() || names.back() != format.name) {
-            names.push_back(format.name);
+            names.emplace_back(format.name);
         }
     }
-    std::string list;
-    for (size_t i = 0; i < names.size(); ++i) {
-        list += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + std::string(names[i]);
-    }
-    return list;
+    return wordList(names, "or");
 }

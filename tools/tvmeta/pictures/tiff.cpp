@@ -1,6 +1,7 @@
 // TIFF pictures, through libtiff: the first one of a file that is not a reduced copy of another.
 
 #include "base/failure.h"
+#include "base/words.h"
 #include "pictures/decoders.h"
 #include "pictures/tiff_pixels.h"
 #include "system/paths.h"
@@ -243,7 +244,7 @@ void TiffReader::noteRest(Picture& picture) const {
         picture.dropped.emplace_back(kinds[0] == EXTRASAMPLE_ASSOCALPHA ? "alpha (colours stay multiplied by it)"
                                                                         : "alpha");
     } else if (extra > 0) {
-        picture.dropped.push_back(std::to_string(extra) + " more " + (extra == 1 ? "channel" : "channels"));
+        picture.dropped.push_back(counted(static_cast<size_t>(extra), "more channel"));
     }
     if (hasMorePages) {
         picture.dropped.emplace_back("further pages");
