@@ -643,7 +643,7 @@ typedef struct tvmeta_BracketSet {
 
 /**
  * Groups photographs into exposure brackets. Reads no file. Takes n log n time, with a count up to `count` times that,
- * and some 160 bytes per file during the call.
+ * and some 170 bytes per file during the call.
  *
  * Files become photographs. In one folder, files of one camera and second are one photograph if their names differ in
  * the extension only, or if one name continues the other with a character that is not a digit and time and exposure are
@@ -661,13 +661,14 @@ typedef struct tvmeta_BracketSet {
  * - Exposure mode 2: a bias that repeats starts a new set; where the bias is constant, an exposure that repeats does.
  *   Pauses are up to 5 s, in regular sets up to 15 s, plus the exposure before (noise reduction).
  * - Exposure mode 0: a set is regular in its bias, or goes one way, and its exposures follow the bias. With
- *   `hidesBrackets` it is evidence of the camera if the pauses are up to 2 s, or up to 15 s in an order of cameras;
- * then two or more exposures in any steps are a set, too, if their times have fractions and no pause is above 0.7 s.
- * Else it is a guess if the pauses are up to 2 s or the range is 1.8 EV or more. A constant bias gives no set.
+ *   `hidesBrackets` it is evidence of the camera if the pauses are up to 2 s, or up to 15 s in equal steps and an order
+ *   of cameras; then two or more exposures in any steps are a set, too, if their times have fractions and no pause is
+ *   above 0.7 s. Else it is a guess if the pauses are up to 2 s or the range is 1.8 EV or more. A constant bias gives
+ * no set.
  * - Exposure mode 1, or none: different exposures with pauses of up to 2 s, a guess unless they repeat; and series of
- *   at least 1.8 EV that are regular or go one way, set by the exposure time alone, or four and more in regular steps
- *   over 3 EV. Their longest pause is learnt. A series that occurs again in one of the next 16 sets is no guess. In
- * mode 1 also a regular bias that the exposures follow.
+ * at least 1.8 EV that are regular or go one way, set by the exposure time alone, or four and more in regular steps
+ * over 3 EV. Their longest pause is learnt. A series that occurs again in one of the next 16 sets is no guess. In mode
+ * 1 also a regular bias that the exposures follow.
  *
  * A set is regular if it has three to 16 exposures in equal steps, from one end or the middle outward, or the middle
  * before the others, and no pause is much longer than the others. It goes one way if it has four or more, each at least
