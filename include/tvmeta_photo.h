@@ -18,7 +18,7 @@
  *
  * - Growing records: a record that starts with recordSize may get more fields at its end in a later version. Set
  *   recordSize to the sizeof of the record; the library touches no byte beyond it. tvmeta_Source, tvmeta_Block,
- *   tvmeta_Rational, tvmeta_Tag, tvmeta_Dataset and tvmeta_Loss never grow.
+ *   tvmeta_Rational, tvmeta_Tag, tvmeta_Dataset, tvmeta_Loss and tvmeta_BracketMember never grow.
  * - Sizes: positions and sizes are signed 64-bit numbers of bytes.
  * - Results: a status, or a size, number or mask. Negative ones are failures and have the values of TVMETA_READ_FAILED
  *   and below.
@@ -420,9 +420,9 @@ TVMETA_API int64_t tvmeta_list_datasets(const void* block, int64_t size, tvmeta_
                                         int64_t capacity) TVMETA_NOEXCEPT;
 
 /**
- * Copies an IPTC block and adds the keywords that it lacks, after its last keyword. A block without record 2 gets one,
- * of version 4. If a keyword that is added is not ASCII, the block is declared as UTF-8; but if the block is declared
- * in another encoding, or has texts in one, such keywords are left out.
+ * Copies an IPTC block and adds the keywords that it lacks, after its last keyword. If keywords are added, a block
+ * without record 2 gets one, of version 4. If a keyword that is added is not ASCII, the block is declared as UTF-8; but
+ * if the block is declared in another encoding, or has texts in one, such keywords are left out.
  *
  * @param block  the block; may be null if size is 0, which makes a new one.
  * @param size  bytes of the block, 0 to 2^31 - 1. More: -8.
@@ -450,7 +450,7 @@ TVMETA_API int64_t tvmeta_add_keywords(const void* block, int64_t size, const ch
  * mean what is said here. Everything is borrowed for the call.
  */
 typedef struct tvmeta_Result {
-    uint32_t recordSize;         /**< sizeof(tvmeta_Result) */
+    uint32_t recordSize;         /**< sizeof(tvmeta_Result); members of later versions must be 0 */
     int32_t width;               /**< Pixels, 1 or more. tvmeta_build_exif(): 0 writes no size */
     int32_t height;              /**< Rows, 0 or more */
     int32_t channels;            /**< 1 to 4 of a pixel in memory; the second of 2 and the fourth are not written */
@@ -471,7 +471,8 @@ typedef struct tvmeta_Result {
     int32_t keywordCount;        /**< 0: keywords may be null */
     int32_t method;              /**< METHOD_NONE, or the method whose settings are added to the packet */
     const float* settings;       /**< SETTINGS_SLOTS values; may be null for METHOD_NONE */
-    const char* software;        /**< Text of Software; null: the photograph's */
+    const char* software;        /**< Text of Software; null: the photograph's, else of floats
+                                      "Tonalvista 32-bit Float Output" */
     const char* modifyDate;      /**< "YYYY:MM:DD HH:MM:SS"; null: no modification time is written */
     const tvmeta_Source* photo;  /**< Any photograph of tvmeta_read_photo(); null: none */
 } tvmeta_Result;
@@ -481,7 +482,7 @@ enum {
     TVMETA_LOSS_BROKEN = 1,  /**< Outside of the file, of an unknown type, an offset (type 13), or beyond the limit of
                                   64 MiB; of block TVMETA_EXIF: the file is damaged, and may have had more */
     TVMETA_LOSS_PRIVATE = 2, /**< An unknown tag of a raw format or a program in the image directory */
-    TVMETA_LOSS_MAKER_NOTE = 3, /**< A maker note whose offsets count from the start of the photograph's file */
+    TVMETA_LOSS_MAKER_NOTE = 3, /**< A maker note that is of no format that can be moved, see tvmeta_save_tiff() */
     TVMETA_LOSS_BLOCK = 4,      /**< A block that is compressed or unreadable, a packet into which the settings cannot
                                      be inserted, or a profile for another number of channels */
     TVMETA_LOSS_XMP_LEFT = 5,   /**< A property (its tag) or the keywords (0) of XMP are unchanged: the packet has them
@@ -490,11 +491,11 @@ enum {
 };
 
 /**
- * Something that the photograph has, that is true of the result, and that the result has not. Values that describe the
- * photograph's own pixels or file are no loss.
+ * Something of the photograph that is true of the result but missing in it. Values that describe the photograph's own
+ * pixels or file are no loss.
  */
 typedef struct tvmeta_Loss {
-    int32_t directory; /**< As in tvmeta_Tag, or -1 - block */
+    int32_t directory; /**< As in tvmeta_Tag; of a block -1 - TVMETA_XMP and so on */
     int32_t tag;       /**< Of the directory; of a block: see the reason, else 0 */
     int32_t reason;    /**< TVMETA_LOSS_... */
 } tvmeta_Loss;
@@ -524,8 +525,8 @@ TVMETA_API int32_t tvmeta_save_tiff(const tvmeta_Result* result, tvmeta_Loss* lo
 
 /**
  * Builds the directories of tvmeta_save_tiff() alone: a little-endian TIFF structure without pixels, profile, XMP and
- * IPTC. Of the members that describe those, only icc has an effect: on ColorSpace. An EXIF segment of a JPEG has room
- * for 65,527 bytes.
+ * IPTC. Of the members that describe those, icc, channels and bitsCode have an effect: on ColorSpace. An EXIF segment
+ * of a JPEG has room for 65,527 bytes.
  *
  * @param result  the result. Null, or members outside of what they accept: -6.
  * @param buffer  receives the block. Null: the size is measured.
