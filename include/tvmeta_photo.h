@@ -652,11 +652,11 @@ typedef struct tvmeta_BracketSet {
  * the JPEG file.
  *
  * Photographs become sequences, in order of capture time with its fraction, then of names. A sequence is of one camera
- * (make, model, serial number), format, exposure mode and, within 1 %, focal length. It is in one folder, or goes on in
- * the next folder of a card (100CANON, 101CANON) with the next file number. It ends with a pause of more than 30 s plus
- * the exposure before it. Except in exposure mode 2, pauses are up to 2 s where the size or the orientation changes.
- * Pauses are measured from the end of an exposure; they may be 1 s longer if one of both times has no fraction. The UTC
- * offset counts if all photographs of the camera have one, fractions if not all are 0.
+ * (make, model, serial number), format, exposure mode and, within 1 %, focal length. It is in one folder, or continues
+ * in the next folder of a card (100CANON, 101CANON) with the next file number. It ends with a pause of more than 30 s
+ * plus the exposure before it. Except in exposure mode 2, pauses are up to 2 s where the size or the orientation
+ * changes. Pauses are measured from the end of an exposure; they may be 1 s longer if one of both times has no
+ * fraction. The UTC offset counts if all photographs of the camera have one, fractions if not all are 0.
  *
  * A sequence becomes sets by the evidence that it has:
  * - Exposure mode 2: a bias that repeats starts a new set; where the bias is constant, an exposure that repeats does.
