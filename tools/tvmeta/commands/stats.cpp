@@ -179,7 +179,7 @@ void printRows(const std::vector<Statistics>& all) {
     for (const Statistics& s : all) {
         if (s.unmeasured() > 0) {
             complain(s.path + ": " + std::to_string(s.unmeasured()) +
-                     " pixels are NaN, infinite or negative and are in no statistic");
+                     " pixels are NaN, infinite or negative and have no luminance");
         }
     }
 }
