@@ -643,7 +643,7 @@ typedef struct tvmeta_BracketSet {
 } tvmeta_BracketSet;
 
 /**
- * Groups photographs into exposure brackets. Reads no file. Takes n log n time, with a count up to `count` times that,
+ * Groups photographs into exposure brackets. Reads no file. Takes n log n time, with a count up to 100 times that,
  * and some 170 bytes per file during the call.
  *
  * Files become photographs. In one folder, files of one camera and second are one photograph if their names differ in

@@ -40,6 +40,7 @@ TEST(IptcKeywords, AddedToBlocksAndResults) {
         {"new block", "", version + sun, {"sun"}, false},
         {"new block beyond ASCII", "", utf8 + version + sun + sea, {"sun", "s\xC3\xA9"}, false},
         {"no keywords", city + sun, city + sun, {}, false},
+        {"the same keyword twice", "", version + sun, {"sun", "sun"}, false},
         {"known keyword", sun + city, sun + city, {"sun"}, false},
         {"after the last keyword", sun + city, sun + dataset(2, 25, "fog") + city, {"fog"}, false},
         {"after record 2",
@@ -74,7 +75,10 @@ TEST(IptcKeywords, AddedToBlocksAndResults) {
         EXPECT_EQ(fields.value(ImageFields, 33723), padded) << row.what;
         EXPECT_EQ(fields.find(ImageFields, 33723)->type, 4U);
         if (!row.keywords.empty()) {
-            EXPECT_NE(fields.value(ImageFields, 700).find(row.keywords.back()), Bytes::npos) << row.what;
+            const Bytes packet = fields.value(ImageFields, 700);
+            const Bytes item = Bytes("<rdf:li>") + row.keywords.back() + "<";
+            ASSERT_NE(packet.find(item), Bytes::npos) << row.what;
+            EXPECT_EQ(packet.find(item), packet.rfind(item)) << row.what;
         }
     }
 }

@@ -97,18 +97,25 @@ bool areKeywords(const char* const* keywords, std::int64_t count) {
     });
 }
 
+bool isNew(std::span<const char* const> keywords, std::size_t index) {
+    const std::string_view keyword = keywords[index];
+    return std::ranges::none_of(keywords.first(index), [keyword](std::string_view other) { return other == keyword; });
+}
+
 IptcResult withKeywords(std::span<const unsigned char> block, std::span<const char* const> keywords) {
     const Survey found = survey(block);
     const bool allowsUtf8 = found.isUtf8 || (!found.hasDesignation && !found.hasOtherTexts);
-    const auto isAdded = [&](std::string_view keyword) {
-        return (allowsUtf8 || isAscii(keyword)) && !hasKeyword(block, keyword);
+    const auto isAdded = [&](std::size_t index) {
+        const std::string_view keyword = keywords[index];
+        return (allowsUtf8 || isAscii(keyword)) && !hasKeyword(block, keyword) && isNew(keywords, index);
     };
     IptcResult result;
     std::size_t added = 0;
     bool needsUtf8 = false;
-    for (const std::string_view keyword : keywords) {
+    for (std::size_t i = 0; i < keywords.size(); ++i) {
+        const std::string_view keyword = keywords[i];
         result.leftOut += allowsUtf8 || isAscii(keyword) ? 0 : 1;
-        if (isAdded(keyword)) {
+        if (isAdded(i)) {
             added += HeaderSize + keyword.size();
             needsUtf8 |= !isAscii(keyword);
         }
@@ -124,9 +131,9 @@ IptcResult withKeywords(std::span<const unsigned char> block, std::span<const ch
     writer.put(designation);
     writer.put(block.subspan(found.designationPlace, found.keywordPlace - found.designationPlace));
     writer.put(newRecord);
-    for (const std::string_view keyword : keywords) {
-        if (isAdded(keyword)) {
-            putKeyword(writer, keyword);
+    for (std::size_t i = 0; i < keywords.size(); ++i) {
+        if (isAdded(i)) {
+            putKeyword(writer, keywords[i]);
         }
     }
     writer.put(block.subspan(found.keywordPlace));

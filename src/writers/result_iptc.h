@@ -11,6 +11,9 @@ namespace tvmeta {
 // Keywords are UTF-8, not empty, and fit a dataset without an extended size.
 bool areKeywords(const char* const* keywords, std::int64_t count);
 
+// A keyword that the list has twice is added once.
+bool isNew(std::span<const char* const> keywords, std::size_t index);
+
 struct IptcResult {
     ZeroedBuffer block;       // false without memory
     std::int64_t leftOut = 0; // keywords

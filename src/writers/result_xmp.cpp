@@ -6,6 +6,7 @@
 #include "settings/packet_parser.h"
 #include "support/text_search.h"
 #include "support/tiff_vocabulary.h"
+#include "writers/result_iptc.h"
 #include "writers/text_edits.h"
 
 #include <algorithm>
@@ -103,9 +104,9 @@ void putKeywords(TextWriter& writer, std::string_view packet, const XmpChanges& 
             putKeyword(writer, keyword);
         }
     }
-    for (const std::string_view keyword : changes.keywords) {
-        if (!hasKeyword(packet, keyword)) {
-            putKeyword(writer, keyword);
+    for (std::size_t i = 0; i < changes.keywords.size(); ++i) {
+        if (!hasKeyword(packet, changes.keywords[i]) && isNew(changes.keywords, i)) {
+            putKeyword(writer, changes.keywords[i]);
         }
     }
 }

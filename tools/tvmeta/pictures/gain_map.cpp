@@ -131,7 +131,9 @@ std::optional<GainMap> findGainMap(const std::string& path) {
     constexpr int MaxPictures = 32;
     const auto isUsable = [](const Channel& channel) {
         constexpr double MaxStops = 100;
-        return channel.gamma > 0 && std::fabs(channel.minimum) <= MaxStops && std::fabs(channel.maximum) <= MaxStops;
+        return channel.gamma > 0 && std::isfinite(channel.gamma) && std::isfinite(channel.baseOffset) &&
+               std::isfinite(channel.offset) && std::fabs(channel.minimum) <= MaxStops &&
+               std::fabs(channel.maximum) <= MaxStops;
     };
     const Bytes header = readStart(path, MaxHeader);
     if (std::ranges::none_of(Signs, [&](auto sign) { return asText(header).find(sign) != sign.npos; })) {
