@@ -54,21 +54,17 @@ std::int32_t tokenValue(std::string_view token) {
 // A numerator token, and a denominator token if "/" follows.
 void parseFraction(std::string_view text, Description& description) {
     const std::string_view numerator = takeToken(text, " /s");
-    if (numerator.size() > MaxToken) {
-        description.stopped = true;
+    description.stopped = numerator.size() > MaxToken;
+    if (description.stopped) {
         return;
     }
     description.numerator = tokenValue(numerator);
     text.remove_prefix(numerator.size());
-    if (!text.starts_with('/')) {
-        return;
+    if (text.starts_with('/')) {
+        const std::string_view denominator = takeToken(textFrom(text, 1), " s");
+        description.stopped = denominator.size() > MaxToken;
+        description.denominator += description.stopped ? 0 : tokenValue(denominator);
     }
-    const std::string_view denominator = takeToken(textFrom(text, 1), " s");
-    if (denominator.size() > MaxToken) {
-        description.stopped = true;
-        return;
-    }
-    description.denominator += tokenValue(denominator);
 }
 
 // The field ends at the next separator, but its tokens may cross it. While the numerator is 0, each character other

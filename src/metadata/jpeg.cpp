@@ -56,20 +56,19 @@ Segment readSegment(StreamReader& reader) {
     return {start, reader.read16(ByteOrder::Big)};
 }
 
-std::int32_t reportInvalidMarker() {
-    printMessage("invalid marker");
-    return GET_EXIF_UNREADABLE;
-}
-
-// Skips a segment. Reports an impossible length, and returns false.
-bool skipSegment(StreamReader& reader) {
+// Reports an impossible length.
+Result<Segment> readValidSegment(StreamReader& reader) {
     const Segment segment = readSegment(reader);
     if (!segment.isValid()) {
-        reportInvalidMarker();
-        return false;
+        printMessage("invalid marker");
+        return Failure{GET_EXIF_UNREADABLE};
     }
-    reader.seek(segment.end());
-    return true;
+    return segment;
+}
+
+bool skipSegment(StreamReader& reader) {
+    const Result<Segment> segment = readValidSegment(reader);
+    return segment && reader.seek(segment->end());
 }
 
 bool readSignature(StreamReader& reader, std::string_view signature) {
@@ -94,11 +93,7 @@ Result<Segment> findApp1(StreamReader& reader) {
             return Failure{GET_EXIF_UNREADABLE};
         }
     }
-    const Segment segment = readSegment(reader);
-    if (!segment.isValid()) {
-        return Failure{reportInvalidMarker()};
-    }
-    return segment;
+    return readValidSegment(reader);
 }
 
 // Reads the lens name from the XMP segment at the reader, and records the position of the packet if it contains
@@ -164,14 +159,11 @@ std::int32_t readPhotoshopSegment(StreamReader& reader, WorkBudget& budget, Exif
             return GET_EXIF_OK;
         }
         if (code == marker::App13) {
-            const Segment segment = readSegment(reader);
-            if (!segment.isValid()) {
-                return reportInvalidMarker();
+            const Result<Segment> segment = readValidSegment(reader);
+            if (segment && readSignature(reader, PhotoshopSignature)) {
+                static_cast<void>(readPhotoshopResources(reader, segment->length, budget, info));
             }
-            if (readSignature(reader, PhotoshopSignature)) {
-                static_cast<void>(readPhotoshopResources(reader, segment.length, budget, info));
-            }
-            return GET_EXIF_OK;
+            return segment ? GET_EXIF_OK : segment.code();
         }
         if (!skipSegment(reader)) {
             return GET_EXIF_UNREADABLE;

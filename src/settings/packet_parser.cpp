@@ -22,10 +22,7 @@ std::optional<Version> scanVersion(std::string_view text) {
     }
     text.remove_prefix(1);
     const std::optional<std::int64_t> minor = scanInteger(text);
-    if (!minor) {
-        return std::nullopt;
-    }
-    return Version{*major, *minor};
+    return minor ? std::optional(Version{*major, *minor}) : std::nullopt;
 }
 
 struct VersionProperty {

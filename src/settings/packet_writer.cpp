@@ -10,6 +10,7 @@
 #include "tvmeta.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <iterator>
 #include <limits>
@@ -54,13 +55,9 @@ class TextSink {
 
 // "%02d" of a number above zero.
 void putNamespaceNumber(TextSink& sink, std::int32_t number) {
-    char buffer[10];
-    char* digits = std::end(buffer);
-    for (int place = 0; place < 2 || number > 0; ++place) {
-        *--digits = static_cast<char>('0' + number % 10);
-        number /= 10;
-    }
-    sink.put(std::string_view(digits, static_cast<std::size_t>(std::end(buffer) - digits)));
+    char digits[10];
+    const char* const end = std::to_chars(digits, std::end(digits), number).ptr;
+    sink.put(number < 10 ? "0" : "", std::string_view(digits, static_cast<std::size_t>(end - digits)));
 }
 
 const Word& smoothingLevel(float level) {

@@ -117,18 +117,16 @@ std::optional<float> readMicrocontrast(const Packet& packet, std::string_view va
     return isNumber ? readVersionedNumber(packet, value) : readWord(value, MicrocontrastWords);
 }
 
-// The slot value of a packet value, if there is one.
-std::optional<float> convert(std::optional<float> value, float (*curve)(float)) {
-    return value ? std::optional<float>(curve(*value)) : std::nullopt;
-}
-
 std::optional<float> readValue(const Packet& packet, ValueKind kind, std::string_view value) {
     switch (kind) {
     case ValueKind::Number:
     case ValueKind::Fraction:
     case ValueKind::Gamma:
     case ValueKind::Clip:
-        return convert(readFloat(value), numberForm(kind).toSlot);
+        if (const std::optional<float> number = readFloat(value)) {
+            return numberForm(kind).toSlot(*number);
+        }
+        break;
     case ValueKind::VersionedNumber:
         return readVersionedNumber(packet, value);
     case ValueKind::Microcontrast:

@@ -111,10 +111,7 @@ float convert(Decimal& number) {
     const std::int64_t exponent = std::clamp(number.exponent, -OutOfRange, OutOfRange);
     char* end = number.text + number.size;
     *end++ = 'e';
-    *end++ = exponent < 0 ? '-' : '+';
-    for (const std::int64_t place : {100, 10, 1}) {
-        *end++ = static_cast<char>('0' + std::abs(exponent) / place % 10);
-    }
+    end = std::to_chars(end, std::end(number.text), exponent).ptr;
 #ifdef __cpp_lib_to_chars
     float value = 0.0F;
     if (std::from_chars(number.text, end, value).ec == std::errc::result_out_of_range) {

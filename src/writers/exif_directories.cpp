@@ -1,9 +1,9 @@
 #include "writers/exif_directories.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <initializer_list>
 
 namespace tvmeta {
 
@@ -124,12 +124,10 @@ std::int32_t get_exif_count(const MetadataBuf* metadata, std::int32_t* exifCount
                             const GpsBuf* gps, std::int32_t* gpsCount, std::int32_t* gpsBytes, std::int32_t* modelCount,
                             std::int32_t* makeCount, std::int32_t* dateCount, std::int32_t* gpsDateCount,
                             std::int32_t* lensCount, char* make) noexcept {
-    for (const void* argument :
-         std::initializer_list<const void*>{metadata, exifCount, exifBytes, gps, gpsCount, gpsBytes, modelCount,
-                                            makeCount, dateCount, gpsDateCount, lensCount, make}) {
-        if (argument == nullptr) {
-            return 0;
-        }
+    const void* const arguments[] = {metadata,   exifCount, exifBytes, gps,          gpsCount,  gpsBytes,
+                                     modelCount, makeCount, dateCount, gpsDateCount, lensCount, make};
+    if (std::ranges::count(arguments, nullptr) > 0) {
+        return 0;
     }
     const auto put = [](std::int32_t* out, std::size_t value) { *out = static_cast<std::int32_t>(value); };
     const TextCounts counts = countTexts(*metadata, *gps);

@@ -41,38 +41,20 @@ void takeHighBytes(const unsigned char* from, unsigned char* to, std::size_t pix
     }
 }
 
-// Copies samples without the last channel.
-PixelKernel droppingKernel(std::size_t channels, std::size_t sampleBytes) {
-    const bool gray = channels == 2;
-    switch (sampleBytes) {
-    case 1:
-        return gray ? grayWithoutExtra<1> : rgbWithoutExtra<1>;
-    case 2:
-        return gray ? grayWithoutExtra<2> : rgbWithoutExtra<2>;
-    default:
-        return gray ? grayWithoutExtra<4> : rgbWithoutExtra<4>;
-    }
-}
+// By the bytes of a sample: copies samples without the last channel.
+constexpr PixelKernel GrayKernels[] = {nullptr, grayWithoutExtra<1>, grayWithoutExtra<2>, nullptr, grayWithoutExtra<4>};
+constexpr PixelKernel RgbKernels[] = {nullptr, rgbWithoutExtra<1>, rgbWithoutExtra<2>, nullptr, rgbWithoutExtra<4>};
 
-// Takes the high bytes of 16-bit samples in machine byte order; of 2 or 4 channels without the last.
-PixelKernel highByteKernel(std::size_t channels) {
-    switch (channels) {
-    case 1:
-        return takeHighBytes<1, 1>;
-    case 2:
-        return takeHighBytes<2, 1>;
-    case 3:
-        return takeHighBytes<3, 3>;
-    default:
-        return takeHighBytes<4, 3>;
-    }
-}
+// By the number of channels: takes the high bytes of 16-bit samples, of 2 or 4 channels without the last.
+constexpr PixelKernel HighByteKernels[] = {nullptr, takeHighBytes<1, 1>, takeHighBytes<2, 1>, takeHighBytes<3, 3>,
+                                           takeHighBytes<4, 3>};
 
 PixelKernel kernelFor(const PixelLayout& layout) {
     if (layout.takesHighBytes) {
-        return highByteKernel(layout.channels);
+        return HighByteKernels[layout.channels];
     }
-    return layout.channels != layout.samples ? droppingKernel(layout.channels, layout.sampleBytes) : nullptr;
+    const bool copies = layout.channels == layout.samples;
+    return copies ? nullptr : (layout.channels == 2 ? GrayKernels : RgbKernels)[layout.sampleBytes];
 }
 
 // The rows of a block. It has room for them with all source channels, in the written depth.
