@@ -1,6 +1,6 @@
 // The image directories of a TIFF structure (TIFF 6.0; XMP storage in files and IPTC-IIM for tags 700 and 33723).
 #include "metadata/directory_parsers.h"
-#include "support/bytes.h"
+#include "support/packed_numbers.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -2,7 +2,7 @@
 // does not hide the others.
 #include "metadata/directory_parsers.h"
 #include "metadata/photoshop_format.h"
-#include "support/bytes.h"
+#include "support/packed_numbers.h"
 #include "support/text_search.h"
 #include "support/zeroed_buffer.h"
 

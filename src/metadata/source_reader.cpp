@@ -1,6 +1,6 @@
 #include "metadata/source_reader.h"
 
-#include "support/bytes.h"
+#include "support/packed_numbers.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "metadata/tiff_reader.h"
 
-#include "support/bytes.h"
+#include "support/packed_numbers.h"
 
 #include <algorithm>
 #include <cstdint>

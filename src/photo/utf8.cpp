@@ -1,6 +1,6 @@
 #include "photo/utf8.h"
 
-#include "support/bytes.h"
+#include "support/packed_numbers.h"
 #include "support/text_search.h"
 
 #include <algorithm>

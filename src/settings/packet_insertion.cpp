@@ -1,7 +1,7 @@
 // Inserts the settings description into an XMP packet in memory, as a sibling of the descriptions in the packet.
 #include "settings/packet_writer.h"
 #include "settings/xmp_names.h"
-#include "support/bytes.h"
+#include "support/packed_numbers.h"
 #include "support/result.h"
 #include "support/zeroed_buffer.h"
 #include "tvmeta.h"

@@ -5,7 +5,7 @@
 #include "settings/methods.h"
 #include "settings/value_curves.h"
 #include "settings/xmp_names.h"
-#include "support/bytes.h"
+#include "support/packed_numbers.h"
 #include "support/text_numbers.h"
 #include "tvmeta.h"
 

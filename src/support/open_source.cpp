@@ -1,6 +1,6 @@
 // The sources that the library makes: files and memory. A source of a file keeps its descriptor or handle in `context`,
 // so that no memory is allocated for it.
-#include "support/bytes.h"
+#include "support/packed_numbers.h"
 #include "tvmeta_photo.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "writers/directory_builder.h"
 
-#include "support/bytes.h"
+#include "support/packed_numbers.h"
 
 #include <algorithm>
 #include <cstdint>

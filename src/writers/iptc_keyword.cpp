@@ -1,6 +1,6 @@
 // Adds a keyword to an IPTC block (IPTC-IIM 4.1). A dataset is a marker, a record number, a dataset number, a 16-bit
 // big-endian length, and the data.
-#include "support/bytes.h"
+#include "support/packed_numbers.h"
 #include "tvmeta.h"
 
 #include <array>

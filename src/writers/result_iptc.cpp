@@ -3,7 +3,7 @@
 #include "metadata/byte_cursor.h"
 #include "photo/iptc_text.h"
 #include "photo/utf8.h"
-#include "support/bytes.h"
+#include "support/packed_numbers.h"
 #include "tvmeta_photo.h"
 
 #include <algorithm>

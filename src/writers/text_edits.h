@@ -1,7 +1,7 @@
 // Writers: changes to a text, collected first and then made at once.
 #pragma once
 
-#include "support/bytes.h"
+#include "support/packed_numbers.h"
 #include "support/zeroed_buffer.h"
 
 #include <algorithm>
