@@ -128,7 +128,7 @@ void moveWhole(const std::string& file, const fs::path& target) {
     }
 }
 
-// Links and copies are filled apart from moved files, so that leftovers of the former can be removed without a thought.
+// A stopped run leaves links or copies, which can be deleted, or moved files, which cannot: each has its own folder.
 fs::path hiddenFolder(const std::string& folder, Placement placement) {
     return pathOf(folder) / (placement == Placement::Move ? MovingFolder : ".tvmeta-partial");
 }
