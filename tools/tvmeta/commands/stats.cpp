@@ -198,7 +198,7 @@ std::string plotName(const Options& options, const std::string& picture) {
     return place == std::string::npos ? options.plot : std::string(options.plot).replace(place, 2, stem);
 }
 
-// Asked before the work: the plot of one picture must not replace that of another.
+// Checked before any picture is read: the plot of one picture must not replace that of another.
 void requirePlotNames(const Options& options) {
     if (options.plot.empty()) {
         return;
@@ -295,13 +295,11 @@ Command statsCommand() {
                  .help = "Measure what is left of a damaged JPEG"},
                 forceOption(options->force),
             },
-        .footer = "Pictures: " + pictureFormats() +
-                  "\n\n"
-                  "Examples:\n"
-                  "  tvmeta stats scene.hdr\n"
-                  "  tvmeta stats scene.exr result.tif\n"
-                  "  tvmeta stats *.exr --plot %s.svg\n"
-                  "  tvmeta stats scene.exr --json | jq .rangeStops",
+        .footer = helpList("Pictures", pictureFormats()) + "Examples:\n"
+                                                           "  tvmeta stats scene.hdr\n"
+                                                           "  tvmeta stats scene.exr result.tif\n"
+                                                           "  tvmeta stats *.exr --plot %s.svg\n"
+                                                           "  tvmeta stats scene.exr --json | jq .rangeStops",
         .run = [options] { showStatistics(*options); },
     };
 }

@@ -231,7 +231,7 @@ Command tiffCommand() {
                  .target = &options->allowDamage,
                  .help = "Save what is left of a damaged JPEG"},
             },
-        .footer = "Pictures: " + pictureFormats() + "\n\n" + methodHelp() +
+        .footer = helpList("Pictures", pictureFormats()) + methodHelp() +
                   "Examples:\n"
                   "  tvmeta tiff result.png result.tif --photo scene.jpg --icc-from-photo\n"
                   "  tvmeta tiff light.exr light.tif --photo scene.jpg --depth 16f\n"

@@ -51,7 +51,7 @@ Picture loadPicture(const std::string& path, Request request) {
     const Bytes start = readStart(path, 4);
     const Format* const format = findFormat(start);
     if (format == nullptr) {
-        throw Failure(path, "not a " + pictureFormats() + " picture: " + beginning(start));
+        throw Failure(path, "not a " + wordList(pictureFormats(), "or") + " picture: " + beginning(start));
     }
     if (format->decoder == missingDecoder) {
         throw Failure(path, "this build of tvmeta does not support " + std::string(format->name) + " pictures");
@@ -69,12 +69,12 @@ Bytes pictureProfile(const std::string& path) {
     return loadPicture(path, {.pixels = false}).profile;
 }
 
-std::string pictureFormats() {
+std::vector<std::string> pictureFormats() {
     std::vector<std::string> names;
     for (const Format& format : Formats) {
         if (names.empty() || names.back() != format.name) {
             names.emplace_back(format.name);
         }
     }
-    return wordList(names, "or");
+    return names;
 }

@@ -4,6 +4,7 @@
 #include "pictures/picture.h"
 
 #include <string>
+#include <vector>
 
 // Reads the picture of a file, whose format is recognised by its first bytes, with unconverted samples. Throws Failure
 // if the file is damaged or its format is not supported by this build.
@@ -15,5 +16,5 @@ bool isPicture(const std::string& path);
 // The ICC profile of a picture, empty if it has none.
 Bytes pictureProfile(const std::string& path);
 
-// The names of the formats: "PNG, JPEG, ... or binary PPM".
-std::string pictureFormats();
+// The names of the formats, such as "PNG".
+std::vector<std::string> pictureFormats();
