@@ -257,14 +257,16 @@ ACCESS = struct.pack("<I", 2) + b"".join(struct.pack("<HHI", *entry) for entry i
 
 
 @pytest.mark.parametrize("write", WRITERS.values(), ids=WRITERS.keys())
-def test_replaced_files_keep_their_attributes(tmp_path, write):
+def test_replaced_files_keep_their_attributes(tmp_path, monkeypatch, write):
     path = tmp_path / "old"
     path.write_bytes(b"old")
     if os.geteuid() == 0:
         os.chown(path, 1234, 2345)
     path.chmod(0o646)  # neither that of new files nor that of temporary ones
+    before = path.stat()
     write(path)
-    assert path.stat().st_mode & 0o777 == 0o646
+    after = path.stat()
+    assert (after.st_mode, after.st_uid, after.st_gid) == (before.st_mode, before.st_uid, before.st_gid)
     path.write_bytes(b"old")
     path.chmod(0o640)
     for name, value in (("user.note", b"kept"), ("system.posix_acl_access", ACCESS)):
@@ -276,6 +278,12 @@ def test_replaced_files_keep_their_attributes(tmp_path, write):
     assert path.read_bytes() != b"old" and after.st_ino != before.st_ino
     assert (after.st_mode, after.st_uid, after.st_gid) == (before.st_mode, before.st_uid, before.st_gid)
     assert {name: os.getxattr(path, name) for name in os.listxattr(path)} == attributes
+    for name in attributes:
+        os.removexattr(path, name)
+    path.chmod(0o664)
+    monkeypatch.setattr(os, "fchown", lambda *arguments: os.open("/none/none", os.O_RDONLY))  # as a user who may not
+    write(path)
+    assert path.stat().st_mode & 0o777 == 0o604  # no rights for another group
 
 
 @pytest.mark.parametrize("write", WRITERS.values(), ids=WRITERS.keys())
