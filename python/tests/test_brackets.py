@@ -56,11 +56,11 @@ def test_photographs_that_cannot_be_read_cost_no_set(tmp_path, paths):
 
 def test_files_of_one_photograph(tmp_path, paths):
     small = []
-    for path in paths[:3]:  # the same photograph as TIFF
-        small.append(path[:-4] + b".tif")
+    for path in paths[:3]:  # the same photograph as a raw file, which is the first of the two
+        small.append(path[:-4] + b".nef")
         tvmeta.save_tiff(small[-1], numpy.zeros((2, 2), "u1"), photo=os.fsdecode(path))
     (found,) = tvmeta.brackets([*paths[:3], *small])
-    assert found.all_files == [name for pair in zip(paths, small) for name in pair]
+    assert found.files == small and found.all_files == [name for pair in zip(small, paths) for name in pair]
 
 
 @pytest.mark.parametrize("options", [{"gap": -1}, {"gap": float("nan")}, {"count": 1}, {"count": -3}])

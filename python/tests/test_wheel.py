@@ -15,8 +15,8 @@ pytest.importorskip("build")
 pytest.importorskip("wheel")
 PACKAGE = Path(__file__).resolve().parents[1]
 CLEAN = {name: os.environ[name] for name in os.environ if not name.startswith(("TVMETA_", "PYTHON"))}
-# Compiling the library takes a minute, twice. This compiler launcher checks that all headers of an sdist are there, then
-# takes the object of the build under test. The sdist has the same sources: see below.
+# Compiling the library takes a minute, twice. This compiler launcher takes the object of the build under test, for an
+# sdist after a look for the headers. The sdist has the same sources: see below.
 LAUNCHER = """#!/bin/sh -e
 for word; do
     [ "$previous" != -o ] || object=$word
