@@ -37,6 +37,12 @@ def _formats() -> dict[str, int]:
     return {library.tvmeta_format_name(number).decode(): number for number in range(1, 14)}
 
 
+@lru_cache(maxsize=4096)  # photographs share few exposures
+def _rational(value: float) -> records.Rational:
+    ratio = Fraction(value).limit_denominator(_MAX_DENOMINATOR)
+    return records.Rational(ratio.numerator, ratio.denominator)
+
+
 def _numbers(row: Row) -> dict[str, tuple[str, object]]:
     """Return the members that are numbers, and their values."""
     found: dict[str, tuple[str, object]] = {}
@@ -44,8 +50,7 @@ def _numbers(row: Row) -> dict[str, tuple[str, object]]:
         found[name] = column, row[column]
     for name, column in _FRACTIONS.items():
         if row[column] is not None:
-            ratio = Fraction(row[column]).limit_denominator(_MAX_DENOMINATOR)
-            found[name] = column, records.Rational(ratio.numerator, ratio.denominator)
+            found[name] = column, _rational(row[column])
     if row["dateTimeOriginal"] is not None:
         taken = datetime.strptime(row["dateTimeOriginal"], "%Y:%m:%d %H:%M:%S")
         found["taken"] = "captureTime", (taken - _EPOCH) // timedelta(seconds=1)
