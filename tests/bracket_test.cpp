@@ -90,6 +90,7 @@ TEST(Brackets, DistrustsAutomaticExposure) {
         {"hidden, corrections", "nikon auto bias fine 0 4s -.33 4s -.67", "; abc"},
         {"hidden, a correction", "nikon auto bias fine 0 1s -1", "; ab"},
         {"hidden, two exposures", "nikon auto bias fine 0 .2s 1 9s 0 .2s 1", "ab! cd!"},
+        {"hidden, flash in thirds", "nikon auto bias fine 0/-.33 1s 0/0 1s 0/.33", "; abc"},
         {"hidden, two equal exposures", "nikon auto bias fine 0/0 .2s 0/1", "; ab"},
         {"hidden, two on a clock of seconds", "nikon auto bias whole 0 .2s 1", "; ab"},
         {"hidden, some deleted", "nikon auto bias fine 0 .2s -3 .2s -2 .2s -1 .2s 1", "abcde!"},
