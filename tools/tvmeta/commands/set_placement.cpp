@@ -8,6 +8,7 @@
 #include "photographs/photo_sets.h"
 #include "photographs/sidecars.h"
 #include "system/paths.h"
+#include "system/system.h"
 
 #include <algorithm>
 #include <array>
@@ -15,6 +16,8 @@
 #include <filesystem>
 #include <iostream>
 #include <iterator>
+#include <memory>
+#include <optional>
 
 namespace {
 
@@ -131,6 +134,61 @@ size_t fillAndReport(const PhotoSets& found, const PlacementOptions& options) {
     return taken;
 }
 
+std::shared_ptr<const void> lockOrWait(const std::string& folder) {
+    return lockFolder(folder, [&] { complain(folder + ": another run is using the folder; waiting for its end"); });
+}
+
+// Two runs at the same time would write one journal. The folder is made for the lock.
+class FolderLock {
+  public:
+    explicit FolderLock(const std::string& name) : folder(pathOf(name)) {
+        std::error_code error; // reported when it is filled
+        isMade = fs::create_directories(folder, error);
+        lock = lockOrWait(name);
+    }
+
+    FolderLock(const FolderLock&) = delete;
+    FolderLock& operator=(const FolderLock&) = delete;
+
+    ~FolderLock() {
+        std::error_code error;
+        if (isMade) {
+            fs::remove(folder, error); // if it is empty
+        }
+    }
+
+  private:
+    fs::path folder;
+    bool isMade = false;
+    std::shared_ptr<const void> lock;
+};
+
+void placeAndReport(const BracketOptions& input, const PlacementOptions& options) {
+    requireNamePattern(options.name);
+    std::vector<std::string> names = input.names;
+    if (options.move && !options.dryRun) {
+        finishMoves(options.folder, [](const PlannedFolder& folder) {
+            std::cout << printable(folder.path) << ": moved " << counted(folder.files.size(), "file")
+                      << ", as an interrupted run had planned\n";
+        });
+        dropMoved(names, options.folder);
+    }
+    PhotoSets found = readPhotoSets(names, input.recursive, input.rules, {}, options.folder);
+    printAdvice(found, input.rules);
+    if (!options.guesses) {
+        dropGuesses(found);
+    }
+    const size_t taken = fillAndReport(found, options);
+    if (options.move && isThere(nameOf(pathOf(options.folder) / JournalName))) {
+        std::cout << "to undo: tvmeta brackets --undo " << printable(nameOf(pathOf(options.folder) / JournalName))
+                  << "\n";
+    }
+    requireAllRead(found.reading);
+    if (taken > 0) {
+        throw Failure(std::to_string(taken) + " of " + counted(found.sets.size(), "set") + " got no folder");
+    }
+}
+
 } // namespace
 
 std::vector<Option> placementOptions(PlacementOptions& options, const std::vector<std::string>& otherForms) {
@@ -173,31 +231,15 @@ std::vector<Option> placementOptions(PlacementOptions& options, const std::vecto
 }
 
 void placeSets(const BracketOptions& input, const PlacementOptions& options) {
-    requireNamePattern(options.name);
-    std::vector<std::string> names = input.names;
-    if (options.move && !options.dryRun) {
-        finishMoves(options.folder, [](const PlannedFolder& folder) {
-            std::cout << printable(folder.path) << ": moved " << counted(folder.files.size(), "file")
-                      << ", as an interrupted run had planned\n";
-        });
-        dropMoved(names, options.folder);
+    std::optional<FolderLock> lock;
+    if (!options.dryRun) {
+        lock.emplace(options.folder);
     }
-    PhotoSets found = readPhotoSets(names, input.recursive, input.rules, {}, options.folder);
-    printAdvice(found, input.rules);
-    if (!options.guesses) {
-        dropGuesses(found);
-    }
-    const size_t taken = fillAndReport(found, options);
-    if (options.move && isThere(nameOf(pathOf(options.folder) / JournalName))) {
-        std::cout << "to undo: tvmeta brackets --undo " << printable(nameOf(pathOf(options.folder) / JournalName))
-                  << "\n";
-    }
-    requireAllRead(found.reading);
-    if (taken > 0) {
-        throw Failure(std::to_string(taken) + " of " + counted(found.sets.size(), "set") + " got no folder");
-    }
+    placeAndReport(input, options);
 }
 
 void undoPlacement(const PlacementOptions& options) {
+    const fs::path folder = fs::absolute(pathOf(options.undo)).parent_path();
+    const std::shared_ptr<const void> lock = lockOrWait(nameOf(folder));
     std::cout << "moved " << counted(undoMoves(options.undo), "file") << " back\n";
 }

@@ -4,6 +4,8 @@
 #include <compare>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -44,6 +46,10 @@ inline bool isSameFile(const std::string& path, const std::string& other) {
 // Renames a file or folder. Fails with file_exists if the new name exists, and with cross_device_link if it is on
 // another file system.
 std::error_code moveTo(const std::string& path, const std::string& newPath);
+
+// Locks a folder for this process until the result is destroyed or the process ends. If another process has it, calls
+// `waiting`, then waits. Null if the folder cannot be locked.
+std::shared_ptr<const void> lockFolder(const std::string& folder, const std::function<void()>& waiting);
 
 // Reading from a device or a pipe might never end. A file that cannot be examined is Other.
 enum class FileKind { Folder, Device, Other };

@@ -4,6 +4,7 @@
 #include "base/failure.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -103,6 +104,22 @@ std::error_code moveTo(const std::string& path, const std::string& newPath) {
     }
     return rename(path.c_str(), newPath.c_str()) == 0 ? std::error_code()
                                                       : std::error_code(errno, std::generic_category());
+}
+
+std::shared_ptr<const void> lockFolder(const std::string& folder, const std::function<void()>& waiting) {
+    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return nullptr;
+    }
+    if (flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        waiting();
+        while (flock(descriptor, LOCK_EX) != 0 && errno == EINTR) {
+        }
+    }
+    return std::shared_ptr<const int>(new int(descriptor), [](const int* locked) {
+        close(*locked);
+        delete locked;
+    });
 }
 
 FileKind fileKind(const std::string& path) {

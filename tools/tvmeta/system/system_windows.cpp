@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string_view>
 #include <system_error>
@@ -140,6 +141,29 @@ std::error_code moveTo(const std::string& path, const std::string& newPath) {
 }
 
 // Names such as COM1 and CON open a device in every folder, and have no file status.
+// A folder cannot be locked itself: a file of the temporary folder, which the system deletes, is locked for it.
+std::shared_ptr<const void> lockFolder(const std::string& folder, const std::function<void()>& waiting) {
+    std::error_code error;
+    const std::filesystem::path path = std::filesystem::weakly_canonical(pathOf(folder), error);
+    const std::filesystem::path file = std::filesystem::temp_directory_path(error) /
+                                       ("tvmeta-" + std::to_string(std::filesystem::hash_value(path)) + ".lock");
+    for (bool isFirst = true;; isFirst = false) {
+        const HANDLE handle = CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                                          FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+        if (handle != INVALID_HANDLE_VALUE) {
+            return std::shared_ptr<const void>(handle,
+                                               [](const void* locked) { CloseHandle(const_cast<void*>(locked)); });
+        }
+        if (GetLastError() != ERROR_SHARING_VIOLATION) {
+            return nullptr;
+        }
+        if (isFirst) {
+            waiting();
+        }
+        Sleep(100);
+    }
+}
+
 FileKind fileKind(const std::string& path) {
     const Handle file = openHandle(path, GENERIC_READ); // CON requires the access
     if (file && GetFileType(file.get()) != FILE_TYPE_DISK) {
