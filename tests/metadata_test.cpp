@@ -116,6 +116,8 @@ TEST(Containers, Results) {
         {"stray byte after EXIF", FILE_TYPE_JPEG, "\xFF\xD8" + exif + "x\xDA", -10, ""},
         {"not EXIF", FILE_TYPE_JPEG, jpeg(segment(0xE1, "Exif\1\1" + Bytes("no TIFF"))), -2, ""},
         {"short APP13", FILE_TYPE_JPEG, "\xFF\xD8" + exif + "\xFF\xED" + be16(1), -1, "invalid marker\n"},
+        {"short APP13 after XMP", FILE_TYPE_JPEG, "\xFF\xD8" + exif + xmpSegment("x") + "\xFF\xED" + be16(1), -1,
+         "invalid marker\n"},
         {"short PSD", FILE_TYPE_PSD, "8BP", -1, ""},
         {"wrong PSD signature", FILE_TYPE_PSD, tiff, -2, ""},
         {"PSD of two channels", FILE_TYPE_PSD, psd(resource(1058, tiff), 2), -3, ""},

@@ -47,7 +47,8 @@ TEST(PacketWriter, Blocks) {
     EXPECT_EQ(embed(1, 0, nullptr), Opening + Closing);
     EXPECT_EQ(embed(1, -7, nullptr, "A<B&C"), Opening + lens + Closing);
     EXPECT_EQ(embed(1, 11, settings, "A<B&C"), Opening + lens + description(Intensive) + Closing);
-    EXPECT_EQ(embed(7, 211, settings), description(Intensive, "07"));
+    EXPECT_EQ(embed(9, 211, settings), description(Intensive, "09"));
+    EXPECT_EQ(embed(10, 211, settings), description(Intensive, "10"));
     EXPECT_EQ(embed(-1, 211, settings), description(Intensive));
     EXPECT_EQ(embed(123, 211, settings), description(Intensive, "123"));
     EXPECT_EQ(embed(1, 4, settings), Opening + description("") + Closing);
