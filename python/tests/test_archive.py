@@ -167,6 +167,8 @@ def test_the_names_of_columns_are_those_of_the_tool():
     row = table.read_row(os.fsencode(scene), b"x", 1, 2)
     same = {name for name in shown if row[name] is not None} - {"file"}
     assert len(same) >= 16 and {name: row[name] for name in same} == {name: shown[name] for name in same}
+    kinds = {"text": str, "integer": int, "real": float, "texts": list}
+    assert all(row[name] is None or type(row[name]) is kinds[kind] for name, kind, _ in table.COLUMNS)
 
 
 def test_pandas_dask_and_sqlite_open_the_table(whole, tmp_path):
@@ -279,6 +281,7 @@ def test_a_killed_worker_loses_and_doubles_nothing(client, whole, tree, tmp_path
         time.sleep(0.005)
     os.kill(next(iter(processes.values())), signal.SIGKILL)
     thread.join(60)
+    client.wait_for_workers(2, timeout=60)  # it is started again
     assert snapshot(tmp_path) == snapshot(whole)
 
 
@@ -486,6 +489,7 @@ def test_failures(client, tmp_path, capsys):
         file.write(b"\xff\xd8\xff")
     os.mkfifo(root / "fifo.jpg")
     (root / "loop.jpg").symlink_to(root)
+    (root / "loop").symlink_to(root)
     (root / "itself.jpg").symlink_to("itself.jpg")
     (root / "nowhere.jpg").symlink_to("none.jpg")
     arguments = ["index", str(root), str(out), "--scheduler", client.scheduler.address]

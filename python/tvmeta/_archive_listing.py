@@ -99,23 +99,16 @@ def is_mounted(root: bytes, folder: bytes, points: frozenset[bytes]) -> bool:
     return os.path.normpath(os.path.join(os.path.realpath(root), folder)) in points
 
 
-def _is_folder_link(entry: os.DirEntry[bytes]) -> bool:
-    """Tell links to folders, which are not followed so that loops end, from links to files and broken ones."""
-    with suppress(OSError):
-        return entry.is_symlink() and entry.is_dir()
-    return False
-
-
 def _scan(job: Job, folder: bytes) -> tuple[list[bytes], list[bytes]]:
     names, folders = [], []
     own = os.stat(job.store.out)
     with os.scandir(os.path.join(job.root, folder)) as entries:
         for entry in entries:
-            if entry.is_dir(follow_symlinks=False):
+            if entry.is_dir(follow_symlinks=False):  # links to folders are not followed, so that loops end
                 is_own = entry.inode() == own.st_ino and os.path.samestat(entry.stat(follow_symlinks=False), own)
                 if not is_own:
                     folders.append(os.path.join(folder, entry.name))
-            elif is_photograph_name(entry.name) and not _is_folder_link(entry):
+            elif is_photograph_name(entry.name):
                 names.append(os.path.join(folder, entry.name))
     return sorted(names), sorted(folders)
 
