@@ -2,9 +2,9 @@
 #include "testing/shoots.h"
 #include "tvmeta_photo.h"
 
-#include <chrono>
 #include <cmath>
 #include <cstring>
+#include <ctime>
 #include <gtest/gtest.h>
 #include <limits>
 #include <memory>
@@ -183,11 +183,11 @@ TEST(Brackets, GroupsManyPhotographsQuickly) {
     }
     const Shoot shoots[] = {Photographer().take(uniform + "-2"), Photographer().take(parts + "2"),
                             Photographer().take(day)};
-    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t start = std::clock();
     EXPECT_EQ(find(shoots[0].shots).sets.size(), 0U);
     find(shoots[1].shots);
     EXPECT_EQ(find(shoots[2].shots).sets.size(), 20000U);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10)); // 0.2 s when optimised
+    EXPECT_LT(std::clock() - start, 10 * CLOCKS_PER_SEC); // 0.2 s when optimised
 }
 
 } // namespace
