@@ -1,4 +1,5 @@
-// The contents of ICC profiles, through Little CMS: made for colour spaces that pictures describe without one, and read.
+// The contents of ICC profiles, through Little CMS: made for colour spaces that pictures describe without one, and
+// read.
 #pragma once
 
 #include "pictures/colour_space.h"
