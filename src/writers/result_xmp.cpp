@@ -10,6 +10,7 @@
 #include "writers/text_edits.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstring>
 #include <iterator>
@@ -89,18 +90,20 @@ void putKeyword(TextWriter& writer, std::string_view keyword) {
 }
 
 // The keywords that the packet lacks. XMP takes precedence over IPTC: the first keywords of a packet come with those of
-// the IPTC block, which readers would not show any more.
+// the IPTC block, which readers would not show any more; IPTC-IIM allows 64 bytes, and much longer ones stay there
+// alone.
 void putKeywords(TextWriter& writer, std::string_view packet, const XmpChanges& changes) {
     const bool isFirst = !changes.keywords.empty() && packet.find("dc:subject") == NotFound;
     IptcReader block(isFirst ? changes.iptc : std::span<const unsigned char>());
     for (IptcDataset dataset; block.next(dataset);) {
-        char value[256];
+        char value[1024];
         TextWriter text(value);
         putText(text, trimmed({reinterpret_cast<const char*>(dataset.value.data()), dataset.value.size()}));
         const std::string_view keyword(value, text.written());
         const bool isGiven =
             std::ranges::any_of(changes.keywords, [keyword](std::string_view given) { return given == keyword; });
-        if (dataset.record == 2 && dataset.number == iptc_dataset::Keyword && !keyword.empty() && !isGiven) {
+        const bool isWhole = !keyword.empty() && keyword.size() == text.size();
+        if (dataset.record == 2 && dataset.number == iptc_dataset::Keyword && isWhole && !isGiven) {
             putKeyword(writer, keyword);
         }
     }
@@ -207,73 +210,79 @@ ZeroedBuffer withoutOwnSettings(std::string_view packet) {
     return edits.apply();
 }
 
+// Makes room for the new settings. A packet is lost if readers could use settings in another form instead of the new
+// ones, or if it has no place for them. Returns false without memory.
+bool makeRoom(std::string_view& packet, ZeroedBuffer& buffer, LossList& losses) {
+    buffer = withoutOwnSettings(packet);
+    packet = {buffer.text(), buffer.size()};
+    if (buffer && (hasSettings(packet) || descriptionPlace(packet) == NotFound)) {
+        losses.addBlock(TVMETA_XMP, TVMETA_LOSS_BLOCK);
+        packet = {};
+    }
+    return static_cast<bool>(buffer);
+}
+
+// What a packet says of its picture.
+std::array<Property, 5> pictureProperties(const XmpChanges& changes) {
+    return {{{"tiff:ImageWidth", tiff_tag::ImageWidth, Number(changes.width)},
+             {"tiff:ImageLength", tiff_tag::ImageLength, Number(changes.height)},
+             {"tiff:Orientation", tiff_tag::Orientation, Number(changes.orientation)},
+             {"exif:PixelXDimension", exif_tag::PixelXDimension, Number(changes.width)},
+             {"exif:PixelYDimension", exif_tag::PixelYDimension, Number(changes.height)}}};
+}
+
+void addKeywords(std::string_view packet, std::string_view keywords, TextEdits& edits, LossList& losses) {
+    bool isCertain = false;
+    const std::size_t bag = subjectPlace(packet, isCertain);
+    const std::size_t place = descriptionPlace(packet);
+    if (!isCertain || (bag == NotFound && place == NotFound)) {
+        losses.addBlock(TVMETA_XMP, TVMETA_LOSS_XMP_LEFT);
+    } else if (bag != NotFound) {
+        edits.insert(bag, keywords);
+    } else {
+        edits.insert(place, SubjectStart);
+        edits.insert(place, keywords);
+        edits.insert(place, SubjectEnd);
+    }
+}
+
+// An empty packet is a result, an absent one a failure.
+std::optional<ZeroedBuffer> asResult(ZeroedBuffer buffer) {
+    return buffer ? std::optional(std::move(buffer)) : std::nullopt;
+}
+
 } // namespace
 
 std::optional<ZeroedBuffer> resultXmp(std::string_view packet, const XmpChanges& changes, LossList& losses) {
     const bool hasMethod = changes.settings.method > 0;
-    Description settings;
+    ZeroedBuffer settingsBuffer(hasMethod ? writePacket(changes.settings, nullptr) : 0);
+    ZeroedBuffer packetBuffer;
+    if (!settingsBuffer || (hasMethod && !packet.empty() && !makeRoom(packet, packetBuffer, losses))) {
+        return std::nullopt;
+    }
+    const std::string_view settings(settingsBuffer.text(),
+                                    hasMethod ? writePacket(changes.settings, settingsBuffer.text()) : 0);
     Description keywords;
-    if (hasMethod) {
-        ZeroedBuffer text(writePacket(changes.settings, nullptr));
-        if (!text) {
-            return std::nullopt;
-        }
-        const std::string_view written(text.text(), writePacket(changes.settings, text.text()));
-        if (!settings.make([written](TextWriter& writer) { writer.put(written); })) {
-            return std::nullopt;
-        }
-    }
-    ZeroedBuffer others;
-    if (!packet.empty() && hasMethod) {
-        others = withoutOwnSettings(packet);
-        if (!others) {
-            return std::nullopt;
-        }
-        packet = {others.text(), others.size()};
-        // Readers could use settings in another form instead of the new ones.
-        if (hasSettings(packet) || descriptionPlace(packet) == NotFound) {
-            losses.addBlock(TVMETA_XMP, TVMETA_LOSS_BLOCK);
-            packet = {};
-        }
-    }
     if (!keywords.make([&](TextWriter& writer) { putKeywords(writer, packet, changes); })) {
         return std::nullopt;
     }
     if (packet.empty()) {
-        ZeroedBuffer fresh = newPacket(settings.text(), keywords.text());
-        return fresh ? std::optional(std::move(fresh)) : std::nullopt;
+        return asResult(newPacket(settings, keywords.text()));
     }
     TextEdits edits(packet);
-    const Property properties[] = {
-        {"tiff:ImageWidth", tiff_tag::ImageWidth, Number(changes.width)},
-        {"tiff:ImageLength", tiff_tag::ImageLength, Number(changes.height)},
-        {"tiff:Orientation", tiff_tag::Orientation, Number(changes.orientation)},
-        {"exif:PixelXDimension", exif_tag::PixelXDimension, Number(changes.width)},
-        {"exif:PixelYDimension", exif_tag::PixelYDimension, Number(changes.height)},
-    };
+    const std::array properties = pictureProperties(changes); // borrowed by the edits
     for (const Property& property : properties) {
         if (changes.isPhotographs) {
             correct(packet, property, edits, losses);
         }
     }
-    const std::size_t place = descriptionPlace(packet);
     if (hasMethod) {
-        edits.insert(place, settings.text());
+        edits.insert(descriptionPlace(packet), settings);
     }
-    bool isCertain = false;
-    if (const std::size_t bag = subjectPlace(packet, isCertain); !keywords.text().empty()) {
-        if (!isCertain || (bag == NotFound && place == NotFound)) {
-            losses.addBlock(TVMETA_XMP, TVMETA_LOSS_XMP_LEFT);
-        } else if (bag != NotFound) {
-            edits.insert(bag, keywords.text());
-        } else {
-            edits.insert(place, SubjectStart);
-            edits.insert(place, keywords.text());
-            edits.insert(place, SubjectEnd);
-        }
+    if (!keywords.text().empty()) {
+        addKeywords(packet, keywords.text(), edits, losses);
     }
-    ZeroedBuffer result = edits.apply();
-    return result ? std::optional(std::move(result)) : std::nullopt;
+    return asResult(edits.apply());
 }
 
 } // namespace tvmeta
