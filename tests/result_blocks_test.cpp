@@ -256,15 +256,13 @@ TEST(ResultArguments, AreChecked) {
 
 // A record of a later version is accepted if what this version does not know is not used.
 TEST(ResultArguments, LargerRecords) {
-    struct {
-        tvmeta_Result result = {};
-        unsigned char unknown = 0;
-    } later;
-    later.result = smallResult(nullptr, nullptr);
-    later.result.recordSize = sizeof later;
-    EXPECT_GT(tvmeta_build_exif(&later.result, nullptr, 0, nullptr, 0, nullptr), 0);
-    later.unknown = 1;
-    EXPECT_EQ(tvmeta_build_exif(&later.result, nullptr, 0, nullptr, 0, nullptr), TVMETA_BAD_ARGUMENT);
+    alignas(tvmeta_Result) unsigned char later[sizeof(tvmeta_Result) + 8] = {};
+    auto* const result = reinterpret_cast<tvmeta_Result*>(later);
+    *result = smallResult(nullptr, nullptr);
+    result->recordSize = sizeof later;
+    EXPECT_GT(tvmeta_build_exif(result, nullptr, 0, nullptr, 0, nullptr), 0);
+    later[sizeof(tvmeta_Result)] = 1;
+    EXPECT_EQ(tvmeta_build_exif(result, nullptr, 0, nullptr, 0, nullptr), TVMETA_BAD_ARGUMENT);
 }
 
 TEST(ResultExif, NeedsItsMeasuredSize) {
