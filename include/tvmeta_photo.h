@@ -533,12 +533,13 @@ TVMETA_API int32_t tvmeta_save_tiff(const tvmeta_Result* result, tvmeta_Loss* lo
  * @param capacity  bytes of the buffer, not negative.
  * @param losses  receives the first losses; may be null if lossCapacity is 0.
  * @param lossCapacity  losses that fit, not negative.
- * @param lossCount  receives the number of losses; may be null. Not written for -6.
+ * @param lossCount  receives the number of losses; may be null. Not written for -6 and -8.
  * @retval >0  bytes of the block
  * @retval -1,-2,-3  as of tvmeta_save_tiff()
  * @retval -5  TVMETA_NO_MEMORY
  * @retval -6  TVMETA_BAD_ARGUMENT
  * @retval -7  TVMETA_TOO_SMALL: nothing was written to the buffer
+ * @retval -8  TVMETA_TOO_LARGE: a block above 2^31 - 1 bytes
  */
 TVMETA_API int64_t tvmeta_build_exif(const tvmeta_Result* result, void* buffer, int64_t capacity, tvmeta_Loss* losses,
                                      int32_t lossCapacity, int32_t* lossCount) TVMETA_NOEXCEPT;

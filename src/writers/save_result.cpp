@@ -106,6 +106,11 @@ std::int64_t buildExif(const tvmeta_Result& result, std::span<unsigned char> buf
     return static_cast<std::int64_t>(size);
 }
 
+bool hasTooLargeBlock(const tvmeta_Result& result) {
+    constexpr std::int64_t MaxBlock = INT32_MAX; // a TIFF entry has up to 2^32 - 1 bytes; leaves room for keywords
+    return std::max({result.iccSize, result.iptcSize, result.xmpSize}) > MaxBlock;
+}
+
 // A row before the first or after the last one must be at an address that 64 bits can express.
 bool isPitch(std::int64_t pitch, std::int32_t height) {
     const std::int64_t limit = INT64_MAX / std::max(height, 1);
@@ -123,8 +128,7 @@ std::int32_t tvmeta_save_tiff(const tvmeta_Result* result, tvmeta_Loss* losses, 
         (result->height > 0 && result->pixels == nullptr) || !isPitch(result->rowPitch, result->height)) {
         return TVMETA_BAD_ARGUMENT;
     }
-    constexpr std::int64_t MaxBlock = INT32_MAX; // a TIFF entry has up to 2^32 - 1 bytes; leaves room for keywords
-    if (std::max({result->iccSize, result->iptcSize, result->xmpSize}) > MaxBlock) {
+    if (hasTooLargeBlock(*result)) {
         return TVMETA_TOO_LARGE;
     }
     TifImageInfo info{};
@@ -145,6 +149,9 @@ std::int64_t tvmeta_build_exif(const tvmeta_Result* result, void* buffer, std::i
                                std::int32_t lossCapacity, std::int32_t* lossCount) noexcept {
     if (!isValid(result) || capacity < 0 || lossCapacity < 0 || (losses == nullptr && lossCapacity > 0)) {
         return TVMETA_BAD_ARGUMENT;
+    }
+    if (hasTooLargeBlock(*result)) {
+        return TVMETA_TOO_LARGE;
     }
     LossList list({losses, static_cast<std::size_t>(lossCapacity)});
     const bool isMeasuring = buffer == nullptr;
