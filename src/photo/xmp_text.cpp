@@ -27,7 +27,7 @@ char32_t referenced(std::string_view name) {
         std::string_view name;
         char32_t character;
     };
-    constexpr Entity Entities[] = {{"amp", U'&'}, {"lt", U'<'}, {"gt", U'>'}, {"quot", U'"'}, {"apos", U'\''}};
+    static constexpr Entity Entities[] = {{"amp", U'&'}, {"lt", U'<'}, {"gt", U'>'}, {"quot", U'"'}, {"apos", U'\''}};
     for (const Entity& entity : Entities) {
         if (entity.name == name) {
             return entity.character;

@@ -50,18 +50,24 @@ struct NumberForm {
     float (*toSlot)(float);
 };
 
+// A table, since gcc for ARM makes writable data of a switch that returns functions.
+struct FormOfKind {
+    ValueKind kind;
+    NumberForm form;
+};
+inline constexpr FormOfKind FormsOfKinds[] = {{ValueKind::Fraction, {6, unchanged, unchanged}},
+                                              {ValueKind::Gamma, {2, gammaFromSlider, sliderFromGamma}},
+                                              {ValueKind::Clip, {3, clipFromSlot, slotFromClip}}};
+inline constexpr NumberForm PlainForm = {1, unchanged, unchanged};
+
 // The form of a kind whose values are numbers in a current packet.
-constexpr NumberForm numberForm(ValueKind kind) {
-    switch (kind) {
-    case ValueKind::Fraction:
-        return {6, unchanged, unchanged};
-    case ValueKind::Gamma:
-        return {2, gammaFromSlider, sliderFromGamma};
-    case ValueKind::Clip:
-        return {3, clipFromSlot, slotFromClip};
-    default:
-        return {1, unchanged, unchanged};
+constexpr const NumberForm& numberForm(ValueKind kind) {
+    for (const FormOfKind& row : FormsOfKinds) {
+        if (row.kind == kind) {
+            return row.form;
+        }
     }
+    return PlainForm;
 }
 
 } // namespace tvmeta
