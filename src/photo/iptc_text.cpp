@@ -3,9 +3,8 @@
 namespace tvmeta {
 
 bool IptcReader::next(IptcDataset& dataset) {
-    constexpr std::uint8_t Marker = 0x1C;
     constexpr std::uint16_t Extended = 0x8000; // the number of bytes of the size that follows
-    if (cursor_.get8() != Marker) {
+    if (cursor_.get8() != iptc_dataset::Marker) {
         return false;
     }
     dataset.record = cursor_.get8();
@@ -19,10 +18,9 @@ bool IptcReader::next(IptcDataset& dataset) {
 }
 
 bool findDataset(std::span<const unsigned char> block, std::uint8_t dataset, TextWriter& writer, int index) {
-    constexpr std::uint8_t ApplicationRecord = 2;
     IptcReader reader(block);
     for (IptcDataset found; reader.next(found);) {
-        if (found.record != ApplicationRecord || found.number != dataset) {
+        if (found.record != iptc_dataset::ApplicationRecord || found.number != dataset) {
             continue;
         }
         const std::string_view text = trimmed({reinterpret_cast<const char*>(found.value.data()), found.value.size()});

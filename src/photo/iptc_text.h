@@ -9,7 +9,13 @@
 
 namespace tvmeta {
 
-namespace iptc_dataset { // of record 2
+namespace iptc_dataset {
+inline constexpr unsigned char Marker = 0x1C;
+inline constexpr std::size_t HeaderSize = 5;   // marker, record, number, big-endian size
+inline constexpr std::size_t MaxSize = 0x7FFF; // without an extended size, which the highest bit marks
+inline constexpr unsigned char ApplicationRecord = 2;
+
+// Of the application record:
 inline constexpr std::uint8_t ObjectName = 5;
 inline constexpr std::uint8_t Keyword = 25;
 inline constexpr std::uint8_t Byline = 80;

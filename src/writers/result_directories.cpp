@@ -21,6 +21,12 @@ bool isSrgb(Bytes profile) {
     return get_profile_name(size, profile.data(), name) > 0 && std::string_view(name, 4) == "sRGB";
 }
 
+void addVersion(DirectoryBuilder& directory, std::uint16_t tag, std::uint16_t type, Bytes version) {
+    if (!directory.has(tag)) {
+        directory.addBytes(tag, type, version.size(), version, version.size());
+    }
+}
+
 } // namespace
 
 constexpr ResultDirectories::Slot ResultDirectories::Slots[] = {
@@ -105,12 +111,6 @@ void ResultDirectories::addBlocks() {
     addBlock(tiff_tag::Xmp, tiff_type::Byte, {contents_.xmp.data(), contents_.xmp.size()});
     if (contents_.iptc.size() > 0) {
         addIptc(image, {contents_.iptc.data(), contents_.iptc.size()});
-    }
-}
-
-void ResultDirectories::addVersion(DirectoryBuilder& directory, std::uint16_t tag, std::uint16_t type, Bytes version) {
-    if (!directory.has(tag)) {
-        directory.addBytes(tag, type, version.size(), version, version.size());
     }
 }
 

@@ -38,7 +38,6 @@ class ResultDirectories {
     void addTexts(const tvmeta_Result& result, bool isFloat);
     void addBlocks();
     void addExif(const tvmeta_Result& result);
-    void addVersion(DirectoryBuilder& directory, std::uint16_t tag, std::uint16_t type, Bytes version);
     void link();
 
     const ResultContents& contents_;

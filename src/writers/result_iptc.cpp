@@ -3,7 +3,6 @@
 #include "metadata/byte_cursor.h"
 #include "photo/iptc_text.h"
 #include "photo/utf8.h"
-#include "support/packed_numbers.h"
 #include "tvmeta_photo.h"
 
 #include <algorithm>
@@ -15,11 +14,10 @@ namespace tvmeta {
 
 namespace {
 
-constexpr unsigned char Marker = 0x1C;
-constexpr std::size_t HeaderSize = 5;
-constexpr std::size_t MaxKeyword = 0x7FFF; // of a dataset without an extended size
+using namespace iptc_dataset;
+
 constexpr std::array<unsigned char, 8> Utf8Designation = {Marker, 1, 90, 0, 3, 0x1B, '%', 'G'}; // ISO 2022
-constexpr std::array<unsigned char, 7> NewRecord = {Marker, 2, 0, 0, 2, 0, 4};
+constexpr std::array<unsigned char, 7> NewRecord = {Marker, ApplicationRecord, 0, 0, 2, 0, 4};
 
 bool isAscii(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
@@ -49,9 +47,9 @@ Survey survey(std::span<const unsigned char> block) {
         if (!result.hasRecord && (dataset.record == 0 || (dataset.record == 1 && dataset.number < 90))) {
             result.designationPlace = reader.position();
         }
-        if (dataset.record == 2) {
+        if (dataset.record == ApplicationRecord) {
             result.hasRecord = true;
-            const bool isKeyword = dataset.number == iptc_dataset::Keyword;
+            const bool isKeyword = dataset.number == Keyword;
             if (isKeyword || !hasKeyword) {
                 result.keywordPlace = reader.position();
             }
@@ -69,7 +67,7 @@ Survey survey(std::span<const unsigned char> block) {
 bool hasKeyword(std::span<const unsigned char> block, std::string_view keyword) {
     IptcReader reader(block);
     for (IptcDataset dataset; reader.next(dataset);) {
-        if (dataset.record == 2 && dataset.number == iptc_dataset::Keyword &&
+        if (dataset.record == ApplicationRecord && dataset.number == Keyword &&
             std::ranges::equal(dataset.value, keyword,
                                [](unsigned char a, char b) { return a == static_cast<unsigned char>(b); })) {
             return true;
@@ -78,22 +76,22 @@ bool hasKeyword(std::span<const unsigned char> block, std::string_view keyword) 
     return false;
 }
 
+} // namespace
+
 void putKeyword(ByteWriter& writer, std::string_view keyword) {
     const auto size = static_cast<std::uint16_t>(keyword.size());
     const std::array<unsigned char, HeaderSize> header = {
-        Marker, 2, iptc_dataset::Keyword, static_cast<unsigned char>(size >> 8), static_cast<unsigned char>(size)};
+        Marker, ApplicationRecord, Keyword, static_cast<unsigned char>(size >> 8), static_cast<unsigned char>(size)};
     writer.put(header);
     writer.put({reinterpret_cast<const unsigned char*>(keyword.data()), keyword.size()});
 }
-
-} // namespace
 
 bool areKeywords(const char* const* keywords, std::int64_t count) {
     if (count < 0 || (count > 0 && keywords == nullptr)) {
         return false;
     }
     return std::ranges::all_of(std::span(keywords, static_cast<std::size_t>(count)), [](const char* keyword) {
-        return keyword != nullptr && keyword[0] != '\0' && isUtf8(keyword) && std::strlen(keyword) <= MaxKeyword;
+        return keyword != nullptr && keyword[0] != '\0' && isUtf8(keyword) && std::strlen(keyword) <= MaxSize;
     });
 }
 

@@ -65,8 +65,7 @@ std::int32_t saveTiff(const tvmeta_Result& result, const PixelLayout& layout, Lo
     if (const std::int32_t status = contents.collect(result, true, losses); status != TVMETA_OK) {
         return status;
     }
-    for (const bool isBig : {false, true}) {
-        const DirectoryForm form = {.isAligned = true, .isBig = isBig};
+    for (DirectoryForm form = {.isAligned = true};; form.isBig = true) {
         ResultDirectories directories(contents, form);
         if (!directories) {
             return TVMETA_NO_MEMORY;
@@ -74,12 +73,11 @@ std::int32_t saveTiff(const tvmeta_Result& result, const PixelLayout& layout, Lo
         directories.add(result, &layout);
         const std::uint64_t size =
             std::uint64_t{form.headerSize()} + form.aligned(layout.dataSize()) + directories.image.size();
-        if (isBig || size <= MaxClassicSize) {
+        if (form.isBig || size <= MaxClassicSize) {
             const std::int32_t status = write(result, layout, directories);
             return status == TVMETA_OK ? losses.count() : status;
         }
     }
-    return TVMETA_TOO_LARGE;
 }
 
 std::int64_t buildExif(const tvmeta_Result& result, std::span<unsigned char> buffer, bool isMeasuring,

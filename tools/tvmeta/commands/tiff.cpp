@@ -161,7 +161,8 @@ void writeTiff(const Options& options) {
     if (options.orientation == "photo" && options.photo.empty()) {
         throw WrongCommandLine("--orientation photo requires --photo");
     }
-    const Settings settings = options.settings.settings(); // refuses wrong ones before the work
+    // Wrong ones are refused before the work.
+    const Settings settings = options.settings.settings();
     keywordTexts(options.keywords);
     Picture picture;
     std::vector<std::string> unkept;

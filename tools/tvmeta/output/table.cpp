@@ -5,6 +5,8 @@
 #include "base/words.h"
 #include "system/terminal.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <iostream>
 #include <utility>
