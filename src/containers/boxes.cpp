@@ -46,6 +46,17 @@ Region findBox(SourceReader& reader, const Region& region, std::uint32_t type, L
     return {};
 }
 
+void addExifBox(SourceReader& reader, const Region& content, Layout& layout) {
+    std::array<unsigned char, 4> bytes{};
+    const std::int64_t skipped =
+        4 + (readAt(reader, content.position, bytes) ? std::int64_t{ByteCursor(bytes).get32()} : 0);
+    if (skipped < content.size) {
+        layout.addStructure({content.position + skipped, content.size - skipped});
+    } else {
+        layout.markBroken(content.position);
+    }
+}
+
 Region findJpegIn(SourceReader& reader, const Region& region) {
     std::array<unsigned char, 34> start{};
     const std::span<const unsigned char> bytes = readStart(reader, region, start);

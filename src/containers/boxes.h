@@ -48,6 +48,9 @@ class BoxWalker {
 // The first box of a type in a region; of size 0 if there is none.
 Region findBox(SourceReader& reader, const Region& region, std::uint32_t type, Layout& layout);
 
+// Adds the EXIF block of a box or an item, which starts with the offset of the TIFF header after this number.
+void addExifBox(SourceReader& reader, const Region& content, Layout& layout);
+
 // The JPEG stream that starts among the first bytes of a region, after numbers that depend on a version; empty if there
 // is none.
 Region findJpegIn(SourceReader& reader, const Region& region);

@@ -184,24 +184,12 @@ void forEachExtent(ByteCursor cursor, const Items& items, const Region& file, co
     }
 }
 
-// The item starts with the offset of the TIFF header after this number.
-void addExif(SourceReader& reader, const Region& item, Layout& layout) {
-    std::array<unsigned char, 4> bytes{};
-    const std::int64_t skipped =
-        4 + (readAt(reader, item.position, bytes) ? std::int64_t{ByteCursor(bytes).get32()} : 0);
-    if (skipped < item.size) {
-        layout.addStructure({item.position + skipped, item.size - skipped});
-    } else {
-        layout.markBroken(item.position);
-    }
-}
-
 void addItems(SourceReader& reader, const Meta& meta, const Items& items, const Region& file, Layout& layout) {
     BoxBytes table(reader, meta.locations, layout);
     std::int64_t left = file.size; // overlapping extents would make a block that is larger than the file
     forEachExtent(table.cursor(), items, file, meta.data, [&](std::uint32_t id, const Region& extent) {
         if (id == items.exif && layout.structures().empty()) {
-            addExif(reader, extent, layout);
+            addExifBox(reader, extent, layout);
         } else if (id == items.xmp && extent.size <= left) {
             layout.addPiece(TVMETA_XMP, extent);
             left -= extent.size;

@@ -63,18 +63,6 @@ void readCodestream(SourceReader& reader, const Region& region, Layout& layout) 
     }
 }
 
-// The EXIF box starts with the offset of the TIFF header after this number.
-void addExif(SourceReader& reader, const Region& box, Layout& layout) {
-    std::array<unsigned char, 4> bytes{};
-    const std::int64_t skipped =
-        4 + (readAt(reader, box.position, bytes) ? std::int64_t{ByteCursor(bytes).get32()} : 0);
-    if (skipped < box.size) {
-        layout.addStructure({box.position + skipped, box.size - skipped});
-    } else {
-        layout.markBroken(box.position);
-    }
-}
-
 // A box that is compressed with Brotli starts with its type.
 void noteCompressed(SourceReader& reader, const Region& box, Layout& layout) {
     std::array<unsigned char, 4> bytes{};
@@ -105,7 +93,7 @@ void findInJxl(SourceReader& reader, const Region& file, Layout& layout) {
             }
             break;
         case boxType("Exif"):
-            addExif(reader, box.content, layout);
+            addExifBox(reader, box.content, layout);
             break;
         case boxType("xml "):
             layout.addFirst(TVMETA_XMP, box.content);

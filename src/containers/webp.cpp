@@ -11,7 +11,7 @@ namespace tvmeta {
 
 namespace {
 
-constexpr int MaxChunks = 1 << 16;
+constexpr int MaxRiffChunks = 1 << 16;
 
 // The canvas of the extended format, which comes first, or the size in the header of the one bitstream.
 void readSize(SourceReader& reader, std::uint32_t type, const Region& data, Layout& layout) {
@@ -49,7 +49,7 @@ void addExif(SourceReader& reader, const Region& data, Layout& layout) {
     layout.addStructure({data.position + skipped, data.size - skipped});
 }
 
-void readChunk(SourceReader& reader, std::uint32_t type, const Region& data, Layout& layout) {
+void readRiffChunk(SourceReader& reader, std::uint32_t type, const Region& data, Layout& layout) {
     switch (type) {
     case boxType("VP8X"):
     case boxType("VP8 "):
@@ -72,7 +72,7 @@ void findInWebp(SourceReader& reader, const Region& file, Layout& layout) {
     constexpr std::int64_t FileHeaderSize = 12;
     constexpr std::int64_t ChunkHeaderSize = 8;
     std::int64_t position = file.position + FileHeaderSize;
-    for (int i = 0; i < MaxChunks && file.end() - position >= ChunkHeaderSize; ++i) {
+    for (int i = 0; i < MaxRiffChunks && file.end() - position >= ChunkHeaderSize; ++i) {
         std::array<unsigned char, ChunkHeaderSize> header{};
         if (!readAt(reader, position, header)) {
             return layout.markBroken(position);
@@ -83,7 +83,7 @@ void findInWebp(SourceReader& reader, const Region& file, Layout& layout) {
         if (size > available) {
             layout.markBroken(position);
         }
-        readChunk(reader, type, {position + ChunkHeaderSize, std::min(size, available)}, layout);
+        readRiffChunk(reader, type, {position + ChunkHeaderSize, std::min(size, available)}, layout);
         position += ChunkHeaderSize + size + size % 2;
     }
 }

@@ -9,10 +9,8 @@ namespace {
 
 constexpr double MarkedGap = 5, PressedGap = 15; // seconds; one press for all, one press for each
 constexpr double MarkedBreak = 10;               // seconds; presses differ more than the pauses of a drive
-constexpr double FastGap = 2;                    // nobody turns a dial twice as fast
 constexpr double HandGap = 30;
-constexpr double HandRange = 1.8; // EV; of corrections that look like a series
-constexpr double HandUnevenness = 0.5;
+constexpr double BiasUnevenness = 0.5;
 
 bool hasPausesWithin(Run run, double gap) {
     return std::ranges::all_of(run.subspan(1), [&](const Frame& frame) {
@@ -88,7 +86,7 @@ CameraRule markedRule(Key key, const Options& options) {
 CameraRule biasRule(Kind kind, const Options& options) {
     CameraRule bias = {ruleFor(&Frame::bias, HandGap, HandGap, options), TVMETA_BY_GUESS, TVMETA_EVIDENCE_BIAS};
     bias.rule.needsRegular = true;
-    bias.rule.unevenness = HandUnevenness;
+    bias.rule.unevenness = BiasUnevenness;
     bias.rule.allowsOneWay = true;
     bias.rule.accepts = isGuessedSet;
     bias.rule.acceptsUsual = isUsualByBias;

@@ -1,6 +1,7 @@
 // Photo: which files are one photograph: raw file and JPEG, edited copies.
 #include "photo/brackets.h"
 #include "photo/file_names.h"
+#include "support/text_numbers.h"
 
 #include <algorithm>
 #include <limits>

@@ -9,8 +9,7 @@ namespace {
 
 // Seconds. The pauses inside series are learnt: the longest of these gaps whose runs consist of series.
 constexpr double Gaps[] = {30, 12, 5, 2};
-constexpr double FastGap = 2;
-constexpr double HandStep = 0.3, HandRange = 1.8, MixedRange = 3; // EV
+constexpr double HandStep = 0.3, MixedRange = 3; // EV
 constexpr std::size_t MinMixed = 4;
 constexpr double HandUnevenness = 0.4; // of the smallest step
 

@@ -14,6 +14,8 @@ namespace tvmeta::brackets {
 
 constexpr double Tolerance = 1.0 / 6; // EV; half of the smallest step that cameras offer
 constexpr std::size_t MaxRegular = 16;
+constexpr double FastGap = 2;     // seconds; nobody turns a dial twice as fast
+constexpr double HandRange = 1.8; // EV; of settings by hand that look like a series
 
 // A copy of a record of which the caller may know less or more than this library.
 template <typename Record>

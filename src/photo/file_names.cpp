@@ -1,5 +1,6 @@
 #include "photo/file_names.h"
 
+#include "support/text_numbers.h"
 #include "support/text_search.h"
 
 #include <algorithm>

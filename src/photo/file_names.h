@@ -7,10 +7,6 @@
 
 namespace tvmeta {
 
-inline bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
 // IMG_0001 of IMG_0001.CR2.
 std::string_view stemOf(std::string_view name);
 

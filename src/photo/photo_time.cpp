@@ -3,6 +3,7 @@
 #include "photo/fractions.h"
 #include "photo/photo_fields.h"
 #include "photo/utf8.h"
+#include "support/text_numbers.h"
 #include "support/tiff_vocabulary.h"
 
 #include <array>
@@ -13,10 +14,6 @@
 namespace tvmeta {
 
 namespace {
-
-constexpr bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 // A number of exactly `digits` digits at the start of the text, which is removed; -1 if there is none.
 int takeNumber(std::string_view& text, std::size_t digits) {

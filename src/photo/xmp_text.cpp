@@ -11,10 +11,10 @@ namespace {
 
 constexpr std::size_t NotFound = std::string_view::npos;
 
-constexpr std::string_view Space = " \t\r\n";
+constexpr std::string_view XmlSpace = " \t\r\n";
 
 constexpr bool endsName(char c) {
-    return Space.find(c) != NotFound || c == '>' || c == '/' || c == '=';
+    return XmlSpace.find(c) != NotFound || c == '>' || c == '/' || c == '=';
 }
 
 std::string_view before(std::string_view text, std::size_t end) {
@@ -98,7 +98,7 @@ bool putItem(std::string_view content, int index, TextWriter& writer) {
     }
     while (at != NotFound) {
         const std::size_t open = content.find('>', at);
-        const std::size_t value = content.find_first_not_of(Space, open == NotFound ? open : open + 1);
+        const std::size_t value = content.find_first_not_of(XmlSpace, open == NotFound ? open : open + 1);
         if (value == NotFound) {
             return false;
         }
@@ -114,7 +114,7 @@ bool putItem(std::string_view content, int index, TextWriter& writer) {
 
 // The attribute whose name is before the text.
 bool putAttribute(std::string_view text, TextWriter& writer) {
-    const auto withoutSpace = [](std::string_view t) { return textFrom(t, t.find_first_not_of(Space)); };
+    const auto withoutSpace = [](std::string_view t) { return textFrom(t, t.find_first_not_of(XmlSpace)); };
     text = withoutSpace(text);
     if (!text.starts_with('=')) {
         return false;

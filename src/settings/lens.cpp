@@ -10,7 +10,7 @@ namespace tvmeta {
 namespace {
 
 constexpr SearchText LensTag{"aux:Lens", 1};
-constexpr std::string_view LensClosing = "</aux:Lens";
+constexpr std::string_view LensEnd = "</aux:Lens";
 
 // Where a search for a text of `size` bytes ends without success: where the text and the terminator after it no longer
 // fit, or at its start.
@@ -44,12 +44,12 @@ std::size_t copyLens(std::string_view text, std::span<char> lens) {
     }
     const bool attribute = text[tag + LensTag.text.size()] == '=';
     const std::size_t value = tag + LensTag.text.size() + (attribute ? 2 : 1);
-    const std::string_view end = attribute ? "\"" : LensClosing;
+    const std::string_view end = attribute ? "\"" : LensEnd;
     const std::string_view rest = textFrom(text, value);
     const std::size_t length = rest.substr(0, LensBufferSize - 1 + end.size()).find(end);
     if (length == std::string_view::npos) {
         // Unlike a closing tag, a quote may be looked for at the terminator too.
-        return std::min(value + LensBufferSize, searchEnd(text, attribute ? 0 : LensClosing.size(), value));
+        return std::min(value + LensBufferSize, searchEnd(text, attribute ? 0 : LensEnd.size(), value));
     }
     rest.copy(lens.data(), std::min(length, lens.size()));
     return value + length;

@@ -19,9 +19,6 @@ namespace {
 constexpr bool isSpace(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
-constexpr bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 void skipSpace(std::string_view& text) {
     while (!text.empty() && isSpace(text.front())) {

@@ -10,6 +10,10 @@
 
 namespace tvmeta {
 
+constexpr bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
 // Scans a "%d" at the start of the text and removes it from there. A number beyond 64 bits saturates.
 std::optional<std::int64_t> scanInteger(std::string_view& text);
 

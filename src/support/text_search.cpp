@@ -47,10 +47,10 @@ std::size_t findPair(std::string_view text, std::string_view pair, std::size_t f
     if (from >= end) {
         return NotFound;
     }
-    const std::size_t near = from + std::min(NearSize, end - from);
-    std::size_t at = scanForPair(text.data(), from, near, pair);
-    if (at == near) {
-        at = skipBlocks<LargeBlock>(text.data(), near, end, pair);
+    const std::size_t nearEnd = from + std::min(NearSize, end - from);
+    std::size_t at = scanForPair(text.data(), from, nearEnd, pair);
+    if (at == nearEnd) {
+        at = skipBlocks<LargeBlock>(text.data(), nearEnd, end, pair);
         at = skipBlocks<SmallBlock>(text.data(), at, end, pair);
         at = scanForPair(text.data(), at, end, pair);
     }

@@ -1,6 +1,7 @@
 // Saves a result with everything that its photograph says: a TIFF file, or the directories alone.
 #include "photo/open_photo.h"
 #include "settings/methods.h"
+#include "support/text_numbers.h"
 #include "writers/pixel_layout.h"
 #include "writers/result_directories.h"
 #include "writers/result_iptc.h"
@@ -26,7 +27,7 @@ bool isBlock(const void* bytes, std::int64_t size) {
 bool isDate(const char* text) {
     constexpr std::string_view Form = "0000:00:00 00:00:00";
     return text == nullptr ||
-           std::ranges::equal(std::string_view(text), Form, {}, [](char c) { return c >= '0' && c <= '9' ? '0' : c; });
+           std::ranges::equal(std::string_view(text), Form, {}, [](char c) { return isDigit(c) ? '0' : c; });
 }
 
 // A caller that was compiled with a later version has more members; those that it uses would be ignored.
