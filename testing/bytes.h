@@ -121,6 +121,9 @@ class Tiff {
     Bytes bytes_;
 };
 
+inline Bytes cutAfter(const Bytes& text, const Bytes& last) {
+    return text.substr(0, text.find(last) + last.size());
+}
 inline Bytes segment(unsigned marker, const Bytes& payload) {
     return Bytes("\xFF") + static_cast<char>(marker) + be16(static_cast<unsigned>(payload.size() + 2)) + payload;
 }

@@ -1,4 +1,4 @@
-// The values of single parameters as texts.
+// The description of parameters, and their values as texts.
 #include "testing/bytes.h"
 #include "tvmeta.h"
 
@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <limits>
@@ -23,6 +24,36 @@ Bytes settingText(std::int32_t method, std::int32_t index, const Slots& slots) {
     const std::int32_t length = tvmeta_setting_text(method, index, slots.data(), text);
     EXPECT_EQ(Bytes(text), Bytes(text, static_cast<std::size_t>(length))); // terminated there
     return text;
+}
+
+// tvmeta_parameter lists the parameters of a packet in packet order.
+TEST(Description, MatchesTheWrittenPacket) {
+    for (const std::int32_t method : {1, 2, 3, 10, 11, 15}) {
+        const Slots slots{};
+        char text[2048] = {};
+        embed_xmp(1, method + 200, slots.data(), 0, nullptr, text);
+        const char* at = std::strstr(text, "<tvtm:Method>");
+        ASSERT_NE(at, nullptr);
+        EXPECT_EQ(Bytes(at).find("<tvtm:Method>" + Bytes(tvmeta_method_name(method)) + "</tvtm:Method>\n"), 0U);
+        tvmeta_Parameter parameter;
+        std::int32_t index = 0;
+        for (; tvmeta_parameter(method, index, &parameter) > 0; ++index) {
+            at = std::strstr(at + 1, "<tvtm:");
+            ASSERT_NE(at, nullptr) << method << " " << index;
+            EXPECT_EQ(Bytes(at).find("<tvtm:" + Bytes(parameter.name) + ">"), 0U) << parameter.name;
+        }
+        EXPECT_EQ(std::strstr(at + 1, "<tvtm:"), nullptr) << method;
+        EXPECT_EQ(tvmeta_parameter(method, 0, nullptr), index);
+        EXPECT_EQ(tvmeta_parameter(method, -1, nullptr), 0);
+    }
+    tvmeta_Parameter smoothing{};
+    EXPECT_EQ(tvmeta_parameter(METHOD_DETAILS_ENHANCER, 6, &smoothing), 17);
+    EXPECT_EQ(smoothing.slot, DETAILS_ENHANCER_SMOOTHING_LEVEL);
+    EXPECT_EQ(smoothing.kind, TVMETA_SMOOTHING);
+    EXPECT_EQ(tvmeta_parameter(4, 0, &smoothing), 0);
+    EXPECT_EQ(smoothing.kind, TVMETA_SMOOTHING); // unchanged
+    EXPECT_EQ(tvmeta_method_name(METHOD_NONE), nullptr);
+    EXPECT_EQ(Bytes(tvmeta_version()).find("1."), 0U);
 }
 
 // Parameters: 0 Strength, 3 WhiteClip, 5 SmoothingMode, 6 Smoothing, 9 Gamma, 16 IsPano360.

@@ -1,4 +1,4 @@
-// The parser of settings packets: methods, parameters in all forms, lens names.
+// The parser of settings packets: methods, parameters in all forms.
 #include "testing/bytes.h"
 #include "tvmeta.h"
 
@@ -6,7 +6,6 @@
 #include <array>
 #include <bit>
 #include <cmath>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 #include <vector>
@@ -26,10 +25,6 @@ std::int32_t parse(std::int32_t method, const Bytes& text, Slots& slots) {
 
 std::int32_t detect(const Bytes& text) {
     return get_settings_from_xmp(METHOD_DETECT, size32(text) + 1, text.c_str(), nullptr, nullptr);
-}
-
-Bytes cutAfter(const Bytes& text, const Bytes& last) {
-    return text.substr(0, text.find(last) + last.size());
 }
 
 TEST(Detection, Methods) {
@@ -68,36 +63,6 @@ TEST(Detection, Methods) {
     for (const auto& test : cases) {
         EXPECT_EQ(detect(test.text), test.result) << test.what;
     }
-}
-
-// tvmeta_parameter lists the parameters of a packet in packet order.
-TEST(Description, MatchesTheWrittenPacket) {
-    for (const std::int32_t method : {1, 2, 3, 10, 11, 15}) {
-        const Slots slots{};
-        char text[2048] = {};
-        embed_xmp(1, method + 200, slots.data(), 0, nullptr, text);
-        const char* at = std::strstr(text, "<tvtm:Method>");
-        ASSERT_NE(at, nullptr);
-        EXPECT_EQ(Bytes(at).find("<tvtm:Method>" + Bytes(tvmeta_method_name(method)) + "</tvtm:Method>\n"), 0U);
-        tvmeta_Parameter parameter;
-        std::int32_t index = 0;
-        for (; tvmeta_parameter(method, index, &parameter) > 0; ++index) {
-            at = std::strstr(at + 1, "<tvtm:");
-            ASSERT_NE(at, nullptr) << method << " " << index;
-            EXPECT_EQ(Bytes(at).find("<tvtm:" + Bytes(parameter.name) + ">"), 0U) << parameter.name;
-        }
-        EXPECT_EQ(std::strstr(at + 1, "<tvtm:"), nullptr) << method;
-        EXPECT_EQ(tvmeta_parameter(method, 0, nullptr), index);
-        EXPECT_EQ(tvmeta_parameter(method, -1, nullptr), 0);
-    }
-    tvmeta_Parameter smoothing{};
-    EXPECT_EQ(tvmeta_parameter(METHOD_DETAILS_ENHANCER, 6, &smoothing), 17);
-    EXPECT_EQ(smoothing.slot, DETAILS_ENHANCER_SMOOTHING_LEVEL);
-    EXPECT_EQ(smoothing.kind, TVMETA_SMOOTHING);
-    EXPECT_EQ(tvmeta_parameter(4, 0, &smoothing), 0);
-    EXPECT_EQ(smoothing.kind, TVMETA_SMOOTHING); // unchanged
-    EXPECT_EQ(tvmeta_method_name(METHOD_NONE), nullptr);
-    EXPECT_EQ(Bytes(tvmeta_version()).find("1."), 0U);
 }
 
 TEST(Detection, RequestsAndTerminators) {
@@ -337,46 +302,6 @@ TEST(Parameters, AreFoundAtEveryOffset) {
         ASSERT_EQ(parse(METHOD_FUSION_INTENSIVE, text, slots), static_cast<std::int32_t>(text.find("tvtm:Method")));
         ASSERT_EQ(slots[FUSION_INTENSIVE_RADIUS], 70.0F) << distance;
     }
-}
-
-TEST(Lens, FormsAndLengths) {
-    const Bytes longest(63, 'l');
-    const Bytes tooLong(64, 'l');
-    const struct {
-        const char* what;
-        Bytes text;
-        Bytes lens;
-        std::int32_t fromValue; // result relative to the value; -1: the end of the search for the tag
-    } cases[] = {
-        {"element", lensPacket("<aux:Lens>TV 35mm f/1.8 wide lens</aux:Lens>"), "TV 35mm f/1.8 wide lens", 23},
-        {"attribute", lensPacket("aux:Lens=\"TV\""), "TV", 2},
-        {"single closing quote", lensPacket("aux:Lens='TV'") + zeros(64), "", 64},
-        {"longer name first", lensPacket("<aux:LensInfo>1</aux:LensInfo><aux:Lens>TV</aux:Lens>"), "TV", 2},
-        {"adjacent names", lensPacket("aux:Lensaux:Lens=\"TV\""), "TV", 2},
-        {"longest", lensPacket("<aux:Lens>" + longest + "</aux:Lens>"), longest, 63},
-        {"too long", lensPacket("<aux:Lens>" + tooLong + "</aux:Lens>"), "", 64},
-        {"empty", lensPacket("<aux:Lens></aux:Lens>"), "", 0},
-        // Without a closing tag or quote, the result is the offset where the scan stopped.
-        {"element, cut in its value", cutAfter(lensPacket("<aux:Lens>TV"), "TV"), "", 0},
-        {"element, cut in its closing tag", cutAfter(lensPacket("<aux:Lens>TV</aux:Lens"), "</aux:Len"), "", 2},
-        {"element, cut after its closing tag", cutAfter(lensPacket("<aux:Lens>TV</aux:Lens"), "</aux:Lens"), "TV", 2},
-        {"attribute, cut in its value", cutAfter(lensPacket("aux:Lens=\"TV"), "TV"), "", 3},
-        {"attribute, cut before its quote", cutAfter(lensPacket("aux:Lens="), "Lens="), "", 0},
-        {"absent", lensPacket("<aux:LensID>7</aux:LensID>"), "", -1},
-    };
-    for (const auto& test : cases) {
-        char lens[64] = {};
-        const auto length = size32(test.text) + 1;
-        const std::size_t tag = std::min(test.text.find("aux:Lens>"), test.text.find("aux:Lens="));
-        const auto value = static_cast<std::int32_t>(tag + (test.text[tag + 8] == '=' ? 10 : 9));
-        const std::int32_t expected = test.fromValue < 0 ? length - 8 : value + test.fromValue;
-        EXPECT_EQ(get_settings_from_xmp(MODE_LENS, length, test.text.c_str(), lens, nullptr), expected) << test.what;
-        EXPECT_EQ(Bytes(lens, 64), test.lens + zeros(64 - test.lens.size())) << test.what;
-    }
-    char lens[64] = {};
-    EXPECT_EQ(get_settings_from_xmp(MODE_LENS, 101, Bytes(100, 'x').c_str(), lens, nullptr), 101 - 44);
-    EXPECT_EQ(get_settings_from_xmp(MODE_LENS, 1, "", lens, nullptr), 0);
-    EXPECT_EQ(get_settings_from_xmp(MODE_LENS, 45, "xmlns:aux='http://ns.adobe.com/exif/1.0/aux/", lens, nullptr), 44);
 }
 
 TEST(Occurrences, BothQuotesCount) {
