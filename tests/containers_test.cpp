@@ -100,6 +100,38 @@ TEST(Containers, DamagedPlaces) {
     }
 }
 
+// A directory claims three entries, of which its segment has two. The bytes after the segment look like a third.
+TEST(Containers, DirectoriesEndWithTheirBlock) {
+    Tiff tiff;
+    Bytes structure = tiff.finish(tiff.add({tiff.shortEntry(274, 6), tiff.shortEntry(296, 2)}));
+    structure = structure.substr(0, 8) + le16(3) + structure.substr(10, 24);
+    const Bytes after = le16(512) + le16(3) + le32(1) + le32(1) + zeros(4000);
+    const Bytes bytes = "\xFF\xD8" + exifSegment(structure) + after;
+    const tvmeta_Source source = memorySource(bytes);
+    EXPECT_EQ(tvmeta_list_tags(&source, nullptr, nullptr, 0), 2);
+    tvmeta_Photo record = emptyRecord();
+    EXPECT_EQ(tvmeta_read_photo(&source, &record), TVMETA_BROKEN);
+    EXPECT_EQ(record.orientation, 6);
+    EXPECT_EQ(record.brokenAt, 2 + 4 + 6 + 8 + 2 + 24);
+}
+
+// A TIFF file has none, and any number of them is read.
+TEST(Containers, ExifBlocks) {
+    const Bytes tiff = cameraTiff(Tiff());
+    for (const int blocks : {0, 1, 10}) {
+        Bytes chunks;
+        for (int i = 0; i < blocks; ++i) {
+            chunks += pngChunk("eXIf", tiff);
+        }
+        const Bytes bytes = blocks > 0 ? png(chunks) : tiff;
+        const tvmeta_Source source = memorySource(bytes);
+        tvmeta_Photo record = emptyRecord();
+        EXPECT_EQ(tvmeta_read_photo(&source, &record), TVMETA_OK) << blocks;
+        EXPECT_STREQ(record.model, "TV-100") << blocks;
+        EXPECT_EQ(record.blocks[TVMETA_EXIF].pieces, blocks == 1 ? 1 : 0) << blocks; // of several, none is the block
+    }
+}
+
 // An extended packet is joined if the packet names it, and its RDF element declares no names that would be lost.
 TEST(Containers, ExtendedXmp) {
     const Bytes moved = "<rdf:Description>more</rdf:Description>";
