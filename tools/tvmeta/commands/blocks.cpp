@@ -24,10 +24,7 @@ namespace {
 // The directories of a photograph. Throws Failure if it has no camera, exposure or position.
 Bytes exifBlockOf(const std::string& path) {
     const OpenPhoto file(path);
-    const Photo photo = file.read();
-    if (!photo.damage.empty()) {
-        complain("warning: " + path + ": " + photo.damage);
-    }
+    const Photo photo = readNamed(file);
     const std::vector<tvmeta_Tag> tags = file.tags();
     constexpr int32_t Camera[] = {TVMETA_EXIF_DIRECTORY, TVMETA_GPS_DIRECTORY};
     const bool hasCamera =

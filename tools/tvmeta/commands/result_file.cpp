@@ -39,9 +39,6 @@ constexpr TagName TagNames[] = {
     {TVMETA_EXIF_DIRECTORY, 42036, "lens"},
 };
 
-constexpr std::string_view BlockNames[TVMETA_BLOCKS] = {"EXIF data",   "XMP packet", "IPTC block",
-                                                        "ICC profile", "thumbnail",  "preview"};
-
 // Properties that an XMP packet has in a form or number that leaves open which one is the picture's own.
 constexpr std::pair<int32_t, std::string_view> Properties[] = {
     {256, "width"}, {257, "height"}, {274, "orientation"}, {40962, "width"}, {40963, "height"}};

@@ -131,7 +131,7 @@ void writeOutputs(const Options& options) {
     if (isFolder || fs::is_directory(pathOf(options.output), error)) {
         return writeThumbnails(options);
     }
-    writeThumbnail(readPhoto(options.names.at(0)).path, {options.output, options.force});
+    writeThumbnail(readNamed(OpenPhoto(options.names.at(0))).path, {options.output, options.force});
     messagesFor(options.output) << "wrote " << printable(options.output) << "\n";
 }
 

@@ -129,10 +129,7 @@ std::vector<std::string> writePicture(const Options& options, const Settings& se
     std::optional<Photo> photo;
     if (photoPath) {
         file.emplace(*photoPath);
-        photo = file->read();
-        if (!photo->damage.empty()) {
-            complain("warning: " + *photoPath + ": " + photo->damage);
-        }
+        photo = readNamed(*file);
     }
     const std::vector<const char*> keywords = keywordTexts(options.keywords);
     tvmeta_Result result = {};

@@ -7,7 +7,19 @@
 #include <optional>
 #include <string_view>
 
+struct Operator {
+    std::string_view name;
+    bool (*accepts)(int order);
+};
+
 namespace {
+
+// Longer operators first, because they contain the shorter ones.
+constexpr Operator Operators[] = {
+    {"!=", [](int order) { return order != 0; }}, {"<=", [](int order) { return order <= 0; }},
+    {">=", [](int order) { return order >= 0; }}, {"=", [](int order) { return order == 0; }},
+    {"<", [](int order) { return order < 0; }},   {">", [](int order) { return order > 0; }},
+};
 
 // Parses numbers, also in the notation of photographers: 1/125, f/2.8.
 std::optional<double> parsePhotoNumber(std::string_view text) {
@@ -33,9 +45,6 @@ Value wantedValue(const Field& field, const std::string& text) {
     throw WrongCommandLine("expected a number for " + std::string(field.key) + ", found '" + text + "'");
 }
 
-// Longer operators first, because they contain the shorter ones.
-constexpr std::string_view Operators[] = {"!=", "<=", ">=", "=", "<", ">"};
-
 } // namespace
 
 int compareValues(const Value& a, const Value& b) {
@@ -52,16 +61,11 @@ int compareValues(const Value& a, const Value& b) {
 
 FieldFilter::FieldFilter(const std::string& condition) {
     const size_t place = condition.find_first_of("!<>=");
-    for (const std::string_view name : Operators) {
-        if (place != std::string::npos && std::string_view(condition).substr(place).starts_with(name)) {
+    for (const Operator& known : Operators) {
+        if (place != std::string::npos && std::string_view(condition).substr(place).starts_with(known.name)) {
             field = fieldNamed(condition.substr(0, place));
-            relation = name == "="    ? Relation::Equal
-                       : name == "!=" ? Relation::Unequal
-                       : name == "<"  ? Relation::Less
-                       : name == "<=" ? Relation::LessOrEqual
-                       : name == ">"  ? Relation::Greater
-                                      : Relation::GreaterOrEqual;
-            wanted = wantedValue(*field, condition.substr(place + name.size()));
+            relation = &known;
+            wanted = wantedValue(*field, condition.substr(place + known.name.size()));
             return;
         }
     }
@@ -72,21 +76,7 @@ FieldFilter::FieldFilter(const std::string& condition) {
 bool FieldFilter::accepts(const Shot& shot) const {
     const Value value = field->value(shot);
     if (isMissing(value) || isMissing(wanted)) {
-        return relation == (isMissing(value) == isMissing(wanted) ? Relation::Equal : Relation::Unequal);
+        return relation->name == (isMissing(value) == isMissing(wanted) ? "=" : "!=");
     }
-    const int order = compareValues(value, wanted);
-    switch (relation) {
-    case Relation::Equal:
-        return order == 0;
-    case Relation::Unequal:
-        return order != 0;
-    case Relation::Less:
-        return order < 0;
-    case Relation::LessOrEqual:
-        return order <= 0;
-    case Relation::Greater:
-        return order > 0;
-    default:
-        return order >= 0;
-    }
+    return relation->accepts(compareValues(value, wanted));
 }

@@ -5,6 +5,8 @@
 
 #include <string>
 
+struct Operator;
+
 class FieldFilter {
   public:
     // Throws WrongCommandLine for a condition that is not FIELD, one of = != < <= > >=, and VALUE, a number for fields
@@ -15,10 +17,8 @@ class FieldFilter {
     bool accepts(const Shot& shot) const;
 
   private:
-    enum class Relation { Equal, Unequal, Less, LessOrEqual, Greater, GreaterOrEqual };
-
     const Field* field;
-    Relation relation;
+    const Operator* relation;
     Value wanted;
 };
 

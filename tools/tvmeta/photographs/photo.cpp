@@ -3,22 +3,15 @@
 #include "base/failure.h"
 #include "base/text.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
-
-#include <cstdio>
 #include <new>
 
 namespace {
 
 constexpr size_t MaxKeywords = 1000;
-
-constexpr const char* BlockNames[TVMETA_BLOCKS] = {"EXIF data",   "XMP packet", "IPTC block",
-                                                   "ICC profile", "thumbnail",  "preview"};
-
-bool isRefused(int32_t format) {
-    return format >= TVMETA_FORMAT_REFUSED;
-}
 
 } // namespace
 
@@ -65,7 +58,7 @@ Photo OpenPhoto::read(const Wanted& wanted) const {
     if (status_ == TVMETA_NO_MEMORY) {
         throw std::bad_alloc();
     }
-    if (isRefused(record_.format)) {
+    if (record_.format >= TVMETA_FORMAT_REFUSED) {
         throw Failure(path_, std::string(tvmeta_format_name(record_.format)) + " files are not supported");
     }
     if (!isPhotograph()) {
@@ -99,10 +92,10 @@ bool isPhotograph(const std::string& path) {
     return OpenPhoto(path).isPhotograph();
 }
 
-Photo readPhoto(const std::string& path, const Wanted& wanted) {
-    Photo photo = OpenPhoto(path).read(wanted);
+Photo readNamed(const OpenPhoto& file) {
+    Photo photo = file.read();
     if (!photo.damage.empty()) {
-        complain("warning: " + path + ": " + photo.damage);
+        complain("warning: " + photo.path + ": " + photo.damage);
     }
     return photo;
 }
@@ -127,10 +120,7 @@ std::string takenText(const Photo& photo) {
     const auto day = std::chrono::floor<std::chrono::days>(*photo.taken);
     const std::chrono::year_month_day date(day);
     const std::chrono::hh_mm_ss time(*photo.taken - day);
-    char text[40];
-    std::snprintf(text, sizeof text, "%04d:%02u:%02u %02d:%02d:%02d", static_cast<int>(date.year()),
-                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                  static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-                  static_cast<int>(time.seconds().count()));
-    return text;
+    return fmt::format("{:04}:{:02}:{:02} {:02}:{:02}:{:02}", static_cast<int>(date.year()),
+                       static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()), time.hours().count(),
+                       time.minutes().count(), time.seconds().count());
 }

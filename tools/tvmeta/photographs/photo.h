@@ -29,6 +29,9 @@ struct Photo {
     bool has(int32_t field) const { return TVMETA_HAS(&record, field) != 0; }
 };
 
+constexpr const char* BlockNames[TVMETA_BLOCKS] = {"EXIF data",   "XMP packet", "IPTC block",
+                                                   "ICC profile", "thumbnail",  "preview"};
+
 // A photograph that is open.
 class OpenPhoto {
   public:
@@ -67,7 +70,7 @@ class OpenPhoto {
 bool isPhotograph(const std::string& path);
 
 // Reads a photograph that was named. Prints a warning if it is damaged.
-Photo readPhoto(const std::string& path, const Wanted& wanted = {});
+Photo readNamed(const OpenPhoto& file);
 
 // A fraction of the record as a number; 0 if it has none.
 double quotient(const tvmeta_Rational& fraction);

@@ -145,7 +145,7 @@ std::optional<GainMap> findGainMap(const std::string& path) {
         std::optional<GainMap> map =
             describedIn(std::span(file).subspan(place).first(std::min(MaxHeader, file.size() - place)));
         if (map && std::ranges::all_of(map->channels, isUsable)) {
-            map->place = static_cast<int64_t>(place);
+            map->place = static_cast<long>(place);
             return map;
         }
         place = asText(file).find(JpegStart, place + 1);

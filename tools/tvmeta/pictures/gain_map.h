@@ -21,7 +21,7 @@ struct GainMap {
         float apply(float base, float sample) const;
     };
 
-    int64_t place = 0;                    // of its JPEG in the file
+    long place = 0;                       // of its JPEG in the file
     std::array<Channel, 3> channels = {}; // of red, green and blue
     bool isForStandardRange = false;      // the base has the greater range, and the map takes it away
 

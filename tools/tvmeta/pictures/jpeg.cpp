@@ -3,7 +3,6 @@
 #include "base/failure.h"
 #include "pictures/decoders.h"
 #include "pictures/exif_orientation.h"
-#include "system/system.h"
 
 #include <cstdio> // jpeglib.h requires it
 
@@ -280,7 +279,7 @@ Picture readJpeg(const std::string& path, Request request) {
     picture.gainMap = request.gain ? findGainMap(path) : std::nullopt;
     if (picture.gainMap) {
         File file = openPicture(path);
-        seekTo(file.get(), picture.gainMap->place);
+        std::fseek(file.get(), picture.gainMap->place, SEEK_SET);
         picture.gain = std::make_shared<Picture>(JpegReader(std::move(file), path, request.allowDamage).read({}));
     }
     return picture;

@@ -3,7 +3,6 @@
 #include "base/failure.h"
 #include "base/numbers.h"
 #include "pictures/decoders.h"
-#include "system/system.h"
 
 #include <algorithm>
 #include <bit>
@@ -98,7 +97,7 @@ struct Layout {
 void readPixels(const std::string& path, std::FILE* file, const Layout& layout, Picture& picture) {
     const size_t rowSize = rowBytes(picture);
     const auto rows = static_cast<size_t>(picture.height);
-    const auto position = static_cast<uint64_t>(positionOf(file));
+    const auto position = static_cast<uint64_t>(std::ftell(file));
     requireFileBytes(path, picture, position + sampleBytes(picture));
     picture.samples.resize(sampleBytes(picture));
     for (size_t i = 0; i < rows; ++i) {

@@ -11,33 +11,11 @@
 #include <cerrno>
 #include <cstring>
 #include <limits>
-#include <system_error>
 
 namespace {
 
 // The largest size that the library accepts.
 constexpr size_t SizeLimit = std::numeric_limits<int32_t>::max();
-
-Bytes readBytes(const std::string& path, int64_t offset, size_t length) {
-    const File file = openFile(path);
-    if (!seekTo(file.get(), offset)) {
-        failWithErrno(path);
-    }
-    Bytes bytes;
-    std::array<unsigned char, 65536> piece;
-    while (bytes.size() < length) {
-        const size_t wanted = std::min(piece.size(), length - bytes.size());
-        const size_t got = std::fread(piece.data(), 1, wanted, file.get());
-        bytes.insert(bytes.end(), piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(got));
-        if (got < wanted) {
-            break;
-        }
-    }
-    if (std::ferror(file.get())) {
-        failWithErrno(path);
-    }
-    return bytes;
-}
 
 std::unique_ptr<SpoolFile> spooledInput() {
     const std::string name(StandardStream);
@@ -96,7 +74,7 @@ File openFile(const std::string& path) {
 }
 
 Bytes readFile(const std::string& path) {
-    Bytes bytes = readBytes(path, 0, SizeLimit);
+    Bytes bytes = readStart(path, SizeLimit);
     if (bytes.size() == SizeLimit) {
         throw Failure(path, "larger than 2 GiB");
     }
@@ -104,24 +82,21 @@ Bytes readFile(const std::string& path) {
 }
 
 Bytes readStart(const std::string& path, size_t length) {
-    return readBytes(path, 0, length);
-}
-
-Bytes readRegion(const std::string& path, const Region& region) {
-    std::error_code error;
-    const std::uintmax_t fileSize = std::filesystem::file_size(pathOf(readablePath(path)), error);
-    if (error) {
-        throw Failure(path, error.message());
+    const File file = openFile(path);
+    Bytes bytes;
+    std::array<unsigned char, 65536> piece;
+    while (bytes.size() < length) {
+        const size_t wanted = std::min(piece.size(), length - bytes.size());
+        const size_t got = std::fread(piece.data(), 1, wanted, file.get());
+        bytes.insert(bytes.end(), piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(got));
+        if (got < wanted) {
+            break;
+        }
     }
-    const auto offset = static_cast<std::uintmax_t>(region.offset), length = static_cast<std::uintmax_t>(region.length);
-    if (offset > fileSize || length > fileSize - offset) {
-        throw Failure(path, "it refers to " + std::to_string(region.length) + " bytes at offset " +
-                                std::to_string(region.offset) + " but has only " + std::to_string(fileSize) + " bytes");
+    if (std::ferror(file.get())) {
+        failWithErrno(path);
     }
-    if (length >= SizeLimit) {
-        throw Failure(path, "contains a block of more than 2 GiB");
-    }
-    return readBytes(path, region.offset, static_cast<size_t>(length));
+    return bytes;
 }
 
 int32_t checkedSize(uint64_t size) {

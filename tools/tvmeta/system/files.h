@@ -37,15 +37,6 @@ File openFile(const std::string& path);
 // Reads a whole file. Files of 2 GiB and more are refused, because the library uses signed 32-bit sizes.
 Bytes readFile(const std::string& path);
 
-// A region of a file; empty if the length is 0.
-struct Region {
-    int64_t offset = 0;
-    int64_t length = 0;
-};
-
-// Reads a region. Throws Failure before allocating memory if the region is outside of the file.
-Bytes readRegion(const std::string& path, const Region& region);
-
 // Reads up to `length` bytes from the start of a file.
 Bytes readStart(const std::string& path, size_t length);
 

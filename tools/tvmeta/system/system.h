@@ -14,11 +14,6 @@
 // Called once at the start: makes the standard streams usable, and what is written to them the same on every system.
 void prepareProcess();
 
-// Positions have 64 bits everywhere.
-bool seekTo(std::FILE* file, int64_t position);
-bool seekBy(std::FILE* file, int64_t distance);
-int64_t positionOf(std::FILE* file);
-
 // The columns of the terminal that shows standard output; none if it goes to a file or another program.
 std::optional<int> terminalWidth();
 
@@ -57,7 +52,7 @@ FileKind fileKind(const std::string& path);
 
 // A name in a folder.
 struct FolderEntry {
-    enum class Kind { RegularFile, Subfolder, FolderLink, Other, Unknown }; // links to files are followed
+    enum class Kind { RegularFile, Subfolder, Other, Unknown }; // links to files are followed
 
     std::string name; // with the folder; without it if the name is not Unicode
     Kind kind = Kind::Unknown;

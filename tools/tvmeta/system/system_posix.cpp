@@ -19,7 +19,6 @@
 #include <string_view>
 #include <system_error>
 
-static_assert(sizeof(off_t) == sizeof(int64_t), "positions in files have 64 bits");
 static_assert(sizeof(wchar_t) == sizeof(char32_t), "wcwidth() takes every character");
 
 namespace {
@@ -44,18 +43,6 @@ void prepareProcess() {
     occupyStandardStreams();
     signal(SIGXFSZ, SIG_IGN);            // beyond the limit on file sizes, a write then fails with EFBIG
     std::setlocale(LC_CTYPE, "C.UTF-8"); // for characterWidth()
-}
-
-bool seekTo(std::FILE* file, int64_t position) {
-    return fseeko(file, position, SEEK_SET) == 0;
-}
-
-bool seekBy(std::FILE* file, int64_t distance) {
-    return fseeko(file, distance, SEEK_CUR) == 0;
-}
-
-int64_t positionOf(std::FILE* file) {
-    return ftello(file);
 }
 
 std::optional<int> terminalWidth() {
@@ -141,15 +128,11 @@ std::vector<FolderEntry> listFolder(const std::string& folder) {
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
         std::error_code problem;
         const fs::file_type type = entry->status(problem).type();
-        const bool isFolder = type == fs::file_type::directory;
         FolderEntry found = {.name = entry->path().string()};
-        found.kind = type == fs::file_type::regular                               ? FolderEntry::Kind::RegularFile
-                     : isFolder                                                   ? FolderEntry::Kind::Subfolder
-                     : problem && problem != std::errc::no_such_file_or_directory ? FolderEntry::Kind::Unknown
-                                                                                  : FolderEntry::Kind::Other;
-        if (isFolder && isLink(found.name)) {
-            found.kind = FolderEntry::Kind::FolderLink;
-        }
+        found.kind = type == fs::file_type::regular                                    ? FolderEntry::Kind::RegularFile
+                     : type == fs::file_type::directory && !entry->is_symlink(problem) ? FolderEntry::Kind::Subfolder
+                     : problem && problem != std::errc::no_such_file_or_directory      ? FolderEntry::Kind::Unknown
+                                                                                       : FolderEntry::Kind::Other;
         found.problem = problem.message();
         entries.push_back(std::move(found));
     }

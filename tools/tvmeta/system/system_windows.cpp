@@ -73,7 +73,7 @@ FolderEntry entryOf(const std::string& folder, const WIN32_FIND_DATAW& found) {
     }
     const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     entry.kind = !isFolder       ? FolderEntry::Kind::RegularFile // reading a link to nothing reports it
-                 : isLink(found) ? FolderEntry::Kind::FolderLink
+                 : isLink(found) ? FolderEntry::Kind::Other
                                  : FolderEntry::Kind::Subfolder;
     return entry;
 }
@@ -98,18 +98,6 @@ void prepareProcess() {
         std::atexit(restoreCodePage);
         SetConsoleCtrlHandler(restoreCodePageOnEvent, TRUE);
     }
-}
-
-bool seekTo(std::FILE* file, int64_t position) {
-    return _fseeki64(file, position, SEEK_SET) == 0;
-}
-
-bool seekBy(std::FILE* file, int64_t distance) {
-    return _fseeki64(file, distance, SEEK_CUR) == 0;
-}
-
-int64_t positionOf(std::FILE* file) {
-    return _ftelli64(file);
 }
 
 std::optional<int> terminalWidth() {
