@@ -138,12 +138,9 @@ Command exifCommand() {
         .purpose = "Write camera, exposure and position as EXIF block",
         .options =
             {
-                {.names = {"PHOTO"}, .target = photo.get(), .help = "Photograph", .isRequired = true},
-                {.names = {"-o", "--output"},
-                 .target = &output->path,
-                 .help = "File to write: the TIFF structure of a JPEG EXIF\nsegment",
-                 .value = "FILE",
-                 .isRequired = true},
+                Option({"PHOTO"}, photo.get(), "", "Photograph", {.isRequired = true}),
+                Option({"-o", "--output"}, &output->path, "FILE",
+                       "File to write: the TIFF structure of a JPEG EXIF\nsegment", {.isRequired = true}),
                 forceOption(output->force),
             },
         .footer = "Example:\n"
@@ -159,16 +156,11 @@ Command iptcCommand() {
         .purpose = "List or write the IPTC block of a photograph",
         .options =
             {
-                {.names = {"PHOTO"}, .target = &options->photo, .help = "Photograph", .isRequired = true},
-                {.names = {"-o", "--output"},
-                 .target = &options->output.path,
-                 .help = "Write the block to this file instead of listing it",
-                 .value = "FILE"},
-                {.names = {"--add-keyword"},
-                 .target = &options->keywords,
-                 .help = "Add a keyword to the block; can be repeated",
-                 .value = "TEXT",
-                 .suggest = suggestNothing},
+                Option({"PHOTO"}, &options->photo, "", "Photograph", {.isRequired = true}),
+                Option({"-o", "--output"}, &options->output.path, "FILE",
+                       "Write the block to this file instead of listing it"),
+                Option({"--add-keyword"}, &options->keywords, "TEXT", "Add a keyword to the block; can be repeated",
+                       {.suggest = suggestNothing}),
                 forceOption(options->output.force),
             },
         .footer = "Examples:\n"

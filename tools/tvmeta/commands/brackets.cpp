@@ -209,24 +209,13 @@ std::vector<Option> bracketOptions(BracketOptions& options) {
     constexpr double MaxGap = 86400;
     constexpr double MaxCount = 100;
     return {
-        {.names = {"PATH"},
-         .target = &options.names,
-         .help = "Photographs; with -r also folders",
-         .isRequired = true,
-         .isFileList = true},
-        {.names = {"-r", "--recursive"},
-         .target = &options.recursive,
-         .help = "Read the photographs in folders and subfolders"},
-        {.names = {"--gap"},
-         .target = &options.rules.gap,
-         .help = "Maximum pause within a set (default: learnt)",
-         .value = "SECONDS",
-         .range = {0, MaxGap}},
-        {.names = {"--count"},
-         .target = &options.rules.count,
-         .help = "Photographs per set (default: found)",
-         .value = "N",
-         .range = {2, MaxCount}},
+        Option({"PATH"}, &options.names, "", "Photographs; with -r also folders",
+               {.isRequired = true, .isFileList = true}),
+        Option({"-r", "--recursive"}, &options.recursive, "", "Read the photographs in folders and subfolders"),
+        Option({"--gap"}, &options.rules.gap, "SECONDS", "Maximum pause within a set (default: learnt)",
+               {.range = {0, MaxGap}}),
+        Option({"--count"}, &options.rules.count, "N", "Photographs per set (default: found)",
+               {.range = {2, MaxCount}}),
     };
 }
 
@@ -248,17 +237,12 @@ Command bracketsCommand() {
         .run = [options] { showBrackets(*options); },
     };
     const Option forms[] = {
-        {.names = {"--json"}, .target = &options->json, .help = "Write JSON Lines, one object per set"},
-        {.names = {"--csv"},
-         .target = &options->csv,
-         .help = "Write CSV, one line per photograph",
-         .excludes = {"--json"}},
-        {.names = {"--files0"},
-         .target = &options->files0,
-         .help = "Write file names with a NUL after each, and one\nmore between sets",
-         .excludes = {"--json", "--csv"}},
+        Option({"--json"}, &options->json, "", "Write JSON Lines, one object per set"),
+        Option({"--csv"}, &options->csv, "", "Write CSV, one line per photograph", {.excludes = {"--json"}}),
+        Option({"--files0"}, &options->files0, "", "Write file names with a NUL after each, and one\nmore between sets",
+               {.excludes = {"--json", "--csv"}}),
     };
-    command.options.front().isRequired = false; // not with --undo
+    command.options.front().rules.isRequired = false; // not with --undo
     command.options.insert(command.options.end(), std::begin(forms), std::end(forms));
     const std::vector<Option> placement = placementOptions(options->placement, {"--json", "--csv", "--files0"});
     command.options.insert(command.options.end(), placement.begin(), placement.end());

@@ -24,7 +24,7 @@
 namespace {
 
 bool hasRange(const Option& option) {
-    return option.range.second > 0;
+    return option.rules.range.second > 0;
 }
 
 bool isList(const Option& option) {
@@ -33,7 +33,7 @@ bool isList(const Option& option) {
 
 // What the help shows after the names. CLI11 would show types, and the options that one excludes.
 std::string valueText(const Option& option) {
-    const bool isNoted = option.isRequired && hasName(option);
+    const bool isNoted = option.rules.isRequired && hasName(option);
     return option.value + (isNoted ? " (required)" : option.value.empty() ? " " : "");
 }
 
@@ -53,7 +53,7 @@ bool isWhole(const Option& option) {
 
 // The limits of a number, for help and messages: "from 2 to 100".
 std::string limitsOf(const Option& option) {
-    return fmt::format("from {} to {}", option.range.first, option.range.second);
+    return fmt::format("from {} to {}", option.rules.range.first, option.rules.range.second);
 }
 
 CLI::Validator numberOf(const Option& option) {
@@ -61,7 +61,7 @@ CLI::Validator numberOf(const Option& option) {
         [option](const std::string& word) {
             const bool isNumber = isWhole(option) ? parseWholeNumber(word).has_value() : parseNumber(word).has_value();
             const double number = parseNumber(word).value_or(0);
-            const bool isValid = isNumber && number >= option.range.first && number <= option.range.second;
+            const bool isValid = isNumber && number >= option.rules.range.first && number <= option.rules.range.second;
             return isValid ? ""
                            : fmt::format("expected a {}number {}, found {}", isWhole(option) ? "whole " : "",
                                          limitsOf(option), word);
@@ -84,15 +84,15 @@ CLI::Option* addOption(CLI::App& app, const Option& option) {
             }
         },
         option.target);
-    added->required(option.isRequired)->option_text(valueText(option));
+    added->required(option.rules.isRequired)->option_text(valueText(option));
     if (isList(option) && hasName(option)) {
         added->allow_extra_args(false); // one value after each name
     }
-    if (option.separator != '\0') {
-        added->delimiter(option.separator);
+    if (option.rules.separator != '\0') {
+        added->delimiter(option.rules.separator);
     }
-    if (!option.choices.empty()) {
-        added->check(oneOf(option.choices));
+    if (!option.rules.choices.empty()) {
+        added->check(oneOf(option.rules.choices));
     }
     if (hasRange(option)) {
         added->check(numberOf(option));
@@ -106,10 +106,10 @@ void addOptions(CLI::App& app, const std::vector<Option>& options) {
         added.push_back(addOption(app, option));
     }
     for (size_t i = 0; i < options.size(); ++i) { // names of options that are known by now
-        for (const std::string& name : options[i].needs) {
+        for (const std::string& name : options[i].rules.needs) {
             added[i]->needs(app.get_option(name));
         }
-        for (const std::string& name : options[i].excludes) {
+        for (const std::string& name : options[i].rules.excludes) {
             added[i]->excludes(app.get_option(name));
         }
     }
@@ -138,9 +138,9 @@ constexpr std::string_view HelpName = "help";
 // Adds --files0-from to a command with a list of files, one of which must be named on the command line or in the list.
 void addFileList(Command& command, Option& files) {
     auto* const names = std::get<std::vector<std::string>*>(files.target);
-    const std::string word = files.isRequired ? files.names.front() : "";
+    const std::string word = files.rules.isRequired ? files.names.front() : "";
     const auto list = std::make_shared<std::string>();
-    files.isRequired = false;
+    files.rules.isRequired = false;
     command.run = [run = command.run, names, word, list] {
         if (!list->empty()) {
             std::ranges::copy(readNames(*list), std::back_inserter(*names));
@@ -150,15 +150,14 @@ void addFileList(Command& command, Option& files) {
         run();
     };
     command.options.push_back(
-        {.names = {"--files0-from"},
-         .target = list.get(),
-         .help = "Also read names, each with a NUL after it, from\nthis file ('-': standard input)",
-         .value = "FILE"});
+        Option({"--files0-from"}, list.get(), "FILE",
+               "Also read names, each with a NUL after it, from\nthis file ('-': standard input)"));
 }
 
 // The command with what is the same in all commands.
 Command completed(Command command) {
-    const auto files = std::ranges::find_if(command.options, &Option::isFileList);
+    const auto files =
+        std::ranges::find_if(command.options, [](const Option& option) { return option.rules.isFileList; });
     if (files != command.options.end()) {
         addFileList(command, *files);
     }
@@ -167,7 +166,7 @@ Command completed(Command command) {
         const auto words = std::make_shared<std::vector<std::string>>();
         command.commands.push_back({.name = std::string(HelpName),
                                     .purpose = "Show the help of a command",
-                                    .options = {{.names = {"COMMAND"}, .target = words.get(), .help = "Its name"}},
+                                    .options = {Option({"COMMAND"}, words.get(), "", "Its name")},
                                     .footer = "Example:\n  tvmeta help info",
                                     .run = [words] {}});
     }
@@ -310,7 +309,7 @@ int runCommandLine(const Command& described, int argc, const char* const* argv) 
 }
 
 Option forceOption(bool& force) {
-    return {.names = {"--force"}, .target = &force, .help = "Replace any existing file"};
+    return Option({"--force"}, &force, "", "Replace any existing file");
 }
 
 bool hasName(const Option& option) {

@@ -20,11 +20,8 @@ using OptionTarget =
 // The words that a shell offers for a value, in the context of a command line.
 using Suggest = std::vector<std::string> (*)(const std::string& value, std::span<const std::string> words);
 
-struct Option {
-    std::vector<std::string> names; // "-o" and "--output"; one word in capitals for an argument without a name
-    OptionTarget target;
-    std::string help;
-    std::string value = {}; // what the help calls its value
+// What is special about an option.
+struct OptionRules {
     bool isRequired = false;
     bool isFileList = false;              // adds --files0-from, which extends the list and can replace it
     char separator = '\0';                // between several values in one word
@@ -33,6 +30,19 @@ struct Option {
     Suggest suggest = nullptr;           // completes its value in a shell; default: file names
     std::vector<std::string> needs = {}; // names of other options
     std::vector<std::string> excludes = {};
+};
+
+struct Option {
+    Option(std::vector<std::string> words, OptionTarget sets, std::string valueName, std::string text,
+           OptionRules special = {})
+        : names(std::move(words)), target(sets), value(std::move(valueName)), help(std::move(text)),
+          rules(std::move(special)) {}
+
+    std::vector<std::string> names; // "-o" and "--output"; one word in capitals for an argument without a name
+    OptionTarget target;
+    std::string value; // what the help calls its value; empty for flags and arguments
+    std::string help;
+    OptionRules rules;
 };
 
 struct Command {

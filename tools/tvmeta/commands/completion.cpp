@@ -48,10 +48,10 @@ void printMatching(const std::vector<std::string>& candidates, const std::string
 
 void printValues(const Option& option, const std::string& start, const std::string& value,
                  std::span<const std::string> words) {
-    if (!option.choices.empty()) {
-        printMatching(option.choices, start, value);
-    } else if (option.suggest != nullptr) {
-        const std::vector<std::string> candidates = option.suggest(value, words);
+    if (!option.rules.choices.empty()) {
+        printMatching(option.rules.choices, start, value);
+    } else if (option.rules.suggest != nullptr) {
+        const std::vector<std::string> candidates = option.rules.suggest(value, words);
         if (std::ranges::any_of(candidates, [](const auto& candidate) { return candidate.ends_with('='); })) {
             std::cout << ":nospace\n";
         }

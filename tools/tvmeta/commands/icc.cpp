@@ -137,18 +137,11 @@ Command iccCommand() {
         .purpose = "Describe an ICC profile, or replace one in a TIFF",
         .options =
             {
-                {.names = {"FILE"},
-                 .target = &options->file,
-                 .help = "Profile, or photograph that contains one; with\n--replace: a TIFF file",
-                 .isRequired = true},
-                {.names = {"--replace"},
-                 .target = &options->replacement,
-                 .help = "New profile, or photograph that contains it",
-                 .value = "PROFILE"},
-                {.names = {"-o", "--output"},
-                 .target = &options->output.path,
-                 .help = "Write the profile, or the TIFF file with the new\nprofile, to this file",
-                 .value = "FILE"},
+                Option({"FILE"}, &options->file, "",
+                       "Profile, or photograph that contains one; with\n--replace: a TIFF file", {.isRequired = true}),
+                Option({"--replace"}, &options->replacement, "PROFILE", "New profile, or photograph that contains it"),
+                Option({"-o", "--output"}, &options->output.path, "FILE",
+                       "Write the profile, or the TIFF file with the new\nprofile, to this file"),
                 forceOption(options->output.force),
             },
         .footer = "Without -o, --replace changes the TIFF file itself and requires --force.\n\n"

@@ -69,11 +69,8 @@ Command reportCommand() {
                   "  tvmeta report -r photos -o report.html",
         .run = [options] { makeReport(*options); },
     };
-    command.options.push_back({.names = {"-o", "--output"},
-                               .target = &options->output.path,
-                               .help = "HTML file to write",
-                               .value = "FILE",
-                               .isRequired = true});
+    command.options.push_back(
+        Option({"-o", "--output"}, &options->output.path, "FILE", "HTML file to write", {.isRequired = true}));
     command.options.push_back(forceOption(options->output.force));
     return command;
 }

@@ -96,8 +96,7 @@ Command settingsCommand() {
     Command show = {
         .name = "show",
         .purpose = "Show the settings in a photograph or settings file",
-        .options =
-            {{.names = {"FILE"}, .target = &options->file, .help = "File with a settings packet", .isRequired = true}},
+        .options = {Option({"FILE"}, &options->file, "", "File with a settings packet", {.isRequired = true})},
         .footer = "Example:\n"
                   "  tvmeta settings show result.tif",
         .run = [options] { showSettings(options->file); },
@@ -105,8 +104,7 @@ Command settingsCommand() {
     Command write = {
         .name = "write",
         .purpose = "Write a settings file",
-        .options =
-            {{.names = {"OUT"}, .target = &options->output.path, .help = "Settings file to write", .isRequired = true}},
+        .options = {Option({"OUT"}, &options->output.path, "", "Settings file to write", {.isRequired = true})},
         .footer = methodHelp() + "Example:\n"
                                  "  tvmeta settings write my.xmp --method 'Details Enhancer' \\\n"
                                  "    --set Strength=70 --set Gamma=1.20",
@@ -117,12 +115,8 @@ Command settingsCommand() {
         .purpose = "Insert settings into an XMP packet",
         .options =
             {
-                {.names = {"PACKET"}, .target = &options->file, .help = "File with an XMP packet", .isRequired = true},
-                {.names = {"-o", "--output"},
-                 .target = &options->output.path,
-                 .help = "File to write",
-                 .value = "FILE",
-                 .isRequired = true},
+                Option({"PACKET"}, &options->file, "", "File with an XMP packet", {.isRequired = true}),
+                Option({"-o", "--output"}, &options->output.path, "FILE", "File to write", {.isRequired = true}),
             },
         .footer = methodHelp() + "Example:\n"
                                  "  tvmeta settings insert packet.xmp -o new.xmp \\\n"

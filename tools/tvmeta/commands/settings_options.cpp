@@ -4,18 +4,11 @@
 #include "commands/completion.h"
 
 void addSettingsOptions(std::vector<Option>& options, SettingsOptions& settings, bool isRequired) {
-    options.push_back({.names = {"--method"},
-                       .target = &settings.method,
-                       .help = "Processing method, listed below",
-                       .value = "NAME",
-                       .isRequired = isRequired,
-                       .suggest = suggestMethods});
-    options.push_back({.names = {"--set"},
-                       .target = &settings.assignments,
-                       .help = "A setting of the method, as settings show prints\nit; can be repeated",
-                       .value = "NAME=VALUE",
-                       .suggest = suggestSettings,
-                       .needs = {"--method"}});
+    options.push_back(Option({"--method"}, &settings.method, "NAME", "Processing method, listed below",
+                             {.isRequired = isRequired, .suggest = suggestMethods}));
+    options.push_back(Option({"--set"}, &settings.assignments, "NAME=VALUE",
+                             "A setting of the method, as settings show prints\nit; can be repeated",
+                             {.suggest = suggestSettings, .needs = {"--method"}}));
 }
 
 std::string methodHelp() {
