@@ -5,7 +5,6 @@
 #include <mutex>
 #include <streambuf>
 #include <string>
-#include <string_view>
 
 namespace {
 

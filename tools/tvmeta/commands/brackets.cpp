@@ -10,7 +10,6 @@
 #include "output/csv.h"
 #include "output/table.h"
 #include "photographs/field_words.h"
-#include "photographs/photo_sets.h"
 
 #include <nlohmann/json.hpp>
 
@@ -19,8 +18,6 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
-#include <string>
-#include <vector>
 
 namespace {
 

@@ -15,8 +15,6 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
-#include <optional>
-#include <span>
 #include <string_view>
 #include <system_error>
 #include <type_traits>

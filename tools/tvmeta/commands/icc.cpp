@@ -10,7 +10,6 @@
 #include "pictures/load_picture.h"
 #include "pictures/profile_header.h"
 #include "system/file_copy.h"
-#include "system/files.h"
 #include "system/paths.h"
 
 #include <tvmeta.h>
@@ -21,7 +20,6 @@
 #include <iostream>
 #include <limits>
 #include <memory>
-#include <optional>
 #include <vector>
 
 namespace {

@@ -13,7 +13,6 @@
 #include "system/system.h"
 
 #include <algorithm>
-#include <iostream>
 #include <memory>
 #include <string>
 #include <string_view>

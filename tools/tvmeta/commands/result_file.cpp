@@ -12,7 +12,6 @@
 #include <map>
 #include <new>
 #include <string_view>
-#include <tuple>
 #include <utility>
 
 namespace {

@@ -17,11 +17,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <filesystem>
 #include <iostream>
-#include <iterator>
 #include <memory>
 #include <set>
 #include <string>

@@ -15,8 +15,6 @@
 #include "pictures/profile_header.h"
 #include "system/system.h"
 
-#include <algorithm>
-#include <iostream>
 #include <iterator>
 #include <map>
 #include <memory>

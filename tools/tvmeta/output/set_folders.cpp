@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <iterator>
 #include <system_error>
 
 namespace {

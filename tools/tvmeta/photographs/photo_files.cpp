@@ -1,6 +1,5 @@
 #include "photographs/photo_files.h"
 
-#include "base/failure.h"
 #include "photographs/natural_order.h"
 #include "system/files.h"
 #include "system/paths.h"
@@ -8,7 +7,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstddef>
 #include <iterator>
 #include <string_view>
 

@@ -4,7 +4,6 @@
 #include "base/failure.h"
 #include "system/terminal.h"
 
-#include <cstddef>
 #include <string>
 #include <vector>
 

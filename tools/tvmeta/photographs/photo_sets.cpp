@@ -9,10 +9,8 @@
 #include <cmath>
 #include <deque>
 #include <filesystem>
-#include <iterator>
 #include <map>
 #include <new>
-#include <optional>
 #include <utility>
 
 namespace {

@@ -4,7 +4,6 @@
 #include "pictures/picture.h"
 #include "pictures/profiles.h"
 
-#include <cstdint>
 #include <span>
 #include <string>
 #include <vector>

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <string_view>
-#include <vector>
 
 // The build gives this name to decoders whose library is missing.
 Picture missingDecoder(const std::string& path, Request) {

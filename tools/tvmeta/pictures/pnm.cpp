@@ -4,7 +4,6 @@
 #include "base/numbers.h"
 #include "pictures/decoders.h"
 
-#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstring>

@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <span>
 #include <string>
-#include <string_view>
 
 using ByteSpan = std::span<const unsigned char>;
 

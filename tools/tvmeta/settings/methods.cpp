@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <iterator>
 #include <string_view>
-#include <utility>
 
 namespace {
 

@@ -12,12 +12,10 @@
 #include <cerrno>
 #include <clocale>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cwchar>
 #include <filesystem>
 #include <string_view>
-#include <system_error>
 
 static_assert(sizeof(wchar_t) == sizeof(char32_t), "wcwidth() takes every character");
 

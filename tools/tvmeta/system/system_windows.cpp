@@ -7,12 +7,9 @@
 #include <fcntl.h>
 #include <io.h>
 
-#include <array>
 #include <cstdlib>
 #include <filesystem>
-#include <memory>
 #include <string_view>
-#include <system_error>
 
 #ifdef __MINGW32__
 extern "C" {
