@@ -2,7 +2,7 @@
 
 #include "base/failure.h"
 #include "base/line_output.h"
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "system/system.h"
 #include "system/temporary_file.h"
 

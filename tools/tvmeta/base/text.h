@@ -25,3 +25,9 @@ double decimal(float value);
 
 // Describes the first bytes of a file, for messages about files of the wrong type.
 std::string beginning(std::span<const unsigned char> file);
+
+// The order in which people expect file names: IMG_9 before IMG_10.
+bool naturalLess(std::string_view a, std::string_view b);
+
+// The columns of a character in a terminal, which the system implements; -1 if it is not printable.
+int characterWidth(char32_t character);

@@ -4,7 +4,9 @@
 #include <fmt/format.h>
 
 #include <cstddef>
+#include <span>
 #include <string>
+#include <string_view>
 
 // "1 photograph", "2 photographs".
 inline std::string counted(size_t count, const std::string& thing) {
@@ -16,3 +18,14 @@ template <typename Words>
 std::string joined(const Words& words) {
     return fmt::format("{}", fmt::join(words, ", "));
 }
+
+bool equalsIgnoringCase(std::string_view first, std::string_view second);
+
+// A list with commas and a conjunction before the last word: "8, 16 or 32".
+std::string wordList(std::span<const std::string> words, std::string_view conjunction);
+
+// "; did you mean 'info'?" for the most similar name; empty if none is similar.
+std::string nearestName(std::string_view word, std::span<const std::string> names);
+
+// The same; if no name is similar, a list of all names.
+std::string nearestOrAll(std::string_view word, std::span<const std::string> names);

@@ -3,7 +3,7 @@
 #include "base/failure.h"
 #include "base/text.h"
 #include "base/words.h"
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "commands/completion.h"
 #include "commands/result_file.h"
 #include "output/output_file.h"

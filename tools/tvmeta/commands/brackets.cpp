@@ -5,9 +5,9 @@
 #include "base/numbers.h"
 #include "base/text.h"
 #include "base/words.h"
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "commands/set_placement.h"
-#include "output/csv.h"
+#include "output/records.h"
 #include "output/table.h"
 #include "photographs/field_words.h"
 

@@ -3,7 +3,7 @@
 
 #include "base/failure.h"
 #include "base/numbers.h"
-#include "base/suggestion.h"
+#include "base/words.h"
 #include "commands/completion.h"
 #include "system/files.h"
 #include "system/paths.h"

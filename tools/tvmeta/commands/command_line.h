@@ -72,3 +72,8 @@ const Option* optionNamed(const Command& command, const std::string& name);
 // The names of the commands and options of a command.
 std::vector<std::string> commandNames(const Command& command);
 std::vector<std::string> optionNames(const Command& command);
+
+// The commands of the tool.
+#define COMMAND(command) Command command();
+#include "commands/commands.inc"
+#undef COMMAND

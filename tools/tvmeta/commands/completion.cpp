@@ -2,7 +2,7 @@
 
 #include "base/failure.h"
 #include "photographs/fields.h"
-#include "settings/methods.h"
+#include "settings/settings.h"
 
 #include <algorithm>
 #include <functional>

@@ -4,12 +4,12 @@
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "output/output_file.h"
 #include "photographs/photo.h"
 #include "pictures/load_picture.h"
-#include "pictures/profile_header.h"
-#include "system/file_copy.h"
+#include "pictures/profiles.h"
+#include "system/files.h"
 #include "system/paths.h"
 
 #include <tvmeta.h>

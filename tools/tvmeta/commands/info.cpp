@@ -2,10 +2,9 @@
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "commands/completion.h"
-#include "output/csv.h"
-#include "output/json.h"
+#include "output/records.h"
 #include "output/table.h"
 #include "photographs/field_filter.h"
 #include "photographs/fields.h"

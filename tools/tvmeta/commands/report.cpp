@@ -3,7 +3,7 @@
 #include "base/failure.h"
 #include "base/text.h"
 #include "commands/brackets.h"
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "output/output_file.h"
 #include "pages/page_content.h"
 #include "pages/report_page.h"

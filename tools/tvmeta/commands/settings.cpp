@@ -1,12 +1,12 @@
 // tvmeta settings: packets of processing settings in files.
 
+#include "settings/settings.h"
 #include "base/failure.h"
 #include "base/text.h"
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "commands/settings_options.h"
 #include "output/output_file.h"
 #include "photographs/photo.h"
-#include "settings/packets.h"
 
 #include <cerrno>
 #include <iomanip>

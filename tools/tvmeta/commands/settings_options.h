@@ -2,7 +2,7 @@
 #pragma once
 
 #include "commands/command_line.h"
-#include "settings/methods.h"
+#include "settings/settings.h"
 
 #include <string>
 #include <vector>

@@ -3,7 +3,7 @@
 #include "base/failure.h"
 #include "base/text.h"
 #include "base/words.h"
-#include "commands/commands.h"
+#include "commands/command_line.h"
 #include "commands/completion.h"
 #include "commands/icc.h"
 #include "commands/result_file.h"
@@ -12,7 +12,7 @@
 #include "photographs/photo.h"
 #include "pictures/convert.h"
 #include "pictures/load_picture.h"
-#include "pictures/profile_header.h"
+#include "pictures/profiles.h"
 #include "system/system.h"
 
 #include <iterator>

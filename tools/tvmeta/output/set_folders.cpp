@@ -5,7 +5,6 @@
 #include "output/move_journal.h"
 #include "output/output_file.h"
 #include "output/set_names.h"
-#include "system/file_copy.h"
 #include "system/files.h"
 #include "system/paths.h"
 #include "system/system.h"

@@ -1,7 +1,7 @@
 // The histogram of a picture by stops, as bars in a terminal and as an SVG picture.
 #pragma once
 
-#include "pictures/stop_histogram.h"
+#include "pictures/light_statistics.h"
 
 #include <span>
 #include <string>

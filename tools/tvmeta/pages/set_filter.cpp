@@ -1,7 +1,7 @@
 #include "pages/set_filter.h"
 
 #include "base/markup.h"
-#include "photographs/natural_order.h"
+#include "base/text.h"
 
 #include <algorithm>
 #include <utility>

@@ -2,7 +2,7 @@
 
 #include "base/failure.h"
 #include "base/numbers.h"
-#include "photographs/natural_order.h"
+#include "base/text.h"
 
 #include <optional>
 #include <string_view>

@@ -2,8 +2,8 @@
 
 #include "base/failure.h"
 #include "base/markup.h"
-#include "base/suggestion.h"
 #include "base/text.h"
+#include "base/words.h"
 #include "pictures/gain_map.h"
 #include "system/files.h"
 

@@ -1,12 +1,12 @@
 // Source photographs: the library's record of one, its texts and its blocks.
 #pragma once
 
-#include "photographs/capture_time.h"
 #include "system/files.h"
 
 #include <tvmeta_photo.h>
 
 #include <array>
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,6 +16,10 @@ struct Wanted {
     bool texts = false;
     std::vector<int32_t> blocks = {}; // TVMETA_THUMBNAIL, ...
 };
+
+// Capture times, by the clock of the camera. Without a time zone, their differences do not depend on the time zone and
+// daylight saving time of the computer.
+using CivilTime = std::chrono::local_seconds;
 
 struct Photo {
     std::string path;

@@ -1,6 +1,6 @@
 #include "photographs/photo_files.h"
 
-#include "photographs/natural_order.h"
+#include "base/text.h"
 #include "system/files.h"
 #include "system/paths.h"
 #include "system/system.h"

@@ -1,7 +1,7 @@
 #include "photographs/photo_sets.h"
 
 #include "base/numbers.h"
-#include "photographs/natural_order.h"
+#include "base/text.h"
 #include "system/paths.h"
 #include "system/system.h"
 

@@ -1,8 +1,8 @@
 #include "photographs/read_photos.h"
 
 #include "base/failure.h"
+#include "base/text.h"
 #include "base/words.h"
-#include "photographs/natural_order.h"
 #include "photographs/photo_files.h"
 #include "system/terminal.h"
 

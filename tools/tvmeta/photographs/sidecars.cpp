@@ -1,6 +1,6 @@
 #include "photographs/sidecars.h"
 
-#include "photographs/natural_order.h"
+#include "base/text.h"
 #include "system/paths.h"
 
 #include <algorithm>

@@ -1,10 +1,12 @@
-// Statistics of the luminance of a picture.
+// Statistics of the luminance of a picture, and its light by stops.
 #pragma once
 
 #include "pictures/light.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 struct LightStatistics {
@@ -28,3 +30,13 @@ struct LightStatistics {
 
 // Measures every pixel. Without a lit pixel the luminances are zero.
 LightStatistics measureLight(const Picture& picture, const LightRule& rule);
+
+// Pixels by their stops from a reference luminance.
+struct StopHistogram {
+    double start = 0;           // stops at the lower end of the first bin, a multiple of the step
+    double step = 1;            // stops of a bin; its upper end belongs to it, its lower end to the bin before
+    std::vector<double> shares; // of the pixels above zero
+};
+
+// The bins have one stop, doubled until there are at most `maxBins`. There must be luminances, all above zero.
+StopHistogram stopHistogram(std::span<const float> luminances, double reference, size_t maxBins);

@@ -1,8 +1,8 @@
 #include "pictures/load_picture.h"
 
 #include "base/failure.h"
-#include "base/suggestion.h"
 #include "base/text.h"
+#include "base/words.h"
 #include "pictures/decoders.h"
 #include "pictures/profiles.h"
 

@@ -3,15 +3,18 @@
 #include "base/failure.h"
 #include "system/paths.h"
 
-#if __has_include(<sys/mman.h>)
 #include <sys/mman.h>
-#endif
+#include <tvmeta_photo.h>
 
 #include <cmath>
 #include <filesystem>
+#include <iterator>
 #include <limits>
 #include <new>
 #include <system_error>
+
+#if __has_include(<sys/mman.h>)
+#endif
 
 namespace {
 
@@ -85,4 +88,13 @@ File openPicture(const std::string& path) {
     File file = openFile(path);
     std::setvbuf(file.get(), nullptr, _IOFBF, BufferSize);
     return file;
+}
+
+std::optional<int32_t> exifOrientation(std::span<const unsigned char> structure) {
+    tvmeta_Source source;
+    tvmeta_Photo photo = {};
+    photo.recordSize = sizeof photo;
+    tvmeta_memory(structure.data(), std::ssize(structure), &source);
+    tvmeta_read_photo(&source, &photo); // what a damaged structure still contains counts
+    return TVMETA_HAS(&photo, TVMETA_ORIENTATION) ? std::optional(photo.orientation) : std::nullopt;
 }

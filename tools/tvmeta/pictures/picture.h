@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -87,3 +88,6 @@ void takeResolution(Picture& picture, double across, double down, double inches)
 
 // Opens a picture for sequential reading.
 File openPicture(const std::string& path);
+
+// The orientation code, 1 to 8, in the first directory of a TIFF structure in memory (EXIF 2.3, tag 274).
+std::optional<int32_t> exifOrientation(std::span<const unsigned char> structure);

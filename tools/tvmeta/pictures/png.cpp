@@ -2,7 +2,7 @@
 
 #include "base/failure.h"
 #include "pictures/decoders.h"
-#include "pictures/exif_orientation.h"
+#include "pictures/picture.h"
 
 #include <png.h>
 

@@ -1,9 +1,10 @@
-// Reads files and parts of files. Functions that fail throw Failure with the system's reason.
+// Reads, copies and writes files. Functions that fail throw Failure with the system's reason.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <span>
@@ -72,3 +73,12 @@ inline std::span<const unsigned char> asBytes(std::string_view text) {
 inline std::string_view asText(std::span<const unsigned char> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
+
+// Calls `take` with the rest of an open file, piece by piece.
+void readPieces(std::FILE* file, const std::string& path, const std::function<void(std::string_view piece)>& take);
+
+// Overwrites `copy` with the contents of a regular file.
+void copyFile(const std::string& path, const std::string& copy);
+
+// Throws Failure if the file does not take all bytes.
+void writeBytes(std::FILE* file, std::string_view bytes, const std::string& path);

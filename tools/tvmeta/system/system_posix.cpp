@@ -1,7 +1,7 @@
 #include "system/system.h"
 
-#include "base/character_width.h"
 #include "base/failure.h"
+#include "base/text.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -1,5 +1,5 @@
-#include "base/character_width.h"
 #include "base/failure.h"
+#include "base/text.h"
 #include "system/paths.h"
 #include "system/system.h"
 #include "system/windows_handle.h"

@@ -1,13 +1,15 @@
-#include "output/csv.h"
+#include "output/records.h"
 
 #include "base/numbers.h"
 #include "base/text.h"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <iterator>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -63,4 +65,19 @@ std::string csvHeader(const Record& record) {
     std::vector<std::string> names;
     std::ranges::transform(record, std::back_inserter(names), &NamedValue::name);
     return fmt::format("{}\r\n", fmt::join(names, ","));
+}
+
+std::string jsonObject(const Record& record) {
+    using nlohmann::ordered_json;
+    ordered_json object = ordered_json::object();
+    for (const NamedValue& member : record) {
+        std::visit(
+            [&](const auto& value) {
+                if constexpr (!std::is_same_v<std::decay_t<decltype(value)>, std::monostate>) {
+                    object[member.name] = value;
+                }
+            },
+            member.value);
+    }
+    return object.dump(-1, ' ', true, ordered_json::error_handler_t::replace);
 }

@@ -1,4 +1,4 @@
-#include "base/suggestion.h"
+#include "base/words.h"
 
 #include <algorithm>
 #include <cstddef>
