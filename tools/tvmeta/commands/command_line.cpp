@@ -25,10 +25,6 @@ bool hasRange(const Option& option) {
     return option.rules.range.second > 0;
 }
 
-bool isList(const Option& option) {
-    return std::holds_alternative<std::vector<std::string>*>(option.target);
-}
-
 // What the help shows after the names. CLI11 would show types, and the options that one excludes.
 std::string valueText(const Option& option) {
     const bool isNoted = option.rules.isRequired && hasName(option);
@@ -45,10 +41,6 @@ CLI::Validator oneOf(const std::vector<std::string>& choices) {
         "");
 }
 
-bool isWhole(const Option& option) {
-    return !std::holds_alternative<double*>(option.target);
-}
-
 // The limits of a number, for help and messages: "from 2 to 100".
 std::string limitsOf(const Option& option) {
     return fmt::format("from {} to {}", option.rules.range.first, option.rules.range.second);
@@ -57,12 +49,13 @@ std::string limitsOf(const Option& option) {
 CLI::Validator numberOf(const Option& option) {
     return CLI::Validator(
         [option](const std::string& word) {
-            const bool isNumber = isWhole(option) ? parseWholeNumber(word).has_value() : parseNumber(word).has_value();
+            const bool isWhole = !std::holds_alternative<double*>(option.target);
+            const bool isNumber = isWhole ? parseWholeNumber(word).has_value() : parseNumber(word).has_value();
             const double number = parseNumber(word).value_or(0);
             const bool isValid = isNumber && number >= option.rules.range.first && number <= option.rules.range.second;
             return isValid ? ""
-                           : fmt::format("expected a {}number {}, found {}", isWhole(option) ? "whole " : "",
-                                         limitsOf(option), word);
+                           : fmt::format("expected a {}number {}, found {}", isWhole ? "whole " : "", limitsOf(option),
+                                         word);
         },
         "");
 }
@@ -83,7 +76,7 @@ CLI::Option* addOption(CLI::App& app, const Option& option) {
         },
         option.target);
     added->required(option.rules.isRequired)->option_text(valueText(option));
-    if (isList(option) && hasName(option)) {
+    if (std::holds_alternative<std::vector<std::string>*>(option.target) && hasName(option)) {
         added->allow_extra_args(false); // one value after each name
     }
     if (option.rules.separator != '\0') {
@@ -193,8 +186,16 @@ int wrongUse(const Chosen& chosen, const std::string& problem) {
     return WrongUse;
 }
 
-// The messages of CLI11 about an option begin with its name.
-std::string inOurWords(const CLI::ParseError& error, const Command& command) {
+// The words that no argument takes, as on the command line: CLI11 lists those after "--" first.
+std::vector<std::string> inOrder(std::vector<std::string> unread, const std::vector<std::string>& words) {
+    const auto fromEnd = [&](const std::string& word) { return std::find(words.rbegin(), words.rend(), word); };
+    std::erase(unread, "--");
+    std::ranges::sort(unread, std::greater(), fromEnd);
+    return unread;
+}
+
+// The messages of CLI11 about an option begin with its name. `unread` are the words that nothing takes.
+std::string inOurWords(const CLI::ParseError& error, const Command& command, const std::vector<std::string>& unread) {
     const std::string message = error.what();
     const std::string name = message.substr(0, message.find_first_of(": "));
     const std::string last = message.substr(message.rfind(' ') + 1);
@@ -205,7 +206,7 @@ std::string inOurWords(const CLI::ParseError& error, const Command& command) {
         return name + " and " + last + " cannot be combined";
     }
     if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
-        return "unexpected word " + message.substr(message.find(": ") + 2);
+        return fmt::format("unexpected word {}", fmt::join(unread, " "));
     }
     const Option* const option = optionNamed(command, name);
     const bool isOurs = dynamic_cast<const CLI::ValidationError*>(&error) != nullptr;
@@ -291,11 +292,10 @@ int runCommandLine(const Command& described, int argc, const char* const* argv) 
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() != 0) {
             const Chosen chosen = chosenCommand(tool, app);
-            std::optional<std::string> stray = strayOption(*chosen.command, words);
-            if (!stray) {
-                stray = strayCommand(*chosen.command, app.remaining(true));
-            }
-            return wrongUse(chosen, stray.value_or(inOurWords(error, *chosen.command)));
+            const std::vector<std::string> unread = inOrder(app.remaining(true), words);
+            const std::optional<std::string> option = strayOption(*chosen.command, words);
+            const std::optional<std::string> stray = option ? option : strayCommand(*chosen.command, unread);
+            return wrongUse(chosen, stray.value_or(inOurWords(error, *chosen.command, unread)));
         }
         app.exit(error); // prints help or version
     } catch (const WrongCommandLine& error) {

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <span>
 #include <string_view>
 
 namespace {
@@ -73,12 +72,11 @@ std::optional<GainMap> fromBlock(std::span<const unsigned char> block) {
         return static_cast<double>(static_cast<int32_t>(bigEndian(bytes.first(4)))) /
                std::max(bigEndian(bytes.last(4)), 1U);
     };
-    GainMap map;
+    GainMap map = {.isForStandardRange = fraction(0) > fraction(1)};
     for (size_t i = 0; i < map.channels.size(); ++i) {
         const size_t at = Headrooms + ChannelFractions * (channels == 1 ? 0 : i);
         map.channels[i] = {fraction(at), fraction(at + 1), fraction(at + 2), fraction(at + 3), fraction(at + 4)};
     }
-    map.isForStandardRange = fraction(0) > fraction(1);
     return map;
 }
 
@@ -87,24 +85,29 @@ std::optional<GainMap> describedIn(std::span<const unsigned char> jpeg) {
     constexpr unsigned char App1 = 0xE1, App2 = 0xE2, StartOfScan = 0xDA;
     constexpr std::string_view Block("urn:iso:std:iso:ts:21496:-1\0", 28);
     std::optional<GainMap> map;
-    jpeg = jpeg.subspan(2);
-    while (jpeg.size() >= 4 && jpeg[0] == 0xFF && jpeg[1] != StartOfScan) {
-        const unsigned char marker = jpeg[1];
+    for (jpeg = jpeg.subspan(2); jpeg.size() >= 4 && jpeg[0] == 0xFF && jpeg[1] != StartOfScan;) {
         const size_t length = bigEndian(jpeg.subspan(2, 2));
         if (length < 2 || length > jpeg.size() - 2) {
             break;
         }
         const auto content = jpeg.subspan(4, length - 2);
-        if (marker == App2 && asText(content).starts_with(Block)) {
+        if (jpeg[1] == App2 && asText(content).starts_with(Block)) {
             if (const auto found = fromBlock(content.subspan(Block.size()))) {
                 return found;
             }
-        } else if (marker == App1 && !map) {
+        } else if (jpeg[1] == App1 && !map) {
             map = fromPacket(asText(content));
         }
         jpeg = jpeg.subspan(2 + length);
     }
     return map;
+}
+
+bool isUsable(const Channel& channel) {
+    constexpr double MaxStops = 100;
+    return channel.gamma > 0 && std::isfinite(channel.gamma) && std::isfinite(channel.baseOffset) &&
+           std::isfinite(channel.offset) && std::fabs(channel.minimum) <= MaxStops &&
+           std::fabs(channel.maximum) <= MaxStops;
 }
 
 } // namespace
@@ -125,30 +128,22 @@ std::string GainMap::name() const {
 // The metadata of the first JPEG name the map. The second JPEG is found by its first bytes, which coded pixels cannot
 // contain; blocks of metadata can, with previews.
 std::optional<GainMap> findGainMap(const std::string& path) {
-    constexpr size_t MaxHeader = size_t{1} << 18;
+    constexpr size_t MaxHeader = size_t{1} << 18, MaxPictures = 32;
     constexpr std::string_view Signs[] = {"hdrgm:", "ts:21496:-1", {"MPF\0", 4}};
     constexpr std::string_view JpegStart = "\xFF\xD8\xFF";
-    constexpr int MaxPictures = 32;
-    const auto isUsable = [](const Channel& channel) {
-        constexpr double MaxStops = 100;
-        return channel.gamma > 0 && std::isfinite(channel.gamma) && std::isfinite(channel.baseOffset) &&
-               std::isfinite(channel.offset) && std::fabs(channel.minimum) <= MaxStops &&
-               std::fabs(channel.maximum) <= MaxStops;
-    };
     const Bytes header = readStart(path, MaxHeader);
     if (std::ranges::none_of(Signs, [&](auto sign) { return asText(header).find(sign) != sign.npos; })) {
         return std::nullopt;
     }
     const Bytes file = readFile(path);
-    size_t place = asText(file).find(JpegStart, 1);
-    for (int i = 0; i < MaxPictures && place != std::string_view::npos; ++i) {
-        std::optional<GainMap> map =
-            describedIn(std::span(file).subspan(place).first(std::min(MaxHeader, file.size() - place)));
+    const std::string_view text = asText(file);
+    size_t place = text.find(JpegStart, 1);
+    for (size_t i = 0; i < MaxPictures && place != text.npos; ++i, place = text.find(JpegStart, place + 1)) {
+        std::optional<GainMap> map = describedIn(asBytes(text.substr(place, MaxHeader)));
         if (map && std::ranges::all_of(map->channels, isUsable)) {
             map->place = static_cast<long>(place);
             return map;
         }
-        place = asText(file).find(JpegStart, place + 1);
     }
     return std::nullopt;
 }
