@@ -645,7 +645,7 @@ typedef struct tvmeta_BracketSet {
 
 /**
  * Groups photographs into exposure brackets. Reads no file. Takes n log n time, with a count up to 100 times that,
- * and some 170 bytes per file during the call.
+ * and some 190 bytes per file during the call.
  *
  * Files become photographs. In one folder, files of one camera and second are one photograph if their names differ in
  * the extension only, or if one name continues the other with a character that is not a digit and time and exposure are

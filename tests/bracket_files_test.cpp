@@ -26,6 +26,8 @@ TEST(Brackets, SeparatesScenes) {
     };
     static const char* const Names[] = {"IMG_9998.jpg", "IMG_9999.jpg", "IMG_0001.jpg",
                                         "IMG_0002.jpg", "IMG_0003.jpg", "IMG_0004.jpg"};
+    static const char* const Numbers[] = {"B0.jpg",          "B007.jpg",         "B90000001.jpg",
+                                          "B0123450002.jpg", "B90000000003.jpg", "B_4.jpg"};
     const char* const Two = "0 -2 2 0 -2 2";
     const char* const Marked = "bracket bias fine 0 -2 2 1s 0 -2 2";
     const Change changes[] = {
@@ -50,6 +52,13 @@ TEST(Brackets, SeparatesScenes) {
         {"numbers wrap in one second", Two, [](tvmeta_Shot& s, size_t i) { s.name = Names[i], setSecond(s, 0); },
          "abc def"},
         {"IMG_9 before IMG_10 in one second", Two, [](tvmeta_Shot& s, size_t) { setSecond(s, 0); }, "abc def"},
+        {"numbers of any length in one second", Two,
+         [](tvmeta_Shot& s, size_t i) { s.name = Numbers[i], setSecond(s, 0); }, "abc def"},
+        {"folders before names in one second", Two,
+         [](tvmeta_Shot& s, size_t i) {
+             s.name = Names[i], s.folder = i < 2 ? "c/100CANON" : "c/101CANON", setSecond(s, 0);
+         },
+         "abc def"},
         {"fractions before names", "bracket bias fine -2 0 2 1s -2 0 2",
          [](tvmeta_Shot& s, size_t i) { setSecond(s, 0), s.captureNanoseconds = static_cast<int32_t>(600000 - i); },
          "fed! cba!"},

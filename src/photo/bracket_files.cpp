@@ -2,6 +2,7 @@
 #include "photo/brackets.h"
 #include "photo/file_names.h"
 #include "support/text_numbers.h"
+#include "support/text_search.h"
 
 #include <algorithm>
 #include <limits>
@@ -74,8 +75,8 @@ bool belongsTo(const tvmeta_Shot& shot, const tvmeta_Shot& leader) {
 
 // Orders files so that those of one photograph are neighbours: names that continue a name follow it.
 bool isBefore(const Shots& shots, const SortKey& a, const SortKey& b) {
-    if (a.group != b.group || a.time != b.time) {
-        return a.group != b.group ? a.group < b.group : a.time < b.time;
+    if (a.group != b.group || a.time != b.time || a.order != b.order) {
+        return a.group != b.group ? a.group < b.group : a.time != b.time ? a.time < b.time : a.order < b.order;
     }
     const std::size_t first = static_cast<std::size_t>(a.file), second = static_cast<std::size_t>(b.file);
     if (const int order = stemOf(shots.name(first)).compare(stemOf(shots.name(second))); order != 0) {
@@ -87,12 +88,31 @@ bool isBefore(const Shots& shots, const SortKey& a, const SortKey& b) {
 
 } // namespace
 
+std::size_t Shots::commonStart() const {
+    const std::string_view first = name(0);
+    std::size_t length = first.size();
+    for (std::size_t i = 1; i < count && length > 0; ++i) {
+        const std::string_view start(first.data(), length);
+        length = static_cast<std::size_t>(std::ranges::mismatch(start, name(i)).in1 - start.begin());
+    }
+    while (length > 0 && isDigit(first[length - 1])) {
+        --length;
+    }
+    return length;
+}
+
 void findLeaders(const Shots& shots, Workspace& work) {
     constexpr std::int64_t NoTime = std::numeric_limits<std::int64_t>::min();
+    const std::size_t start = shots.commonStart();
     for (std::size_t i = 0; i < shots.count; ++i) {
         const tvmeta_Shot shot = shots[i];
         const std::int64_t time = has(shot, TVMETA_CAPTURE_TIME) ? shot.captureTime : NoTime;
-        work.keys[i] = {hashText(shot.camera, textOrEmpty(shot.folder)), time, static_cast<std::int64_t>(i), 0};
+        work.keys[i] = {hashText(shot.camera, textOrEmpty(shot.folder)),
+                        time,
+                        0,
+                        orderOfBytes(textFrom(stemOf(textOrEmpty(shot.name)), start)),
+                        static_cast<std::int64_t>(i),
+                        0};
     }
     std::ranges::sort(work.keys, [&](const SortKey& a, const SortKey& b) { return isBefore(shots, a, b); });
 

@@ -1,6 +1,7 @@
 // Photo: photographs in order of capture, with the pauses between them.
 #include "photo/brackets.h"
 #include "photo/file_names.h"
+#include "support/text_search.h"
 
 #include <algorithm>
 #include <limits>
@@ -53,9 +54,11 @@ bool usesFraction(const tvmeta_Shot& shot, unsigned char clock) {
            shot.captureNanoseconds < NanosecondsPerSecond;
 }
 
-SortKey keyOf(const tvmeta_Shot& shot, std::size_t file, unsigned char clock) {
+SortKey keyOf(const tvmeta_Shot& shot, std::size_t file, unsigned char clock, std::size_t commonStart) {
     SortKey key = {};
+    key.order = orderOfName(textFrom(textOrEmpty(shot.name), commonStart));
     const std::string_view card = cardOf(textOrEmpty(shot.folder));
+    key.folder = orderOfName(textFrom(textOrEmpty(shot.folder), card.size()));
     key.group = hashText(bodyOf(shot) + static_cast<std::uint64_t>(shot.format), card);
     key.file = static_cast<std::int64_t>(file);
     if (has(shot, TVMETA_CAPTURE_TIME)) {
@@ -186,6 +189,9 @@ void sortKeys(const Shots& shots, std::span<SortKey> keys) {
                    : a.time != b.time ? a.time < b.time
                                       : a.nanoseconds < b.nanoseconds;
         }
+        if (a.folder != b.folder || a.order != b.order) {
+            return a.folder != b.folder ? a.folder < b.folder : a.order < b.order;
+        }
         const int folders = compareNames(shots.folder(fileOf(a)), shots.folder(fileOf(b)));
         const int names = folders != 0 ? 0 : compareNames(shots.name(fileOf(a)), shots.name(fileOf(b)));
         return folders != 0 ? folders < 0 : names != 0 ? names < 0 : a.file < b.file;
@@ -207,14 +213,15 @@ void sortKeys(const Shots& shots, std::span<SortKey> keys) {
 
 void makeFrames(const Shots& shots, const Options& options, Workspace& work) {
     for (std::size_t i = 0; i < shots.count; ++i) {
-        work.keys[i] = {bodyOf(shots[i]), 0, static_cast<std::int64_t>(i), 0};
+        work.keys[i] = {bodyOf(shots[i]), 0, 0, 0, static_cast<std::int64_t>(i), 0};
     }
     learnClocks(shots, work);
+    const std::size_t commonStart = shots.commonStart();
     std::size_t count = 0;
     for (std::size_t i = 0; i < shots.count; ++i) {
         const tvmeta_Shot shot = shots[i];
         if (work.leaders[i] == static_cast<std::int64_t>(i) && (options.count > 0 || canBeInSet(shot))) {
-            work.keys[count++] = keyOf(shot, i, work.clock[i]);
+            work.keys[count++] = keyOf(shot, i, work.clock[i], commonStart);
         }
     }
     work.keys = work.keys.first(count);

@@ -42,6 +42,9 @@ class Shots {
     std::string_view name(std::size_t index) const { return textAt(index, offsetof(tvmeta_Shot, name)); }
     std::string_view folder(std::size_t index) const { return textAt(index, offsetof(tvmeta_Shot, folder)); }
 
+    // The length of the start that all names have in common, without digits at its end.
+    std::size_t commonStart() const;
+
   private:
     std::string_view textAt(std::size_t index, std::size_t offset) const {
         const char* text = nullptr;
@@ -109,10 +112,12 @@ struct FoundSet {
     std::int32_t confidence, evidence;
 };
 
-// One entry for sorting.
+// One entry for sorting. Names are in memory that is far apart: `folder` and `order` decide most comparisons without
+// them.
 struct SortKey {
     std::uint64_t group;
     std::int64_t time;
+    std::uint64_t folder, order; // of its name on the card, and of the file name
     std::int64_t file;
     std::int32_t nanoseconds;
 };

@@ -31,6 +31,24 @@ Digits digitsAt(std::string_view text) {
     return {{text.data() + zeros, length - zeros}, length};
 }
 
+// The first bytes of a text as a number.
+class FirstBytes {
+  public:
+    void add(char c) {
+        if (shift_ > 0) {
+            shift_ -= 8;
+            number_ |= std::uint64_t{static_cast<unsigned char>(c)} << shift_;
+        }
+    }
+
+    bool isFull() const { return shift_ == 0; }
+    std::uint64_t number() const { return number_; }
+
+  private:
+    std::uint64_t number_ = 0;
+    int shift_ = 64;
+};
+
 } // namespace
 
 std::string_view stemOf(std::string_view name) {
@@ -88,6 +106,37 @@ int compareNames(std::string_view a, std::string_view b) {
     }
     const bool aHasMore = i < a.size(), bHasMore = j < b.size();
     return aHasMore == bHasMore ? a.compare(b) : aHasMore ? 1 : -1;
+}
+
+std::uint64_t orderOfBytes(std::string_view text) {
+    FirstBytes bytes;
+    for (std::size_t i = 0; i < text.size() && !bytes.isFull(); ++i) {
+        bytes.add(text[i]);
+    }
+    return bytes.number();
+}
+
+// A number is written as the count of its digits, itself a digit, and the digits: 12 (212) comes before 9000 (49000).
+std::uint64_t orderOfName(std::string_view name) {
+    constexpr std::size_t MaxDigits = 8;
+    FirstBytes bytes;
+    for (std::size_t i = 0; i < name.size() && !bytes.isFull();) {
+        if (!isDigit(name[i])) {
+            bytes.add(name[i++]);
+            continue;
+        }
+        const Digits digits = digitsAt(textFrom(name, i));
+        if (digits.significant.size() > MaxDigits) {
+            bytes.add('9');
+            break;
+        }
+        bytes.add(static_cast<char>('0' + digits.significant.size()));
+        for (const char digit : digits.significant) {
+            bytes.add(digit);
+        }
+        i += digits.length;
+    }
+    return bytes.number();
 }
 
 } // namespace tvmeta

@@ -26,4 +26,9 @@ std::int32_t cardFolderNumber(std::string_view folder);
 // The order in which people expect names: IMG_9 before IMG_10. Negative, 0 or positive.
 int compareNames(std::string_view a, std::string_view b);
 
+// Numbers for sorting that need no access to the texts: the order of the first bytes, and that of compareNames().
+// Different texts may have the same number.
+std::uint64_t orderOfBytes(std::string_view text);
+std::uint64_t orderOfName(std::string_view name);
+
 } // namespace tvmeta
