@@ -11,10 +11,6 @@ std::string dataUrl(const Bytes& jpeg) {
     return "data:image/jpeg;base64," + base64(jpeg);
 }
 
-std::string image(const std::string& source, const std::string& alternative, const std::string& attributes) {
-    return "<img loading=\"lazy\"" + attribute("alt", alternative) + attributes + attribute("src", source) + ">";
-}
-
 std::string turn(const PagePhoto& photo) {
     const bool isTurned = photo.orientation >= 2 && photo.orientation <= 8;
     return isTurned ? "o" + std::to_string(photo.orientation) : "";
@@ -23,19 +19,26 @@ std::string turn(const PagePhoto& photo) {
 std::string smallPicture(const PagePhoto& photo) {
     const Bytes thumbnail = photo.thumbnail();
     const std::string turned = turn(photo);
-    return thumbnail.empty() ? NoThumbnail
-                             : image(dataUrl(thumbnail), "Thumbnail of " + markup(photo.name),
-                                     turned.empty() ? "" : attribute("class", turned));
+    return thumbnail.empty()
+               ? NoThumbnail
+               : "<img loading=\"lazy\"" + attribute("alt", "Thumbnail of " + markup(photo.name)) +
+                     (turned.empty() ? "" : attribute("class", turned)) + attribute("src", dataUrl(thumbnail)) + ">";
 }
 
-// Hidden until the button is pressed; browsers load it then. They turn a file by its own orientation.
+// Hidden until it is opened, and closed by a click. Browsers prepare every img of a page, but the background of an
+// element only when it is shown; they turn a file by its own orientation. Neither source has characters to escape.
 std::string largePicture(const PagePhoto& photo, const std::string& id) {
     const Bytes preview = photo.preview ? photo.preview() : Bytes();
-    const std::string attributes = attribute("id", id) + " popover";
-    return !preview.empty()
-               ? image(dataUrl(preview), markup(photo.name), attribute("class", "large " + turn(photo)) + attributes)
-           : photo.isShownByBrowsers ? image(photo.url, markup(photo.name), attribute("class", "large") + attributes)
-                                     : "";
+    if (preview.empty() && !photo.isShownByBrowsers) {
+        return "";
+    }
+    const std::string turned = preview.empty() ? "" : turn(photo);
+    const std::string source = preview.empty() ? photo.url : dataUrl(preview);
+    return element("button", "",
+                   attribute("class", turned.empty() ? "large" : "large " + turned) + attribute("id", id) +
+                       " popover type=\"button\"" + attribute("popovertarget", id) +
+                       attribute("aria-label", "Close " + markup(photo.name)) +
+                       attribute("style", "background-image: url(" + source + ")"));
 }
 
 } // namespace

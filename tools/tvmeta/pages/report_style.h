@@ -43,8 +43,7 @@ section > .strip li { content-visibility: auto; contain-intrinsic-size: auto 10r
   border: 0; background: #666; color: #fff; font: inherit; }
 button.frame { cursor: zoom-in; }
 .frame img { width: 100%; height: 100%; object-fit: contain; }
-.large { min-width: min(90vw, 40rem); max-width: 96vw; max-height: 88vh; padding: 0; border: 0; object-fit: contain;
-  background: none; color: #fff; }
+.large { width: 96vw; height: 88vh; padding: 0; border: 0; background: center / contain no-repeat; cursor: zoom-out; }
 .large::backdrop { background: rgb(0 0 0 / .7); }
 .large.o5, .large.o6, .large.o7, .large.o8 { width: min(96vw, 92vh); height: min(96vw, 92vh); }
 @supports not selector(:popover-open) { .large { display: none; } }
