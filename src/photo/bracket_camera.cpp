@@ -167,6 +167,29 @@ Run usualSet(std::size_t firstSet, const Workspace& work) {
     return usual;
 }
 
+// Two exposures pressed slowly look like a correction, unless nearly all pairs of the camera are the same.
+Run usualPair(Run camera, Workspace& work) {
+    constexpr std::size_t MinPairs = 3;
+    const std::size_t firstSet = work.setCount;
+    for (std::size_t i = 0; i + 1 < camera.size(); ++i) {
+        const Run pair = camera.subspan(i, 2);
+        const bool differs = std::abs(pair[0].bias - pair[1].bias) > Tolerance;
+        if (pair[1].kind == Kind::Unmarked && differs && hasPausesWithin(pair, PressedGap) && followsBias(pair, 0)) {
+            work.add(pair, 0, TVMETA_BY_GUESS, TVMETA_EVIDENCE_BIAS);
+            ++i;
+        }
+    }
+    const Run usual = usualSet(firstSet, work);
+    const auto pairs = std::span<const FoundSet>(work.sets).subspan(firstSet, work.setCount - firstSet);
+    const auto equal = static_cast<std::size_t>(std::ranges::count_if(pairs, [&](const FoundSet& set) {
+        const Run pair = framesOf(set, work);
+        return !usual.empty() && std::abs(pair[0].bias - usual[0].bias) <= Tolerance &&
+               hasSameShape(pair, usual, &Frame::bias);
+    }));
+    work.setCount = firstSet;
+    return equal >= MinPairs && 4 * equal >= 3 * pairs.size() ? usual : Run();
+}
+
 std::size_t expectedShots(const FoundSet& set, Run usual, const Workspace& work) {
     const Run run = framesOf(set, work);
     if (run.size() < usual.size() && hasSameShape(usual.first(run.size()), run, keyOf(set))) {
@@ -181,7 +204,8 @@ std::size_t expectedShots(const FoundSet& set, Run usual, const Workspace& work)
 void divideByCamera(Run camera, const Options& options, Workspace& work) {
     const std::size_t firstSet = work.setCount;
     divideRuns(camera, options, {}, work);
-    const Run usual = usualSet(firstSet, work);
+    Run usual = usualSet(firstSet, work);
+    usual = usual.empty() && work.setCount == firstSet ? usualPair(camera, work) : usual;
     if (!usual.empty()) {
         work.setCount = firstSet;
         divideRuns(camera, options, usual, work);
