@@ -181,6 +181,7 @@ TEST(Brackets, GroupsByExposurePattern) {
         {"shot missing in a panorama", "0 -2 2 0 -2 2 0 -2 0 -2 2 0 -2 2", "abc def gh/3 ijk lmn"},
         {"stray shot before", "0 -2 0 2 -2 0 2", "bcd efg; a"},
         {"stray shot before, by its pause", "fine 2 2s -2 0 2 2s -2 0 2", "bcd efg; a"},
+        {"end of a set, by the pauses", "fine 0 2 1s -2 0 2 1s -2 0 2 1s -2 0 2", "ab/3 cde fgh ijk"},
         {"stray shot after", "-2 0 2 -2 0 2 1", "abc def; g"},
         {"threes, then fives", "0 -2 2 0 -2 2 1 -1 -2 2 3 1 -1 -2 2 3", "abc def ghijk lmnop"},
         {"burst in drifting light", "0 0 0 .1 .1 .1 0", "; abcdefg"},
