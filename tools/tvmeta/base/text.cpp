@@ -117,6 +117,11 @@ std::string printable(std::string_view text) {
     return safe;
 }
 
+std::string lowerCase(std::string text) {
+    std::ranges::transform(text, text.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; });
+    return text;
+}
+
 bool isUtf8(std::string_view text) {
     while (!text.empty()) {
         const size_t length = decodeFirst(text).length;

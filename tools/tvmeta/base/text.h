@@ -8,6 +8,9 @@
 // Replaces bytes that are not printable UTF-8, and characters that change the writing direction, by \xNN.
 std::string printable(std::string_view text);
 
+// With small letters in place of the capitals of ASCII.
+std::string lowerCase(std::string text);
+
 bool isUtf8(std::string_view text);
 
 // The width of a printable text in columns.

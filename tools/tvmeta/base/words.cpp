@@ -1,16 +1,14 @@
 #include "base/words.h"
 
+#include "base/text.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <vector>
 
 namespace {
 
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-// The Damerau-Levenshtein distance (optimal string alignment), ignoring case: the number of insertions, deletions,
+// The Damerau-Levenshtein distance (optimal string alignment): the number of insertions, deletions,
 // replacements and swaps of adjacent characters.
 size_t editDistance(std::string_view from, std::string_view to) {
     std::vector<size_t> beforeLast;
@@ -24,10 +22,9 @@ size_t editDistance(std::string_view from, std::string_view to) {
         last = std::move(current);
         current.assign(to.size() + 1, i);
         for (size_t j = 1; j <= to.size(); ++j) {
-            const bool isSame = lower(from[i - 1]) == lower(to[j - 1]);
+            const bool isSame = from[i - 1] == to[j - 1];
             current[j] = std::min({last[j] + 1, current[j - 1] + 1, last[j - 1] + (isSame ? 0 : 1)});
-            const bool isExchanged =
-                i > 1 && j > 1 && lower(from[i - 1]) == lower(to[j - 2]) && lower(from[i - 2]) == lower(to[j - 1]);
+            const bool isExchanged = i > 1 && j > 1 && from[i - 1] == to[j - 2] && from[i - 2] == to[j - 1];
             if (isExchanged) {
                 current[j] = std::min(current[j], beforeLast[j - 2] + 1);
             }
@@ -37,10 +34,6 @@ size_t editDistance(std::string_view from, std::string_view to) {
 }
 
 } // namespace
-
-bool equalsIgnoringCase(std::string_view first, std::string_view second) {
-    return std::ranges::equal(first, second, {}, lower, lower);
-}
 
 std::string wordList(std::span<const std::string> words, std::string_view conjunction) {
     const std::string beforeLast = std::string(" ").append(conjunction).append(" ");
@@ -55,7 +48,8 @@ std::string wordList(std::span<const std::string> words, std::string_view conjun
 
 std::string nearestName(std::string_view word, std::span<const std::string> names) {
     constexpr size_t MaxWord = 64; // the time is proportional to the product of the sizes
-    const auto distance = [word](const std::string& name) { return editDistance(word, name); };
+    const std::string given = lowerCase(std::string(word));
+    const auto distance = [&](const std::string& name) { return editDistance(given, lowerCase(name)); };
     if (names.empty() || word.size() > MaxWord) {
         return {};
     }

@@ -19,8 +19,6 @@ std::string joined(const Words& words) {
     return fmt::format("{}", fmt::join(words, ", "));
 }
 
-bool equalsIgnoringCase(std::string_view first, std::string_view second);
-
 // A list with commas and a conjunction before the last word: "8, 16 or 32".
 std::string wordList(std::span<const std::string> words, std::string_view conjunction);
 

@@ -25,7 +25,7 @@ namespace {
 Bytes exifBlockOf(const std::string& path) {
     const OpenPhoto file(path);
     const Photo photo = readNamed(file);
-    const std::vector<tvmeta_Tag> tags = file.tags();
+    const std::vector<tvmeta_Tag> tags = tagsOf(file.source());
     constexpr int32_t Camera[] = {TVMETA_EXIF_DIRECTORY, TVMETA_GPS_DIRECTORY};
     const bool hasCamera =
         photo.has(TVMETA_MAKE) || photo.has(TVMETA_MODEL) || std::ranges::any_of(tags, [&](const tvmeta_Tag& tag) {

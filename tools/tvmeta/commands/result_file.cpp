@@ -98,13 +98,6 @@ Bytes valueOf(const tvmeta_Source& source, const tvmeta_Tag& tag) {
     return bytes;
 }
 
-std::vector<tvmeta_Tag> tagsOf(const tvmeta_Source& source) {
-    std::vector<tvmeta_Tag> tags(
-        static_cast<size_t>(std::max<int64_t>(tvmeta_list_tags(&source, nullptr, nullptr, 0), 0)));
-    tvmeta_list_tags(&source, nullptr, tags.data(), std::ssize(tags));
-    return tags;
-}
-
 // Large values are not worth reading twice: none of a camera's has more.
 constexpr uint64_t MaxChecked = 1 << 20;
 
@@ -141,11 +134,16 @@ void requireKept(const std::string& path, const tvmeta_Source& photo, const tvme
     }
 }
 
-[[noreturn]] void failToSave(int32_t status, const std::string& shown) {
-    if (status == TVMETA_NO_MEMORY) {
+// The result of the library if it is a size or a number.
+size_t requireSaved(int64_t result, const std::string& shown) {
+    if (result == TVMETA_NO_MEMORY) {
         throw std::bad_alloc();
     }
-    throw Failure(shown, status == TVMETA_WRITE_FAILED ? systemReason() : std::string(tvmeta_status_text(status)));
+    if (result < 0) {
+        const char* const reason = tvmeta_status_text(static_cast<int32_t>(result));
+        throw Failure(shown, result == TVMETA_WRITE_FAILED ? systemReason() : reason);
+    }
+    return static_cast<size_t>(result);
 }
 
 void requireKeyword(const std::string& keyword) {
@@ -190,17 +188,10 @@ std::vector<const char*> keywordTexts(const std::vector<std::string>& keywords) 
 }
 
 Bytes exifBlock(const tvmeta_Result& result, const std::string& shown, std::vector<tvmeta_Loss>& losses) {
-    const int64_t size = tvmeta_build_exif(&result, nullptr, 0, nullptr, 0, nullptr);
-    if (size < 0) {
-        failToSave(static_cast<int32_t>(size), shown);
-    }
-    Bytes block(static_cast<size_t>(size));
+    Bytes block(requireSaved(tvmeta_build_exif(&result, nullptr, 0, nullptr, 0, nullptr), shown));
     losses.resize(MaxLosses);
     int32_t count = 0;
-    const int64_t written = tvmeta_build_exif(&result, block.data(), size, losses.data(), MaxLosses, &count);
-    if (written < 0) {
-        failToSave(static_cast<int32_t>(written), shown);
-    }
+    requireSaved(tvmeta_build_exif(&result, block.data(), std::ssize(block), losses.data(), MaxLosses, &count), shown);
     losses.resize(static_cast<size_t>(std::min(count, MaxLosses)));
     return block;
 }
@@ -208,11 +199,8 @@ Bytes exifBlock(const tvmeta_Result& result, const std::string& shown, std::vect
 std::vector<tvmeta_Loss> saveResult(const tvmeta_Result& result, const std::string& shown) {
     std::vector<tvmeta_Loss> losses(MaxLosses);
     errno = 0;
-    const int32_t count = tvmeta_save_tiff(&result, losses.data(), MaxLosses);
-    if (count < 0) {
-        failToSave(count, shown);
-    }
-    losses.resize(static_cast<size_t>(std::min(count, MaxLosses)));
+    const size_t count = requireSaved(tvmeta_save_tiff(&result, losses.data(), MaxLosses), shown);
+    losses.resize(std::min(count, losses.size()));
     if (result.photo != nullptr) {
         std::vector<tvmeta_Loss> same;
         const Bytes block = exifBlock(result, shown, same);

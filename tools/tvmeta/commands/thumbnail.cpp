@@ -11,7 +11,6 @@
 #include "system/system.h"
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <iostream>
 #include <map>
@@ -59,8 +58,7 @@ fs::path targetOf(const Photo& photo, const Options& options) {
             name = relative;
         }
     }
-    std::string extension = nameOf(name.extension());
-    std::ranges::transform(extension, extension.begin(), [](unsigned char c) { return std::tolower(c); });
+    const std::string extension = extensionOf(name);
     if (extension != ".jpg" && extension != ".jpeg") {
         name += ".jpg";
     }

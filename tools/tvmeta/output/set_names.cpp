@@ -1,6 +1,7 @@
 #include "output/set_names.h"
 
 #include "base/failure.h"
+#include "base/text.h"
 #include "output/move_journal.h"
 
 #include <algorithm>
@@ -120,12 +121,8 @@ std::vector<std::string> setNames(const std::string& pattern, std::span<const Se
 }
 
 std::string UniqueNames::take(const std::string& name, const std::string& extension) {
-    const auto folded = [](std::string text) {
-        std::ranges::transform(text, text.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; });
-        return text;
-    };
     std::string result = name + extension;
-    for (int suffix = 2; !taken.insert(folded(result)).second; ++suffix) {
+    for (int suffix = 2; !taken.insert(lowerCase(result)).second; ++suffix) {
         result = name + "_" + std::to_string(suffix) + extension;
     }
     return result;

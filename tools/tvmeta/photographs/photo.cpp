@@ -35,13 +35,6 @@ std::string OpenPhoto::text(int32_t text, int32_t index) const {
     return value;
 }
 
-std::vector<tvmeta_Tag> OpenPhoto::tags() const {
-    std::vector<tvmeta_Tag> tags(
-        static_cast<size_t>(std::max<int64_t>(tvmeta_list_tags(&source_, &record_, nullptr, 0), 0)));
-    tvmeta_list_tags(&source_, &record_, tags.data(), std::ssize(tags));
-    return tags;
-}
-
 Bytes OpenPhoto::block(int32_t block) const {
     if (isCompressed(block)) {
         throw Failure(path_, std::string("the ") + BlockNames[block] + " is compressed, which is not supported");
@@ -98,6 +91,13 @@ Photo readNamed(const OpenPhoto& file) {
         complain("warning: " + photo.path + ": " + photo.damage);
     }
     return photo;
+}
+
+std::vector<tvmeta_Tag> tagsOf(const tvmeta_Source& source) {
+    const int64_t count = tvmeta_list_tags(&source, nullptr, nullptr, 0);
+    std::vector<tvmeta_Tag> tags(static_cast<size_t>(std::max<int64_t>(count, 0)));
+    tvmeta_list_tags(&source, nullptr, tags.data(), std::ssize(tags));
+    return tags;
 }
 
 double quotient(const tvmeta_Rational& fraction) {

@@ -55,9 +55,6 @@ class OpenPhoto {
     // Throws Failure if the file is not a photograph or cannot be read. From a damaged one, a part is read.
     Photo read(const Wanted& wanted = {}) const;
 
-    // The entries of all directories.
-    std::vector<tvmeta_Tag> tags() const;
-
     // The joined block; empty if there is none. Throws Failure if it cannot be read.
     Bytes block(int32_t block) const;
 
@@ -75,6 +72,9 @@ bool isPhotograph(const std::string& path);
 
 // Reads a photograph that was named. Prints a warning if it is damaged.
 Photo readNamed(const OpenPhoto& file);
+
+// The entries of all directories of a file.
+std::vector<tvmeta_Tag> tagsOf(const tvmeta_Source& source);
 
 // A fraction of the record as a number; 0 if it has none.
 double quotient(const tvmeta_Rational& fraction);

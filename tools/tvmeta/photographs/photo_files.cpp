@@ -6,7 +6,6 @@
 #include "system/system.h"
 
 #include <algorithm>
-#include <cctype>
 #include <iterator>
 #include <string_view>
 
@@ -19,7 +18,7 @@ class Search {
 
     void takeName(const std::string& name, bool recursive) {
         if (name == StandardStream || fileKind(name) != FileKind::Folder) {
-            found.files.push_back({name, true}); // reading it reports errors
+            found.push_back({name, true}); // reading it reports errors
         } else if (recursive) {
             descend(name);
         } else {
@@ -27,7 +26,7 @@ class Search {
         }
     }
 
-    PhotoFiles take() { return std::move(found); }
+    std::vector<PhotoFile> take() { return std::move(found); }
 
   private:
     void fail(const std::string& path, const std::string& reason) { messages.add(path, path + ": " + reason); }
@@ -60,8 +59,8 @@ class Search {
             const auto subfolders = static_cast<std::ptrdiff_t>(folders.size());
             for (const FolderEntry& entry : entriesOf(folder)) {
                 if (entry.kind == FolderEntry::Kind::RegularFile) {
-                    found.files.push_back({entry.name, false});
-                    progress.found(found.files.size());
+                    found.push_back({entry.name, false});
+                    progress.found(found.size());
                 } else if (entry.kind == FolderEntry::Kind::Subfolder && isSearched(entry.name)) {
                     folders.push_back(entry.name);
                 } else if (entry.kind == FolderEntry::Kind::Unknown) {
@@ -72,7 +71,7 @@ class Search {
         }
     }
 
-    PhotoFiles found;
+    std::vector<PhotoFile> found;
     const std::string& excluded;
     Progress& progress;
     FileMessages& messages;
@@ -85,13 +84,11 @@ bool hasPhotoName(const std::string& path) {
         ".jpg",  ".jpeg", ".tif",  ".tiff", ".btf",  ".dng", ".cr2", ".cr3", ".crw", ".nef",
         ".nrw",  ".arw",  ".pef",  ".srw",  ".orf",  ".rw2", ".raf", ".psd", ".psb", ".heic",
         ".heif", ".hif",  ".avif", ".jxl",  ".webp", ".x3f", ".mrw", ".iiq", ".3fr"};
-    std::string extension = nameOf(pathOf(path).extension());
-    std::ranges::transform(extension, extension.begin(), [](unsigned char c) { return std::tolower(c); });
-    return std::ranges::find(Extensions, extension) != std::end(Extensions);
+    return std::ranges::find(Extensions, extensionOf(pathOf(path))) != std::end(Extensions);
 }
 
-PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, const std::string& excludedFolder,
-                          Progress& progress, FileMessages& messages) {
+std::vector<PhotoFile> findPhotoFiles(const std::vector<std::string>& names, bool recursive,
+                                      const std::string& excludedFolder, Progress& progress, FileMessages& messages) {
     Search search(excludedFolder, progress, messages);
     for (const std::string& name : names) {
         search.takeName(name, recursive);

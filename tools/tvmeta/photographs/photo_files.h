@@ -12,10 +12,6 @@ struct PhotoFile {
     bool isNamed; // given on the command line; files found in folders need not be photographs
 };
 
-struct PhotoFiles {
-    std::vector<PhotoFile> files;
-};
-
 // Whether a file has the extension of a photograph.
 bool hasPhotoName(const std::string& path);
 
@@ -23,5 +19,5 @@ bool hasPhotoName(const std::string& path);
 // refused otherwise. Links to folders are followed where they are named, not inside of folders, so that loops of links
 // end. Inside of folders, the excluded one and those that an interrupted run of tvmeta has left are not searched.
 // Folders that cannot be searched are reported.
-PhotoFiles findPhotoFiles(const std::vector<std::string>& names, bool recursive, const std::string& excludedFolder,
-                          Progress& progress, FileMessages& messages);
+std::vector<PhotoFile> findPhotoFiles(const std::vector<std::string>& names, bool recursive,
+                                      const std::string& excludedFolder, Progress& progress, FileMessages& messages);

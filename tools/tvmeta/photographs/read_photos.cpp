@@ -107,15 +107,15 @@ Reading readPhotos(const std::vector<std::string>& names, bool recursive, const 
                    const std::function<void(Photo&&)>& take, const std::string& excludedFolder) {
     Progress progress;
     FileMessages messages;
-    const PhotoFiles found = findPhotoFiles(names, recursive, excludedFolder, progress, messages);
+    const std::vector<PhotoFile> found = findPhotoFiles(names, recursive, excludedFolder, progress, messages);
     Reading reading = {messages.count(), messages.count()};
     std::map<std::string, size_t> kinds;
     size_t done = 0;
-    BatchReader reader(found.files, wanted);
+    BatchReader reader(found, wanted);
     for (Batch batch = reader.next(); !batch.empty(); batch = reader.next()) {
         for (Outcome& outcome : batch) {
-            const std::string& path = found.files[done].path;
-            progress.done(done++, found.files.size());
+            const std::string& path = found[done].path;
+            progress.done(done++, found.size());
             if (outcome.photo || !outcome.problem.empty() || outcome.isPhotoName) {
                 ++reading.files;
                 reading.paths.push_back(path);

@@ -4,7 +4,6 @@
 #include "system/paths.h"
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <iterator>
 #include <string_view>
@@ -16,9 +15,7 @@ namespace fs = std::filesystem;
 
 bool isSidecar(const fs::path& file) {
     static constexpr std::string_view Extensions[] = {".xmp", ".pp3", ".dop"};
-    std::string extension = nameOf(file.extension());
-    std::ranges::transform(extension, extension.begin(), [](unsigned char c) { return std::tolower(c); });
-    return std::ranges::find(Extensions, extension) != std::end(Extensions);
+    return std::ranges::find(Extensions, extensionOf(file)) != std::end(Extensions);
 }
 
 // A folder that cannot be read has none: its photographs were named.

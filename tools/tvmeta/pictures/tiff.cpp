@@ -252,20 +252,14 @@ void TiffReader::noteRest(Picture& picture) const {
     if (report.ignoredTag) {
         picture.dropped.emplace_back("damaged tags");
     }
-    uint64_t directory = 0;
-    if (TIFFGetField(tiff.get(), TIFFTAG_EXIFIFD, &directory) == 1) {
-        picture.metadata.emplace_back("EXIF");
-    }
-    if (TIFFGetField(tiff.get(), TIFFTAG_GPSIFD, &directory) == 1) {
-        picture.metadata.emplace_back("GPS");
-    }
-    uint32_t length = 0;
-    const void* block = nullptr;
-    if (TIFFGetField(tiff.get(), TIFFTAG_RICHTIFFIPTC, &length, &block) == 1) {
-        picture.metadata.emplace_back("IPTC");
-    }
-    if (TIFFGetField(tiff.get(), TIFFTAG_XMLPACKET, &length, &block) == 1) {
-        picture.metadata.emplace_back("XMP");
+    constexpr std::pair<uint32_t, const char*> Blocks[] = {
+        {TIFFTAG_EXIFIFD, "EXIF"}, {TIFFTAG_GPSIFD, "GPS"}, {TIFFTAG_RICHTIFFIPTC, "IPTC"}, {TIFFTAG_XMLPACKET, "XMP"}};
+    for (const auto& [tag, name] : Blocks) {
+        uint64_t lengthOrOffset = 0;
+        const void* block = nullptr; // not set for a directory
+        if (TIFFGetField(tiff.get(), tag, &lengthOrOffset, &block) == 1) {
+            picture.metadata.emplace_back(name);
+        }
     }
 }
 

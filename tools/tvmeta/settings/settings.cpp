@@ -1,6 +1,7 @@
 #include "settings/settings.h"
 
 #include "base/failure.h"
+#include "base/text.h"
 #include "base/words.h"
 #include "system/files.h"
 
@@ -29,7 +30,7 @@ std::vector<std::string> namesOf(const std::vector<tvmeta_Parameter>& parameters
 
 int32_t methodNamed(const std::string& name) {
     for (const int32_t code : methods()) {
-        if (equalsIgnoringCase(name, tvmeta_method_name(code))) {
+        if (lowerCase(name) == lowerCase(tvmeta_method_name(code))) {
             return code;
         }
     }
@@ -46,7 +47,7 @@ std::vector<Setting> parseAssignments(const std::vector<std::string>& assignment
             throw WrongCommandLine("invalid --set '" + assignment + "': use NAME=VALUE");
         }
         const std::string given = assignment.substr(0, equals);
-        const auto name = std::ranges::find_if(names, [&](const auto& n) { return equalsIgnoringCase(n, given); });
+        const auto name = std::ranges::find_if(names, [&](const auto& n) { return lowerCase(n) == lowerCase(given); });
         if (name == names.end()) {
             throw WrongCommandLine("unknown setting '" + given + "' of method '" + tvmeta_method_name(method) + "'" +
                                    nearestOrAll(given, names));

@@ -1,6 +1,9 @@
 #include "system/paths.h"
 
+#include "base/text.h"
+
 #include <algorithm>
+#include <random>
 #include <system_error>
 
 std::filesystem::path pathOf(std::string_view name) {
@@ -16,13 +19,27 @@ std::string nameOf(const std::filesystem::path& path) {
     return name;
 }
 
+std::string extensionOf(const std::filesystem::path& path) {
+    return lowerCase(nameOf(path.extension()));
+}
+
 std::string nameKey(const std::string& name) {
     std::string key = nameOf(pathOf(name).lexically_normal());
     if constexpr (std::filesystem::path::preferred_separator != '/') {
-        std::ranges::transform(key, key.begin(),
-                               [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 32) : c; });
+        key = lowerCase(key);
     }
     return key;
+}
+
+std::string temporaryName(const std::string& path) {
+    constexpr std::string_view Digits = "0123456789abcdefghijklmnopqrstuv";
+    constexpr int Length = 16;
+    std::random_device random;
+    std::string name = ".tvmeta-";
+    for (int i = 0; i < Length; ++i) {
+        name += Digits[random() % Digits.size()];
+    }
+    return nameOf(pathOf(path).replace_filename(name + ".tmp"));
 }
 
 bool isThere(const std::string& name) {

@@ -41,9 +41,6 @@ class SpoolFile {
 // Called once at the start: a signal, or Ctrl+C in a console, removes the temporary file and ends the process.
 void removeTemporaryFileOnSignals();
 
-// A new unpredictable name in the folder of a file.
-std::string temporaryName(const std::string& path);
-
 // A new file in the folder of a target. It is removed at the end of its scope, or when a signal ends the process,
 // unless it has replaced the target. Only one can exist at a time.
 class TemporaryFile {

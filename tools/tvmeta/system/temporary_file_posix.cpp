@@ -1,5 +1,6 @@
 #include "base/failure.h"
 #include "base/numbers.h"
+#include "system/paths.h"
 #include "system/temporary_file.h"
 
 #include <fcntl.h>
