@@ -665,8 +665,9 @@ typedef struct tvmeta_BracketSet {
  * - Exposure mode 0: a set is regular in its bias, or goes one way, and its exposures follow the bias. With
  *   `hidesBrackets` it is evidence of the camera if the pauses are up to 2 s, or up to 15 s in equal steps and an order
  *   of cameras; then two or more exposures in any steps are a set, too, if their times have fractions and no pause is
- *   above 0.7 s. Else it is a guess if the pauses are up to 2 s or the range is 1.8 EV or more. A constant bias gives
- * no set.
+ *   above 0.7 s, and two with a pause of up to 15 s if the camera has no other set, three or more such pairs are equal
+ *   and they are three quarters of all. Else it is a guess if the pauses are up to 2 s or the range is 1.8 EV or more.
+ *   A constant bias gives no set.
  * - Exposure mode 1, or none: different exposures with pauses of up to 2 s, a guess unless they repeat; and series of
  * at least 1.8 EV that are regular or go one way, set by the exposure time alone, or four and more in regular steps
  * over 3 EV. Their longest pause is learnt. A series that occurs again in one of the next 16 sets is no guess. In mode
