@@ -1,6 +1,7 @@
 #include "containers/boxes.h"
 
 #include "metadata/byte_cursor.h"
+#include "support/text_search.h"
 
 #include <algorithm>
 #include <array>
@@ -59,9 +60,7 @@ void addExifBox(SourceReader& reader, const Region& content, Layout& layout) {
 
 Region findJpegIn(SourceReader& reader, const Region& region) {
     std::array<unsigned char, 34> start{};
-    const std::span<const unsigned char> bytes = readStart(reader, region, start);
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    const std::size_t offset = text.find("\xFF\xD8\xFF");
+    const std::size_t offset = asText(readStart(reader, region, start)).find("\xFF\xD8\xFF");
     const auto skipped = static_cast<std::int64_t>(offset);
     return offset == std::string_view::npos ? Region() : Region{region.position + skipped, region.size - skipped};
 }

@@ -1,4 +1,4 @@
-// Containers: files of boxes (ISO/IEC 14496-12): CR3, HEIF and AVIF (ISO/IEC 23008-12), JPEG XL (ISO/IEC 18181-2).
+// Containers: files of boxes (ISO/IEC 14496-12).
 #pragma once
 
 #include "containers/layout.h"
@@ -6,10 +6,6 @@
 #include <cstdint>
 
 namespace tvmeta {
-
-void findInCr3(SourceReader& reader, const Region& file, Layout& layout);
-void findInHeif(SourceReader& reader, const Region& file, Layout& layout);
-void findInJxl(SourceReader& reader, const Region& file, Layout& layout);
 
 // The four letters of a type as a big-endian number.
 consteval std::uint32_t boxType(const char (&letters)[5]) {

@@ -1,6 +1,7 @@
 // CR3: a box of the camera maker in 'moov' has the image, EXIF and GPS directories, each as a TIFF structure of its
 // own.
 #include "containers/boxes.h"
+#include "containers/finders.h"
 #include "metadata/byte_cursor.h"
 
 #include <algorithm>

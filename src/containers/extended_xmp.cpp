@@ -1,4 +1,4 @@
-#include "containers/extended_xmp.h"
+#include "containers/finders.h"
 
 #include "containers/joined_regions.h"
 #include "support/text_search.h"
@@ -45,8 +45,7 @@ std::optional<Span> referenceIn(std::string_view packet) {
 bool isNamed(SourceReader& reader, const Region& chunk, std::string_view reference) {
     constexpr std::int64_t GuidBefore = GuidSize + 8; // and the size of the whole, and the offset
     std::array<unsigned char, GuidSize> guid{};
-    return readAt(reader, chunk.position - GuidBefore, guid) &&
-           reference.find({reinterpret_cast<const char*>(guid.data()), guid.size()}) != NotFound;
+    return readAt(reader, chunk.position - GuidBefore, guid) && reference.find(asText(guid)) != NotFound;
 }
 
 // The bytes between the tags of the RDF element. Empty if its opening declares names that the joined packet would lack.
@@ -54,7 +53,7 @@ std::optional<Span> descriptionsIn(SourceReader& reader, const JoinedRegions& pa
     std::array<unsigned char, 2048> block{};
     const std::int64_t size = std::min(packet.size(), static_cast<std::int64_t>(block.size()));
     const auto bytes = std::span(block).first(static_cast<std::size_t>(size));
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const std::string_view text = asText(bytes);
     if (!packet.read(reader, 0, bytes)) {
         return std::nullopt;
     }

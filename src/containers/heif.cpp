@@ -1,10 +1,13 @@
 // HEIF and AVIF: the items of the 'meta' box. The first image is the primary item; EXIF and XMP are items of their own.
 #include "containers/boxes.h"
+#include "containers/finders.h"
 #include "metadata/byte_cursor.h"
+#include "support/text_search.h"
 #include "support/zeroed_buffer.h"
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <span>
 #include <string_view>
 
@@ -21,28 +24,24 @@ struct Meta {
     Region data;
 };
 
+struct MetaRow {
+    std::uint32_t type;
+    Region Meta::*box;
+};
+
+constexpr MetaRow MetaRows[] = {{boxType("pitm"), &Meta::primary},
+                                {boxType("iinf"), &Meta::itemInfo},
+                                {boxType("iloc"), &Meta::locations},
+                                {boxType("iprp"), &Meta::properties},
+                                {boxType("idat"), &Meta::data}};
+
 Meta readMeta(SourceReader& reader, const Region& content, Layout& layout) {
     Meta meta;
     BoxWalker boxes(reader, content, layout);
     for (Box box; boxes.next(box);) {
-        switch (box.type) {
-        case boxType("pitm"):
-            meta.primary = box.content;
-            break;
-        case boxType("iinf"):
-            meta.itemInfo = box.content;
-            break;
-        case boxType("iloc"):
-            meta.locations = box.content;
-            break;
-        case boxType("iprp"):
-            meta.properties = box.content;
-            break;
-        case boxType("idat"):
-            meta.data = box.content;
-            break;
-        default:
-            break;
+        const auto* const row = std::ranges::find(MetaRows, box.type, &MetaRow::type);
+        if (row != std::end(MetaRows)) {
+            meta.*row->box = box.content;
         }
     }
     return meta;
@@ -89,9 +88,9 @@ std::string_view getText(ByteCursor& cursor) {
     while (ahead && ahead.get8() != 0) {
         ++size;
     }
-    const std::span<const unsigned char> bytes = cursor.take(size);
+    const std::string_view text = asText(cursor.take(size));
     cursor.skip(1);
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+    return text;
 }
 
 struct Items {

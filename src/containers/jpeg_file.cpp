@@ -1,14 +1,11 @@
-#include "containers/jpeg_file.h"
+#include "containers/finders.h"
 
-#include "containers/extended_xmp.h"
-#include "containers/multi_picture.h"
-#include "containers/photoshop_resources.h"
 #include "metadata/byte_cursor.h"
 #include "metadata/jpeg_markers.h"
+#include "support/text_search.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <optional>
 #include <string_view>
 
@@ -40,9 +37,7 @@ class SegmentReader {
     SegmentReader(const SegmentReader&) = delete;
     SegmentReader& operator=(const SegmentReader&) = delete;
 
-    bool hasSignature(std::string_view signature) const {
-        return bytes_.size() >= signature.size() && std::memcmp(bytes_.data(), signature.data(), signature.size()) == 0;
-    }
+    bool hasSignature(std::string_view signature) const { return asText(bytes_).starts_with(signature); }
 
     // The data after some bytes of it.
     Region after(std::size_t size) const {

@@ -1,5 +1,6 @@
 // JPEG XL: boxes with the codestream, EXIF and XMP, or the codestream alone.
 #include "containers/boxes.h"
+#include "containers/finders.h"
 #include "metadata/byte_cursor.h"
 
 #include <algorithm>

@@ -1,13 +1,9 @@
 #include "containers/kinds.h"
 
-#include "containers/boxes.h"
-#include "containers/chunks.h"
-#include "containers/jpeg_file.h"
-#include "containers/photoshop_file.h"
-#include "containers/raw_files.h"
+#include "containers/finders.h"
+#include "support/text_search.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <string_view>
 
@@ -93,10 +89,8 @@ constexpr Kind Kinds[] = {
 };
 
 const Kind* kindOf(std::span<const unsigned char> start) {
-    const auto* const found = std::ranges::find_if(Kinds, [start](const Kind& kind) {
-        return start.size() >= kind.offset && start.size() - kind.offset >= kind.bytes.size() &&
-               std::memcmp(start.data() + kind.offset, kind.bytes.data(), kind.bytes.size()) == 0;
-    });
+    const auto* const found = std::ranges::find_if(
+        Kinds, [start](const Kind& kind) { return textFrom(asText(start), kind.offset).starts_with(kind.bytes); });
     return found != std::end(Kinds) ? found : nullptr;
 }
 

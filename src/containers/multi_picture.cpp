@@ -1,4 +1,4 @@
-#include "containers/multi_picture.h"
+#include "containers/finders.h"
 
 #include "metadata/byte_cursor.h"
 #include "support/tiff_vocabulary.h"

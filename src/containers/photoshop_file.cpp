@@ -1,8 +1,7 @@
 // The header, the colour mode data and the image resources (Photoshop file format). All numbers are big-endian. The two
 // kinds differ after the resources only.
-#include "containers/photoshop_file.h"
+#include "containers/finders.h"
 
-#include "containers/photoshop_resources.h"
 #include "metadata/byte_cursor.h"
 
 #include <algorithm>

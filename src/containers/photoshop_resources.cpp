@@ -1,13 +1,14 @@
-#include "containers/photoshop_resources.h"
+#include "containers/finders.h"
 
 #include "containers/joined_regions.h"
 #include "metadata/byte_cursor.h"
 #include "metadata/photoshop_format.h"
+#include "support/text_search.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <iterator>
+#include <string_view>
 
 namespace tvmeta {
 
@@ -29,14 +30,7 @@ constexpr ResourceBlock Blocks[] = {
 };
 
 // Photoshop and programs like it use these.
-bool isSignature(std::span<const unsigned char> bytes) {
-    for (const char* const signature : {"8BIM", "MeSa", "AgHg", "PHUT", "DCSR"}) {
-        if (bytes.size() == 4 && std::memcmp(bytes.data(), signature, 4) == 0) {
-            return true;
-        }
-    }
-    return false;
-}
+constexpr std::string_view Signatures[] = {"8BIM", "MeSa", "AgHg", "PHUT", "DCSR"};
 
 struct Resource {
     std::uint16_t id = 0;
@@ -53,7 +47,7 @@ bool readResource(SourceReader& reader, const JoinedRegions& resources, std::int
         return false;
     }
     ByteCursor cursor(start);
-    if (!isSignature(cursor.take(4))) {
+    if (std::ranges::count(Signatures, asText(cursor.take(4))) == 0) {
         return false;
     }
     resource.id = cursor.get16();

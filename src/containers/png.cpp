@@ -1,10 +1,10 @@
 #include "containers/boxes.h"
-#include "containers/chunks.h"
+#include "containers/finders.h"
 #include "metadata/byte_cursor.h"
+#include "support/text_search.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <string_view>
 
 namespace tvmeta {
@@ -15,16 +15,12 @@ using namespace std::string_view_literals;
 
 constexpr int MaxChunks = 1 << 16;
 
-bool startsWith(std::span<const unsigned char> bytes, std::string_view text) {
-    return bytes.size() >= text.size() && std::memcmp(bytes.data(), text.data(), text.size()) == 0;
-}
-
 // An international text: keyword, compression flag and method, language, translated keyword, text.
 void readText(SourceReader& reader, const Region& data, Layout& layout) {
     constexpr std::string_view XmpKeyword = "XML:com.adobe.xmp\0"sv;
     std::array<unsigned char, 256> start{};
     const std::span<const unsigned char> bytes = readStart(reader, data, start);
-    if (!startsWith(bytes, XmpKeyword)) {
+    if (!asText(bytes).starts_with(XmpKeyword)) {
         return;
     }
     ByteCursor cursor(bytes);
@@ -47,7 +43,8 @@ void readText(SourceReader& reader, const Region& data, Layout& layout) {
 void noteProfile(SourceReader& reader, const Region& data, Layout& layout) {
     std::array<unsigned char, 26> start{};
     if (data.size > static_cast<std::int64_t>(start.size()) && readAt(reader, data.position, start) &&
-        (startsWith(start, "Raw profile type exif\0"sv) || startsWith(start, "Raw profile type APP1\0"sv))) {
+        (asText(start).starts_with("Raw profile type exif\0"sv) ||
+         asText(start).starts_with("Raw profile type APP1\0"sv))) {
         layout.addCompressed(TVMETA_EXIF, data);
     }
 }

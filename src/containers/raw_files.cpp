@@ -1,6 +1,5 @@
-#include "containers/raw_files.h"
+#include "containers/finders.h"
 
-#include "containers/jpeg_file.h"
 #include "containers/tag_values.h"
 #include "containers/tag_walker.h"
 #include "metadata/byte_cursor.h"

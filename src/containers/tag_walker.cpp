@@ -1,6 +1,6 @@
 #include "containers/tag_walker.h"
 
-#include "containers/photoshop_resources.h"
+#include "containers/finders.h"
 #include "containers/tag_values.h"
 #include "metadata/byte_cursor.h"
 #include "support/tiff_vocabulary.h"
@@ -16,6 +16,24 @@ namespace {
 // The number after the byte order of TIFF structures, and of raw formats that differ from TIFF in nothing else:
 // "RO" and "RS" of ORF, 85 of RW2.
 constexpr std::uint16_t Magics[] = {TiffMagic, BigTiffMagic, 0x4F52, 0x5352, 85};
+
+struct ImageRow {
+    std::uint16_t tag;
+    std::int64_t ImageDirectory::*member;
+    bool isOfStrip = false; // of which only a single one is used
+};
+
+constexpr ImageRow ImageRows[] = {
+    {tiff_tag::NewSubfileType, &ImageDirectory::subfileType},
+    {tiff_tag::ImageWidth, &ImageDirectory::width},
+    {tiff_tag::ImageLength, &ImageDirectory::height},
+    {tiff_tag::Compression, &ImageDirectory::compression},
+    {tiff_tag::PhotometricInterpretation, &ImageDirectory::photometric},
+    {tiff_tag::StripOffsets, &ImageDirectory::stripOffset, true},
+    {tiff_tag::StripByteCounts, &ImageDirectory::stripSize, true},
+    {tiff_tag::JpegInterchangeFormat, &ImageDirectory::jpegOffset},
+    {tiff_tag::JpegInterchangeFormatLength, &ImageDirectory::jpegSize},
+};
 
 std::int32_t kindOf(Content content) {
     switch (content) {
@@ -220,38 +238,10 @@ void TagWalker::follow(const tvmeta_Tag& tag) {
 }
 
 void TagWalker::describeImage(const tvmeta_Tag& tag) {
-    ImageDirectory& image = images_[imageCount_ - 1];
-    const auto number = [&] { return static_cast<std::int64_t>(valueOf(tag)); };
-    switch (tag.tag) {
-    case tiff_tag::NewSubfileType:
-        image.subfileType = number();
-        break;
-    case tiff_tag::ImageWidth:
-        image.width = number();
-        break;
-    case tiff_tag::ImageLength:
-        image.height = number();
-        break;
-    case tiff_tag::Compression:
-        image.compression = number();
-        break;
-    case tiff_tag::PhotometricInterpretation:
-        image.photometric = number();
-        break;
-    case tiff_tag::StripOffsets:
-        image.strip.position = tag.count == 1 ? number() : 0;
-        break;
-    case tiff_tag::StripByteCounts:
-        image.strip.size = tag.count == 1 ? number() : 0;
-        break;
-    case tiff_tag::JpegInterchangeFormat:
-        image.jpeg.position = number();
-        break;
-    case tiff_tag::JpegInterchangeFormatLength:
-        image.jpeg.size = number();
-        break;
-    default:
-        break;
+    const auto* const row = std::ranges::find(ImageRows, tag.tag, &ImageRow::tag);
+    if (row != std::end(ImageRows)) {
+        const bool isUsed = tag.count == 1 || !row->isOfStrip;
+        images_[imageCount_ - 1].*row->member = isUsed ? static_cast<std::int64_t>(valueOf(tag)) : 0;
     }
 }
 
@@ -308,9 +298,10 @@ void TagWalker::addJpegs() {
     for (const ImageDirectory& image : std::span(images_).first(imageCount_)) {
         const bool isPicture = image.photometric == Rgb || image.photometric == YCbCr;
         const bool isStrip = image.compression == OldJpeg || (image.compression == Jpeg && isPicture);
-        addJpeg(image.kind == TVMETA_THUMBNAIL_IMAGE ? TVMETA_THUMBNAIL : TVMETA_PREVIEW, image.structure, image.jpeg);
+        const std::int32_t block = image.kind == TVMETA_THUMBNAIL_IMAGE ? TVMETA_THUMBNAIL : TVMETA_PREVIEW;
+        addJpeg(block, image.structure, {image.jpegOffset, image.jpegSize});
         if (isStrip) {
-            addJpeg(TVMETA_PREVIEW, image.structure, image.strip);
+            addJpeg(TVMETA_PREVIEW, image.structure, {image.stripOffset, image.stripSize});
         }
     }
 }

@@ -18,8 +18,10 @@ struct ImageDirectory {
     std::int64_t subfileType = 0;
     std::int64_t compression = 0;
     std::int64_t photometric = 0;
-    Region jpeg;  // JPEGInterchangeFormat
-    Region strip; // if there is one strip only
+    std::int64_t jpegOffset = 0; // JPEGInterchangeFormat
+    std::int64_t jpegSize = 0;
+    std::int64_t stripOffset = 0; // if there is one strip only
+    std::int64_t stripSize = 0;
 };
 
 // Returns the entries of the structures of a layout one by one. After the last, the layout also has the blocks and the
@@ -54,7 +56,6 @@ class TagWalker {
     bool readBlock();
     tvmeta_Tag decodeEntry();
     void follow(const tvmeta_Tag& tag);
-    void followChildren(const tvmeta_Tag& tag);
     void enqueue(std::uint64_t offset, std::int32_t kind, std::size_t chainIndex = 0, bool isChained = false);
     std::uint64_t valueOf(const tvmeta_Tag& tag, std::uint64_t index = 0);
     void describeImage(const tvmeta_Tag& tag);

@@ -1,11 +1,11 @@
 #include "containers/boxes.h"
-#include "containers/chunks.h"
+#include "containers/finders.h"
 #include "metadata/byte_cursor.h"
 #include "metadata/jpeg_markers.h"
+#include "support/text_search.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 namespace tvmeta {
 
@@ -43,8 +43,7 @@ void readSize(SourceReader& reader, std::uint32_t type, const Region& data, Layo
 // Some programs write the signature of JPEG segments before the TIFF structure.
 void addExif(SourceReader& reader, const Region& data, Layout& layout) {
     std::array<unsigned char, 6> start{};
-    const bool hasSignature = readAt(reader, data.position, start) &&
-                              std::memcmp(start.data(), jpeg::ExifSignature.data(), start.size()) == 0;
+    const bool hasSignature = readAt(reader, data.position, start) && asText(start) == jpeg::ExifSignature;
     const std::int64_t skipped = hasSignature ? static_cast<std::int64_t>(start.size()) : 0;
     layout.addStructure({data.position + skipped, data.size - skipped});
 }

@@ -1,9 +1,9 @@
-// Metadata: the parsers of TIFF directories and of the payloads in them. They fill the metadata record.
+// Metadata: the steps of getExifData: JPEG and Photoshop files, TIFF directories and the payloads in them. They fill
+// the metadata record.
 #pragma once
 
 #include "metadata/stream_reader.h"
 #include "metadata/tiff_reader.h"
-#include "metadata/work_budget.h"
 #include "support/result.h"
 #include "tvmeta.h"
 
@@ -13,6 +13,45 @@
 #include <string_view>
 
 namespace tvmeta {
+
+// A bound for the work that one call does for a file. Directories may overlap, refer to each other and declare 65,535
+// entries each: a hostile file of 800 KB can require four billion entries, and the same payload again and again. A
+// photograph has a few hundred entries and less than a megabyte of payloads.
+struct WorkBudget {
+    std::int32_t entries = 1 << 20;         // of EXIF and GPS directories; a larger directory is skipped
+    std::int64_t payloadBytes = 64LL << 20; // of image descriptions and Photoshop resources; then no more is read
+
+    bool takeEntries(std::int32_t count) {
+        if (count > entries) {
+            return false;
+        }
+        entries -= count;
+        return true;
+    }
+
+    bool hasPayload() const { return payloadBytes > 0; }
+    void takePayload(std::int64_t size) { payloadBytes -= size; }
+};
+
+struct ExifSegment {
+    std::int32_t tiffBase; // file offset of the TIFF structure; 0 if the segment does not have the EXIF signature
+    std::int64_t end;
+};
+
+// Finds the first APP1 segment of a JPEG file, and moves after its signature. A failure is a result of getExifData.
+Result<ExifSegment> findExifSegment(StreamReader& reader);
+
+// Reads the XMP segment, which must be close to the EXIF segment: the lens name goes into the record, and the packet's
+// position if the packet contains processing settings. The reader is after the EXIF segment. Returns a result of
+// getExifData.
+std::int32_t readXmpSegment(StreamReader& reader, ExifInfo& info);
+
+// Reads the Photoshop segment in a second pass over the file. Returns a result of getExifData.
+std::int32_t readPhotoshopSegment(StreamReader& reader, WorkBudget& budget, ExifInfo& info);
+
+// Finds the TIFF structure in the EXIF resource of a Photoshop file, and moves to it. A failure is a result of
+// getExifData.
+Result<std::int32_t> findTiffInPsd(StreamReader& reader);
 
 // Walks the image directories from the TIFF header on, where the reader is. Returns a result of getExifData.
 std::int32_t readImageDirectories(StreamReader& reader, std::int32_t tiffBase, std::int32_t fileType,

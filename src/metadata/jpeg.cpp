@@ -1,10 +1,7 @@
 // JPEG files (ITU-T T.81 annex B): segments with EXIF (EXIF 2.3, section 4.5.4), XMP (XMP storage in files) and
 // Photoshop resources.
-#include "metadata/jpeg.h"
-
 #include "metadata/directory_parsers.h"
 #include "metadata/jpeg_markers.h"
-#include "settings/lens.h"
 #include "settings/packet_parser.h"
 #include "support/message.h"
 #include "support/zeroed_buffer.h"

@@ -1,9 +1,5 @@
 // Reads a photograph into the metadata record.
 #include "metadata/directory_parsers.h"
-#include "metadata/jpeg.h"
-#include "metadata/psd.h"
-#include "support/file.h"
-#include "tvmeta.h"
 
 #include <cstdint>
 #include <cstring>

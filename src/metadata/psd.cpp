@@ -1,8 +1,6 @@
 // Photoshop files: the header and the image resources (Photoshop file format). All numbers are big-endian.
-#include "metadata/psd.h"
-
+#include "metadata/directory_parsers.h"
 #include "metadata/photoshop_format.h"
-#include "tvmeta.h"
 
 #include <array>
 #include <cstdint>

@@ -7,8 +7,8 @@
 
 namespace tvmeta {
 
-SourceReader::SourceReader(const Source& source, std::int64_t position, std::size_t windowSize)
-    : source_(source), position_(position), end_(position < 0 ? INT64_MIN : INT64_MAX),
+SourceReader::SourceReader(const tvmeta_Source& source, std::int64_t position, std::size_t windowSize)
+    : source_(source), position_(position), end_(position < 0 ? INT64_MIN : source.size),
       windowSize_(std::min(windowSize, MaxWindowSize)) {}
 
 bool SourceReader::seek(std::int64_t position) {
@@ -41,17 +41,19 @@ std::span<const unsigned char> SourceReader::available() {
     return {};
 }
 
-// Reads from the position on without moving it. A short read marks the end.
+// Reads from the position on without moving it. Bytes beyond the end are never asked for. A short read marks the end; a
+// source that returns more bytes than it was asked for is broken.
 std::size_t SourceReader::readSource(unsigned char* block, std::size_t size) {
     if (position_ >= end_) {
         return 0;
     }
-    const std::int64_t count = source_.read(source_.context, position_, block, static_cast<std::int64_t>(size));
-    if (count < 0) {
+    const std::int64_t wanted = std::min(static_cast<std::int64_t>(size), end_ - position_);
+    const std::int64_t count = source_.read(source_.context, position_, block, wanted);
+    if (count < 0 || count > wanted) {
         failed_ = true;
         return 0;
     }
-    if (static_cast<std::size_t>(count) < size) {
+    if (count < wanted) {
         end_ = position_ + count;
     }
     return static_cast<std::size_t>(count);
@@ -127,10 +129,6 @@ std::size_t SourceReader::read(std::span<unsigned char> block) {
         }
     }
     return done;
-}
-
-std::int64_t SourceReader::remaining() {
-    return std::max<std::int64_t>(source_.size(source_.context) - position_, 0);
 }
 
 } // namespace tvmeta

@@ -2,11 +2,12 @@
 #pragma once
 
 #include "metadata/byte_order.h"
-#include "support/source.h"
+#include "tvmeta_photo.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <span>
 
 namespace tvmeta {
@@ -27,7 +28,7 @@ class SourceReader {
   public:
     // The reader starts at `position`. A negative one means that the position is unknown; the reader is then at the
     // end.
-    SourceReader(const Source& source, std::int64_t position, std::size_t windowSize);
+    SourceReader(const tvmeta_Source& source, std::int64_t position, std::size_t windowSize);
 
     std::int64_t position() const { return position_; }
 
@@ -48,9 +49,6 @@ class SourceReader {
 
     // Reads up to the size of the block, and returns the number of bytes.
     std::size_t read(std::span<unsigned char> block);
-
-    // The number of bytes from the position to the end of the source.
-    std::int64_t remaining();
 
     SourceReader(const SourceReader&) = delete;
     SourceReader& operator=(const SourceReader&) = delete;
@@ -77,9 +75,9 @@ class SourceReader {
     bool fill();
     std::size_t readSource(unsigned char* block, std::size_t size);
 
-    Source source_;
+    tvmeta_Source source_;
     std::int64_t position_;
-    std::int64_t end_; // of the source, once it is known
+    std::int64_t end_; // of the source: what it says of itself, or where it ended before that
     bool failed_ = false;
     std::size_t windowSize_;
     std::uint64_t uses_ = 0;

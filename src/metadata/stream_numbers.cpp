@@ -10,34 +10,25 @@ int readByte(FILE* stream) {
     return stream != nullptr ? getc(stream) : EOF;
 }
 
-std::uint16_t read16(FILE* stream, ByteOrder order) {
-    const int b0 = readByte(stream);
-    const int b1 = readByte(stream);
-    return combine16(order, b0, b1);
-}
-
-std::int32_t read32(FILE* stream, ByteOrder order) {
-    const int b0 = readByte(stream);
-    const int b1 = readByte(stream);
-    const int b2 = readByte(stream);
-    const int b3 = readByte(stream);
-    return combine32(order, b0, b1, b2, b3);
-}
-
 } // namespace
 
 std::uint16_t fgetmi2(FILE* stream, std::int32_t byteOrder) noexcept {
-    return read16(stream, byteOrderOf(byteOrder));
+    const int first = readByte(stream);
+    return combine16(byteOrderOf(byteOrder), first, readByte(stream));
 }
 
 std::int32_t fgetmi4(FILE* stream, std::int32_t byteOrder) noexcept {
-    return read32(stream, byteOrderOf(byteOrder));
+    int bytes[4];
+    for (int& byte : bytes) {
+        byte = readByte(stream);
+    }
+    return combine32(byteOrderOf(byteOrder), bytes[0], bytes[1], bytes[2], bytes[3]);
 }
 
 std::uint16_t fgetm2(FILE* stream) noexcept {
-    return read16(stream, ByteOrder::Big);
+    return fgetmi2(stream, BigEndianMark);
 }
 
 std::int32_t fgetm4(FILE* stream) noexcept {
-    return read32(stream, ByteOrder::Big);
+    return fgetmi4(stream, BigEndianMark);
 }

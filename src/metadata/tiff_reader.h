@@ -2,6 +2,7 @@
 #pragma once
 
 #include "metadata/stream_reader.h"
+#include "support/result.h"
 
 #include <array>
 #include <cstdint>
@@ -70,5 +71,16 @@ class DirectoryReader {
     std::size_t blockUsed_ = 0;
     std::array<unsigned char, BlockEntries * DirectoryEntrySize> block_;
 };
+
+// The entry of a tag in a little-endian TIFF file.
+struct TagEntry {
+    std::int64_t position; // of its first byte in the file
+    std::int32_t count;
+    std::int32_t value; // or the offset of the value
+};
+
+// Searches all directories from the position of the stream on, which is at the start of the file. A failure is a result
+// of get_tif_tag.
+Result<TagEntry> findTag(std::FILE* stream, std::int32_t tag);
 
 } // namespace tvmeta

@@ -1,6 +1,4 @@
 // Finds the entry of a tag in a little-endian TIFF file (TIFF 6.0, section 2).
-#include "metadata/tiff_tag.h"
-
 #include "metadata/tiff_reader.h"
 #include "tvmeta.h"
 

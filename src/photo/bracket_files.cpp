@@ -56,10 +56,6 @@ bool hasSameFraction(const tvmeta_Shot& a, const tvmeta_Shot& b) {
     return !has(a, TVMETA_SUB_SECOND) || !has(b, TVMETA_SUB_SECOND) || a.captureNanoseconds == b.captureNanoseconds;
 }
 
-bool startsWith(std::string_view text, std::string_view start) {
-    return text.size() >= start.size() && std::string_view(text.data(), start.size()) == start;
-}
-
 // Whether a file is of the photograph for which `leader` speaks. Its name starts with that of the leader.
 bool belongsTo(const tvmeta_Shot& shot, const tvmeta_Shot& leader) {
     const std::string_view stem = stemOf(textOrEmpty(shot.name)), leaderStem = stemOf(textOrEmpty(leader.name));
@@ -125,7 +121,7 @@ void findLeaders(const Shots& shots, Workspace& work) {
         const bool isNewTime = i > 0 && (key.group != work.keys[i - 1].group || key.time != work.keys[i - 1].time);
         depth = isNewTime ? 0 : depth;
         const std::string_view stem = stemOf(textOrEmpty(shot.name));
-        while (depth > 0 && !startsWith(stem, stemOf(shots.name(stack[depth - 1].place)))) {
+        while (depth > 0 && !stem.starts_with(stemOf(shots.name(stack[depth - 1].place)))) {
             --depth;
         }
         std::int64_t leader = key.file;

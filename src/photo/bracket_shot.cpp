@@ -1,5 +1,7 @@
 // tvmeta_shot(): the record of a file for the search for brackets.
 #include "photo/brackets.h"
+#include "photo/fractions.h"
+#include "support/text_search.h"
 
 #include <algorithm>
 #include <string_view>
@@ -11,16 +13,8 @@ namespace {
 
 constexpr std::uint64_t HashStart = 1;
 
-template <std::size_t Size>
-std::string_view textOf(const char (&text)[Size]) {
-    const char* const end = std::find(text, text + Size, '\0');
-    return {text, static_cast<std::size_t>(end - text)};
-}
-
 float number(const tvmeta_Rational& rational) {
-    return rational.denominator == 0 ? 0
-                                     : static_cast<float>(static_cast<double>(rational.numerator) /
-                                                          static_cast<double>(rational.denominator));
+    return rational.denominator == 0 ? 0 : static_cast<float>(quotient(rational));
 }
 
 bool startsWithNikon(std::string_view make) {

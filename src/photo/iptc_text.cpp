@@ -1,5 +1,8 @@
 #include "photo/iptc_text.h"
 
+#include "support/text_search.h"
+#include "tvmeta_photo.h"
+
 namespace tvmeta {
 
 bool IptcReader::next(IptcDataset& dataset) {
@@ -23,7 +26,7 @@ bool findDataset(std::span<const unsigned char> block, std::uint8_t dataset, Tex
         if (found.record != iptc_dataset::ApplicationRecord || found.number != dataset) {
             continue;
         }
-        const std::string_view text = trimmed({reinterpret_cast<const char*>(found.value.data()), found.value.size()});
+        const std::string_view text = trimmed(asText(found.value));
         if (!text.empty() && index-- == 0) {
             putText(writer, text);
             return true;
@@ -33,3 +36,22 @@ bool findDataset(std::span<const unsigned char> block, std::uint8_t dataset, Tex
 }
 
 } // namespace tvmeta
+
+using namespace tvmeta;
+
+std::int64_t tvmeta_list_datasets(const void* block, std::int64_t size, tvmeta_Dataset* datasets,
+                                  std::int64_t capacity) noexcept {
+    if (size < 0 || (block == nullptr && size > 0) || capacity < 0 || (datasets == nullptr && capacity > 0)) {
+        return TVMETA_BAD_ARGUMENT;
+    }
+    const auto* const bytes = static_cast<const unsigned char*>(block);
+    IptcReader reader({bytes, static_cast<std::size_t>(size)});
+    std::int64_t count = 0;
+    for (IptcDataset dataset; reader.next(dataset); ++count) {
+        if (count < capacity) {
+            datasets[count] = {dataset.record, dataset.number, dataset.value.data() - bytes,
+                               static_cast<std::int64_t>(dataset.value.size())};
+        }
+    }
+    return count;
+}

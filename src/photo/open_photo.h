@@ -1,22 +1,26 @@
-// Photo: a source, its reader and the places of its blocks, as each exported function needs them.
+// Photo: a source, its reader, the places of its blocks and their bytes, as each exported function needs them.
 #pragma once
 
 #include "containers/kinds.h"
 #include "containers/layout.h"
 #include "containers/tag_walker.h"
+#include "photo/tag_set.h"
+#include "support/zeroed_buffer.h"
 
 namespace tvmeta {
 
 // Finds the blocks of a source. The walker has found all of them after its last entry.
 struct OpenPhoto {
     explicit OpenPhoto(const tvmeta_Source& source)
-        : reader(sourceOf(source), 0, window_size::Jpeg), status(findBlocks(reader, source.size, layout)),
-          tags(reader, layout) {}
+        : reader(source, 0, window_size::Jpeg), status(findBlocks(reader, source.size, layout)), tags(reader, layout) {}
 
-    // Walks what is left of the directories, for the blocks in them.
-    void walkToEnd() {
+    // Walks all directories, and so finds the blocks in them, too.
+    TagSet readTags() {
+        TagSet wanted;
         for (tvmeta_Tag tag; tags.next(tag);) {
+            wanted.offer(tag);
         }
+        return wanted;
     }
 
     // Why there is no result; TVMETA_OK if there is one.
@@ -39,5 +43,17 @@ inline constexpr std::int64_t MaxSourceSize = std::int64_t{1} << 62;
 constexpr bool isUsable(const tvmeta_Source* source) {
     return source != nullptr && source->read != nullptr && source->size >= 0 && source->size <= MaxSourceSize;
 }
+
+// Fills a cleared record. `tags` have been offered every entry of the walker. open.failure() says whether it is valid.
+void fillPhoto(OpenPhoto& open, const TagSet& tags, tvmeta_Photo& photo);
+
+// Bytes of the pieces of a block together.
+std::int64_t blockSize(const Layout& layout, std::int32_t block);
+
+// Copies the start of a block. Returns false if it cannot be read.
+bool copyBlock(OpenPhoto& photo, std::int32_t block, std::span<unsigned char> bytes);
+
+// A block in memory; empty if it cannot be read, or if it is larger than what is worth a search. False without memory.
+ZeroedBuffer loadBlock(OpenPhoto& photo, std::int32_t block);
 
 } // namespace tvmeta

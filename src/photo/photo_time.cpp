@@ -4,6 +4,7 @@
 #include "photo/photo_fields.h"
 #include "photo/utf8.h"
 #include "support/text_numbers.h"
+#include "support/text_search.h"
 #include "support/tiff_vocabulary.h"
 
 #include <array>
@@ -31,21 +32,13 @@ int takeNumber(std::string_view& text, std::size_t digits) {
     return value;
 }
 
-bool takeOne(std::string_view& text, std::string_view characters) {
-    if (text.empty() || characters.find(text.front()) == std::string_view::npos) {
-        return false;
-    }
-    text.remove_prefix(1);
-    return true;
-}
-
 // Seconds since 1970 of "YYYY:MM:DD", which some programs write with other separators.
 std::optional<std::int64_t> takeDate(std::string_view& text) {
     constexpr std::string_view Separators = ":-/.";
     const int year = takeNumber(text, 4);
-    const bool first = takeOne(text, Separators);
+    const bool first = takeOneOf(text, Separators);
     const int month = takeNumber(text, 2);
-    const bool second = takeOne(text, Separators);
+    const bool second = takeOneOf(text, Separators);
     const int day = takeNumber(text, 2);
     using namespace std::chrono;
     const year_month_day date(std::chrono::year{year}, std::chrono::month(static_cast<unsigned>(month)),
@@ -58,11 +51,11 @@ std::optional<std::int64_t> takeDate(std::string_view& text) {
 
 std::optional<std::int64_t> takeDateTime(std::string_view text) {
     const std::optional<std::int64_t> date = takeDate(text);
-    const bool hasTime = date && takeOne(text, " T");
+    const bool hasTime = date && takeOneOf(text, " T");
     const int hour = takeNumber(text, 2);
-    const bool first = takeOne(text, ":");
+    const bool first = takeOneOf(text, ":");
     const int minute = takeNumber(text, 2);
-    const bool second = takeOne(text, ":");
+    const bool second = takeOneOf(text, ":");
     const int seconds = takeNumber(text, 2);
     if (!hasTime || !first || !second || hour < 0 || hour > 23 || minute < 0 || minute > 59 || seconds < 0 ||
         seconds > 60) {
@@ -77,11 +70,11 @@ std::optional<int> takeOffset(std::string_view text) {
         return 0;
     }
     const bool isWest = text.starts_with('-');
-    if (!takeOne(text, "+-")) {
+    if (!takeOneOf(text, "+-")) {
         return std::nullopt;
     }
     const int hours = takeNumber(text, 2);
-    const bool separated = takeOne(text, ":");
+    const bool separated = takeOneOf(text, ":");
     const int minutes = takeNumber(text, 2);
     if (!separated || hours < 0 || hours > 15 || minutes < 0 || minutes > 59) {
         return std::nullopt;

@@ -1,6 +1,5 @@
-#include "photo/read_block.h"
-
 #include "containers/joined_regions.h"
+#include "photo/open_photo.h"
 
 #include <array>
 #include <cstddef>
@@ -48,24 +47,33 @@ bool isRecorded(const tvmeta_Photo* photo, std::int32_t block) {
            photo->blocks[block].position >= 0;
 }
 
-std::int64_t readRecorded(const tvmeta_Source& source, const tvmeta_Block& block, void* buffer, std::int64_t capacity) {
+// Copies a block if there is a buffer, and returns its size.
+std::int64_t copyTo(void* buffer, std::int64_t capacity, SourceReader& reader, std::span<const Region> regions) {
+    const JoinedRegions block(regions);
     if (buffer == nullptr) {
-        return block.size;
+        return block.size();
     }
-    if (capacity < block.size) {
+    if (capacity < block.size()) {
         return TVMETA_TOO_SMALL;
     }
-    const Source bytes = sourceOf(source);
-    const std::int64_t read = bytes.read(bytes.context, block.position, buffer, block.size);
-    if (read < 0) {
+    const std::span bytes(static_cast<unsigned char*>(buffer), static_cast<std::size_t>(block.size()));
+    const bool isComplete = block.read(reader, 0, bytes);
+    if (reader.failed()) {
         return TVMETA_READ_FAILED;
     }
-    return read == block.size ? read : std::int64_t{TVMETA_BROKEN};
+    return isComplete ? block.size() : std::int64_t{TVMETA_BROKEN};
+}
+
+std::int64_t readRecorded(const tvmeta_Source& source, const tvmeta_Block& block, void* buffer, std::int64_t capacity) {
+    constexpr std::size_t NoWindow = 1; // the source writes into the buffer
+    SourceReader reader(source, 0, NoWindow);
+    const Region region{block.position, block.size};
+    return copyTo(buffer, capacity, reader, std::span(&region, 1));
 }
 
 std::int64_t readBlock(const tvmeta_Source& source, std::int32_t block, void* buffer, std::int64_t capacity) {
     OpenPhoto photo(source);
-    photo.walkToEnd();
+    photo.readTags();
     addExifPiece(photo.layout);
     if (const std::int32_t failure = photo.failure(); failure != TVMETA_OK) {
         return failure;
@@ -73,18 +81,9 @@ std::int64_t readBlock(const tvmeta_Source& source, std::int32_t block, void* bu
     if (photo.layout.isCompressed(block)) {
         return TVMETA_REFUSED_KIND;
     }
-    const std::int64_t size = blockSize(photo.layout, block);
-    if (buffer == nullptr) {
-        return size;
-    }
-    if (capacity < size) {
-        return TVMETA_TOO_SMALL;
-    }
-    const std::span bytes(static_cast<unsigned char*>(buffer), static_cast<std::size_t>(size));
-    if (copyBlock(photo, block, bytes)) {
-        return size;
-    }
-    return photo.reader.failed() ? TVMETA_READ_FAILED : TVMETA_BROKEN;
+    std::array<Region, Layout::MaxPieces> regions;
+    const std::size_t count = photo.layout.regionsOf(block, regions);
+    return copyTo(buffer, capacity, photo.reader, std::span(regions).first(count));
 }
 
 } // namespace

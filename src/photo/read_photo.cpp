@@ -1,8 +1,6 @@
-// Reads any photograph into the record.
-#include "photo/read_photo.h"
-
+// Reads any photograph into the record, and lists its tags.
+#include "photo/open_photo.h"
 #include "photo/photo_fields.h"
-#include "photo/read_block.h"
 #include "photo/xmp_text.h"
 
 #include <algorithm>
@@ -89,11 +87,7 @@ namespace {
 
 std::int32_t readPhoto(const tvmeta_Source& source, tvmeta_Photo& photo) {
     OpenPhoto open(source);
-    TagSet tags;
-    for (tvmeta_Tag tag; open.tags.next(tag);) {
-        tags.offer(tag);
-    }
-    fillPhoto(open, tags, photo);
+    fillPhoto(open, open.readTags(), photo);
     if (const std::int32_t failure = open.failure(); failure != TVMETA_OK) {
         return failure;
     }
@@ -116,4 +110,20 @@ std::int32_t tvmeta_read_photo(const tvmeta_Source* source, tvmeta_Photo* photo)
     std::memset(photo, 0, recordSize);
     std::memcpy(photo, &record, std::min<std::size_t>(recordSize, sizeof record));
     return status;
+}
+
+std::int64_t tvmeta_list_tags(const tvmeta_Source* source, const tvmeta_Photo*, tvmeta_Tag* tags,
+                              std::int64_t capacity) noexcept {
+    if (!isUsable(source) || capacity < 0 || (tags == nullptr && capacity > 0)) {
+        return TVMETA_BAD_ARGUMENT;
+    }
+    OpenPhoto photo(*source);
+    std::int64_t count = 0;
+    for (tvmeta_Tag tag; photo.tags.next(tag); ++count) {
+        if (count < capacity) {
+            tags[count] = tag;
+        }
+    }
+    const std::int32_t failure = photo.failure();
+    return failure == TVMETA_OK ? count : failure;
 }

@@ -1,8 +1,7 @@
 // Texts for people, from XMP, IPTC or EXIF.
 #include "containers/tag_values.h"
 #include "photo/iptc_text.h"
-#include "photo/read_block.h"
-#include "photo/tag_set.h"
+#include "photo/open_photo.h"
 #include "photo/xmp_text.h"
 #include "support/tiff_vocabulary.h"
 
@@ -111,10 +110,7 @@ std::int64_t tvmeta_read_text(const tvmeta_Source* source, const tvmeta_Photo*, 
         return TVMETA_BAD_ARGUMENT;
     }
     OpenPhoto photo(*source);
-    TagSet tags;
-    for (tvmeta_Tag tag; photo.tags.next(tag);) {
-        tags.offer(tag);
-    }
+    const TagSet tags = photo.readTags();
     const auto size = static_cast<std::size_t>(buffer != nullptr ? capacity : 0);
     TextWriter writer({buffer, size});
     if (photo.status == TVMETA_OK && (index == 0 || text == TVMETA_TEXT_KEYWORD)) {

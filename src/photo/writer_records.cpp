@@ -1,6 +1,7 @@
 // The records of the writers, from that of a photograph.
 #include "photo/fractions.h"
 #include "photo/utf8.h"
+#include "support/text_search.h"
 #include "tvmeta_photo.h"
 
 #include <algorithm>
@@ -53,10 +54,6 @@ void keepText(const tvmeta_Photo& photo, int field, std::string_view text, std::
     if (writer.written() < writer.size()) {
         clamped.add(field);
     }
-}
-
-std::string_view textOf(std::span<const char> field) {
-    return {field.data(), static_cast<std::size_t>(std::ranges::find(field, '\0') - field.begin())};
 }
 
 // Writes a number with leading zeros.

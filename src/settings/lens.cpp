@@ -1,6 +1,5 @@
 // The EXIF auxiliary property aux:Lens (XMP additional properties), as an element or an attribute.
-#include "settings/lens.h"
-
+#include "settings/packet_parser.h"
 #include "settings/xmp_names.h"
 
 #include <algorithm>

@@ -1,8 +1,6 @@
 #include "settings/packet_parser.h"
 
-#include "settings/lens.h"
 #include "settings/methods.h"
-#include "settings/parameter_reader.h"
 #include "settings/xmp_names.h"
 #include "support/text_numbers.h"
 #include "tvmeta.h"

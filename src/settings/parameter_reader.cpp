@@ -1,7 +1,6 @@
 // One pass over the text finds the tags, then the values are read.
-#include "settings/parameter_reader.h"
-
 #include "settings/methods.h"
+#include "settings/packet_parser.h"
 #include "settings/value_curves.h"
 #include "settings/xmp_names.h"
 #include "support/text_numbers.h"

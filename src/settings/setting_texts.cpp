@@ -4,6 +4,7 @@
 #include "settings/packet_writer.h"
 #include "settings/value_curves.h"
 #include "support/text_numbers.h"
+#include "support/text_search.h"
 #include "tvmeta.h"
 
 #include <algorithm>
@@ -19,12 +20,6 @@ using namespace tvmeta;
 namespace {
 
 static_assert(TVMETA_SETTING_TEXT_SIZE > PrintedFloatSize, "a value and its terminator");
-
-bool takeOneOf(std::string_view& text, std::string_view characters) {
-    const bool found = !text.empty() && characters.find(text.front()) != std::string_view::npos;
-    text.remove_prefix(found ? 1 : 0);
-    return found;
-}
 
 bool takeDigits(std::string_view& text) {
     const std::size_t count = std::min(text.find_first_not_of("0123456789"), text.size());

@@ -1,7 +1,8 @@
-// Support: search for a fixed text in a long one.
+// Support: parts of texts, and the search for a fixed text in a long one.
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string_view>
 
 namespace tvmeta {
@@ -9,6 +10,24 @@ namespace tvmeta {
 // The text from an offset on; empty if the offset is not below its size. (string_view's substr throws beyond the end.)
 constexpr std::string_view textFrom(std::string_view text, std::size_t offset) {
     return offset < text.size() ? std::string_view(text.data() + offset, text.size() - offset) : std::string_view();
+}
+
+inline std::string_view asText(std::span<const unsigned char> bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+// The text in a field of fixed size, up to its terminator. It needs none if it is full.
+template <std::size_t Size>
+std::string_view textOf(const char (&field)[Size]) {
+    const std::string_view all(field, Size);
+    return all.substr(0, all.find('\0'));
+}
+
+// Removes the first character of the text if it is one of these.
+constexpr bool takeOneOf(std::string_view& text, std::string_view characters) {
+    const bool found = !text.empty() && characters.find(text.front()) != std::string_view::npos;
+    text.remove_prefix(found ? 1 : 0);
+    return found;
 }
 
 // A text to search for, and the index of two adjacent bytes in it that are rare where it is searched for.

@@ -1,6 +1,7 @@
 // Writers: the EXIF and GPS directories of a result (EXIF 2.3, sections 4.6.5 and 4.6.6), and its texts.
 #pragma once
 
+#include "support/text_search.h"
 #include "tvmeta.h"
 #include "writers/directory_builder.h"
 
@@ -24,13 +25,6 @@ struct TextCounts {
 
 // The make of a camera, derived from its model name; empty for an unknown model. (The readers keep no make.)
 std::string_view makeOf(std::string_view model);
-
-// A text field of a record. It needs no terminator if it is full.
-template <std::size_t Size>
-std::string_view textOf(const char (&field)[Size]) {
-    const std::string_view all(field, Size);
-    return all.substr(0, all.find('\0'));
-}
 
 TextCounts countTexts(const MetadataBuf& metadata, const GpsBuf& gps);
 

@@ -1,7 +1,6 @@
 #include "writers/result_contents.h"
 
-#include "photo/read_block.h"
-#include "photo/read_photo.h"
+#include "photo/open_photo.h"
 #include "settings/packet_writer.h"
 #include "writers/exif_directories.h"
 #include "writers/result_iptc.h"

@@ -3,6 +3,7 @@
 #include "metadata/byte_cursor.h"
 #include "photo/iptc_text.h"
 #include "photo/utf8.h"
+#include "support/text_search.h"
 #include "tvmeta_photo.h"
 
 #include <algorithm>
@@ -39,7 +40,6 @@ Survey survey(std::span<const unsigned char> block) {
     IptcReader reader(block);
     bool hasKeyword = false;
     for (IptcDataset dataset; reader.next(dataset);) {
-        const std::string_view value(reinterpret_cast<const char*>(dataset.value.data()), dataset.value.size());
         if (dataset.record == 1 && dataset.number == 90) {
             result.hasDesignation = true;
             result.isUtf8 = std::ranges::equal(dataset.value, std::span(Utf8Designation).subspan(5));
@@ -54,7 +54,7 @@ Survey survey(std::span<const unsigned char> block) {
                 result.keywordPlace = reader.position();
             }
             hasKeyword |= isKeyword;
-            result.hasOtherTexts |= dataset.number != 0 && !isUtf8(value);
+            result.hasOtherTexts |= dataset.number != 0 && !isUtf8(asText(dataset.value));
         }
         result.end = reader.position();
     }
@@ -67,9 +67,7 @@ Survey survey(std::span<const unsigned char> block) {
 bool hasKeyword(std::span<const unsigned char> block, std::string_view keyword) {
     IptcReader reader(block);
     for (IptcDataset dataset; reader.next(dataset);) {
-        if (dataset.record == ApplicationRecord && dataset.number == Keyword &&
-            std::ranges::equal(dataset.value, keyword,
-                               [](unsigned char a, char b) { return a == static_cast<unsigned char>(b); })) {
+        if (dataset.record == ApplicationRecord && dataset.number == Keyword && asText(dataset.value) == keyword) {
             return true;
         }
     }

@@ -98,7 +98,7 @@ void putKeywords(TextWriter& writer, std::string_view packet, const XmpChanges& 
     for (IptcDataset dataset; block.next(dataset);) {
         char value[1024];
         TextWriter text(value);
-        putText(text, trimmed({reinterpret_cast<const char*>(dataset.value.data()), dataset.value.size()}));
+        putText(text, trimmed(asText(dataset.value)));
         const std::string_view keyword(value, text.written());
         const bool isGiven =
             std::ranges::any_of(changes.keywords, [keyword](std::string_view given) { return given == keyword; });

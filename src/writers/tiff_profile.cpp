@@ -1,9 +1,8 @@
 // Replaces the ICC profile of a TIFF file in place: appends the new one, then repoints its directory entry.
-#include "metadata/tiff_tag.h"
+#include "metadata/tiff_reader.h"
 #include "support/file.h"
 #include "support/message.h"
 #include "support/packed_numbers.h"
-#include "support/tiff_vocabulary.h"
 #include "tvmeta.h"
 
 #include <algorithm>
