@@ -72,12 +72,20 @@ void DirectoryBuilder::addRationals(std::uint16_t tag, std::span<const std::int3
 
 void DirectoryBuilder::addText(std::uint16_t tag, std::span<const char> text, std::size_t count) {
     const auto* const bytes = reinterpret_cast<const unsigned char*>(text.data());
-    addBytes(tag, tiff_type::Ascii, count, {bytes, text.size()}, count);
+    if (count > 0) {
+        addBytes(tag, tiff_type::Ascii, count, {bytes, text.size()}, count);
+    }
 }
 
 void DirectoryBuilder::addBytes(std::uint16_t tag, std::uint16_t type, std::size_t count,
                                 std::span<const unsigned char> bytes, std::size_t size) {
     add(tag, type, count, size).borrowed = bytes.first(std::min(bytes.size(), size));
+}
+
+void DirectoryBuilder::addBlock(std::uint16_t tag, std::uint16_t type, std::span<const unsigned char> block) {
+    if (!block.empty()) {
+        addBytes(tag, type, block.size(), block, block.size());
+    }
 }
 
 void DirectoryBuilder::addOffset(std::uint16_t tag, std::uint64_t value) {
@@ -87,7 +95,9 @@ void DirectoryBuilder::addOffset(std::uint16_t tag, std::uint64_t value) {
 }
 
 void DirectoryBuilder::addDirectory(std::uint16_t tag, DirectoryBuilder& directory) {
-    add(tag, form_.isBig ? tiff_type::Long8 : tiff_type::Long, 1, directory.size(), &directory);
+    if (directory.entries() > 0) {
+        add(tag, form_.isBig ? tiff_type::Long8 : tiff_type::Long, 1, directory.size(), &directory);
+    }
 }
 
 bool DirectoryBuilder::has(std::uint16_t tag) const {

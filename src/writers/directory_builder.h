@@ -42,11 +42,14 @@ class DirectoryBuilder {
     void addOffset(std::uint16_t tag, std::uint64_t value);      // LONG8 in BigTIFF
     void addRationals(std::uint16_t tag, std::span<const std::int32_t> words);
 
-    // `count` characters: those of `text`, then zeros.
+    // `count` characters: those of `text`, then zeros. None if the count is 0.
     void addText(std::uint16_t tag, std::span<const char> text, std::size_t count);
     // `count` items of the type, in `size` bytes: those of `bytes`, then zeros.
     void addBytes(std::uint16_t tag, std::uint16_t type, std::size_t count, std::span<const unsigned char> bytes,
                   std::size_t size);
+    // Bytes as they are, an item of the type each. None if there are none.
+    void addBlock(std::uint16_t tag, std::uint16_t type, std::span<const unsigned char> block);
+    // None if it has no entries.
     void addDirectory(std::uint16_t tag, DirectoryBuilder& directory);
 
     // Overrides the number of entries and the bytes of values for which the layout has room.

@@ -33,19 +33,11 @@ std::int32_t write_exif_buf(std::int32_t exifCount, std::int32_t exifBytes, std:
     place.setRoom(countOf(gpsCount), countOf(gpsBytes));
 
     DirectoryBuilder image;
-    if (makeCount > 0) {
-        image.addText(tiff_tag::Make, std::span(make, MakeSize), countOf(makeCount));
-    }
-    if (modelCount > 0) {
-        image.addText(tiff_tag::Model, metadata->model, countOf(modelCount));
-    }
+    image.addText(tiff_tag::Make, std::span(make, MakeSize), countOf(makeCount));
+    image.addText(tiff_tag::Model, metadata->model, countOf(modelCount));
     image.addShort(tiff_tag::Orientation, writtenOrientation(orientation));
-    if (exifCount > 0) {
-        image.addDirectory(tiff_tag::ExifIfd, exif);
-    }
-    if (gpsCount > 0) {
-        image.addDirectory(tiff_tag::GpsIfd, place);
-    }
+    image.addDirectory(tiff_tag::ExifIfd, exif);
+    image.addDirectory(tiff_tag::GpsIfd, place);
     if (image.size() > INT32_MAX - TiffHeaderSize) {
         return WRITE_EXIF_NOTHING;
     }

@@ -89,9 +89,7 @@ DirectoryBuilder exifDirectory(const MetadataBuf& metadata, std::size_t dateCoun
     if (metadata.isoSpeed > 0) {
         directory.addShort(exif_tag::IsoSpeedRatings, static_cast<std::uint16_t>(metadata.isoSpeed));
     }
-    if (dateCount > 0) {
-        directory.addText(exif_tag::DateTimeOriginal, metadata.dateTimeOriginal, dateCount);
-    }
+    directory.addText(exif_tag::DateTimeOriginal, metadata.dateTimeOriginal, dateCount);
     addIfPresent(directory, exif_tag::FocalLength, metadata.focalLength);
     return directory;
 }
@@ -103,15 +101,13 @@ DirectoryBuilder gpsDirectory(const GpsBuf& gps, std::size_t gpsDateCount) {
     addReference(directory, gps_tag::LongitudeRef, gps.longitudeRef);
     addIfPresent(directory, gps_tag::Longitude, gps.longitude);
     if (gps.altitudeRef > 0) {
-        directory.addBytes(gps_tag::AltitudeRef, tiff_type::Byte, 1, std::span(&gps.altitudeRef, 1), 1);
+        directory.addBlock(gps_tag::AltitudeRef, tiff_type::Byte, std::span(&gps.altitudeRef, 1));
     }
     addIfPresent(directory, gps_tag::Altitude, gps.altitude);
     addIfPresent(directory, gps_tag::TimeStamp, gps.timeStamp);
-    if (gpsDateCount > 0) {
-        directory.addText(gps_tag::DateStamp, gps.dateStamp, gpsDateCount);
-    }
+    directory.addText(gps_tag::DateStamp, gps.dateStamp, gpsDateCount);
     if (directory.entries() > 0) {
-        directory.addBytes(gps_tag::VersionId, tiff_type::Byte, GpsVersion.size(), GpsVersion, GpsVersion.size());
+        directory.addBlock(gps_tag::VersionId, tiff_type::Byte, GpsVersion);
     }
     return directory;
 }

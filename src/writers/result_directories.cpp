@@ -23,7 +23,7 @@ bool isSrgb(Bytes profile) {
 
 void addVersion(DirectoryBuilder& directory, std::uint16_t tag, std::uint16_t type, Bytes version) {
     if (!directory.has(tag)) {
-        directory.addBytes(tag, type, version.size(), version, version.size());
+        directory.addBlock(tag, type, version);
     }
 }
 
@@ -102,16 +102,9 @@ void ResultDirectories::addTexts(const tvmeta_Result& result, bool isFloat) {
 }
 
 void ResultDirectories::addBlocks() {
-    const auto addBlock = [this](std::uint16_t tag, std::uint16_t type, Bytes block) {
-        if (!block.empty()) {
-            image.addBytes(tag, type, block.size(), block, block.size());
-        }
-    };
-    addBlock(tiff_tag::IccProfile, tiff_type::Undefined, contents_.icc);
-    addBlock(tiff_tag::Xmp, tiff_type::Byte, {contents_.xmp.data(), contents_.xmp.size()});
-    if (contents_.iptc.size() > 0) {
-        addIptc(image, {contents_.iptc.data(), contents_.iptc.size()});
-    }
+    image.addBlock(tiff_tag::IccProfile, tiff_type::Undefined, contents_.icc);
+    image.addBlock(tiff_tag::Xmp, tiff_type::Byte, {contents_.xmp.data(), contents_.xmp.size()});
+    addIptc(image, {contents_.iptc.data(), contents_.iptc.size()});
 }
 
 // What EXIF requires of each of its directories, and what it says of the picture itself.
@@ -140,14 +133,9 @@ void ResultDirectories::addExif(const tvmeta_Result& result) {
 
 // Refers to the directories, once all of their fields are known.
 void ResultDirectories::link() {
-    const auto addDirectory = [](DirectoryBuilder& parent, std::uint16_t tag, DirectoryBuilder& child) {
-        if (child.entries() > 0) {
-            parent.addDirectory(tag, child);
-        }
-    };
-    addDirectory(exif_, exif_tag::InteroperabilityIfd, interoperability_);
-    addDirectory(image, tiff_tag::ExifIfd, exif_);
-    addDirectory(image, tiff_tag::GpsIfd, gps_);
+    exif_.addDirectory(exif_tag::InteroperabilityIfd, interoperability_);
+    image.addDirectory(tiff_tag::ExifIfd, exif_);
+    image.addDirectory(tiff_tag::GpsIfd, gps_);
 }
 
 } // namespace tvmeta

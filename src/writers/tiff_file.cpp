@@ -40,6 +40,9 @@ void addResolution(DirectoryBuilder& directory, std::int32_t dotsPerInch) {
 }
 
 void addIptc(DirectoryBuilder& directory, std::span<const unsigned char> iptc) {
+    if (iptc.empty()) {
+        return;
+    }
     const std::size_t longs = iptc.size() / 4 + (iptc.size() % 4 != 0 ? 1 : 0);
     directory.addBytes(tiff_tag::Iptc, tiff_type::Long, longs, iptc, 4 * longs);
 }

@@ -20,6 +20,7 @@ inline constexpr std::string_view FloatSoftware = "Tonalvista 32-bit Float Outpu
 void addPixelFields(DirectoryBuilder& directory, const PixelLayout& layout, DirectoryForm form);
 
 void addResolution(DirectoryBuilder& directory, std::int32_t dotsPerInch);
+// None if the block is empty.
 void addIptc(DirectoryBuilder& directory, std::span<const unsigned char> iptc);
 
 // A failure of writeTiffFile that buf2tif reports as BUF2TIF_NO_MEMORY, which is also BUF2TIF_CANNOT_OPEN.

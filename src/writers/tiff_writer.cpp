@@ -30,7 +30,7 @@ struct Contents {
     const TifImageInfo& info;
     std::string_view make;
     std::span<const char> model;
-    std::size_t modelCount;
+    TextCounts counts;
     std::span<const unsigned char> icc;
     std::span<const unsigned char> xmp;
     std::span<const unsigned char> iptc;
@@ -50,34 +50,19 @@ bool isForRgb(std::span<const unsigned char> profile) {
 DirectoryBuilder imageDirectory(const PixelLayout& layout, const Contents& contents) {
     DirectoryBuilder directory;
     addPixelFields(directory, layout, {});
-    if (!contents.make.empty()) {
-        directory.addText(tiff_tag::Make, contents.make, contents.make.size() + 1);
-    }
-    if (contents.modelCount > 0) {
-        directory.addText(tiff_tag::Model, contents.model, contents.modelCount);
-    }
+    directory.addText(tiff_tag::Make, contents.make, contents.counts.make);
+    directory.addText(tiff_tag::Model, contents.model, contents.counts.model);
     directory.addShort(tiff_tag::Orientation, writtenOrientation(contents.info.orientation));
     addResolution(directory, contents.info.resolution);
     if (layout.isFloat) {
         directory.addText(tiff_tag::Software, FloatSoftware, FloatSoftware.size() + 1);
         directory.addShorts(tiff_tag::SampleFormat, MaxSamples, IeeeFloat);
     }
-    if (!contents.icc.empty()) {
-        directory.addBytes(tiff_tag::IccProfile, tiff_type::Undefined, contents.icc.size(), contents.icc,
-                           contents.icc.size());
-    }
-    if (!contents.xmp.empty()) {
-        directory.addBytes(tiff_tag::Xmp, tiff_type::Byte, contents.xmp.size(), contents.xmp, contents.xmp.size());
-    }
-    if (!contents.iptc.empty()) {
-        addIptc(directory, contents.iptc);
-    }
-    if (contents.exif.entries() > 0) {
-        directory.addDirectory(tiff_tag::ExifIfd, contents.exif);
-    }
-    if (contents.gps.entries() > 0) {
-        directory.addDirectory(tiff_tag::GpsIfd, contents.gps);
-    }
+    directory.addBlock(tiff_tag::IccProfile, tiff_type::Undefined, contents.icc);
+    directory.addBlock(tiff_tag::Xmp, tiff_type::Byte, contents.xmp);
+    addIptc(directory, contents.iptc);
+    directory.addDirectory(tiff_tag::ExifIfd, contents.exif);
+    directory.addDirectory(tiff_tag::GpsIfd, contents.gps);
     return directory;
 }
 
@@ -93,8 +78,7 @@ Result<XmpPacket> chooseXmp(std::span<const unsigned char> packet, PacketRequest
     if (!packet.empty()) {
         const auto start = packet.first(packet.size() - 1);
         const bool isTerminated = packet.back() == '\0';
-        const std::string_view text(reinterpret_cast<const char*>(start.data()), start.size());
-        if (request.method <= METHOD_NONE || (isTerminated && hasSettings(text))) {
+        if (request.method <= METHOD_NONE || (isTerminated && hasSettings(asText(start)))) {
             return XmpPacket{{}, isTerminated || request.method != METHOD_NONE ? start : packet};
         }
     }
@@ -150,7 +134,7 @@ std::int32_t buf2tif(const void* pixels, const TifImageInfo* info, std::int32_t 
         .info = *info,
         .make = makeOf(textOf(metadata->model)),
         .model = metadata->model,
-        .modelCount = counts.model,
+        .counts = counts,
         .icc = isForRgb(*profile) ? *profile : NoBytes,
         .xmp = packet->bytes,
         .iptc = *iptcBlock,
