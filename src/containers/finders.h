@@ -3,9 +3,13 @@
 
 #include "containers/layout.h"
 
+#include <cstdint>
 #include <span>
 
 namespace tvmeta {
+
+// Finds the blocks of a source of `size` bytes. Returns TVMETA_OK, TVMETA_UNKNOWN_KIND or TVMETA_REFUSED_KIND.
+std::int32_t findBlocks(SourceReader& reader, std::int64_t size, Layout& layout);
 
 // A region with a JPEG is the source, or a preview that has the metadata of a raw file.
 void findInJpeg(SourceReader& reader, const Region& region, Layout& layout);
@@ -33,9 +37,9 @@ void findInResources(SourceReader& reader, std::span<const Region> regions, Layo
 // Adds the largest preview that the index in a region of a JPEG lists (CIPA DC-007, Multi-Picture Format).
 void findMultiPicturePreview(SourceReader& reader, const Region& index, const Region& file, Layout& layout);
 
-// XMP packets of more than 64 KiB in JPEG files (XMP storage in files, JPEG). Joins the standard packet and the extended
-// one to a single packet: the descriptions of the extended packet become the last ones of the standard packet. Packets
-// whose text does not allow that follow each other.
+// XMP packets of more than 64 KiB in JPEG files (XMP storage in files, JPEG). Joins the standard packet and the
+// extended one to a single packet: the descriptions of the extended packet become the last ones of the standard packet.
+// Packets whose text does not allow that follow each other.
 void joinExtendedXmp(SourceReader& reader, Layout& layout);
 
 } // namespace tvmeta

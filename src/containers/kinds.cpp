@@ -1,5 +1,4 @@
-#include "containers/kinds.h"
-
+// The kinds of files, by their first bytes.
 #include "containers/finders.h"
 #include "support/text_search.h"
 
@@ -96,13 +95,8 @@ const Kind* kindOf(std::span<const unsigned char> start) {
 
 } // namespace
 
-std::int32_t formatOf(std::span<const unsigned char> start) {
-    const Kind* const kind = kindOf(start);
-    return kind != nullptr ? kind->format : static_cast<std::int32_t>(TVMETA_FORMAT_UNKNOWN);
-}
-
 std::int32_t findBlocks(SourceReader& reader, std::int64_t size, Layout& layout) {
-    std::array<unsigned char, KindBytes> start{};
+    std::array<unsigned char, 64> start{};
     reader.seek(0);
     const std::size_t read = reader.read(start);
     const Kind* kind = kindOf(std::span(start).first(read));

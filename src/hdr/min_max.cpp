@@ -17,9 +17,9 @@ std::int32_t hdrMinMax(std::int32_t width, std::int32_t height, const unsigned c
     const std::size_t columns = empty ? 0 : static_cast<std::size_t>(width);
     auto* measure = hdr::portable::measure;
 #ifdef TVMETA_X86_64
-    // Asking the processor takes 10 us and more in a virtual machine: longer than it saves on a small image.
+    // Asking takes longer than it saves on a small image.
     constexpr std::size_t MinPixelsToAsk = 1 << 18;
-    if (rows * columns >= MinPixelsToAsk && hasAvx2()) {
+    if (rows * columns >= MinPixelsToAsk && hdr::hasAvx2()) {
         measure = hdr::avx2::measure;
     }
 #endif

@@ -2,9 +2,13 @@
 // mantissas, then exponents.
 #pragma once
 
-#include "support/processor.h"
+#include "support/platform.h"
 
 #include <cstddef>
+
+#if defined(__x86_64__) || defined(_M_X64) // elsewhere the portable code does everything
+#define TVMETA_X86_64 1
+#endif
 
 namespace tvmeta::hdr {
 
@@ -19,6 +23,10 @@ TVMETA_DECLARE_MEASURE
 namespace avx2 { // only for processors with AVX2
 TVMETA_DECLARE_MEASURE
 }
+
+// Whether the processor and the system support AVX2. Asking can take tens of microseconds in a virtual machine, and the
+// answer is not kept: ask once per large task.
+bool hasAvx2();
 #endif
 
 } // namespace tvmeta::hdr

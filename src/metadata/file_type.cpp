@@ -3,39 +3,39 @@
 #include "tvmeta.h"
 
 #include <cstdint>
-#include <cstring>
+#include <string_view>
 
 using namespace tvmeta;
+using namespace std::string_view_literals;
 
 namespace {
 
 struct Signature {
-    unsigned char bytes[4];
-    std::size_t size;
+    std::string_view bytes;
     std::int32_t fileType;
 };
 
 constexpr Signature Signatures[] = {
-    {{0xFF, 0xD8}, 2, FILE_TYPE_JPEG},
-    {{'8', 'B', 'P', 'S'}, 4, FILE_TYPE_PSD},
-    {{'I', 'I', 42, 0}, 4, FILE_TYPE_TIFF},
-    {{'M', 'M', 0, 42}, 4, FILE_TYPE_TIFF},
+    {"\xFF\xD8"sv, FILE_TYPE_JPEG},
+    {"8BPS"sv, FILE_TYPE_PSD},
+    {"II\x2A\0"sv, FILE_TYPE_TIFF},
+    {"MM\0\x2A"sv, FILE_TYPE_TIFF},
 };
 
 } // namespace
 
 std::int32_t tvmeta_file_type(const char* path) noexcept {
-    const File file = openUnbuffered(path, "rb");
+    const File file = openUnbuffered(path, Access::Read);
     if (!file) {
         return TVMETA_FILE_UNREADABLE;
     }
-    unsigned char start[4] = {};
+    char start[4] = {};
     const std::size_t size = std::fread(start, 1, sizeof start, file.get());
     if (std::ferror(file.get()) != 0) { // a directory opens, but cannot be read
         return TVMETA_FILE_UNREADABLE;
     }
     for (const Signature& signature : Signatures) {
-        if (size >= signature.size && std::memcmp(start, signature.bytes, signature.size) == 0) {
+        if (std::string_view(start, size).starts_with(signature.bytes)) {
             return signature.fileType;
         }
     }

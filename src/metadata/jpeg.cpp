@@ -3,7 +3,7 @@
 #include "metadata/directory_parsers.h"
 #include "metadata/jpeg_markers.h"
 #include "settings/packet_parser.h"
-#include "support/message.h"
+#include "support/file.h"
 #include "support/zeroed_buffer.h"
 
 #include <algorithm>

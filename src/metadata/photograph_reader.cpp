@@ -42,7 +42,7 @@ std::int32_t getExifData(const char* path, std::int32_t fileType, ExifInfo* info
         return GET_EXIF_UNREADABLE;
     }
     init_exifInfo(info);
-    const File file = openUnbuffered(path, "rb");
+    const File file = openUnbuffered(path, Access::Read);
     if (!file) {
         return GET_EXIF_UNREADABLE;
     }

@@ -6,7 +6,7 @@ using namespace tvmeta;
 
 std::int32_t read_iptc(const char* path, std::int32_t count, std::int32_t offset, unsigned char* buffer) noexcept {
     constexpr unsigned char DatasetMarker = 0x1C;
-    const File file = openUnbuffered(path, "rb");
+    const File file = openUnbuffered(path, Access::Read);
     if (!file || (buffer == nullptr && count > 0)) {
         return READ_IPTC_UNREADABLE;
     }

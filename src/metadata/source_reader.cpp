@@ -64,25 +64,25 @@ void SourceReader::use(Window& window) {
     window.lastUse = ++uses_;
 }
 
-// Reads a window at the position, in place of the one that was used longest ago.
-bool SourceReader::fill() {
+// Reads a window at the position, in place of the one that was used longest ago. Returns its bytes.
+std::span<const unsigned char> SourceReader::fill() {
     if (position_ >= end_) {
-        return false;
+        return {};
     }
     Window& window = *std::ranges::min_element(windows_, {}, &Window::lastUse);
     window.size = readSource(window.bytes.data(), ++fills_ <= MaxFills ? windowSize_ : ScatteredSize);
     window.start = position_;
     use(window);
-    return window.size > 0;
+    return window.from(position_);
 }
 
 int SourceReader::get() {
     std::span<const unsigned char> bytes = available();
     if (bytes.empty()) {
-        if (!fill()) {
-            return EOF;
-        }
-        bytes = available();
+        bytes = fill();
+    }
+    if (bytes.empty()) {
+        return EOF;
     }
     ++position_;
     return bytes.front();
@@ -124,7 +124,7 @@ std::size_t SourceReader::read(std::span<unsigned char> block) {
         }
         position_ += static_cast<std::int64_t>(count);
         done += count;
-        if (count == 0 && !fill()) {
+        if (count == 0 && fill().empty()) {
             break;
         }
     }

@@ -72,7 +72,7 @@ class SourceReader {
     template <std::size_t Size>
     std::array<int, Size> take();
     void use(Window& window);
-    bool fill();
+    std::span<const unsigned char> fill();
     std::size_t readSource(unsigned char* block, std::size_t size);
 
     tvmeta_Source source_;

@@ -139,10 +139,6 @@ Key keyOf(const FoundSet& set) {
     return set.evidence == TVMETA_EVIDENCE_MARK_EXPOSURE ? &Frame::value : &Frame::bias;
 }
 
-Run framesOf(const FoundSet& set, const Workspace& work) {
-    return Run(work.frames).subspan(set.first, set.size);
-}
-
 // The set of a camera whose shape occurs most often, and at least twice; empty if there is none. Samples bound the
 // work.
 Run usualSet(std::size_t firstSet, const Workspace& work) {
@@ -155,13 +151,13 @@ Run usualSet(std::size_t firstSet, const Workspace& work) {
         std::size_t equal = 0;
         for (std::size_t j = 0; j < sets.size(); j += step) {
             equal += sets[i].evidence == sets[j].evidence &&
-                             hasSameShape(framesOf(sets[i], work), framesOf(sets[j], work), keyOf(sets[i]))
+                             hasSameShape(work.framesOf(sets[i]), work.framesOf(sets[j]), keyOf(sets[i]))
                          ? 1U
                          : 0U;
         }
         if (equal > most) {
             most = equal;
-            usual = framesOf(sets[i], work);
+            usual = work.framesOf(sets[i]);
         }
     }
     return usual;
@@ -182,7 +178,7 @@ Run usualPair(Run camera, Workspace& work) {
     const Run usual = usualSet(firstSet, work);
     const auto pairs = std::span<const FoundSet>(work.sets).subspan(firstSet, work.setCount - firstSet);
     const auto equal = static_cast<std::size_t>(std::ranges::count_if(pairs, [&](const FoundSet& set) {
-        const Run pair = framesOf(set, work);
+        const Run pair = work.framesOf(set);
         return !usual.empty() && std::abs(pair[0].bias - usual[0].bias) <= Tolerance &&
                hasSameShape(pair, usual, &Frame::bias);
     }));
@@ -191,7 +187,7 @@ Run usualPair(Run camera, Workspace& work) {
 }
 
 std::size_t expectedShots(const FoundSet& set, Run usual, const Workspace& work) {
-    const Run run = framesOf(set, work);
+    const Run run = work.framesOf(set);
     if (run.size() < usual.size() && hasSameShape(usual.first(run.size()), run, keyOf(set))) {
         return usual.size();
     }

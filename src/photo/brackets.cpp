@@ -52,12 +52,11 @@ Workspace workspaceIn(ZeroedBuffer& block, std::size_t count) {
 // A set whose exposures occur in the same steps in another set close to it is no guess.
 void confirmSeries(Workspace& work, std::size_t firstSet) {
     constexpr std::size_t Reach = 16;
-    const auto framesOf = [&](const FoundSet& set) { return Run(work.frames).subspan(set.first, set.size); };
     for (std::size_t i = firstSet; i < work.setCount; ++i) {
         for (std::size_t j = i + 1; j < work.setCount && j <= i + Reach; ++j) {
             FoundSet &a = work.sets[i], &b = work.sets[j];
             const bool areSeries = a.evidence == b.evidence && a.size > 2;
-            if (areSeries && hasSameShape(framesOf(a), framesOf(b), &Frame::value)) {
+            if (areSeries && hasSameShape(work.framesOf(a), work.framesOf(b), &Frame::value)) {
                 a.confidence = b.confidence = TVMETA_BY_PATTERN;
                 a.expected = b.expected = a.size;
             }
@@ -127,7 +126,7 @@ void writeMembers(Workspace& work, std::span<tvmeta_BracketMember> members) {
         members[i] = {-1, 0, work.leaders[i], 0};
     }
     for (std::size_t i = 0; i < work.setCount; ++i) {
-        const Run run = Run(work.frames).subspan(work.sets[i].first, work.sets[i].size);
+        const Run run = work.framesOf(work.sets[i]);
         for (std::size_t place = 0; place < run.size(); ++place) {
             tvmeta_BracketMember& member = members[static_cast<std::size_t>(run[place].file)];
             member.set = static_cast<std::int64_t>(i);
@@ -149,7 +148,7 @@ void writeSets(const Workspace& work, void* sets, std::uint32_t recordSize) {
         set.evidence = found.evidence;
         set.shots = static_cast<std::int64_t>(found.size);
         set.expectedShots = static_cast<std::int64_t>(found.expected);
-        for (const Frame& frame : Run(work.frames).subspan(found.first + 1, found.size - 1)) {
+        for (const Frame& frame : work.framesOf(found).subspan(1)) {
             set.longestPause = std::max(set.longestPause, frame.pause);
         }
         std::memcpy(static_cast<unsigned char*>(sets) + i * recordSize, &set,

@@ -142,6 +142,8 @@ struct Workspace {
 
     std::size_t indexOf(Run run) const { return static_cast<std::size_t>(run.data() - frames.data()); }
 
+    Run framesOf(const FoundSet& set) const { return Run(frames).subspan(set.first, set.size); }
+
     std::size_t fileAt(std::size_t frame) const { return static_cast<std::size_t>(frames[frame].file); }
 
     void add(Run run, std::size_t expected, std::int32_t confidence, std::int32_t evidence) {

@@ -1,8 +1,7 @@
 // Photo: a source, its reader, the places of its blocks and their bytes, as each exported function needs them.
 #pragma once
 
-#include "containers/kinds.h"
-#include "containers/layout.h"
+#include "containers/finders.h"
 #include "containers/tag_walker.h"
 #include "photo/tag_set.h"
 #include "support/zeroed_buffer.h"

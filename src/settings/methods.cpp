@@ -101,33 +101,10 @@ constexpr bool isUsable(const Method& method) {
     return isTerminated(method.name) && std::ranges::all_of(method.parameters, [&](const Parameter& parameter) {
                const std::size_t formerSize = parameter.formerName.size();
                return isTerminated(parameter.name) && (formerSize == 0 || formerSize == parameter.name.size()) &&
-                      numberForm(parameter.kind).decimals <= MaxDecimals;
+                      formOf(parameter.kind).decimals <= MaxDecimals;
            });
 }
 static_assert(std::ranges::all_of(Methods, isUsable));
-
-// Current packets store the three kinds of numbers alike.
-constexpr std::int32_t publicKind(ValueKind kind) {
-    switch (kind) {
-    case Number:
-    case VersionedNumber:
-    case Microcontrast:
-        return TVMETA_NUMBER;
-    case Fraction:
-        return TVMETA_FRACTION;
-    case Gamma:
-        return TVMETA_GAMMA;
-    case Clip:
-        return TVMETA_CLIP;
-    case SmoothingMode:
-        return TVMETA_SMOOTHING_MODE;
-    case Smoothing:
-        return TVMETA_SMOOTHING;
-    case Panorama:
-        return TVMETA_YES_NO;
-    }
-    return TVMETA_NUMBER;
-}
 
 } // namespace
 
@@ -161,7 +138,7 @@ std::int32_t tvmeta_parameter(std::int32_t method, std::int32_t index, tvmeta_Pa
         return 0;
     }
     if (out != nullptr) {
-        *out = {parameter->name.data(), parameter->slot, publicKind(parameter->kind)};
+        *out = {parameter->name.data(), parameter->slot, formOf(parameter->kind).publicKind};
     }
     return static_cast<std::int32_t>(findMethod(method)->parameters.size());
 }

@@ -93,7 +93,7 @@ void putValue(TextSink& sink, const Parameter& parameter, const float* settings)
         putPadded(sink, YesNo[slot > 0.0F ? 1 : 0], YesNoWidth);
         break;
     default: {
-        const NumberForm form = numberForm(parameter.kind);
+        const KindForm& form = formOf(parameter.kind);
         putNumber(sink, form.fromSlot(slot), form.decimals);
     }
     }

@@ -123,7 +123,7 @@ std::optional<float> readValue(const Packet& packet, ValueKind kind, std::string
     case ValueKind::Gamma:
     case ValueKind::Clip:
         if (const std::optional<float> number = readFloat(value)) {
-            return numberForm(kind).toSlot(*number);
+            return formOf(kind).toSlot(*number);
         }
         break;
     case ValueKind::VersionedNumber:

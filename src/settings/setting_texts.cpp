@@ -69,7 +69,7 @@ constexpr float MaxGamma = 10'000.0F;
 
 std::int32_t storeNumber(std::string_view text, ValueKind kind, float& slot) {
     const std::optional<float> number = isDecimalNumber(text) ? scanFloat(text) : std::nullopt;
-    const NumberForm form = numberForm(kind);
+    const KindForm& form = formOf(kind);
     if (!number || std::isnan(form.toSlot(*number))) {
         return TVMETA_SETTING_INVALID;
     }

@@ -15,7 +15,7 @@ using namespace tvmeta;
 std::int32_t read_xmp(const char* path, std::int32_t method, float* settings) noexcept {
     // The 32-bit length of the text includes a terminator.
     constexpr std::int64_t MaxSize = std::numeric_limits<std::int32_t>::max() - 1;
-    File file = openUnbuffered(path, "rb");
+    File file = openUnbuffered(path, Access::Read);
     if (!file) {
         return READ_XMP_UNREADABLE;
     }
@@ -41,7 +41,7 @@ std::int32_t extract_xmp(const char* path, std::int32_t count, std::int32_t offs
     if (buffer == nullptr) {
         return XMP_NOT_TERMINATED;
     }
-    const File file = openUnbuffered(path, "rb");
+    const File file = openUnbuffered(path, Access::Read);
     const std::int64_t size = file ? fileSize(file.get()) : -1;
     if (size <= 0 || isDirectory(file.get())) {
         return EXTRACT_XMP_UNREADABLE;
@@ -85,7 +85,7 @@ std::int32_t write_xmp(const char* path, std::int32_t method, const float* setti
         return WRITE_XMP_NO_MEMORY;
     }
     writePacket(request, packet.text());
-    File file = openUnbuffered(path, "wb");
+    File file = openUnbuffered(path, Access::Write);
     if (!file) {
         return WRITE_XMP_CANNOT_OPEN;
     }

@@ -1,10 +1,13 @@
-// Settings: the numbers of a packet: their decimals, and the curves between them and the slots, each next to its
+// Settings: the kinds of values in a packet: their decimals, and the curves between numbers and slots, each next to its
 // inverse.
 #pragma once
 
 #include "settings/methods.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <numbers>
 
@@ -44,30 +47,30 @@ inline float unchanged(float number) {
     return number;
 }
 
-struct NumberForm {
+// A kind of value at the interface, and the numbers of it in a current packet.
+struct KindForm {
+    ValueKind kind;
+    std::int32_t publicKind;
     int decimals;
     float (*fromSlot)(float);
     float (*toSlot)(float);
 };
 
-// A table, since gcc for ARM makes writable data of a switch that returns functions.
-struct FormOfKind {
-    ValueKind kind;
-    NumberForm form;
+inline constexpr KindForm KindForms[] = {
+    {ValueKind::Number, TVMETA_NUMBER, 1, unchanged, unchanged},
+    {ValueKind::VersionedNumber, TVMETA_NUMBER, 1, unchanged, unchanged},
+    {ValueKind::Fraction, TVMETA_FRACTION, 6, unchanged, unchanged},
+    {ValueKind::Gamma, TVMETA_GAMMA, 2, gammaFromSlider, sliderFromGamma},
+    {ValueKind::Clip, TVMETA_CLIP, 3, clipFromSlot, slotFromClip},
+    {ValueKind::Microcontrast, TVMETA_NUMBER, 1, unchanged, unchanged},
+    {ValueKind::SmoothingMode, TVMETA_SMOOTHING_MODE, 1, unchanged, unchanged},
+    {ValueKind::Smoothing, TVMETA_SMOOTHING, 1, unchanged, unchanged},
+    {ValueKind::Panorama, TVMETA_YES_NO, 1, unchanged, unchanged},
 };
-inline constexpr FormOfKind FormsOfKinds[] = {{ValueKind::Fraction, {6, unchanged, unchanged}},
-                                              {ValueKind::Gamma, {2, gammaFromSlider, sliderFromGamma}},
-                                              {ValueKind::Clip, {3, clipFromSlot, slotFromClip}}};
-inline constexpr NumberForm PlainForm = {1, unchanged, unchanged};
 
-// The form of a kind whose values are numbers in a current packet.
-constexpr const NumberForm& numberForm(ValueKind kind) {
-    for (const FormOfKind& row : FormsOfKinds) {
-        if (row.kind == kind) {
-            return row.form;
-        }
-    }
-    return PlainForm;
+constexpr const KindForm& formOf(ValueKind kind) {
+    return KindForms[static_cast<std::size_t>(kind)];
 }
+static_assert(std::ranges::all_of(KindForms, [](const KindForm& row) { return &formOf(row.kind) == &row; }));
 
 } // namespace tvmeta

@@ -1,12 +1,14 @@
 #include "support/file.h"
 
 #include <cerrno>
-#include <cstddef>
 
 #ifdef _WIN32
 #include "support/zeroed_buffer.h"
 
 #include <algorithm>
+#include <cstring>
+#include <initializer_list>
+#include <io.h>
 #include <windows.h>
 #endif
 
@@ -14,30 +16,15 @@ namespace tvmeta {
 
 namespace {
 
-// The mode letter that closes a file in programs that the process starts; zero where the C library has none.
+// The modes of fopen by Access, with the letter that closes a file in programs that the process starts where the C
+// library has one.
 #if defined(_WIN32)
-constexpr char CloseOnExec = 'N';
+constexpr const wchar_t* Modes[] = {L"rbN", L"wbN", L"rb+N"};
 #elif defined(__linux__) || defined(__FreeBSD__) || defined(__NetBSD__) || defined(__OpenBSD__)
-constexpr char CloseOnExec = 'e';
+constexpr const char* Modes[] = {"rbe", "wbe", "rb+e"};
 #else
-constexpr char CloseOnExec = '\0';
+constexpr const char* Modes[] = {"rb", "wb", "rb+"};
 #endif
-
-template <typename Char>
-struct Mode {
-    static constexpr std::size_t MaxLength = 3; // "rb+"
-
-    explicit Mode(const char* mode) {
-        std::size_t length = 0;
-        while (length < MaxLength && mode[length] != '\0') {
-            text[length] = static_cast<Char>(mode[length]);
-            ++length;
-        }
-        text[length] = static_cast<Char>(CloseOnExec);
-    }
-
-    Char text[MaxLength + 2] = {};
-};
 
 #ifdef _WIN32
 // A path as the system's functions require it; empty if it is not UTF-8.
@@ -50,9 +37,10 @@ ZeroedBuffer wideText(const char* path) {
     return block;
 }
 
-std::FILE* open(const char* path, const char* mode) {
+std::FILE* open(const char* path, Access access) {
     const ZeroedBuffer wide = wideText(path);
-    return wide.size() > 0 ? _wfopen(reinterpret_cast<const wchar_t*>(wide.data()), Mode<wchar_t>(mode).text) : nullptr;
+    return wide.size() > 0 ? _wfopen(reinterpret_cast<const wchar_t*>(wide.data()), Modes[static_cast<int>(access)])
+                           : nullptr;
 }
 
 bool move(std::FILE* stream, std::int64_t offset, int origin) {
@@ -61,8 +49,8 @@ bool move(std::FILE* stream, std::int64_t offset, int origin) {
 #else
 static_assert(sizeof(off_t) == sizeof(std::int64_t), "positions in files have 64 bits");
 
-std::FILE* open(const char* path, const char* mode) {
-    return std::fopen(path, Mode<char>(mode).text);
+std::FILE* open(const char* path, Access access) {
+    return std::fopen(path, Modes[static_cast<int>(access)]);
 }
 
 bool move(std::FILE* stream, std::int64_t offset, int origin) {
@@ -73,6 +61,16 @@ bool move(std::FILE* stream, std::int64_t offset, int origin) {
 } // namespace
 
 #ifdef _WIN32
+// Writes past the stream: only its translation mode, which belongs to the whole process, could keep the line feed.
+void printMessage(const char* text, const char* path) {
+    std::fflush(stderr);
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stderr)));
+    for (const char* const part : {text, path, "\n"}) {
+        DWORD written = 0;
+        WriteFile(handle, part, static_cast<DWORD>(std::strlen(part)), &written, nullptr);
+    }
+}
+
 void* openHandle(const char* path) {
     const ZeroedBuffer wide = wideText(path);
     return wide.size() == 0 ? INVALID_HANDLE_VALUE
@@ -80,10 +78,14 @@ void* openHandle(const char* path) {
                                           FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
+#else
+void printMessage(const char* text, const char* path) {
+    std::fprintf(stderr, "%s%s\n", text, path);
+}
 #endif
 
-File openUnbuffered(const char* path, const char* mode) {
-    File file(path != nullptr ? open(path, mode) : nullptr);
+File openUnbuffered(const char* path, Access access) {
+    File file(path != nullptr ? open(path, access) : nullptr);
     if (file) {
         std::setvbuf(file.get(), nullptr, _IONBF, 0);
     }

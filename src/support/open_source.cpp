@@ -100,18 +100,12 @@ bool openFile(const char* path, tvmeta_Source& source) {
 // The system may return fewer bytes than it was asked for before the end, too.
 std::int64_t readFile(void* context, std::int64_t position, void* buffer, std::int64_t count) {
     std::int64_t done = 0;
-    while (done < count) {
-        const std::int64_t read = readSome(context, position + done, static_cast<unsigned char*>(buffer) + done,
-                                           std::min(count - done, MaxRead));
-        if (read < 0) {
-            return read;
-        }
-        if (read == 0) {
-            break;
-        }
-        done += read;
+    std::int64_t read = 1;
+    for (; done < count && read > 0; done += read) {
+        read = readSome(context, position + done, static_cast<unsigned char*>(buffer) + done,
+                        std::min(count - done, MaxRead));
     }
-    return done;
+    return read < 0 ? read : done;
 }
 
 } // namespace

@@ -12,16 +12,6 @@ constexpr std::uint16_t loadBe16(const unsigned char* bytes) {
     return static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]);
 }
 
-constexpr void putLe16(unsigned char* bytes, std::uint16_t value) {
-    bytes[0] = static_cast<unsigned char>(value);
-    bytes[1] = static_cast<unsigned char>(value >> 8);
-}
-
-constexpr void putLe32(unsigned char* bytes, std::uint32_t value) {
-    putLe16(bytes, static_cast<std::uint16_t>(value));
-    putLe16(bytes + 2, static_cast<std::uint16_t>(value >> 16));
-}
-
 // The sum of two offsets modulo 2^32. Offsets at the interface are signed 32-bit numbers, which wrap.
 constexpr std::int32_t wrappingAdd(std::int32_t a, std::int32_t b) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
@@ -34,23 +24,14 @@ inline void copyBytes(void* to, const void* from, std::size_t size) {
     }
 }
 
-// Writes bytes into a block of fixed size. Excess bytes are dropped.
+// Writes bytes and little-endian numbers into a block of fixed size. Excess bytes are dropped.
 // Invariant: position_ <= block_.size().
 class ByteWriter {
   public:
     explicit ByteWriter(std::span<unsigned char> block) : block_(block) {}
 
-    void put16(std::uint16_t value) {
-        unsigned char bytes[2] = {};
-        putLe16(bytes, value);
-        put(bytes);
-    }
-
-    void put32(std::uint32_t value) {
-        unsigned char bytes[4] = {};
-        putLe32(bytes, value);
-        put(bytes);
-    }
+    void put16(std::uint16_t value) { putNumber(value, 2); }
+    void put32(std::uint32_t value) { putNumber(value, 4); }
 
     // A number of 1 to 8 bytes.
     void putNumber(std::uint64_t value, std::size_t size) {

@@ -87,7 +87,6 @@ inline constexpr std::uint16_t ExposureTime = 33434;
 inline constexpr std::uint16_t FNumber = 33437;
 inline constexpr std::uint16_t ExposureProgram = 34850;
 inline constexpr std::uint16_t IsoSpeedRatings = 34855;
-inline constexpr std::uint16_t SensitivityType = 34864;
 inline constexpr std::uint16_t StandardOutputSensitivity = 34865;
 inline constexpr std::uint16_t RecommendedExposureIndex = 34866;
 inline constexpr std::uint16_t IsoSpeed = 34867;

@@ -45,14 +45,14 @@ void DirectoryBuilder::addShort(std::uint16_t tag, std::uint16_t value) {
 }
 
 void DirectoryBuilder::addShorts(std::uint16_t tag, std::size_t count, std::uint16_t value) {
-    Field& field = addNumbers(tag, tiff_type::Short, count, 2 * count);
+    ByteWriter numbers(addNumbers(tag, tiff_type::Short, count, 2 * count).numbers);
     for (std::size_t i = 0; i < count; ++i) {
-        putLe16(field.numbers.data() + 2 * i, value);
+        numbers.put16(value);
     }
 }
 
 void DirectoryBuilder::addLong(std::uint16_t tag, std::uint32_t value) {
-    putLe32(addNumbers(tag, tiff_type::Long, 1, 4).numbers.data(), value);
+    ByteWriter(addNumbers(tag, tiff_type::Long, 1, 4).numbers).put32(value);
 }
 
 void DirectoryBuilder::addShortOrLong(std::uint16_t tag, std::uint32_t value) {
@@ -64,9 +64,9 @@ void DirectoryBuilder::addShortOrLong(std::uint16_t tag, std::uint32_t value) {
 }
 
 void DirectoryBuilder::addRationals(std::uint16_t tag, std::span<const std::int32_t> words) {
-    Field& field = addNumbers(tag, tiff_type::Rational, words.size() / 2, 4 * words.size());
-    for (std::size_t i = 0; i < words.size(); ++i) {
-        putLe32(field.numbers.data() + 4 * i, static_cast<std::uint32_t>(words[i]));
+    ByteWriter numbers(addNumbers(tag, tiff_type::Rational, words.size() / 2, 4 * words.size()).numbers);
+    for (const std::int32_t word : words) {
+        numbers.put32(static_cast<std::uint32_t>(word));
     }
 }
 
@@ -90,8 +90,8 @@ void DirectoryBuilder::addBlock(std::uint16_t tag, std::uint16_t type, std::span
 
 void DirectoryBuilder::addOffset(std::uint16_t tag, std::uint64_t value) {
     const std::size_t size = form_.offsetSize();
-    Field& field = addNumbers(tag, form_.isBig ? tiff_type::Long8 : tiff_type::Long, 1, size);
-    ByteWriter(std::span(field.numbers).first(size)).putNumber(value, size);
+    ByteWriter(addNumbers(tag, form_.isBig ? tiff_type::Long8 : tiff_type::Long, 1, size).numbers)
+        .putNumber(value, size);
 }
 
 void DirectoryBuilder::addDirectory(std::uint16_t tag, DirectoryBuilder& directory) {
@@ -102,8 +102,7 @@ void DirectoryBuilder::addDirectory(std::uint16_t tag, DirectoryBuilder& directo
 
 bool DirectoryBuilder::has(std::uint16_t tag) const {
     const std::span<const Field> all = room_.data() != nullptr ? std::span<const Field>(room_) : own_;
-    return std::ranges::find(all.first(fieldCount_), tag, &Field::tag) !=
-           all.begin() + static_cast<std::ptrdiff_t>(fieldCount_);
+    return std::ranges::count(all.first(fieldCount_), tag, &Field::tag) > 0;
 }
 
 void DirectoryBuilder::setRoom(std::size_t entries, std::size_t valueBytes) {

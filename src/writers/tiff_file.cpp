@@ -63,7 +63,7 @@ Result<std::int32_t> writeTiffFile(const char* path, const PixelWriter& pixels, 
     unsigned char bytes[16];
     const auto header = std::span(bytes).first(form.headerSize());
     writeTiffHeader(header, directoryOffset, form);
-    File file = openUnbuffered(path, "wb");
+    File file = openUnbuffered(path, Access::Write);
     if (!file) {
         return Failure{BUF2TIF_CANNOT_OPEN};
     }

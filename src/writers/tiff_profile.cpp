@@ -1,7 +1,6 @@
 // Replaces the ICC profile of a TIFF file in place: appends the new one, then repoints its directory entry.
 #include "metadata/tiff_reader.h"
 #include "support/file.h"
-#include "support/message.h"
 #include "support/packed_numbers.h"
 #include "tvmeta.h"
 
@@ -15,8 +14,8 @@ using namespace tvmeta;
 
 namespace {
 
-File open(const char* path, const char* mode, const char* message) {
-    File file = openUnbuffered(path, mode);
+File open(const char* path, Access access, const char* message) {
+    File file = openUnbuffered(path, access);
     if (!file) {
         printMessage(message);
     }
@@ -39,8 +38,9 @@ bool replaceProfile(std::FILE* stream, const TagEntry& entry, std::int64_t oldSi
                     std::span<const unsigned char> profile) {
     constexpr std::int64_t CountOffset = 4;
     std::array<unsigned char, 8> countAndOffset{};
-    putLe32(countAndOffset.data(), static_cast<std::uint32_t>(profile.size()));
-    putLe32(countAndOffset.data() + 4, static_cast<std::uint32_t>(oldSize));
+    ByteWriter writer(countAndOffset);
+    writer.put32(static_cast<std::uint32_t>(profile.size()));
+    writer.put32(static_cast<std::uint32_t>(oldSize));
     return writeAt(stream, profileStart(entry, oldSize), profile) &&
            writeAt(stream, entry.position + CountOffset, countAndOffset);
 }
@@ -51,7 +51,7 @@ std::int32_t update_tif_profile(std::int32_t length, const unsigned char* profil
     if (length < 0 || (profile == nullptr && length > 0)) {
         return UPDATE_PROFILE_FAILED;
     }
-    File file = open(path, "rb", "Can not open input file for reading");
+    File file = open(path, Access::Read, "Can not open input file for reading");
     if (!file) {
         return UPDATE_PROFILE_CANNOT_OPEN;
     }
@@ -63,7 +63,7 @@ std::int32_t update_tif_profile(std::int32_t length, const unsigned char* profil
     if (oldSize < 0 || profileStart(*entry, oldSize) > INT32_MAX - std::int64_t{length}) {
         return UPDATE_PROFILE_FAILED;
     }
-    file = open(path, "rb+", "Can not open input file for update");
+    file = open(path, Access::Update, "Can not open input file for update");
     if (!file) {
         return UPDATE_PROFILE_CANNOT_OPEN;
     }

@@ -3,7 +3,6 @@
 #include "settings/packet_parser.h"
 #include "settings/packet_writer.h"
 #include "support/file.h"
-#include "support/message.h"
 #include "support/zeroed_buffer.h"
 #include "tvmeta.h"
 #include "writers/directory_builder.h"
