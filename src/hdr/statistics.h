@@ -13,15 +13,14 @@
 namespace tvmeta::hdr {
 
 // Stores minimum, maximum and mean. All instruction sets give the same bits.
-#define TVMETA_DECLARE_MEASURE                                                                                         \
-    void measure(std::size_t width, std::size_t height, const unsigned char* pixels, float results[3]);
+using Measure = void(std::size_t width, std::size_t height, const unsigned char* pixels, float results[3]);
 
 namespace portable {
-TVMETA_DECLARE_MEASURE
+Measure measure;
 }
 #ifdef TVMETA_X86_64
 namespace avx2 { // only for processors with AVX2
-TVMETA_DECLARE_MEASURE
+Measure measure;
 }
 
 // Whether the processor and the system support AVX2. Asking can take tens of microseconds in a virtual machine, and the

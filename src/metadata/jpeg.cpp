@@ -4,9 +4,9 @@
 #include "metadata/jpeg_markers.h"
 #include "settings/packet_parser.h"
 #include "support/file.h"
+#include "support/text_search.h"
 #include "support/zeroed_buffer.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <string_view>
 
@@ -71,9 +71,7 @@ bool skipSegment(StreamReader& reader) {
 bool readSignature(StreamReader& reader, std::string_view signature) {
     unsigned char bytes[XmpSignature.size()] = {}; // the longest
     const auto block = std::span(bytes).first(signature.size());
-    return reader.read(block) == signature.size() && std::ranges::equal(block, signature, [](unsigned char a, char b) {
-               return a == static_cast<unsigned char>(b);
-           });
+    return reader.read(block) == signature.size() && asText(block) == signature;
 }
 
 // The first APP1 segment.

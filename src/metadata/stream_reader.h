@@ -52,8 +52,6 @@ class BorrowedStreamReader : public StreamReader {
   public:
     explicit BorrowedStreamReader(std::FILE* stream) : StreamReader(stream, positionOf(stream), window_size::Tiff) {}
     ~BorrowedStreamReader() { moveStream(position()); }
-    BorrowedStreamReader(const BorrowedStreamReader&) = delete;
-    BorrowedStreamReader& operator=(const BorrowedStreamReader&) = delete;
 };
 
 } // namespace tvmeta

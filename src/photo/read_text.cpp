@@ -3,11 +3,10 @@
 #include "photo/iptc_text.h"
 #include "photo/open_photo.h"
 #include "photo/xmp_text.h"
+#include "support/text_numbers.h"
 #include "support/tiff_vocabulary.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <iterator>
 
 using namespace tvmeta;
@@ -36,14 +35,6 @@ static_assert(std::size(Places) == TVMETA_TEXT_SOFTWARE + 1);
 
 constexpr std::size_t MaxTagText = 1 << 16;
 
-bool putInteger(SourceReader& reader, const tvmeta_Tag& tag, TextWriter& writer) {
-    const std::optional<std::int64_t> value = readInteger(reader, tag);
-    std::array<char, 24> digits;
-    const auto printed = std::to_chars(digits.data(), digits.data() + digits.size(), value.value_or(0));
-    writer.put(std::string_view(digits.data(), static_cast<std::size_t>(printed.ptr - digits.data())));
-    return value.has_value();
-}
-
 // Pairs outside of the first plane are rare, and become two replacement characters.
 void putWide(std::string_view bytes, int index, TextWriter& writer) {
     for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
@@ -64,8 +55,7 @@ void putTag(OpenPhoto& photo, const TagSet& tags, const TextPlace& place, int in
     const tvmeta_Tag* const tag = tags.image(place.tag);
     const tvmeta_Tag* const wide = tags.image(place.wideTag);
     if (tag != nullptr && index == 0 && place.tag == tiff_tag::Rating) {
-        putInteger(photo.reader, *tag, writer);
-        return;
+        return writer.put(PrintedInteger(readInteger(photo.reader, *tag).value_or(0)).text());
     }
     const bool isWide = tag == nullptr || index > 0;
     const tvmeta_Tag* const chosen = isWide ? wide : tag;

@@ -62,20 +62,14 @@ void TextWriter::put(std::string_view text) {
 }
 
 void TextWriter::put(char32_t character) {
-    const auto tail = [character](int shift) { return static_cast<char>(0x80 | (character >> shift & 0x3F)); };
-    if (character < 0x80) {
-        const char byte = static_cast<char>(character);
-        put(std::string_view(&byte, 1));
-    } else if (character < 0x800) {
-        const char bytes[] = {static_cast<char>(0xC0 | character >> 6), tail(0)};
-        put(std::string_view(bytes, sizeof bytes));
-    } else if (character < 0x10000) {
-        const char bytes[] = {static_cast<char>(0xE0 | character >> 12), tail(6), tail(0)};
-        put(std::string_view(bytes, sizeof bytes));
-    } else {
-        const char bytes[] = {static_cast<char>(0xF0 | character >> 18), tail(12), tail(6), tail(0)};
-        put(std::string_view(bytes, sizeof bytes));
+    constexpr unsigned char Leads[] = {0, 0, 0xC0, 0xE0, 0xF0}; // by the length of the sequence
+    const std::size_t length = character < 0x80 ? 1 : character < 0x800 ? 2 : character < 0x10000 ? 3 : 4;
+    char bytes[4];
+    for (std::size_t i = length - 1; i > 0; --i, character >>= 6) {
+        bytes[i] = static_cast<char>(0x80 | (character & 0x3F));
     }
+    bytes[0] = static_cast<char>(Leads[length] | character);
+    put(std::string_view(bytes, length));
 }
 
 void putText(TextWriter& writer, std::string_view text) {

@@ -10,7 +10,6 @@
 #include "tvmeta.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <iterator>
 #include <limits>
@@ -55,9 +54,7 @@ class TextSink {
 
 // "%02d" of a number above zero.
 void putNamespaceNumber(TextSink& sink, std::int32_t number) {
-    char digits[10];
-    const char* const end = std::to_chars(digits, std::end(digits), number).ptr;
-    sink.put(number < 10 ? "0" : "", std::string_view(digits, static_cast<std::size_t>(end - digits)));
+    sink.put(number < 10 ? "0" : "", PrintedInteger(number).text());
 }
 
 const Word& smoothingLevel(float level) {

@@ -2,7 +2,9 @@
 // of the process makes no difference.
 #pragma once
 
+#include <charconv>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <optional>
 #include <span>
@@ -24,6 +26,16 @@ std::optional<std::int64_t> scanInteger(std::string_view& text);
 // followed by an 'i' is a number only if it is "infinity". "nan" is a number whatever follows: of "nan(abc)", closed or
 // not, the parentheses are left in the text, as glibc's sscanf does, so they do not change the NaN's payload.
 std::optional<float> scanFloat(std::string_view text);
+
+// Prints an integer as "%lld" does.
+struct PrintedInteger {
+    explicit PrintedInteger(std::int64_t value)
+        : size(static_cast<std::size_t>(std::to_chars(digits, std::end(digits), value).ptr - digits)) {}
+    std::string_view text() const { return {digits, size}; }
+
+    char digits[std::numeric_limits<std::int64_t>::digits10 + 2]; // and a sign
+    std::size_t size;
+};
 
 // Room for any float printed with MaxDecimals decimals: sign, digits, point, decimals.
 inline constexpr int MaxDecimals = 6;

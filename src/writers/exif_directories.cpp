@@ -43,12 +43,8 @@ std::size_t countText(const char (&field)[Size], std::size_t unterminated) {
     return size > 0 ? size + 1 : 0;
 }
 
-constexpr bool isPresent(std::span<const std::int32_t> rational) {
-    return rational[0] > 0 && rational[1] > 0;
-}
-
 void addIfPresent(DirectoryBuilder& directory, std::uint16_t tag, std::span<const std::int32_t> rationals) {
-    if (isPresent(rationals)) {
+    if (rationals[0] > 0 && rationals[1] > 0) {
         directory.addRationals(tag, rationals);
     }
 }

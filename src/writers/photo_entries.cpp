@@ -95,19 +95,18 @@ bool PhotoEntries::offer(SourceReader& reader, const tvmeta_Tag& tag, KeptValues
     if (!seen_) {
         return false;
     }
+    std::int32_t loss = 0;
     if (fate == Fate::Private) {
-        losses.add(tag.directory, tag.tag, TVMETA_LOSS_PRIVATE);
+        loss = TVMETA_LOSS_PRIVATE;
+    } else if (!isKept(fate, kept) || tag.count == 0 || seen(tag) != 0) { // of several entries the first counts
         return true;
+    } else if (fate == Fate::MakerNote && !isMovableNote(reader, tag)) {
+        loss = TVMETA_LOSS_MAKER_NOTE;
+    } else if (!isWritable(tag) || valueSize(tag) > MaxValueBytes - valueBytes_) {
+        loss = TVMETA_LOSS_BROKEN;
     }
-    if (!isKept(fate, kept) || tag.count == 0 || seen(tag) != 0) { // of several entries the first counts
-        return true;
-    }
-    if (fate == Fate::MakerNote && !isMovableNote(reader, tag)) {
-        losses.add(tag.directory, tag.tag, TVMETA_LOSS_MAKER_NOTE);
-        return true;
-    }
-    if (!isWritable(tag) || valueSize(tag) > MaxValueBytes - valueBytes_) {
-        losses.add(tag.directory, tag.tag, TVMETA_LOSS_BROKEN);
+    if (loss != 0) {
+        losses.add(tag.directory, tag.tag, loss);
         return true;
     }
     valueBytes_ += valueSize(tag);

@@ -7,7 +7,6 @@
 #include "writers/result_xmp.h"
 
 #include <cstring>
-#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -91,8 +90,7 @@ Bytes fittingProfile(const tvmeta_Result& result, LossList& losses) {
     return {};
 }
 
-std::optional<ZeroedBuffer> makeXmp(const tvmeta_Result& result, std::string_view packet, Bytes iptc,
-                                    LossList& losses) {
+ZeroedBuffer makeXmp(const tvmeta_Result& result, std::string_view packet, Bytes iptc, LossList& losses) {
     const std::int32_t method = result.method != METHOD_NONE ? result.method + DescriptionOnly : METHOD_NONE;
     const XmpChanges changes = {
         .width = result.width,
@@ -132,12 +130,8 @@ std::int32_t ResultContents::collect(const tvmeta_Result& result, bool withBlock
     const std::string_view oldXmp = result.xmp != nullptr
                                         ? std::string_view(result.xmp, static_cast<std::size_t>(result.xmpSize))
                                         : std::string_view(blocks.xmp.text(), blocks.xmp.size());
-    std::optional<ZeroedBuffer> newXmp = makeXmp(result, oldXmp, iptc.bytes(), losses);
-    if (!newXmp) {
-        return TVMETA_NO_MEMORY;
-    }
-    xmp = std::move(*newXmp);
-    return TVMETA_OK;
+    xmp = makeXmp(result, oldXmp, iptc.bytes(), losses);
+    return xmp ? TVMETA_OK : TVMETA_NO_MEMORY;
 }
 
 } // namespace tvmeta

@@ -4,6 +4,7 @@
 #include "photo/utf8.h"
 #include "photo/xmp_text.h"
 #include "settings/packet_parser.h"
+#include "support/text_numbers.h"
 #include "support/text_search.h"
 #include "support/tiff_vocabulary.h"
 #include "writers/result_iptc.h"
@@ -11,16 +12,14 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstring>
-#include <iterator>
 
 namespace tvmeta {
 
 namespace {
 
 constexpr std::size_t NotFound = std::string_view::npos;
-constexpr std::string_view RdfEnd = "</rdf:RDF>";
+constexpr std::string_view RdfEnd = "</rdf:RDF>"; // before the last one, descriptions can be added
 constexpr std::string_view DescriptionEnd = "</rdf:Description>";
 constexpr std::string_view OwnSettings = "<rdf:Description rdf:about=''\nxmlns:tvtm=";
 constexpr std::string_view NewPacketStart = "<?xpacket begin='\xEF\xBB\xBF' id='W5M0MpCehiHzreSzNTczkc9d'?>\n"
@@ -30,27 +29,6 @@ constexpr std::string_view NewPacketEnd = "</rdf:RDF>\n</x:xmpmeta>\n<?xpacket e
 constexpr std::string_view SubjectStart = "<rdf:Description rdf:about=''\n"
                                           "xmlns:dc='http://purl.org/dc/elements/1.1/'>\n<dc:subject>\n<rdf:Bag>\n";
 constexpr std::string_view SubjectEnd = "</rdf:Bag>\n</dc:subject>\n</rdf:Description>\n\n";
-
-// A text that grows in a buffer of its own. Measured first, like every layout.
-class Description {
-  public:
-    Description() = default;
-
-    template <typename Write>
-    bool make(Write write) {
-        TextWriter measure({});
-        write(measure);
-        buffer_ = ZeroedBuffer(measure.size());
-        TextWriter writer({buffer_.text(), buffer_.size()});
-        write(writer);
-        return static_cast<bool>(buffer_);
-    }
-
-    std::string_view text() { return {buffer_.text(), buffer_.size()}; }
-
-  private:
-    ZeroedBuffer buffer_;
-};
 
 void putEscaped(TextWriter& writer, std::string_view text) {
     for (; !text.empty(); text.remove_prefix(1)) {
@@ -114,19 +92,20 @@ void putKeywords(TextWriter& writer, std::string_view packet, const XmpChanges& 
     }
 }
 
-struct Number {
-    explicit Number(std::int32_t value)
-        : size(static_cast<std::size_t>(std::to_chars(digits, std::end(digits), value).ptr - digits)) {}
-    std::string_view text() const { return {digits, size}; }
-
-    char digits[12];
-    std::size_t size;
-};
+// The same in a buffer. Measured first, like every layout.
+ZeroedBuffer makeKeywords(std::string_view packet, const XmpChanges& changes) {
+    TextWriter measure({});
+    putKeywords(measure, packet, changes);
+    ZeroedBuffer buffer(measure.size());
+    TextWriter writer({buffer.text(), buffer.size()});
+    putKeywords(writer, packet, changes);
+    return buffer;
+}
 
 struct Property {
     std::string_view name;
     std::int32_t tag; // for the list of losses
-    Number value;
+    PrintedInteger value;
 };
 
 // The value of a property in a simple form, as an attribute or an element; empty in another form.
@@ -181,11 +160,6 @@ std::size_t subjectPlace(std::string_view packet, bool& isCertain) {
     return isCertain ? bag : NotFound;
 }
 
-// Where a description can be added: before the end of the last RDF element.
-std::size_t descriptionPlace(std::string_view packet) {
-    return packet.rfind(RdfEnd);
-}
-
 ZeroedBuffer newPacket(std::string_view settings, std::string_view keywords) {
     TextEdits edits("");
     if (!settings.empty() || !keywords.empty()) {
@@ -215,7 +189,7 @@ ZeroedBuffer withoutOwnSettings(std::string_view packet) {
 bool makeRoom(std::string_view& packet, ZeroedBuffer& buffer, LossList& losses) {
     buffer = withoutOwnSettings(packet);
     packet = {buffer.text(), buffer.size()};
-    if (buffer && (hasSettings(packet) || descriptionPlace(packet) == NotFound)) {
+    if (buffer && (hasSettings(packet) || packet.rfind(RdfEnd) == NotFound)) {
         losses.addBlock(TVMETA_XMP, TVMETA_LOSS_BLOCK);
         packet = {};
     }
@@ -224,17 +198,17 @@ bool makeRoom(std::string_view& packet, ZeroedBuffer& buffer, LossList& losses) 
 
 // What a packet says of its picture.
 std::array<Property, 5> pictureProperties(const XmpChanges& changes) {
-    return {{{"tiff:ImageWidth", tiff_tag::ImageWidth, Number(changes.width)},
-             {"tiff:ImageLength", tiff_tag::ImageLength, Number(changes.height)},
-             {"tiff:Orientation", tiff_tag::Orientation, Number(changes.orientation)},
-             {"exif:PixelXDimension", exif_tag::PixelXDimension, Number(changes.width)},
-             {"exif:PixelYDimension", exif_tag::PixelYDimension, Number(changes.height)}}};
+    return {{{"tiff:ImageWidth", tiff_tag::ImageWidth, PrintedInteger(changes.width)},
+             {"tiff:ImageLength", tiff_tag::ImageLength, PrintedInteger(changes.height)},
+             {"tiff:Orientation", tiff_tag::Orientation, PrintedInteger(changes.orientation)},
+             {"exif:PixelXDimension", exif_tag::PixelXDimension, PrintedInteger(changes.width)},
+             {"exif:PixelYDimension", exif_tag::PixelYDimension, PrintedInteger(changes.height)}}};
 }
 
 void addKeywords(std::string_view packet, std::string_view keywords, TextEdits& edits, LossList& losses) {
     bool isCertain = false;
     const std::size_t bag = subjectPlace(packet, isCertain);
-    const std::size_t place = descriptionPlace(packet);
+    const std::size_t place = packet.rfind(RdfEnd);
     if (!isCertain || (bag == NotFound && place == NotFound)) {
         losses.addBlock(TVMETA_XMP, TVMETA_LOSS_XMP_LEFT);
     } else if (bag != NotFound) {
@@ -246,28 +220,24 @@ void addKeywords(std::string_view packet, std::string_view keywords, TextEdits& 
     }
 }
 
-// An empty packet is a result, an absent one a failure.
-std::optional<ZeroedBuffer> asResult(ZeroedBuffer buffer) {
-    return buffer ? std::optional(std::move(buffer)) : std::nullopt;
-}
-
 } // namespace
 
-std::optional<ZeroedBuffer> resultXmp(std::string_view packet, const XmpChanges& changes, LossList& losses) {
+ZeroedBuffer resultXmp(std::string_view packet, const XmpChanges& changes, LossList& losses) {
     const bool hasMethod = changes.settings.method > 0;
     ZeroedBuffer settingsBuffer(hasMethod ? writePacket(changes.settings, nullptr) : 0);
     ZeroedBuffer packetBuffer;
     if (!settingsBuffer || (hasMethod && !packet.empty() && !makeRoom(packet, packetBuffer, losses))) {
-        return std::nullopt;
+        return {};
     }
     const std::string_view settings(settingsBuffer.text(),
                                     hasMethod ? writePacket(changes.settings, settingsBuffer.text()) : 0);
-    Description keywords;
-    if (!keywords.make([&](TextWriter& writer) { putKeywords(writer, packet, changes); })) {
-        return std::nullopt;
+    ZeroedBuffer keywordsBuffer = makeKeywords(packet, changes);
+    if (!keywordsBuffer) {
+        return {};
     }
+    const std::string_view keywords(keywordsBuffer.text(), keywordsBuffer.size());
     if (packet.empty()) {
-        return asResult(newPacket(settings, keywords.text()));
+        return newPacket(settings, keywords);
     }
     TextEdits edits(packet);
     const std::array properties = pictureProperties(changes); // borrowed by the edits
@@ -277,12 +247,12 @@ std::optional<ZeroedBuffer> resultXmp(std::string_view packet, const XmpChanges&
         }
     }
     if (hasMethod) {
-        edits.insert(descriptionPlace(packet), settings);
+        edits.insert(packet.rfind(RdfEnd), settings);
     }
-    if (!keywords.text().empty()) {
-        addKeywords(packet, keywords.text(), edits, losses);
+    if (!keywords.empty()) {
+        addKeywords(packet, keywords, edits, losses);
     }
-    return asResult(edits.apply());
+    return edits.apply();
 }
 
 } // namespace tvmeta

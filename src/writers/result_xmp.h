@@ -6,7 +6,6 @@
 #include "writers/losses.h"
 
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string_view>
 
@@ -23,7 +22,7 @@ struct XmpChanges {
 };
 
 // The packet with the changes; a new one if `packet` is empty. Empty if there is nothing to say. Names what the text
-// does not allow. Returns nothing without memory.
-std::optional<ZeroedBuffer> resultXmp(std::string_view packet, const XmpChanges& changes, LossList& losses);
+// does not allow. False without memory.
+ZeroedBuffer resultXmp(std::string_view packet, const XmpChanges& changes, LossList& losses);
 
 } // namespace tvmeta
