@@ -1,7 +1,7 @@
 #include "containers/finders.h"
 
 #include "metadata/byte_cursor.h"
-#include "metadata/jpeg_markers.h"
+#include "metadata/signatures.h"
 #include "support/text_search.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 
 #include "containers/joined_regions.h"
 #include "metadata/byte_cursor.h"
-#include "metadata/photoshop_format.h"
+#include "metadata/signatures.h"
 #include "support/text_search.h"
 
 #include <algorithm>

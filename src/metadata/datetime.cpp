@@ -1,5 +1,6 @@
 // Capture times (EXIF 2.3, DateTimeOriginal) as seconds.
 #include "support/text_numbers.h"
+#include "support/text_search.h"
 #include "tvmeta.h"
 
 #include <array>
@@ -21,11 +22,8 @@ std::optional<DateTime> scanDateTime(std::string_view text) {
     DateTime fields{};
     for (std::size_t i = 0; i < fields.size(); ++i) {
         // The space in the format matches any white space or none, which scanning the next number skips.
-        if (i > 0 && Separators[i - 1] != ' ') {
-            if (!text.starts_with(Separators[i - 1])) {
-                return std::nullopt;
-            }
-            text.remove_prefix(1);
+        if (i > 0 && Separators[i - 1] != ' ' && !takeOneOf(text, Separators.substr(i - 1, 1))) {
+            return std::nullopt;
         }
         const std::optional<std::int64_t> number = scanInteger(text);
         if (!number || *number < std::numeric_limits<int>::min() || *number > std::numeric_limits<int>::max()) {

@@ -1,7 +1,7 @@
 // JPEG files (ITU-T T.81 annex B): segments with EXIF (EXIF 2.3, section 4.5.4), XMP (XMP storage in files) and
 // Photoshop resources.
 #include "metadata/directory_parsers.h"
-#include "metadata/jpeg_markers.h"
+#include "metadata/signatures.h"
 #include "settings/packet_parser.h"
 #include "support/file.h"
 #include "support/text_search.h"

@@ -1,8 +1,8 @@
 // The thumbnail and the IPTC block in Photoshop image resources. The block is scanned, not walked, so a broken resource
 // does not hide the others.
+#include "metadata/byte_cursor.h"
 #include "metadata/directory_parsers.h"
-#include "metadata/photoshop_format.h"
-#include "support/packed_numbers.h"
+#include "metadata/signatures.h"
 #include "support/text_search.h"
 #include "support/zeroed_buffer.h"
 
@@ -30,15 +30,15 @@ void readThumbnail(StreamReader& reader, ExifInfo& info) {
 }
 
 // Reads the resource whose header is at `position`. Returns true for a thumbnail.
-bool readResource(StreamReader& reader, std::string_view header, std::int64_t position, ExifInfo& info) {
-    const auto* const bytes = reinterpret_cast<const unsigned char*>(header.data());
-    const std::uint16_t id = loadBe16(bytes + photoshop::Signature.size());
+bool readResource(StreamReader& reader, std::span<const unsigned char> header, std::int64_t position, ExifInfo& info) {
+    ByteCursor cursor(header.subspan(photoshop::Signature.size()));
+    const std::uint16_t id = cursor.get16();
     if (id == photoshop::Thumbnail) {
         reader.seek(position + ThumbnailWidthOffset);
         readThumbnail(reader, info);
         return true;
     }
-    const bool unnamed = loadBe16(bytes + photoshop::Signature.size() + 2) == 0;
+    const bool unnamed = cursor.get16() == 0;
     if (id == photoshop::IptcBlock && unnamed) {
         reader.seek(position + static_cast<std::int64_t>(HeaderSize));
         info.iptcLength = reader.read32(ByteOrder::Big);
@@ -67,7 +67,7 @@ Result<std::int32_t> readPhotoshopResources(StreamReader& reader, std::int32_t s
     const std::string_view text(block.text(), block.size());
     for (std::size_t at = findText(text, Signature); at != std::string_view::npos && text.size() - at >= HeaderSize;
          at = findText(text, Signature, at + 1)) {
-        if (readResource(reader, textFrom(text, at), start + static_cast<std::int64_t>(at), info)) {
+        if (readResource(reader, block.bytes().subspan(at), start + static_cast<std::int64_t>(at), info)) {
             result = info.thumbnailLength;
         }
     }

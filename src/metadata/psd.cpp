@@ -1,6 +1,6 @@
 // Photoshop files: the header and the image resources (Photoshop file format). All numbers are big-endian.
 #include "metadata/directory_parsers.h"
-#include "metadata/photoshop_format.h"
+#include "metadata/signatures.h"
 
 #include <array>
 #include <cstdint>

@@ -15,10 +15,9 @@ constexpr SearchText MethodTag{"tvtm:Method", 0};
 // Scans "%d.%d".
 std::optional<Version> scanVersion(std::string_view text) {
     const std::optional<std::int64_t> major = scanInteger(text);
-    if (!major || !text.starts_with('.')) {
+    if (!major || !takeOneOf(text, ".")) {
         return std::nullopt;
     }
-    text.remove_prefix(1);
     const std::optional<std::int64_t> minor = scanInteger(text);
     return minor ? std::optional(Version{*major, *minor}) : std::nullopt;
 }

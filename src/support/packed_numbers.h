@@ -8,10 +8,6 @@
 
 namespace tvmeta {
 
-constexpr std::uint16_t loadBe16(const unsigned char* bytes) {
-    return static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]);
-}
-
 // The sum of two offsets modulo 2^32. Offsets at the interface are signed 32-bit numbers, which wrap.
 constexpr std::int32_t wrappingAdd(std::int32_t a, std::int32_t b) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));

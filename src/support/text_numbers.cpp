@@ -29,9 +29,7 @@ void skipSpace(std::string_view& text) {
 // Removes a sign from the start of the text. Returns whether it was a minus.
 bool takeSign(std::string_view& text) {
     const bool negative = text.starts_with('-');
-    if (negative || text.starts_with('+')) {
-        text.remove_prefix(1);
-    }
+    takeOneOf(text, "+-");
     return negative;
 }
 

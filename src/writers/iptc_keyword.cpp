@@ -42,7 +42,7 @@ std::int32_t add_iptc_keyword(std::int32_t length, const unsigned char* block, s
     std::span<const unsigned char> after;
     if (!existing.empty()) {
         const std::size_t anchor = findAnchor(existing);
-        const std::size_t split = anchor + HeaderSize + loadBe16(existing.data() + anchor + 3);
+        const std::size_t split = anchor + HeaderSize + ByteCursor(existing.subspan(anchor + 3)).get16();
         if (split > existing.size()) {
             return ADD_KEYWORD_REJECTED;
         }

@@ -9,6 +9,22 @@ namespace {
 
 constexpr std::size_t CHUNK_BYTES = 1'048'576;
 
+// Values of TifImageInfo::pixelMode and bitsCode.
+enum PixelMode : std::int32_t { Unchanged = 0, HighBytes = 1 };
+enum BitsCode : std::int32_t { Integer8 = 8, Integer16 = 16, Float32 = 32, Float16 = 3216 };
+
+// 0: unknown.
+std::size_t bytesPerSample(std::int32_t bitsCode) {
+    const bool isTwo = bitsCode == Integer16 || bitsCode == Float16;
+    return bitsCode == Integer8 ? 1 : isTwo ? 2 : bitsCode == Float32 ? 4 : 0;
+}
+
+bool isSupported(const TifImageInfo& info) {
+    const bool dimensions = info.width >= 1 && info.height >= 0 && info.channels >= 1 && info.channels <= 4;
+    const bool mode = info.pixelMode == Unchanged || (info.pixelMode == HighBytes && info.bitsCode == Integer8);
+    return dimensions && mode && bytesPerSample(info.bitsCode) > 0;
+}
+
 template <std::size_t SampleSize>
 void grayWithoutExtra(const unsigned char* from, unsigned char* to, std::size_t pixels) {
     for (std::size_t i = 0; i < pixels; ++i) {
@@ -64,6 +80,25 @@ std::size_t rowsPerBlock(const PixelLayout& layout) {
 }
 
 } // namespace
+
+std::optional<PixelLayout> pixelLayout(const TifImageInfo& info, std::size_t maxData) {
+    if (!isSupported(info)) {
+        return std::nullopt;
+    }
+    const PixelLayout layout = {
+        .width = static_cast<std::size_t>(info.width),
+        .height = static_cast<std::size_t>(info.height),
+        .channels = static_cast<std::size_t>(info.channels),
+        .samples = info.channels >= 3 ? 3U : 1U,
+        .sampleBytes = bytesPerSample(info.bitsCode),
+        .isFloat = info.bitsCode == Float32 || info.bitsCode == Float16,
+        .takesHighBytes = info.pixelMode == HighBytes,
+    };
+    if (layout.height > maxData / layout.rowSize()) { // a row has less than 2^35 bytes
+        return std::nullopt;
+    }
+    return layout;
+}
 
 PixelWriter::PixelWriter(const void* pixels, std::ptrdiff_t rowPitch, const PixelLayout& layout)
     : layout_(layout), first_(static_cast<const unsigned char*>(pixels)), pitch_(rowPitch), kernel_(kernelFor(layout)),

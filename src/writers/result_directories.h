@@ -3,7 +3,7 @@
 
 #include "support/zeroed_buffer.h"
 #include "writers/directory_builder.h"
-#include "writers/pixel_layout.h"
+#include "writers/pixel_writer.h"
 #include "writers/result_contents.h"
 
 #include <cstddef>

@@ -2,7 +2,7 @@
 #include "photo/open_photo.h"
 #include "settings/methods.h"
 #include "support/text_numbers.h"
-#include "writers/pixel_layout.h"
+#include "writers/pixel_writer.h"
 #include "writers/result_directories.h"
 #include "writers/result_iptc.h"
 #include "writers/tiff_file.h"

@@ -4,7 +4,6 @@
 
 #include "support/result.h"
 #include "writers/directory_builder.h"
-#include "writers/pixel_layout.h"
 #include "writers/pixel_writer.h"
 
 #include <cstddef>

@@ -7,7 +7,6 @@
 #include "tvmeta.h"
 #include "writers/directory_builder.h"
 #include "writers/exif_directories.h"
-#include "writers/pixel_layout.h"
 #include "writers/pixel_writer.h"
 #include "writers/tiff_file.h"
 
@@ -24,33 +23,28 @@ constexpr std::uint16_t IeeeFloat = 3;
 constexpr std::size_t MaxSamples = 3;
 constexpr std::span<const unsigned char> NoBytes;
 
-// The contents of the file besides its pixels.
+// The contents of the image directory besides the pixels.
 struct Contents {
     const TifImageInfo& info;
-    std::string_view make;
-    std::span<const char> model;
-    TextCounts counts;
+    const MetadataBuf& metadata;
+    const TextCounts& counts;
     std::span<const unsigned char> icc;
     std::span<const unsigned char> xmp;
     std::span<const unsigned char> iptc;
-    DirectoryBuilder& exif;
-    DirectoryBuilder& gps;
 };
 
 // False for a profile whose header names another colour space. A profile too short for that is accepted.
 bool isForRgb(std::span<const unsigned char> profile) {
     constexpr std::size_t ColorSpaceOffset = 16; // ICC.1, profile header
-    return profile.size() <= ColorSpaceOffset + 4 ||
-           (profile[ColorSpaceOffset] == 'R' && profile[ColorSpaceOffset + 1] == 'G' &&
-            profile[ColorSpaceOffset + 2] == 'B');
+    return profile.size() <= ColorSpaceOffset + 4 || asText(profile.subspan(ColorSpaceOffset, 3)) == "RGB";
 }
 
 // Fields are added in the order of their values in the file.
 DirectoryBuilder imageDirectory(const PixelLayout& layout, const Contents& contents) {
     DirectoryBuilder directory;
     addPixelFields(directory, layout, {});
-    directory.addText(tiff_tag::Make, contents.make, contents.counts.make);
-    directory.addText(tiff_tag::Model, contents.model, contents.counts.model);
+    directory.addText(tiff_tag::Make, makeOf(textOf(contents.metadata.model)), contents.counts.make);
+    directory.addText(tiff_tag::Model, contents.metadata.model, contents.counts.model);
     directory.addShort(tiff_tag::Orientation, writtenOrientation(contents.info.orientation));
     addResolution(directory, contents.info.resolution);
     if (layout.isFloat) {
@@ -60,8 +54,6 @@ DirectoryBuilder imageDirectory(const PixelLayout& layout, const Contents& conte
     directory.addBlock(tiff_tag::IccProfile, tiff_type::Undefined, contents.icc);
     directory.addBlock(tiff_tag::Xmp, tiff_type::Byte, contents.xmp);
     addIptc(directory, contents.iptc);
-    directory.addDirectory(tiff_tag::ExifIfd, contents.exif);
-    directory.addDirectory(tiff_tag::GpsIfd, contents.gps);
     return directory;
 }
 
@@ -129,18 +121,11 @@ std::int32_t buf2tif(const void* pixels, const TifImageInfo* info, std::int32_t 
     }
     DirectoryBuilder exif = exifDirectory(*metadata, counts.date);
     DirectoryBuilder place = gpsDirectory(*gps, counts.gpsDate);
-    const Contents contents = {
-        .info = *info,
-        .make = makeOf(textOf(metadata->model)),
-        .model = metadata->model,
-        .counts = counts,
-        .icc = isForRgb(*profile) ? *profile : NoBytes,
-        .xmp = packet->bytes,
-        .iptc = *iptcBlock,
-        .exif = exif,
-        .gps = place,
-    };
-    DirectoryBuilder directory = imageDirectory(*layout, contents);
+    const auto rgbProfile = isForRgb(*profile) ? *profile : NoBytes;
+    DirectoryBuilder directory =
+        imageDirectory(*layout, {*info, *metadata, counts, rgbProfile, packet->bytes, *iptcBlock});
+    directory.addDirectory(tiff_tag::ExifIfd, exif);
+    directory.addDirectory(tiff_tag::GpsIfd, place);
     if (directory.size() > MaxImageData - layout->dataSize()) {
         return BUF2TIF_BAD_ARGUMENTS;
     }

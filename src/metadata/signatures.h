@@ -1,7 +1,9 @@
-// Metadata: markers and signatures of JPEG segments (ITU-T T.81 table B.1, EXIF 2.32 section 4.7, XMP storage in files,
-// ICC.1 annex B.4, CIPA DC-007).
+// Metadata: markers and signatures of JPEG segments, and identifiers of Photoshop resources (ITU-T T.81 table B.1,
+// EXIF 2.32 section 4.7, XMP storage in files, ICC.1 annex B.4, CIPA DC-007).
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <string_view>
 
 namespace tvmeta::jpeg {
@@ -39,3 +41,17 @@ inline constexpr std::string_view MultiPictureSignature = "MPF\0"sv;
 inline constexpr std::string_view PhotoshopSignature = "Photoshop 3.0\0"sv;
 
 } // namespace tvmeta::jpeg
+
+// Photoshop image resources, in Photoshop files, JPEG segments and TIFF tags. A resource is a signature, an identifier,
+// a name, a data size and the data.
+namespace tvmeta::photoshop {
+
+inline constexpr std::array<unsigned char, 4> Signature = {'8', 'B', 'I', 'M'};
+
+inline constexpr std::uint16_t IptcBlock = 0x0404;
+inline constexpr std::uint16_t Thumbnail = 0x040C;
+inline constexpr std::uint16_t IccProfile = 0x040F;
+inline constexpr std::uint16_t ExifData = 0x0422;
+inline constexpr std::uint16_t Xmp = 0x0424;
+
+} // namespace tvmeta::photoshop
