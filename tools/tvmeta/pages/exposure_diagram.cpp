@@ -1,4 +1,4 @@
-#include "pages/exposure_diagram.h"
+#include "pages/report_parts.h"
 
 #include "base/markup.h"
 #include "photographs/photo_sets.h"

@@ -1,4 +1,4 @@
-#include "pages/photo_item.h"
+#include "pages/report_parts.h"
 
 #include "base/markup.h"
 

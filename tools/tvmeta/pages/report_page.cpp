@@ -2,10 +2,8 @@
 
 #include "base/markup.h"
 #include "base/words.h"
-#include "pages/exposure_diagram.h"
-#include "pages/photo_item.h"
+#include "pages/report_parts.h"
 #include "pages/report_style.h"
-#include "pages/set_filter.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "pages/set_filter.h"
+#include "pages/report_parts.h"
 
 #include "base/markup.h"
 #include "base/text.h"

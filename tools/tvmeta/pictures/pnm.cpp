@@ -4,9 +4,9 @@
 #include "base/numbers.h"
 #include "pictures/decoders.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstring>
 #include <string>
 
 namespace {
@@ -66,17 +66,10 @@ double nextScale(const std::string& path, std::FILE* file) {
     return *scale;
 }
 
-template <typename Sample>
+template <std::ptrdiff_t SampleSize>
 void swapBytes(unsigned char* bytes, size_t size) {
-    for (unsigned char* place = bytes; place != bytes + size; place += sizeof(Sample)) {
-        Sample sample;
-        std::memcpy(&sample, place, sizeof sample);
-        if constexpr (sizeof sample == 2) {
-            sample = static_cast<Sample>(sample << 8 | sample >> 8);
-        } else {
-            sample = sample << 24 | (sample & 0xFF00) << 8 | (sample >> 8 & 0xFF00) | sample >> 24;
-        }
-        std::memcpy(place, &sample, sizeof sample);
+    for (unsigned char* sample = bytes; sample != bytes + size; sample += SampleSize) {
+        std::reverse(sample, sample + SampleSize);
     }
 }
 
@@ -84,7 +77,7 @@ void makeNative(unsigned char* bytes, size_t size, Depth depth, std::endian orde
     if (order == std::endian::native || depth == Depth::Integer8) {
         return;
     }
-    depth == Depth::Integer16 ? swapBytes<uint16_t>(bytes, size) : swapBytes<uint32_t>(bytes, size);
+    depth == Depth::Integer16 ? swapBytes<2>(bytes, size) : swapBytes<4>(bytes, size);
 }
 
 struct Layout {
