@@ -30,6 +30,7 @@ TEST(Brackets, BelievesCameras) {
         {"one press", "bracket bias fine 0 -2 2", "abc!"},
         {"brackets in a row", "bracket bias fine 0 -2 2 1s 0 -2 2 1s 0 -2 2", "abc! def! ghi!"},
         {"without a pause and a clock of seconds", "bracket bias whole -1 0 1 -1 0 1", "abc! def!"},
+        {"shutter held, the last one short", "bracket bias fine 0 -1 1 0 -1 1 0 -1", "abc! def! gh/3!"},
         {"seven from the middle outward", "bracket bias fine 0 -1 1 -2 2 -3 3 9s 0 -1 1 -2 2 -3 3",
          "abcdefg! hijklmn!"},
         {"middle first, then from dark to bright", "bracket bias fine 0 -2 -1 1 2 1s 0 -2 -1 1 2", "abcde! fghij!"},

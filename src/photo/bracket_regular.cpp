@@ -12,6 +12,7 @@ constexpr double UsualBonus = 0.45; // per exposure; three usual sets of three a
 constexpr double RetakeBonus = 1.5; // one series with a shot twice, rather than two series
 constexpr double QuickBonus = 32;   // more than any set gains by a stray frame less
 constexpr double LongestPriced = 30;
+constexpr double Tie = 0.02; // scores that differ by less, as by 0.4 s of pauses, are equal
 
 // A set that grows frame by frame: all its exposures differ.
 class GrowingSet {
@@ -131,12 +132,12 @@ double scoreOf(const GrowingSet& set, const SetRule& rule, Run usual, const Paus
 } // namespace
 
 bool hasSameShape(Run a, Run b, Key key) {
-    constexpr double Rounding = 0.25; // EV; of two exposures
+    constexpr double Precision = 0.25; // EV; of two exposures
     if (a.size() != b.size()) {
         return false;
     }
     for (std::size_t i = 1; i < a.size(); ++i) {
-        if (!(std::abs((a[i].*key - a[0].*key) - (b[i].*key - b[0].*key)) <= Rounding)) {
+        if (!(std::abs((a[i].*key - a[0].*key) - (b[i].*key - b[0].*key)) <= Precision)) {
             return false;
         }
     }
@@ -173,8 +174,9 @@ double chooseSets(Run run, const SetRule& rule, Run usual, Workspace& work) {
             price += PausePrice * std::clamp(next.pause, 0.0, LongestPriced);
             price -= rule.joinsQuick && next.isQuick ? QuickBonus : 0;
             const double score = scoreOf(set, rule, usual, pauses);
-            if (score >= 0 && score - price + work.scores[first + size] > work.scores[first]) {
-                work.scores[first] = score - price + work.scores[first + size];
+            const double total = score - price + work.scores[first + size];
+            if (score >= 0 && total > work.scores[first] - Tie) { // whole sets come first
+                work.scores[first] = total;
                 work.lengths[first] = static_cast<unsigned char>(size);
             }
         }

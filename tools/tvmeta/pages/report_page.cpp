@@ -81,7 +81,7 @@ std::string exposureTable(const PageSet& set) {
             row += element("td", isOffset ? offsetText(set.offsets[i]) : markup(set.photos[i].*column.text),
                            *column.label != 0 ? attribute("class", column.label) : "");
         }
-        table += element("tr", row) + "\n";
+        table += element("tr", row);
     }
     return "<table>" + table + "</tbody></table>\n";
 }
