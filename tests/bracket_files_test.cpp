@@ -27,7 +27,7 @@ TEST(Brackets, SeparatesScenes) {
     static const char* const Names[] = {"IMG_9998.jpg", "IMG_9999.jpg", "IMG_0001.jpg",
                                         "IMG_0002.jpg", "IMG_0003.jpg", "IMG_0004.jpg"};
     static const char* const Numbers[] = {"B0.jpg",          "B007.jpg",         "B90000001.jpg",
-                                          "B0123450002.jpg", "B90000000003.jpg", "B_4.jpg"};
+                                          "B0123450002.jpg", "B90000000003.jpg", "B:4.jpg"};
     const char* const Two = "0 -2 2 0 -2 2";
     const char* const Marked = "bracket bias fine 0 -2 2 1s 0 -2 2";
     const Change changes[] = {
