@@ -196,7 +196,10 @@ std::vector<std::string> inOrder(std::vector<std::string> unread, const std::vec
 
 // The messages of CLI11 about an option begin with its name. `unread` are the words that nothing takes.
 std::string inOurWords(const CLI::ParseError& error, const Command& command, const std::vector<std::string>& unread) {
-    const std::string message = error.what();
+    std::string message = error.what();
+    if (constexpr std::string_view NotConverted = "Could not convert: "; message.starts_with(NotConverted)) {
+        message.erase(0, NotConverted.size());
+    }
     const std::string name = message.substr(0, message.find_first_of(": "));
     const std::string last = message.substr(message.rfind(' ') + 1);
     if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {

@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "base/words.h"
 #include "commands/brackets.h"
 #include "commands/command_line.h"
 #include "output/output_file.h"
@@ -47,9 +48,10 @@ void makeReport(const Options& options) {
         const PageContent content = pageContent(found, folderOf(options.output.path));
         writeReport(content, [&](std::string_view text) { file.write(text); });
     });
-    messagesFor(options.output.path) << "wrote " << printable(options.output.path) << ": " << found.sets.size()
-                                     << " sets, " << found.singles.size() + found.unknown.size()
-                                     << " other photographs\n";
+    messagesFor(options.output.path) << "wrote " << printable(options.output.path) << ": "
+                                     << counted(found.sets.size(), "set") << ", "
+                                     << counted(found.singles.size() + found.unknown.size(), "other photograph")
+                                     << "\n";
     requireAllRead(found.reading);
 }
 

@@ -221,5 +221,6 @@ void placeSets(const BracketOptions& input, const PlacementOptions& options) {
 void undoPlacement(const PlacementOptions& options) {
     const fs::path folder = fs::absolute(pathOf(options.undo)).parent_path();
     const std::shared_ptr<const void> lock = lockOrWait(nameOf(folder));
-    std::cout << "moved " << counted(undoMoves(options.undo), "file") << " back\n";
+    const size_t moved = undoMoves(options.undo); // which can fail
+    std::cout << "moved " << counted(moved, "file") << " back\n";
 }

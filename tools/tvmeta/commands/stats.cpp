@@ -3,6 +3,7 @@
 #include "base/failure.h"
 #include "base/numbers.h"
 #include "base/text.h"
+#include "base/words.h"
 #include "commands/command_line.h"
 #include "output/output_file.h"
 #include "output/records.h"
@@ -175,8 +176,8 @@ void printRows(const std::vector<Statistics>& all) {
     printTable(columns, "--json");
     for (const Statistics& s : all) {
         if (s.unmeasured() > 0) {
-            complain(s.path + ": " + std::to_string(s.unmeasured()) +
-                     " pixels are NaN, infinite or negative and have no luminance");
+            complain(s.path + ": " + counted(s.unmeasured(), "pixel") +
+                     " without a luminance (NaN, infinite or negative)");
         }
     }
 }

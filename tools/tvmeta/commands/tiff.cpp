@@ -86,9 +86,8 @@ Picture pictureFor(const Options& options) {
         widenTo16Bits(picture);
     } else if (depth == Depth::Float16 && picture.depth == Depth::Float32) {
         if (const uint64_t limited = convertToHalf(picture); limited > 0) {
-            complain(
-                "warning: " + options.image + ": " + std::to_string(limited) +
-                " samples are beyond 65504, the largest half float, and were limited to it; --depth 32 keeps them");
+            complain("warning: " + options.image + ": limited " + counted(limited, "sample") +
+                     " to 65504, the largest half float; --depth 32 keeps larger ones");
         }
     } else if (depth == Depth::Float32 && picture.depth == Depth::Float16) {
         convertFromHalf(picture);
