@@ -113,7 +113,7 @@ Picture readPnm(const std::string& path, Request request) {
     const Depth depth = isPfm ? Depth::Float32 : nextDepth(path, file.get());
     Picture picture = pictureWithoutSamples(path, width, height, kind == "P6" || kind == "PF" ? 3 : 1, depth);
     if (std::fabs(scale) != 1) {
-        picture.dropped.push_back("scale " + std::to_string(std::fabs(scale)));
+        picture.dropped.push_back("scale " + shortNumber(std::fabs(scale)));
     }
     if (request.pixels) {
         readPixels(path, file.get(), {scale < 0 ? std::endian::little : std::endian::big, isPfm}, picture);

@@ -3,6 +3,7 @@
 
 #include "base/failure.h"
 #include "base/numbers.h"
+#include "base/words.h"
 #include "pictures/decoders.h"
 #include "pictures/picture.h"
 #include "system/files.h"
@@ -109,7 +110,7 @@ void applyFactors(const std::string& path, const std::string& line, size_t count
     const std::vector<double> factors = numbersOf(line);
     const auto isFactor = [](double factor) { return std::isfinite(factor) && factor > 0; };
     if (factors.size() != count || !std::ranges::all_of(factors, isFactor)) {
-        throw Failure(path, "expected " + std::to_string(count) + " numbers above 0, found " + shownLine(line));
+        throw Failure(path, "expected " + counted(count, "number") + " above 0, found " + shownLine(line));
     }
     for (size_t i = 0; i < header.correction.size(); ++i) {
         header.correction[i] *= factors[i % count];

@@ -97,11 +97,13 @@ TiffReader::TiffReader(const std::string& name) : path(name) {
     require(tiff != nullptr);
     findPage();
     readLayout();
+    // A tag with an invalid value, such as an orientation of 9, does not damage the pixels.
+    report.ignoredTag = report.ignoredTag || report.reason.front() != 0;
+    report.reason = {};
 }
 
 bool TiffReader::isCopy() const {
-    return field<uint16_t>(TIFFTAG_OSUBFILETYPE, 0) == OFILETYPE_REDUCEDIMAGE ||
-           (field<uint32_t>(TIFFTAG_SUBFILETYPE, 0) & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK)) != 0;
+    return (field<uint32_t>(TIFFTAG_SUBFILETYPE, 0) & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK)) != 0;
 }
 
 // Goes to the first page that is not a reduced copy or a mask; the picture of a reduced first page can be below it. A
