@@ -254,6 +254,12 @@ void TiffReader::noteRest(Picture& picture) const {
     if (report.ignoredTag) {
         picture.dropped.emplace_back("damaged tags");
     }
+    constexpr uint32_t Texts[] = {TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_MAKE, TIFFTAG_MODEL, TIFFTAG_ARTIST,
+                                  TIFFTAG_COPYRIGHT};
+    const auto isThere = [this](uint32_t tag) { return field<const char*>(tag, nullptr) != nullptr; };
+    if (std::ranges::any_of(Texts, isThere)) {
+        picture.metadata.emplace_back("texts");
+    }
     constexpr std::pair<uint32_t, const char*> Blocks[] = {
         {TIFFTAG_EXIFIFD, "EXIF"}, {TIFFTAG_GPSIFD, "GPS"}, {TIFFTAG_RICHTIFFIPTC, "IPTC"}, {TIFFTAG_XMLPACKET, "XMP"}};
     for (const auto& [tag, name] : Blocks) {
