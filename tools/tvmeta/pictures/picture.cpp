@@ -3,7 +3,6 @@
 #include "base/failure.h"
 #include "system/paths.h"
 
-#include <sys/mman.h>
 #include <tvmeta_photo.h>
 
 #include <cmath>
@@ -14,6 +13,7 @@
 #include <system_error>
 
 #if __has_include(<sys/mman.h>)
+#include <sys/mman.h>
 #endif
 
 namespace {
