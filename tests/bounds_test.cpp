@@ -1,6 +1,6 @@
 // The work that hostile files cause: bytes read, calls and memory.
 #include "testing/files.h"
-#include "tests/support/io_monitor.h"
+#include "testing/io_monitor.h"
 #include "tvmeta.h"
 
 #include <gtest/gtest.h>

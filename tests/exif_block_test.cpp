@@ -1,5 +1,5 @@
 // Writing: the writers' records, directory sizes and EXIF blocks byte for byte.
-#include "tests/support/camera_records.h"
+#include "testing/camera_records.h"
 #include "tvmeta.h"
 
 #include <cmath>

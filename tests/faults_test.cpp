@@ -1,9 +1,9 @@
 // Fault injection in the functions that write: every allocation, open, read, seek, tell, write, close and request for
 // the status of a file fails in turn, reads also by returning less; and the disk is full at every byte.
+#include "testing/fault_operations.h"
 #include "testing/photographs.h"
 #include "testing/results.h"
 #include "testing/system.h"
-#include "tests/support/fault_operations.h"
 #include "tvmeta.h"
 #include "tvmeta_photo.h"
 

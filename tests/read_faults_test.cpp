@@ -1,9 +1,9 @@
 // Fault injection in the functions that read: every allocation, open, read, seek, tell, close and request for the
 // status of a file fails in turn, reads also by returning less.
+#include "testing/fault_operations.h"
 #include "testing/files.h"
 #include "testing/photographs.h"
 #include "testing/shoots.h"
-#include "tests/support/fault_operations.h"
 #include "tvmeta.h"
 #include "tvmeta_photo.h"
 

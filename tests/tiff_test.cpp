@@ -1,7 +1,7 @@
 // Writing: TIFF files byte for byte.
+#include "testing/camera_records.h"
 #include "testing/files.h"
 #include "testing/system.h"
-#include "tests/support/camera_records.h"
 #include "tvmeta.h"
 
 #include <array>

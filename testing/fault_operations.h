@@ -1,7 +1,7 @@
 // Fault injection: one call of the library, prepared before the monitor is armed and checked afterwards.
 #pragma once
 
-#include "tests/support/io_monitor.h"
+#include "testing/io_monitor.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "tests/support/fault_operations.h"
+#include "testing/fault_operations.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

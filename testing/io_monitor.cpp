@@ -1,4 +1,4 @@
-#include "tests/support/io_monitor.h"
+#include "testing/io_monitor.h"
 
 #include <algorithm>
 #include <cerrno>
