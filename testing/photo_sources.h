@@ -22,6 +22,17 @@ inline tvmeta_Source memorySource(const Bytes& bytes) {
     return source;
 }
 
+struct ReadPhoto {
+    std::int32_t result;
+    tvmeta_Photo record;
+};
+inline ReadPhoto readPhotoOf(const Bytes& bytes) {
+    const tvmeta_Source source = memorySource(bytes);
+    tvmeta_Photo record = emptyRecord();
+    const std::int32_t result = tvmeta_read_photo(&source, &record);
+    return {result, record};
+}
+
 // A source of an application. The bytes must outlive it.
 class CallerSource {
   public:

@@ -16,6 +16,15 @@ void setSecond(tvmeta_Shot& shot, int64_t second) {
     shot.captureTime = 1000 + second;
 }
 
+constexpr const char* Names[] = {"IMG_9998.jpg", "IMG_9999.jpg", "IMG_0001.jpg",
+                                 "IMG_0002.jpg", "IMG_0003.jpg", "IMG_0004.jpg"};
+
+// The first two photographs are in one folder, the others in `next`.
+void file(tvmeta_Shot& shot, size_t index, const char* next) {
+    shot.name = Names[index];
+    shot.folder = index < 2 ? "c/100CANON" : next;
+}
+
 // How two sets are grouped after a change to some of their photographs.
 TEST(Brackets, SeparatesScenes) {
     struct Change {
@@ -24,8 +33,6 @@ TEST(Brackets, SeparatesScenes) {
         void (*apply)(tvmeta_Shot& shot, size_t index);
         const char* expected;
     };
-    static const char* const Names[] = {"IMG_9998.jpg", "IMG_9999.jpg", "IMG_0001.jpg",
-                                        "IMG_0002.jpg", "IMG_0003.jpg", "IMG_0004.jpg"};
     static const char* const Numbers[] = {"B0.jpg",          "B007.jpg",         "B90000001.jpg",
                                           "B0123450002.jpg", "B90000000003.jpg", "B:4.jpg"};
     const char* const Two = "0 -2 2 0 -2 2";
@@ -35,30 +42,18 @@ TEST(Brackets, SeparatesScenes) {
         {"two bodies in turn", Two, [](tvmeta_Shot& s, size_t i) { s.serialNumber = 1 + i % 2; }, "ace? bdf?"},
         {"other formats", Two, [](tvmeta_Shot& s, size_t i) { s.format = 1 + static_cast<int>(i % 2); }, "ace? bdf?"},
         {"two folders", Two, [](tvmeta_Shot& s, size_t i) { s.folder = i < 2 ? "a" : "b"; }, "ab? cde?; f"},
-        {"next folder of a card", Two,
-         [](tvmeta_Shot& s, size_t i) { s.name = Names[i], s.folder = i < 2 ? "c/100CANON" : "c/101CANON"; },
-         "abc def"},
-        {"folder of another card", Two,
-         [](tvmeta_Shot& s, size_t i) { s.name = Names[i], s.folder = i < 2 ? "c/100CANON" : "d/101CANON"; },
-         "ab? cde?; f"},
-        {"folder after the next", Two,
-         [](tvmeta_Shot& s, size_t i) { s.name = Names[i], s.folder = i < 2 ? "c/100CANON" : "c/102CANON"; },
-         "ab? cde?; f"},
+        {"next folder of a card", Two, [](tvmeta_Shot& s, size_t i) { file(s, i, "c/101CANON"); }, "abc def"},
+        {"folder of another card", Two, [](tvmeta_Shot& s, size_t i) { file(s, i, "d/101CANON"); }, "ab? cde?; f"},
+        {"folder after the next", Two, [](tvmeta_Shot& s, size_t i) { file(s, i, "c/102CANON"); }, "ab? cde?; f"},
         {"next folder, another number", Two,
-         [](tvmeta_Shot& s, size_t i) {
-             s.name = Names[i < 2 ? i : 6 - i], s.folder = i < 2 ? "100CANON" : "101CANON";
-         },
-         "ab? fed?; c"},
+         [](tvmeta_Shot& s, size_t i) { file(s, i, "c/101CANON"), s.name = Names[i < 2 ? i : 6 - i]; }, "ab? fed?; c"},
         {"numbers wrap in one second", Two, [](tvmeta_Shot& s, size_t i) { s.name = Names[i], setSecond(s, 0); },
          "abc def"},
         {"IMG_9 before IMG_10 in one second", Two, [](tvmeta_Shot& s, size_t) { setSecond(s, 0); }, "abc def"},
         {"numbers of any length in one second", Two,
          [](tvmeta_Shot& s, size_t i) { s.name = Numbers[i], setSecond(s, 0); }, "abc def"},
         {"folders before names in one second", Two,
-         [](tvmeta_Shot& s, size_t i) {
-             s.name = Names[i], s.folder = i < 2 ? "c/100CANON" : "c/101CANON", setSecond(s, 0);
-         },
-         "abc def"},
+         [](tvmeta_Shot& s, size_t i) { file(s, i, "c/101CANON"), setSecond(s, 0); }, "abc def"},
         {"fractions before names", "bracket bias fine -2 0 2 1s -2 0 2",
          [](tvmeta_Shot& s, size_t i) { setSecond(s, 0), s.captureNanoseconds = static_cast<int32_t>(600000 - i); },
          "fed! cba!"},
@@ -111,6 +106,7 @@ TEST(Brackets, JoinsFilesOfAPhotograph) {
         const char* leaders;
     };
     const auto nothing = [](tvmeta_Shot&) {};
+    const char *const copy = "IMG_8-1.jpg", *const raw = "IMG_8.CR2", *const other = "IMG_8_x.jpg";
     const Files cases[] = {
         {"raw file speaks for the JPEG file", "IMG_8.xyz", "IMG_8.CR2", TVMETA_FORMAT_TIFF, nothing, "cccdef"},
         {"raw file of another container", "IMG_8.xyz", "IMG_8.RAF", TVMETA_FORMAT_RAF, nothing, "cccdef"},
@@ -119,18 +115,15 @@ TEST(Brackets, JoinsFilesOfAPhotograph) {
         {"edited copies", "IMG_8-edit.jpg", "IMG_8_bw.jpg", TVMETA_FORMAT_JPEG, nothing, "aaadef"},
         {"edited copy of a copy", "IMG_8-edit.jpg", "IMG_8-edit 2.jpg", TVMETA_FORMAT_JPEG, nothing, "aaadef"},
         {"another number", "IMG_81.jpg", "IMG_8_x.jpg", TVMETA_FORMAT_JPEG, nothing, "abadef"},
-        {"another second", "IMG_8.CR2", "IMG_8_x.jpg", 1, [](tvmeta_Shot& s) { s.captureTime += 1; }, "abadef"},
-        {"another exposure", "IMG_8-edit.jpg", "IMG_8_x.jpg", 1, [](tvmeta_Shot& s) { s.exposureTime *= 2; }, "abadef"},
-        {"another bias", "IMG_8-1.jpg", "IMG_8_x.jpg", 1, [](tvmeta_Shot& s) { s.exposureBias = 1; }, "abadef"},
-        {"another fraction", "IMG_8-1.jpg", "IMG_8_x.jpg", 1, [](tvmeta_Shot& s) { s.captureNanoseconds += 9; },
-         "abadef"},
-        {"copy without exposure", "IMG_8-1.jpg", "IMG_8_x.jpg", 1, [](tvmeta_Shot& s) { s.exposureTime = 0; },
-         "aaadef"},
-        {"another body", "IMG_8.CR2", "IMG_8_x.jpg", 1, [](tvmeta_Shot& s) { s.serialNumber = 2; }, "abadef"},
-        {"copy without serial number", "IMG_8.png", "IMG_8_x.jpg", 1, [](tvmeta_Shot& s) { s.serialNumber = 0; },
-         "aaadef"},
-        {"another camera", "IMG_8.CR2", "IMG_8_x.jpg", 1, [](tvmeta_Shot& s) { s.camera = 2; }, "abadef"},
-        {"another folder", "IMG_8.CR2", "IMG_8_x.jpg", 1, [](tvmeta_Shot& s) { s.folder = "night"; }, "abadef"},
+        {"another second", raw, other, 1, [](tvmeta_Shot& s) { s.captureTime += 1; }, "abadef"},
+        {"another exposure", copy, other, 1, [](tvmeta_Shot& s) { s.exposureTime *= 2; }, "abadef"},
+        {"another bias", copy, other, 1, [](tvmeta_Shot& s) { s.exposureBias = 1; }, "abadef"},
+        {"another fraction", copy, other, 1, [](tvmeta_Shot& s) { s.captureNanoseconds += 9; }, "abadef"},
+        {"copy without exposure", copy, other, 1, [](tvmeta_Shot& s) { s.exposureTime = 0; }, "aaadef"},
+        {"another body", raw, other, 1, [](tvmeta_Shot& s) { s.serialNumber = 2; }, "abadef"},
+        {"copy without serial number", "IMG_8.png", other, 1, [](tvmeta_Shot& s) { s.serialNumber = 0; }, "aaadef"},
+        {"another camera", raw, other, 1, [](tvmeta_Shot& s) { s.camera = 2; }, "abadef"},
+        {"another folder", raw, other, 1, [](tvmeta_Shot& s) { s.folder = "night"; }, "abadef"},
         {"no names", nullptr, nullptr, 1, nothing, "abcdef"},
     };
     for (const Files& c : cases) {

@@ -133,26 +133,20 @@ TEST(Brackets, AcceptsAnyNumbers) {
     for (int round = 0; round < 2000; ++round) {
         std::vector<tvmeta_Shot> shots(1 + random(64));
         for (tvmeta_Shot& s : shots) {
-            s = {sizeof s,
-                 static_cast<int32_t>(random(4)),
-                 folders[random(8)],
-                 names[random(8)],
-                 random(2),
-                 random(2),
-                 random(8) > 0 ? ~uint64_t{0} : random(1 << 20),
-                 times[random(8)] + (random(2) ? 0 : random(4)) * 0,
-                 static_cast<int32_t>(random(1 << 24) << 8),
-                 static_cast<int32_t>(random(1 << 24) << 8),
-                 numbers[random(16)],
-                 numbers[random(16)],
-                 numbers[random(16)],
-                 numbers[random(16)],
-                 numbers[random(2)],
-                 static_cast<int32_t>(random(4)),
-                 0,
-                 0,
-                 0,
-                 static_cast<int32_t>(random(2))};
+            s = {};
+            s.recordSize = sizeof s;
+            s.folder = folders[random(8)];
+            s.name = names[random(8)];
+            s.present = random(8) > 0 ? ~uint64_t{0} : random(1 << 20);
+            s.captureTime = times[random(8)];
+            for (int32_t* const field : {&s.captureNanoseconds, &s.utcOffset}) {
+                *field = static_cast<int32_t>(random(1 << 24) << 8);
+            }
+            for (float* const field : {&s.exposureTime, &s.fNumber, &s.exposureBias, &s.isoSpeed, &s.focalLength}) {
+                *field = numbers[random(16)];
+            }
+            s.exposureMode = static_cast<int32_t>(random(4));
+            s.hidesBrackets = static_cast<int32_t>(random(2));
         }
         const Brackets found = find(shots, {static_cast<int32_t>(random(8)) - 3, gaps[random(8)]});
         std::vector<int64_t> sizes(found.sets.size());

@@ -3,7 +3,6 @@
 #include "tvmeta.h"
 
 #include <cmath>
-#include <cstddef>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <tuple>
@@ -48,8 +47,7 @@ TEST(MetadataRecord, RationalsTruncateAndSaturate) {
 }
 
 TEST(MetadataRecord, EveryFieldIsCopied) {
-    ExifInfo info;
-    std::memset(&info, 0, sizeof info);
+    ExifInfo info = {};
     info.exposureSource = 2;
     info.exposureTime = 3.0F;
     info.fNumber = 4.0F;
@@ -80,19 +78,14 @@ TEST(MetadataRecord, EveryFieldIsCopied) {
     std::strcpy(info.gpsDateStamp, "2013:05:01");
     const MetadataBuf expected = {{300, 100}, {400, 100}, 5,  2,  {600, 100}, 7,  {800, 100}, 9,      11,
                                   10,         14,         13, 12, 16,         15, "model",    "date", "lens"};
-    const GpsBuf place = {{20, 21, 22, 23, 24, 25},
-                          {30, 31, 32, 33, 34, 35},
-                          {50, 51},
-                          {40, 41, 42, 43, 44, 45},
-                          'S',
-                          'W',
-                          1,
-                          "2013:05:01"};
+    const std::int32_t place[] = {20, 21, 22, 23, 24, 25, 30, 31, 32, 33, 34, 35, 50, 51, 40, 41, 42, 43, 44, 45};
     MetadataBuf metadata{};
     GpsBuf gps{};
     metadataBufFromExifInfo(&info, &metadata, &gps);
     EXPECT_EQ(std::memcmp(&metadata, &expected, sizeof expected), 0);
-    EXPECT_EQ(std::memcmp(&gps, &place, offsetof(GpsBuf, dateStamp) + sizeof place.dateStamp), 0);
+    EXPECT_EQ(std::memcmp(&gps, place, sizeof place), 0);
+    EXPECT_EQ(std::tie(gps.latitudeRef, gps.longitudeRef, gps.altitudeRef), std::tuple('S', 'W', 1));
+    EXPECT_STREQ(gps.dateStamp, "2013:05:01");
 }
 
 TEST(ExifCount, TextsAndMakes) {

@@ -13,31 +13,29 @@ namespace {
 
 TEST(ExifDirectory, Fallbacks) {
     const Tiff tiff;
+    const auto speed = [&](unsigned n, unsigned d) { return tiff.rationalEntry(37377, n, d); };
+    const auto maxAperture = tiff.rationalEntry(37381, 5, 1);
+    const auto index = [&](unsigned n, unsigned d) { return tiff.rationalEntry(41493, n, d); };
     const struct {
         const char* what;
         std::vector<Tiff::Entry> entries;
-        float exposureTime;
-        float fNumber;
+        float exposureTime, fNumber;
         std::int32_t isoSpeed;
     } cases[] = {
-        {"shutter speed", {tiff.rationalEntry(37377, 6, 1)}, 0.015625F, 0, 0},
-        {"exposure time wins", {tiff.rationalEntry(37377, 6, 1), tiff.rationalEntry(33434, 1, 60)}, 1.0F / 60.0F, 0, 0},
-        {"shutter speed below 0", {tiff.rationalEntry(37377, 2, 0xFFFFFFFFU)}, 4.0F, 0, 0},
-        {"shutter speed 0", {tiff.rationalEntry(37377, 0, 1)}, 0, 0, 0},
-        {"shutter speed over 0", {tiff.rationalEntry(37377, 3, 0)}, 0.125F, 0, 0},
+        {"shutter speed", {speed(6, 1)}, 0.015625F, 0, 0},
+        {"exposure time wins", {speed(6, 1), tiff.rationalEntry(33434, 1, 60)}, 1.0F / 60.0F, 0, 0},
+        {"shutter speed below 0", {speed(2, 0xFFFFFFFFU)}, 4.0F, 0, 0},
+        {"shutter speed 0", {speed(0, 1)}, 0, 0, 0},
+        {"shutter speed over 0", {speed(3, 0)}, 0.125F, 0, 0},
         {"aperture is not converted", {tiff.rationalEntry(37378, 5, 1)}, 0, 5.0F, 0},
-        {"maximum aperture", {tiff.rationalEntry(37381, 5, 1)}, 0, 5.0F, 0},
-        {"f-number wins", {tiff.rationalEntry(33437, 4, 1), tiff.rationalEntry(37381, 5, 1)}, 0, 4.0F, 0},
-        {"exposure index", {tiff.rationalEntry(41493, 400, 3)}, 0, 0, 133},
-        {"exposure index over 0", {tiff.rationalEntry(41493, 400, 0)}, 0, 0, 400},
-        {"denominators of 0 and below",
-         {tiff.rationalEntry(33434, 1, 0), tiff.rationalEntry(33437, 28, 0xFFFFFFFFU),
-          tiff.rationalEntry(41493, 400, 0xFFFFFFFFU)},
-         0,
-         0,
-         400},
+        {"maximum aperture", {maxAperture}, 0, 5.0F, 0},
+        {"f-number wins", {tiff.rationalEntry(33437, 4, 1), maxAperture}, 0, 4.0F, 0},
+        {"exposure index", {index(400, 3)}, 0, 0, 133},
+        {"exposure index over 0", {index(400, 0)}, 0, 0, 400},
+        {"denominator of 0", {tiff.rationalEntry(33434, 1, 0)}, 0, 0, 0},
+        {"denominators below 0", {tiff.rationalEntry(33437, 28, ~0U), index(400, ~0U)}, 0, 0, 400},
         {"the first of two ISO speeds", {{34855, 3, 2, le16(200) + le16(100)}}, 0, 0, 200},
-        {"ISO wins", {tiff.shortEntry(34855, 200), tiff.rationalEntry(41493, 400, 1)}, 0, 0, 200},
+        {"ISO wins", {tiff.shortEntry(34855, 200), index(400, 1)}, 0, 0, 200},
     };
     for (const auto& test : cases) {
         Tiff file;
@@ -47,9 +45,9 @@ TEST(ExifDirectory, Fallbacks) {
         std::fseek(stream.get(), 8, SEEK_SET);
         ExifInfo info{};
         EXPECT_EQ(parse_exif_data(stream.get(), 0, 0x4949, 0, &info), 1) << test.what;
-        EXPECT_EQ(info.exposureTime, test.exposureTime) << test.what;
-        EXPECT_EQ(info.fNumber, test.fNumber) << test.what;
-        EXPECT_EQ(info.isoSpeed, test.isoSpeed) << test.what;
+        EXPECT_EQ(std::tie(info.exposureTime, info.fNumber, info.isoSpeed),
+                  std::tie(test.exposureTime, test.fNumber, test.isoSpeed))
+            << test.what;
         EXPECT_EQ(std::ftell(stream.get()), static_cast<long>(8 + 2 + 12 * test.entries.size())) << test.what;
     }
 }

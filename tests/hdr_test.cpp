@@ -7,7 +7,6 @@
 #include <array>
 #include <bit>
 #include <cmath>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <random>
 #include <vector>
@@ -36,18 +35,13 @@ std::vector<InstructionSet> runnableSets() {
 void expectDefinition(int width, int height, const Buffer& pixels, const char* what) {
     const auto expected =
         test::hdrByDefinition(static_cast<std::size_t>(width), static_cast<std::size_t>(height), pixels.data()).results;
-    const auto expect = [&](const char* name, const float(&results)[3]) {
-        EXPECT_EQ(std::memcmp(results, expected.data(), sizeof results), 0)
-            << name << ", " << what << ' ' << width << 'x' << height << ": " << results[0] << ' ' << results[1] << ' '
-            << results[2] << ", expected " << expected[0] << ' ' << expected[1] << ' ' << expected[2];
-    };
-    float results[3] = {-1, -1, -1};
+    std::array<float, 3> results = {-1, -1, -1};
     for (const auto& [name, measure] : runnableSets()) {
-        measure(static_cast<std::size_t>(width), static_cast<std::size_t>(height), pixels.data(), results);
-        expect(name, results);
+        measure(static_cast<std::size_t>(width), static_cast<std::size_t>(height), pixels.data(), results.data());
+        EXPECT_EQ(results, expected) << name << ", " << what << ' ' << width << 'x' << height;
     }
-    EXPECT_EQ(hdrMinMax(width, height, pixels.data(), results), height);
-    expect("hdrMinMax", results);
+    EXPECT_EQ(hdrMinMax(width, height, pixels.data(), results.data()), height);
+    EXPECT_EQ(results, expected) << what << ' ' << width << 'x' << height;
 }
 
 void setPixel(Buffer& pixels, int width, std::size_t index, unsigned luminance, int exponent) {

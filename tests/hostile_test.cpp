@@ -2,6 +2,7 @@
 // allow. Sanitizers and the results show faults.
 #include "testing/memory_file.h"
 #include "testing/photographs.h"
+#include "testing/results.h"
 #include "tvmeta.h"
 
 #include <cstring>
@@ -105,11 +106,7 @@ TEST(Hostile, EveryPrefixAndEveryChangedByte) {
         {"packet of elements", written, readPacket},
         {"packet of attributes", attributes, readPacket},
         {"ICC profile", zeros(40) + "desc" + zeros(7) + "\x10" + "Adobe RGB (1998)" + zeros(8), readBlocks},
-        {"IPTC block",
-         Bytes("\x1C\x02\x00\x00\x02\x02\x00\x1C\x02\x19\x00\x05"
-               "first\x1C\x02\x5A\x00\x01x",
-               23),
-         readBlocks},
+        {"IPTC block", dataset(2, 0, Bytes("\2\0", 2)) + dataset(2, 25, "first") + dataset(2, 90, "x"), readBlocks},
         {"description", "a, b, c, d, e, f, g, 1/250s, R30, G30, B30", readBlocks},
         {"resources", resource(0x040C, zeros(28)) + resource(0x0404, "IPTC"), readBlocks},
     };
@@ -121,14 +118,13 @@ TEST(Hostile, EveryPrefixAndEveryChangedByte) {
             ASSERT_NO_FATAL_FAILURE(read(file, seed.substr(0, size)));
         }
         for (std::size_t i = 0; i < seed.size(); ++i) {
-            for (const int change : {0x00, 0x7F, 0x80, 0xFF, ~seed[i]}) {
+            std::vector<int> changes = {0x00, 0x7F, 0x80, 0xFF, ~seed[i]};
+            for (int bit = 0; bit < 8; ++bit) {
+                changes.push_back(seed[i] ^ (1 << bit));
+            }
+            for (const int change : changes) {
                 Bytes changed = seed;
                 changed[i] = static_cast<char>(change);
-                ASSERT_NO_FATAL_FAILURE(read(file, changed)) << i;
-            }
-            for (int bit = 0; bit < 8; ++bit) {
-                Bytes changed = seed;
-                changed[i] = static_cast<char>(changed[i] ^ (1 << bit));
                 ASSERT_NO_FATAL_FAILURE(read(file, changed)) << i;
             }
         }
@@ -254,11 +250,10 @@ TEST(Hostile, Arguments) {
     const char* const out = outPath.c_str();
     Bytes tiffBytes = fullTiff(true);
     const Stream stream = streamOf(tiffBytes);
-    const auto save = [&](const void* pixels, const TifImageInfo* what, const unsigned char* icc,
-                          const MetadataBuf* camera, const GpsBuf* place, std::int32_t iptcLength,
-                          const unsigned char* iptc, std::int32_t method, std::int32_t xmpLength, const char* xmp,
-                          const char* path) {
-        return buf2tif(pixels, what, 3, icc, camera, place, iptcLength, iptc, method, nullptr, xmpLength, xmp, path);
+    const auto save = [&](const TifImageInfo* what, const void* icc, std::int32_t iptcLength, const void* iptc,
+                          std::int32_t method, std::int32_t xmpLength, const char* xmp) {
+        return buf2tif(bytes, what, 3, static_cast<const unsigned char*>(icc), &metadata, &gps, iptcLength,
+                       static_cast<const unsigned char*>(iptc), method, nullptr, xmpLength, xmp, out);
     };
     const struct {
         const char* call;
@@ -269,32 +264,25 @@ TEST(Hostile, Arguments) {
         CASE(parse_image_description(stream.get(), INT32_MAX, &info), -1),
         CASE(get_profile_name(INT32_MIN, bytes, text), -1),
         CASE(read_iptc("/proc/self/exe", INT32_MAX, INT32_MAX, bytes), 0),
-        CASE(get_settings_from_xmp(-1, 9, nullptr, nullptr, nullptr), -3),
         CASE(get_settings_from_xmp(-1, INT32_MIN, text, nullptr, nullptr), -3),
-        CASE(get_settings_from_xmp(MODE_LENS, 64, text, nullptr, nullptr), -3),
-        CASE(get_settings_from_xmp(1, 64, text, nullptr, nullptr), -3), CASE(read_xmp(nullptr, 1, settings), -1),
-        CASE(extract_xmp(nullptr, 1, 0, text), -1), CASE(extract_xmp("/", 1, 0, nullptr), -3),
-        CASE(embed_xmp(1, 0, nullptr, 9, nullptr, text), 0), CASE(embed_xmp(1, 0, nullptr, 0, nullptr, nullptr), 0),
         CASE(insert_xmp(1, 11, settings, -64, 9, text), -1), CASE(insert_xmp(1, 11, settings, 64, -9, text), -1),
         CASE(insert_xmp(0, INT32_MAX, settings, 0, 0, nullptr), -1),
-        CASE(save(bytes, &withProfile, nullptr, &metadata, &gps, 0, nullptr, 0, 0, nullptr, out), -6),
-        CASE(save(bytes, &badProfile, bytes, &metadata, &gps, 0, nullptr, 0, 0, nullptr, out), -6),
-        CASE(save(bytes, &image, nullptr, &metadata, &gps, 9, nullptr, 0, 0, nullptr, out), -6),
-        CASE(save(bytes, &image, nullptr, &metadata, &gps, -9, bytes, 0, 0, nullptr, out), -6),
-        CASE(save(bytes, &image, nullptr, &metadata, &gps, INT32_MAX, bytes, 0, 0, nullptr, out), -6),
-        CASE(save(bytes, &image, nullptr, &metadata, &gps, 0, nullptr, 1, 0, nullptr, out), -6),
-        CASE(save(bytes, &image, nullptr, &metadata, &gps, 0, nullptr, 211, 0, nullptr, out), -6),
-        CASE(save(bytes, &image, nullptr, &metadata, &gps, 0, nullptr, 0, 9, nullptr, out), -6),
-        CASE(save(bytes, &image, nullptr, &metadata, &gps, 0, nullptr, 0, -9, text, out), -6),
+        CASE(save(&withProfile, nullptr, 0, nullptr, 0, 0, nullptr), -6),
+        CASE(save(&badProfile, bytes, 0, nullptr, 0, 0, nullptr), -6),
+        CASE(save(&image, nullptr, 9, nullptr, 0, 0, nullptr), -6),
+        CASE(save(&image, nullptr, -9, bytes, 0, 0, nullptr), -6),
+        CASE(save(&image, nullptr, INT32_MAX, bytes, 0, 0, nullptr), -6),
+        CASE(save(&image, nullptr, 0, nullptr, 1, 0, nullptr), -6),
+        CASE(save(&image, nullptr, 0, nullptr, 211, 0, nullptr), -6),
+        CASE(save(&image, nullptr, 0, nullptr, 0, 9, nullptr), -6),
+        CASE(save(&image, nullptr, 0, nullptr, 0, -9, text), -6),
         CASE(write_exif_buf(0, 0, 0, 0, INT32_MAX, INT32_MAX, 0, 0, 1, &metadata, &gps, text, bytes), -1),
-        CASE(hdrMinMax(0, 0, nullptr, nullptr), -4), CASE(fgetmi2(nullptr, 0x4949), 0xFFFF),
     // clang-format on
 #undef CASE
     };
     for (const auto& test : cases) {
         EXPECT_EQ(test.result, test.documented) << test.call;
     }
-    init_exifInfo(nullptr);
     EXPECT_FALSE(std::filesystem::exists(outPath));
     // Without rows, null pixels are valid.
     EXPECT_EQ(buf2tif(nullptr, &empty, 0, nullptr, &metadata, &gps, 0, nullptr, 0, nullptr, 0, nullptr, out), 0);
