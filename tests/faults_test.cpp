@@ -97,60 +97,45 @@ struct Bench {
             const Bytes file = readFile(out);
             return file.starts_with(saved) || file == replaced;
         };
-        const auto row = [&](const char* name, std::int32_t channels) {
-            const std::map<Kind, Results> results = {
-                {Allocation, {-1, -4, -1}}, {Open, {-1}}, {Write, {-2, -3, -12}}, {Close, {-12}}};
-            return Operation{name,
-                             reset,
-                             [=, this] { return save(channels, 8); },
-                             hasOutput(8, saved),
-                             results,
-                             {},
-                             isOldWithoutMemory};
-        };
+        const std::map<Kind, Results> bufferResults = {
+            {Allocation, {-1, -4, -1}}, {Open, {-1}}, {Write, {-2, -3, -12}}, {Close, {-12}}};
+        const auto buffer = [this](std::int32_t channels) { return [=, this] { return save(channels, 8); }; };
         const std::int32_t unread = TVMETA_READ_FAILED, unwritten = TVMETA_WRITE_FAILED;
+        std::map<Kind, Results> exifResults = {{Allocation, {TVMETA_NO_MEMORY}},
+                                               {Open, {unread}},
+                                               {Status, {unread}},
+                                               {Read, {unread}},
+                                               {Close, {Success}}};
+        std::map<Kind, Results> saveResults = exifResults;
+        saveResults[Open] = {unread, unwritten};
+        saveResults[Write] = {unwritten};
+        saveResults[Close] = {unwritten, Success};
+        const std::map<Kind, Results> packetResults = {{Allocation, {-4}}, {Open, {-1}}, {Write, {-3}}, {Close, {-3}}};
+        const std::map<Kind, Results> patchResults = {{Open, {-1, -1}},    {Read, {0, -1}},   {Seek, {Success, -2}},
+                                                      {Tell, {0, -2, -2}}, {Write, {-2, -2}}, {Close, {Success, -2}}};
         return {
-            row("buf2tif", 3),
-            row("buf2tif, converting", 4),
+            {"buf2tif", reset, buffer(3), hasOutput(8, saved), bufferResults, {}, isOldWithoutMemory},
+            {"buf2tif, converting", reset, buffer(4), hasOutput(8, saved), bufferResults, {}, isOldWithoutMemory},
             {"tvmeta_save_tiff",
              reset,
              [this] { return saveResult(); },
              hasOutput(0, result),
-             {{Allocation, {TVMETA_NO_MEMORY}},
-              {Open, {unread, unwritten}},
-              {Status, {unread}},
-              {Read, {unread}},
-              {Write, {unwritten}},
-              {Close, {unwritten, Success}}},
+             saveResults,
              {Success},
              isOldIfUnread},
-            {"tvmeta_build_exif",
-             reset,
-             [this] { return buildExif(); },
-             isBlock,
-             {{Allocation, {TVMETA_NO_MEMORY}},
-              {Open, {unread}},
-              {Status, {unread}},
-              {Read, {unread}},
-              {Close, {Success}}},
-             {Success}},
+            {"tvmeta_build_exif", reset, [this] { return buildExif(); }, isBlock, exifResults, {Success}},
             {"write_xmp",
              reset,
              [this] { return write_xmp(out.c_str(), 11, settings); },
              isPacket,
-             {{Allocation, {-4}}, {Open, {-1}}, {Write, {-3}}, {Close, {-3}}},
+             packetResults,
              {},
              isOldWithoutMemory},
             {"update_tif_profile",
              restore,
              [this] { return replaceProfile(); },
              hasOutput(7, replaced),
-             {{Open, {-1, -1}},
-              {Read, {0, -1}},
-              {Seek, {Success, -2}},
-              {Tell, {0, -2, -2}},
-              {Write, {-2, -2}},
-              {Close, {Success, -2}}},
+             patchResults,
              {Success, 0, -1},
              hasProfile},
         };

@@ -31,6 +31,7 @@ TEST(IptcKeywords, AddedToBlocksAndResults) {
     const Bytes city = dataset(2, 90, "Ulm");
     const Bytes latin = dataset(2, 90, "Z\xFCrich");
     const Bytes envelope = dataset(1, 0, Bytes("\0\4", 2));
+    const Bytes next = dataset(3, 0, "x");
     const struct {
         const char* what;
         Bytes block, expected;
@@ -43,11 +44,7 @@ TEST(IptcKeywords, AddedToBlocksAndResults) {
         {"the same keyword twice", "", version + sun, {"sun", "sun"}, false},
         {"known keyword", sun + city, sun + city, {"sun"}, false},
         {"after the last keyword", sun + city, sun + dataset(2, 25, "fog") + city, {"fog"}, false},
-        {"after record 2",
-         version + city + dataset(3, 0, "x"),
-         version + city + sun + dataset(3, 0, "x"),
-         {"sun"},
-         false},
+        {"after record 2", version + city + next, version + city + sun + next, {"sun"}, false},
         {"designation after the envelope", envelope + city, envelope + utf8 + city + sea, {"s\xC3\xA9"}, false},
         {"designated", utf8 + city, utf8 + city + sea, {"s\xC3\xA9"}, false},
         {"Latin-1, keyword of ASCII", latin, latin + sun, {"sun"}, false},
