@@ -1,6 +1,6 @@
 # Compares the documentation with the output of its programs, the header and the packets of the library.
 set(page_folder ${CMAKE_CURRENT_BINARY_DIR}/pages) # where the programs run; contains the examples
-set(page_script ${CMAKE_CURRENT_SOURCE_DIR}/pages.py)
+set(page_script ${PROJECT_SOURCE_DIR}/testing/pages.py)
 file(MAKE_DIRECTORY ${page_folder})
 file(CREATE_LINK ${PROJECT_SOURCE_DIR}/examples ${page_folder}/examples SYMBOLIC)
 
