@@ -265,6 +265,7 @@ TEST(Hostile, Arguments) {
         CASE(get_profile_name(INT32_MIN, bytes, text), -1),
         CASE(read_iptc("/proc/self/exe", INT32_MAX, INT32_MAX, bytes), 0),
         CASE(get_settings_from_xmp(-1, INT32_MIN, text, nullptr, nullptr), -3),
+        CASE(get_settings_from_xmp(-1, 9, nullptr, nullptr, nullptr), -3), CASE(hdrMinMax(0, 0, nullptr, nullptr), -4),
         CASE(insert_xmp(1, 11, settings, -64, 9, text), -1), CASE(insert_xmp(1, 11, settings, 64, -9, text), -1),
         CASE(insert_xmp(0, INT32_MAX, settings, 0, 0, nullptr), -1),
         CASE(save(&withProfile, nullptr, 0, nullptr, 0, 0, nullptr), -6),
