@@ -1,4 +1,4 @@
-"""Writes pictures of one or a few pixels, with headers of many kinds, for a test of the tool: pictures.py DIR PROFILE."""
+"""Writes pictures of a few pixels, with headers of many kinds, for a test of the tool: pictures.py DIR PROFILE."""
 import os
 import struct
 import sys
@@ -8,17 +8,19 @@ profile = open(sys.argv[2], "rb").read()
 
 
 def save(name, content):
+    """Write a file."""
     with open(name, "wb") as file:
         file.write(content)
 
 
-# OpenEXR: a header is a list of attributes (name, type, size, value). Channels have the types 0 (whole numbers), 1 (half)
-# and 2 (float), and are in the order of their names.
+# OpenEXR: channels have the types 0 (whole numbers), 1 (half) and 2 (float), and are in the order of their names.
 def attribute(name, kind, value):
+    """Return an entry of an OpenEXR header."""
     return name.encode() + b"\0" + kind.encode() + b"\0" + struct.pack("<I", len(value)) + value
 
 
 def exr_header(channels, *more, name="", kind="", window=(0, 0, 0, 0), sampling=1):
+    """Return the OpenEXR header of a file or part."""
     entries = [label.encode() + b"\0" + struct.pack("<IB3xII", code, 0, sampling, sampling) for label, code in channels]
     box = struct.pack("<4i", *window)
     header = attribute("channels", "chlist", b"".join(entries) + b"\0") + attribute("compression", "compression", b"\0")
@@ -34,6 +36,7 @@ def exr_header(channels, *more, name="", kind="", window=(0, 0, 0, 0), sampling=
 
 
 def exr(channels, pixels, row=0, **options):
+    """Return an OpenEXR file of one row."""
     start = b"\x76\x2f\x31\1\2\0\0\0" + exr_header(channels, **options)
     return start + struct.pack("<Qii", len(start) + 8, row, len(pixels)) + pixels
 
@@ -44,10 +47,12 @@ deep = (exr_header(RGB, *DEEP, name="deep", kind="deepscanline"), struct.pack("<
 
 
 def flat(name, *values):
+    """Return header and chunk of an OpenEXR part."""
     return exr_header(RGB, name=name, kind="scanlineimage"), struct.pack("<ii3f", 0, 12, *values)
 
 
 def exr_parts(*parts):
+    """Return an OpenEXR file of several parts."""
     headers = b"".join(header for header, _ in parts) + b"\0"
     place, table, chunks = 8 + len(headers) + 8 * len(parts), b"", b""
     for number, (_, chunk) in enumerate(parts):
@@ -124,8 +129,8 @@ for name, content in (
     save(name, content)
 
 
-# TIFF: pages of one pixel, with other tags and values. An extra value is written after the directory.
 def page(place, **changes):
+    """Return the TIFF directory of one pixel, and the values after it; changes are tNUMBER=(type, value)."""
     tags = {
         256: (4, 1),
         257: (4, 1),
@@ -153,6 +158,7 @@ def page(place, **changes):
 
 
 def tiff(name, pixels, *pages):
+    """Write a TIFF file of pages with these changes."""
     content, place = pixels, 8 + len(pixels)
     for number, changes in enumerate(pages):
         directory, extra = page(place, **changes)
