@@ -21,20 +21,3 @@ def test_luminance_of_shared_exponents():
     for refused in (pixels[..., :3], numpy.zeros((2**31, 0, 4), "u1")):
         with pytest.raises(ValueError, match="height, width, 4"):
             tvmeta.hdr_statistics(refused)
-
-
-# By hand: (54 * 128 + 183 * 128 + 19 * 128) / 256 = 128; one mantissa of 1 gives less than 1.
-COUNTED = [
-    ("grey", [(128, 128, 128, 129)], (256, 256, 256)),
-    ("red", [(255, 0, 0, 128)], (53, 53, 53)),
-    ("integer part", [(0, 1, 0, 136), (0, 2, 0, 136)], (256, 256, 128)),
-    ("no exponent is no pixel", [(128, 128, 128, 129), (255, 255, 255, 0)], (256, 256, 256)),
-    ("only pixels without light", [(0, 0, 0, 200)], (0, 0, 0)),
-    ("largest minimum", [(128, 128, 128, 160)], (99999997952, 128 * 2.0**32, 128 * 2.0**32)),
-    ("beyond single precision", [(255, 255, 255, 255)], (99999997952, numpy.inf, numpy.inf)),
-]
-
-
-@pytest.mark.parametrize("pixels, found", [case[1:] for case in COUNTED], ids=[case[0] for case in COUNTED])
-def test_what_is_counted(pixels, found):
-    assert tvmeta.hdr_statistics(numpy.array([pixels], "u1")) == found

@@ -1,6 +1,5 @@
 """Saved pictures, read by exiftool and numpy."""
 
-import mmap
 import os
 import resource
 import struct
@@ -24,11 +23,6 @@ BASE = RANDOM.integers(0, 255, (14, 18, 3))
 GREY = BASE[:, :, 0]
 
 
-def read_only(array):
-    array.flags.writeable = False
-    return array
-
-
 # Pixels, the array that exiftool and numpy must find, bits and channels.
 LAYOUTS = {
     "rgb8": (BASE.astype("u1"), BASE, 8, 3),
@@ -37,12 +31,10 @@ LAYOUTS = {
     "float": (BASE.astype("f4") / 8, BASE / 8, 32, 3),
     "grey": (GREY.astype("u2"), GREY, 16, 1),
     "one channel": (GREY.astype("u1")[:, :, None], GREY, 8, 1),
-    "rows with gaps": (BASE.astype("u2")[:, 3:9], BASE[:, 3:9], 16, 3),
     "every other row": (BASE.astype("f4")[1::2], BASE[1::2], 32, 3),
     "bottom up": (BASE.astype("u1")[::-1], BASE[::-1], 8, 3),
     "mirrored": (BASE.astype("u2")[:, ::-1], BASE[:, ::-1], 16, 3),
     "transposed": (BASE.astype("f2").transpose(1, 0, 2), BASE.transpose(1, 0, 2), 16, 3),
-    "read-only": (read_only(BASE.astype("u1")), BASE, 8, 3),
     "one row for all": (numpy.broadcast_to(BASE[0].astype("u1"), BASE.shape), BASE[[0] * 14], 8, 3),
     "memoryview": (memoryview(bytes(range(24))).cast("B", (2, 4, 3)), numpy.arange(24).reshape(2, 4, 3), 8, 3),
     "alpha": (numpy.dstack([BASE, GREY]).astype("u1"), BASE, 8, 3),
@@ -56,7 +48,7 @@ def test_pixels(tmp_path, pixels, expected, bits, channels):
         warnings.simplefilter("always")
         tvmeta.save_tiff(path, pixels)
     tags = tags_of(path)
-    kind = {"f": "f"}.get(memoryview(pixels).format, "f" if memoryview(pixels).format == "e" else "u")
+    kind = "f" if memoryview(pixels).format in "ef" else "u"
     found = pixels_of(path, f"<{kind}{bits // 8}", expected.shape)
     assert numpy.array_equal(found, expected)
     assert (tags["ImageWidth"], tags["ImageHeight"]) == (expected.shape[1], expected.shape[0])
@@ -75,22 +67,6 @@ def test_rows_are_not_copied(tmp_path, monkeypatch):
     tvmeta.save_tiff(tmp_path / "b.tif", padded[:, ::2])
     (first, (same, pitch)), (second, (copy, _)) = seen
     assert same is first and pitch == -192 and copy is not second
-
-
-def test_rows_far_apart(tmp_path):
-    with open(tmp_path / "sparse", "w+b") as file:
-        file.truncate(2**32 + 10)
-        memory = mmap.mmap(file.fileno(), 0)
-    with memory:
-        memory[:9], memory[2**32 + 1 : 2**32 + 10] = (
-            BASE[0, :3].astype("u1").tobytes(),
-            BASE[1, :3].astype("u1").tobytes(),
-        )
-        pixels = numpy.ndarray((2, 3, 3), "u1", memory, strides=(2**32 + 1, 3, 1))
-        for order in (1, -1):
-            tvmeta.save_tiff(tmp_path / "a.tif", pixels[::order])
-            assert (pixels_of(tmp_path / "a.tif", "u1", (2, 3, 3)) == BASE[:2, :3][::order]).all()
-        del pixels
 
 
 REFUSED = {
@@ -153,32 +129,6 @@ def test_a_full_disk_leaves_the_old_file(tmp_path):
     )
     assert f"{path}: File too large; not written" in done.stderr
     assert path.read_bytes() == b"old" and os.listdir(tmp_path) == ["old.tif"]
-
-
-# Tags of a photograph that results keep to four digits.
-KEPT = [
-    ["-ExposureTime=0.4", "-FNumber=2.8", "-FocalLength=17.3", "-ISO=100"],
-    ["-ExposureTime=1/8000", "-FNumber=0.95", "-FocalLength=4.15"],
-    ["-ExposureTime=123.7", "-FNumber=11", "-FocalLength=1200"],
-    ["-GPSLatitude=0.0125", "-GPSLatitudeRef=S", "-GPSLongitude=0.5", "-GPSLongitudeRef=W"],
-    ["-GPSLatitude=0", "-GPSLatitudeRef=N", "-GPSLongitude=179.9999", "-GPSLongitudeRef=E"],
-    ["-GPSDateStamp=2024:02:29", "-GPSTimeStamp=00:00:31", "-GPSAltitude=0.25"],
-    ["-Model=Canon 5", "-DateTimeOriginal=2024:02:29 12:00:01"],
-]
-
-
-@pytest.mark.parametrize("tags", KEPT, ids=lambda tags: tags[0])
-def test_values_survive_ten_saves(tmp_path, make_photo, tags):
-    source = make_photo(*tags)
-    path = source
-    for number in range(10):
-        photo, path = tvmeta.read(path), tmp_path / f"{number % 2}.tif"
-        tvmeta.save_tiff(path, numpy.zeros((1, 1), "u1"), photo=photo)
-    expected, found = tags_of(source), tags_of(path)
-    for name in (tag[1:].split("=")[0] for tag in tags):
-        before, after = expected[name], found[name]
-        is_number = isinstance(before, (int, float))
-        assert after == (pytest.approx(before, rel=1e-5, abs=1e-9) if is_number else before), name
 
 
 PROFILE = bytes(16) + b"RGB " + bytes(108)
@@ -256,29 +206,27 @@ ENTRIES = ((1, 6, 0xFFFFFFFF), (2, 4, 4242), (4, 4, 0xFFFFFFFF), (16, 4, 0xFFFFF
 ACCESS = struct.pack("<I", 2) + b"".join(struct.pack("<HHI", *entry) for entry in ENTRIES)
 
 
+def attributes_of(path):
+    found = path.stat()
+    return found.st_mode, found.st_uid, found.st_gid, {name: os.getxattr(path, name) for name in os.listxattr(path)}
+
+
 @pytest.mark.parametrize("write", WRITERS.values(), ids=WRITERS.keys())
 def test_replaced_files_keep_their_attributes(tmp_path, monkeypatch, write):
     path = tmp_path / "old"
     path.write_bytes(b"old")
     if os.geteuid() == 0:
         os.chown(path, 1234, 2345)
-    path.chmod(0o646)  # neither that of new files nor that of temporary ones
-    before = path.stat()
-    write(path)
-    after = path.stat()
-    assert (after.st_mode, after.st_uid, after.st_gid) == (before.st_mode, before.st_uid, before.st_gid)
-    path.write_bytes(b"old")
-    path.chmod(0o640)
-    for name, value in (("user.note", b"kept"), ("system.posix_acl_access", ACCESS)):
-        with suppress(OSError):  # not on every file system
-            os.setxattr(path, name, value)
-    before, attributes = path.stat(), {name: os.getxattr(path, name) for name in os.listxattr(path)}
-    write(path)
-    after = path.stat()
-    assert path.read_bytes() != b"old" and after.st_ino != before.st_ino
-    assert (after.st_mode, after.st_uid, after.st_gid) == (before.st_mode, before.st_uid, before.st_gid)
-    assert {name: os.getxattr(path, name) for name in os.listxattr(path)} == attributes
-    for name in attributes:
+    # The first mode is neither that of new files nor that of temporary ones.
+    for mode, given in ((0o646, {}), (0o640, {"user.note": b"kept", "system.posix_acl_access": ACCESS})):
+        path.chmod(mode)
+        for name, value in given.items():
+            with suppress(OSError):  # not on every file system
+                os.setxattr(path, name, value)
+        before, place = attributes_of(path), path.stat().st_ino
+        write(path)
+        assert attributes_of(path) == before and path.stat().st_ino != place and path.read_bytes() != b"old"
+    for name in before[3]:
         os.removexattr(path, name)
     path.chmod(0o664)
     monkeypatch.setattr(os, "fchown", lambda *arguments: os.open("/none/none", os.O_RDONLY))  # as a user who may not

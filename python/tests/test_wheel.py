@@ -105,16 +105,8 @@ def test_pip_installs_the_tree_without_network(objects, tmp_path):
     """The command of the manual."""
     run(sys.executable, "-m", "venv", "--system-site-packages", tmp_path)
     python = tmp_path / "bin" / "python3"
-    done = run(
-        python,
-        "-m",
-        "pip",
-        "install",
-        "--no-build-isolation",
-        "--no-index",
-        PACKAGE,
-        **objects,
-        TEST_TREE=objects.get("TEST_OBJECTS", ""),
-    )
+    options = ("--no-build-isolation", "--no-index")
+    tree = objects.get("TEST_OBJECTS", "")
+    done = run(python, "-m", "pip", "install", *options, PACKAGE, **objects, TEST_TREE=tree)
     assert done.returncode == 0, done.stdout + done.stderr
     assert run(python, "-c", "import tvmeta; print(tvmeta.__file__)").stdout.startswith(str(tmp_path))
