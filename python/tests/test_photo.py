@@ -28,25 +28,19 @@ VALUES = [
     (["-GPSLatitude=33.75", "-GPSLatitudeRef=S"], {"latitude": -33.75, "longitude": None}),
     (["-GPSLongitude=0.25", "-GPSLongitudeRef=W", "-GPSAltitude=12.5"], {"longitude": -0.25, "altitude": 12.5}),
     (["-GPSDateStamp=2024:02:29", "-GPSTimeStamp=12:00:01"], {"gps_time": NOON.replace(tzinfo=timezone.utc)}),
-    (["-Model=Käfer 1", "-SerialNumber=07"], {"model": "Käfer 1", "serial_number": "07", "make": None}),
-    (["-Make=Käfer", "-EXIF:LensModel=50mm"], {"make": "Käfer", "lens": "50mm"}),
-    (["-ExposureCompensation=-0.5", "-EXIF:Flash#=9"], {"exposure_bias": Fraction(-1, 2), "flash": 9}),
-    (["-ExposureMode#=2", "-ExposureProgram#=3"], {"exposure_mode": 2, "exposure_program": 3}),
-    (["-MeteringMode#=5", "-WhiteBalance#=1"], {"metering_mode": 5, "white_balance": 1}),
+    (["-Model=Käfer 1", "-Make=K", "-SerialNumber=07"], {"model": "Käfer 1", "make": "K", "serial_number": "07"}),
+    (["-EXIF:LensModel=50mm", "-EXIF:Flash#=9"], {"lens": "50mm", "flash": 9, "model": None}),
+    (["-ExposureCompensation=-0.5", "-MeteringMode#=5"], {"exposure_bias": Fraction(-1, 2), "metering_mode": 5}),
+    (["-ExposureMode#=2", "-ExposureProgram#=3", "-WhiteBalance#=1"], {"exposure_mode": 2, "exposure_program": 3}),
     (
         ["-DateTimeOriginal=2024:02:29 12:00:01", "-SubSecTimeOriginal=0123456", "-OffsetTimeOriginal=-03:30"],
         {"taken": NOON.replace(microsecond=12345), "sub_second": "0123456", "utc_offset": timedelta(minutes=-210)},
     ),
     (["-ShutterSpeedValue=1/64"], {"exposure_time": Fraction(1, 64), "derived": frozenset({"exposure_time"})}),
     (["-DateTimeOriginal=2024:02:31 12:00:01"], {"taken": None, "damaged": frozenset({"taken"})}),
-    (
-        ["-XMP-dc:Title=one", "-IPTC:Keywords=a", "-IPTC:Keywords=b", "-XMP-xmp:Rating=4"],
-        {"title": "one", "keywords": ("a", "b"), "rating": 4},
-    ),
-    (
-        ["-EXIF:Artist=Ada", "-EXIF:Copyright=(c)", "-EXIF:ImageDescription=sun", "-EXIF:Software=1.0"],
-        {"artist": "Ada", "copyright": "(c)", "description": "sun", "software": "1.0"},
-    ),
+    (["-XMP-dc:Title=one", "-XMP-xmp:Rating=4"], {"title": "one", "rating": 4, "keywords": ()}),
+    (["-IPTC:Keywords=a", "-IPTC:Keywords=b", "-EXIF:Artist=Ada"], {"keywords": ("a", "b"), "artist": "Ada"}),
+    (["-EXIF:ImageDescription=sun", "-EXIF:Software=1.0"], {"description": "sun", "software": "1.0"}),
     ([], {"model": None, "exposure_time": None, "iso_speed": None, "title": None, "keywords": (), "broken_at": None}),
     ([], {"width": 648, "height": 432, "container": "JPEG", "damaged": frozenset()}),
 ]
@@ -100,12 +94,10 @@ class Broken(io.BytesIO):
     """A file object that fails, or that returns what it is told."""
 
     def __init__(self, content, result):
-        """Return or raise `result` where the content starts."""
         super().__init__(content)
         self.result = result
 
     def read(self, size=-1):
-        """Read, or fail."""
         if isinstance(self.result, Exception):
             raise self.result
         if self.tell() > 0:

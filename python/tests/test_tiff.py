@@ -3,8 +3,6 @@
 import os
 import resource
 import struct
-import subprocess
-import sys
 import tempfile
 import warnings
 from contextlib import suppress
@@ -34,7 +32,6 @@ LAYOUTS = {
     "every other row": (BASE.astype("f4")[1::2], BASE[1::2], 32, 3),
     "bottom up": (BASE.astype("u1")[::-1], BASE[::-1], 8, 3),
     "mirrored": (BASE.astype("u2")[:, ::-1], BASE[:, ::-1], 16, 3),
-    "transposed": (BASE.astype("f2").transpose(1, 0, 2), BASE.transpose(1, 0, 2), 16, 3),
     "one row for all": (numpy.broadcast_to(BASE[0].astype("u1"), BASE.shape), BASE[[0] * 14], 8, 3),
     "memoryview": (memoryview(bytes(range(24))).cast("B", (2, 4, 3)), numpy.arange(24).reshape(2, 4, 3), 8, 3),
     "alpha": (numpy.dstack([BASE, GREY]).astype("u1"), BASE, 8, 3),
@@ -120,14 +117,13 @@ def test_targets(tmp_path):
 def test_a_full_disk_leaves_the_old_file(tmp_path):
     path = tmp_path / "old.tif"
     path.write_bytes(b"old")
-    program = "import numpy, sys, tvmeta; tvmeta.save_tiff(sys.argv[1], numpy.zeros((900, 900, 3), 'u1'))"
-    done = subprocess.run(
-        [sys.executable, "-c", program, path],
-        preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 20, 1 << 20)),
-        capture_output=True,
-        text=True,
-    )
-    assert f"{path}: File too large; not written" in done.stderr
+    limits = resource.getrlimit(resource.RLIMIT_FSIZE)
+    resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 20, limits[1]))
+    try:
+        with pytest.raises(tvmeta.FileError, match="old.tif: File too large; not written"):
+            tvmeta.save_tiff(path, numpy.zeros((900, 900, 3), "u1"))
+    finally:
+        resource.setrlimit(resource.RLIMIT_FSIZE, limits)
     assert path.read_bytes() == b"old" and os.listdir(tmp_path) == ["old.tif"]
 
 
@@ -161,17 +157,12 @@ def test_blocks_and_settings(tmp_path):
     assert (saved.iptc(), saved.xmp(), saved.model) == (b"", b"<x/>", "TV-100")
 
 
-PHOTOS = {"Photo": tvmeta.read, "path": str, "bytes": Path.read_bytes, "file": lambda path: open(path, "rb")}
-
-
-@pytest.mark.parametrize("given", PHOTOS.values(), ids=PHOTOS.keys())
-def test_photo_of_any_source_and_losses(tmp_path, make_photo, monkeypatch, given):
+def test_losses(tmp_path, make_photo, monkeypatch):
     monkeypatch.setattr(tvmeta.tiff, "_USUAL_LOSSES", 0)  # more losses than there is room for
-    source = make_photo("-Model=Z", "-PrintIM=", "-XMP-dc:Title=one", name="one.jpg")
-    data = source.read_bytes()
+    data = make_photo("-Model=Z", "-PrintIM=", "-XMP-dc:Title=one").read_bytes()
     at = data.index(b"Exif\0\0")  # an entry of a private tag in place of that of YCbCrPositioning
-    source.write_bytes(data[:at] + data[at:].replace(b"\x02\x13\0\x03", b"\xfd\xe8\0\x03", 1))
-    lost = tvmeta.save_tiff(tmp_path / "result.tif", GREY.astype("u1"), photo=given(source))
+    data = data[:at] + data[at:].replace(b"\x02\x13\0\x03", b"\xfd\xe8\0\x03", 1)
+    lost = tvmeta.save_tiff(tmp_path / "result.tif", GREY.astype("u1"), photo=data)
     assert lost == [(tvmeta.Directory.IMAGE, 0xFDE8, tvmeta.LossReason.PRIVATE)]
     tags = tags_of(tmp_path / "result.tif")
     assert (tags["Model"], tags["Title"]) == ("Z", "one")
@@ -186,13 +177,6 @@ def test_a_block_is_lost(tmp_path):
 
 def test_a_program_with_types(tmp_path):
     assert typed_use.use(SCENE, tmp_path / "result.tif") == []
-
-
-def test_a_result_replaces_its_own_photograph(tmp_path):
-    path = tmp_path / "result.tif"
-    tvmeta.save_tiff(path, GREY.astype("u1"), photo=SCENE)
-    tvmeta.save_tiff(path, BASE.astype("u1"), photo=tvmeta.read(path))
-    assert tags_of(path)["Model"] == "TV-100" and numpy.array_equal(pixels_of(path, "u1", BASE.shape), BASE)
 
 
 WRITERS = {
