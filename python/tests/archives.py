@@ -55,11 +55,6 @@ class Inline:
         return future
 
 
-def wait_for_nothing(monkeypatch):
-    monkeypatch.setattr(os, "fsync", lambda descriptor: None)
-    monkeypatch.setattr(run, "wait", lambda futures, **options: None)
-
-
 def write(path, data):
     path.parent.mkdir(parents=True, exist_ok=True)
     path.write_bytes(data)
@@ -83,5 +78,9 @@ def snapshot(out):
     return {str(path.relative_to(out)): path.read_bytes() for path in (out / "parts").rglob("*") if path.is_file()}
 
 
-def index(root, out, size=SIZE, **options):
-    return archive.index(root, out, Inline(), size, **options)
+def index(root, out, size=SIZE, client=None, **options):
+    """Run the index without a pause for the disk, or for tasks of this process, which have ended."""
+    with pytest.MonkeyPatch.context() as monkeypatch:
+        monkeypatch.setattr(os, "fsync", lambda descriptor: None)
+        monkeypatch.setattr(run, "wait", lambda futures, **options: None)
+        return archive.index(root, out, client or Inline(), size, **options)

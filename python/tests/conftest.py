@@ -69,26 +69,6 @@ def bracket_photo(second, denominator, model=b"TV-100", year=b"2024"):
     return data.replace(struct.pack(">II", 1, 125), struct.pack(">II", 1, denominator))
 
 
-@pytest.fixture
-def no_waiting(request, monkeypatch):
-    """Let tasks of this process end at once, and the disk write when it likes."""
-    from archives import wait_for_nothing
-
-    if "client" not in request.fixturenames:
-        wait_for_nothing(monkeypatch)
-
-
-@pytest.fixture(scope="module")
-def client():
-    """Return a client of two worker processes."""
-    from distributed import Client
-    from tvmeta._archive_local import local_cluster
-
-    with local_cluster(2) as address, Client(address) as client:
-        client.wait_for_workers(2)
-        yield client
-
-
 @pytest.fixture(scope="module")
 def tree(tmp_path_factory):
     """Return an archive."""
@@ -100,10 +80,8 @@ def tree(tmp_path_factory):
 @pytest.fixture(scope="module")
 def whole(tree, tmp_path_factory):
     """Return an index that was built in one run."""
-    from archives import ALL, index, wait_for_nothing
+    from archives import ALL, index
 
     out = tmp_path_factory.mktemp("whole")
-    with pytest.MonkeyPatch.context() as monkeypatch:
-        wait_for_nothing(monkeypatch)
-        assert index(tree, out) == (ALL, [])
+    assert index(tree, out) == (ALL, [])
     return out

@@ -18,8 +18,6 @@ from tvmeta import _archive_store as store
 from tvmeta import _archive_table as table
 from tvmeta import archive
 
-pytestmark = pytest.mark.usefixtures("no_waiting")
-
 
 def test_rows_and_summary(whole, tree, capsys):
     found = {row["file"]: row for row in archive.rows(whole)}

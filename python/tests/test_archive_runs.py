@@ -16,6 +16,7 @@ from pathlib import Path
 import pytest
 from archives import ALL, SIZE, Inline, index, make_tree, snapshot, write
 from conftest import bracket_photo
+from distributed import Client
 
 import tvmeta
 from tvmeta import _archive_listing as listing
@@ -24,8 +25,14 @@ from tvmeta import _archive_run as run
 from tvmeta import _archive_store as store
 from tvmeta import _archive_table as table
 from tvmeta import archive
+from tvmeta._archive_local import local_cluster
 
-pytestmark = pytest.mark.usefixtures("no_waiting")
+
+@pytest.fixture(scope="module")
+def client():
+    with local_cluster(2) as address, Client(address) as client:
+        client.wait_for_workers(2)
+        yield client
 
 
 def stale_rows(out):
@@ -183,15 +190,15 @@ def test_workers_that_see_something_else(whole, tree, tmp_path, capsys):
     empty = os.fsencode(tmp_path / "empty")
     os.mkdir(empty)
     client = Inline(("bad", "good"), {"bad": empty})
-    assert archive.index(tree, tmp_path / "out", client, SIZE)[0] == ALL
+    assert index(tree, tmp_path / "out", client=client)[0] == ALL
     assert snapshot(tmp_path / "out") == snapshot(whole)
     assert [worker for worker, _ in client.calls].count("bad") == 1 and "worker bad: " in capsys.readouterr().err
     before = snapshot(whole)
     with pytest.raises(tvmeta.Error, match="no worker sees this folder"):
-        archive.index(tree, whole, Inline(("bad",), {"bad": empty}), SIZE)
+        index(tree, whole, client=Inline(("bad",), {"bad": empty}))
     assert snapshot(whole) == before
     with pytest.raises(tvmeta.Error, match="no workers; run the same command again"):
-        archive.index(tree, whole, Inline(()), SIZE, timeout=0)
+        index(tree, whole, client=Inline(()), timeout=0)
 
 
 def test_a_folder_that_kills_workers_costs_no_other(whole, tree, tmp_path, monkeypatch):

@@ -69,8 +69,6 @@ def test_rows_are_not_copied(tmp_path, monkeypatch):
 REFUSED = {
     "big-endian": (numpy.zeros((2, 2), ">u2"), {}, TypeError, "byte order"),
     "float64": (numpy.zeros((2, 2)), {}, TypeError, "format 'd'"),
-    "signed": (numpy.zeros((2, 2), "i2"), {}, TypeError, "format 'h'"),
-    "no buffer": ([[1]], {}, TypeError, "buffer protocol"),
     "one axis": (numpy.zeros(4, "u1"), {}, ValueError, "shape"),
     "five channels": (numpy.zeros((2, 2, 5), "u1"), {}, ValueError, "shape"),
     "no rows": (numpy.zeros((0, 2), "u1"), {}, ValueError, "shape"),
