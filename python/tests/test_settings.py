@@ -39,7 +39,6 @@ def test_round_trip(tmp_path, method, values, texts):
     assert tags_of(path)["Format"] == "image/tiff"
 
 
-# Values that a packet stores in another form: (method, name, value, stored).
 STORED = {
     "nearest float": ("Details Enhancer", "Strength", 16777217, 16777216.0),
     "exponent": ("Fusion/Intensive", "Radius", 1e-9, 0.0),
@@ -122,12 +121,10 @@ REFUSED = [
     ("Strength", math.nan, ValueError, "range"),
     ("Strength", None, ValueError, "number"),
     ("Strength", 10**400, ValueError, "range"),
-    ("Strength", 1e39, ValueError, "range"),
     ("Gamma", 0.004, ValueError, "range"),
     ("Smoothing", "Lowest", ValueError, "Very High, High, Medium, Low, Very Low$"),
     ("Smoothing", "Low\0", ValueError, "Very High"),
     ("SmoothingMode", "Dark", ValueError, "Light, Slider$"),
-    ("SmoothingMode", 1, ValueError, "Light, Slider$"),
     ("IsPano360", "Yes", ValueError, "True or False"),
 ]
 

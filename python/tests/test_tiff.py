@@ -23,10 +23,8 @@ GREY = BASE[:, :, 0]
 
 # Pixels, the array that exiftool and numpy must find, bits and channels.
 LAYOUTS = {
-    "rgb8": (BASE.astype("u1"), BASE, 8, 3),
     "rgb16": (BASE.astype("u2") * 257, BASE * 257, 16, 3),
     "half": (BASE.astype("f2") / 4, BASE / 4, 16, 3),
-    "float": (BASE.astype("f4") / 8, BASE / 8, 32, 3),
     "grey": (GREY.astype("u2"), GREY, 16, 1),
     "one channel": (GREY.astype("u1")[:, :, None], GREY, 8, 1),
     "every other row": (BASE.astype("f4")[1::2], BASE[1::2], 32, 3),
