@@ -274,7 +274,8 @@ TEST(Result, PrefersTheCallersValues) {
     const Bytes vertical = photoOf({{tiff.rationalEntry(283, 72, 1)}, {}, {}, {}});
     const Bytes unit = photoOf({{tiff.shortEntry(296, 3)}, {}, {}, {}});
     const Bytes north = photoOf({{}, {}, {{1, 2, 2, Bytes("N\0", 2)}}, {}});
-    const Change none = [](auto&) {}, floats = [](auto&r) { r.bitsCode = 3216, r.width = 1; };
+    const Change none = [](auto&) {};
+    const Change floats = [](auto& r) { r.bitsCode = 3216, r.width = 1; };
     const Change fine = [](auto& r) { r.resolution = 200; };
     const Change grayProfile = [&](auto& r) { r.icc = gray.data(), r.iccSize = 128; };
     const Change srgbProfile = [&](auto& r) { r.icc = srgb.data(), r.iccSize = 161; };

@@ -28,7 +28,8 @@ std::int32_t detect(const Bytes& text) {
 }
 
 TEST(Detection, Methods) {
-    const Bytes declaration = packet("");
+    const Bytes declaration = packet(""), version = element("Version", "5.0"),
+                fusion = element("Method", "Fusion/Adjust");
     const struct {
         const char* what;
         Bytes text;
@@ -45,17 +46,15 @@ TEST(Detection, Methods) {
         {"fusion real-estate", elementPacket("Fusion/Real-Estate", ""), 15},
         {"fusion realistic", elementPacket("Fusion/Realistic", ""), 15},
         {"unknown name", elementPacket("Fusion/None", ""), 0},
-        {"no declaration", element("Version", "5.0") + element("Method", "Fusion/Adjust"), 0},
-        {"another host", "xmlns:tvtm='http://tonalvista.text/' " + element("Version", "5.0") + element("Method", "x"),
-         0},
-        {"double quotes", packet(element("Version", "5.0") + element("Method", "Fusion/Adjust"), '"'), 10},
+        {"no declaration", version + fusion, 0},
+        {"another host", "xmlns:tvtm='http://tonalvista.text/' " + version + element("Method", "x"), 0},
+        {"double quotes", packet(version + fusion, '"'), 10},
         {"attributes", packet(attribute("Version", "5.0") + attribute("Method", "Fusion/Adjust")), 10},
-        {"no version", packet(element("Method", "Fusion/Adjust")), -5},
+        {"no version", packet(fusion), -5},
         {"version with a letter as minor part", elementPacket("Fusion/Adjust", "", "5.x"), -5},
         {"version without a minor part", elementPacket("Fusion/Adjust", "", "5,0"), -5},
-        {"second version",
-         packet(element("Version", "x") + element("Version", " 2.4") + element("Method", "Fusion/Adjust")), 10},
-        {"method before version", packet(element("Method", "Fusion/Adjust") + element("Version", "5.0")), -5},
+        {"second version", packet(element("Version", "x") + element("Version", " 2.4") + fusion), 10},
+        {"method before version", packet(fusion + version), -5},
         {"method tag ends the text", declaration + "<tvtm:Version>5.0<tvtm:Method", 0},
         {"declaration ends the text", declaration.substr(0, declaration.find(".test/") + 6), -5},
         {"declaration cut", declaration.substr(0, declaration.find(".test/") + 5), 0},
@@ -84,94 +83,84 @@ TEST(Detection, RequestsAndTerminators) {
 }
 
 TEST(Parameters, ValuesByFormAndVersion) {
-    const std::int32_t details = METHOD_DETAILS_ENHANCER;
-    const std::int32_t optimizer = METHOD_CONTRAST_OPTIMIZER;
+    constexpr std::int32_t details = METHOD_DETAILS_ENHANCER, optimizer = METHOD_CONTRAST_OPTIMIZER;
     constexpr float Nan = std::numeric_limits<float>::quiet_NaN();
+    const auto strength = [](const Bytes& value) { return element("Strength", value); };
+    const auto clip = [](const Bytes& value) { return element("WhiteClip", value); };
+    const auto contrast = [](const Bytes& value) { return element("Microcontrast", value); };
+    const auto gamma = [](const Bytes& value) { return element("Gamma", value); };
+    const Bytes halfway = "16777217." + Bytes(150, '0');
     const struct {
         const char* what;
         std::int32_t method;
-        Bytes name;
-        const char* version;
         Bytes lines;
         int slot;
         float value;
+        const char* version = "5.0";
     } cases[] = {
-        {"float", details, "Details Enhancer", "5.0", element("Strength", "45.7"), 1, 45.7F},
-        {"integer in old packets", details, "Details Enhancer", "2.4", element("Strength", "45.7"), 1, 45.0F},
-        {"version of two digits", details, "Details Enhancer", "12.4", element("Strength", "45.7"), 1, 45.7F},
-        {"fraction in old packets", details, "Details Enhancer", "2.4", element("WhiteClip", "0.25"), 3, 0.25F},
-        {"integer saturates", details, "Details Enhancer", "2.4", element("Strength", "-99999999999"), 1,
-         -2147483648.0F},
-        {"float overflows", details, "Details Enhancer", "5.0", element("Strength", "-1e99"), 1, -INFINITY},
-        {"float underflows", details, "Details Enhancer", "5.0", element("Strength", "1e-99"), 1, 0.0F},
-        {"long digits", optimizer, "Contrast Optimizer", "5.0", element("Strength", "0." + Bytes(99, '0') + "25e101"),
-         0, 25.0F},
-        {"more digits than a float", optimizer, "Contrast Optimizer", "5.0", element("Strength", "16777219.1"), 0,
-         16777219.1F},
-        {"a long fraction", optimizer, "Contrast Optimizer", "5.0", element("Strength", "0.0000005"), 0, 5e-7F},
-        {"halfway, to even", optimizer, "Contrast Optimizer", "5.0", element("Strength", "16777217." + Bytes(150, '0')),
-         0, 16777216.0F},
-        {"just above halfway", optimizer, "Contrast Optimizer", "5.0",
-         element("Strength", "16777217." + Bytes(150, '0') + "1"), 0, 16777218.0F},
-        {"a second point", optimizer, "Contrast Optimizer", "5.0", element("Strength", "1.2.3"), 0, 1.2F},
-        {"a blank instead of an exponent", optimizer, "Contrast Optimizer", "5.0",
-         element("Strength", "1" + Bytes(45, '0') + "e -60"), 0, INFINITY},
-        {"infinity", details, "Details Enhancer", "5.0", element("Strength", "-inf"), 1, -INFINITY},
-        {"infinity in full, any case", details, "Details Enhancer", "5.0", element("Strength", " +InFiNiTyX"), 1,
-         INFINITY},
-        {"infinity, not in full", details, "Details Enhancer", "5.0", element("Strength", "infinit"), 1, Untouched},
-        {"NaN", details, "Details Enhancer", "5.0", element("WhiteClip", "-nan"), 3, -Nan},
-        {"NaN with a payload", details, "Details Enhancer", "5.0", element("WhiteClip", "NaN(12)"), 3, Nan},
-        {"not quite NaN", details, "Details Enhancer", "5.0", element("WhiteClip", "na"), 3, Untouched},
-        {"no words in integers", details, "Details Enhancer", "2.4", element("Strength", "inf"), 1, Untouched},
-        {"white space and sign", details, "Details Enhancer", "5.0", element("Strength", "\n +.5e1x"), 1, 5.0F},
-        {"no number", details, "Details Enhancer", "5.0", element("Strength", "."), 1, Untouched},
-        {"empty, then a digit", details, "Details Enhancer", "5.0", element("Strength", "x7"), 1, 7.0F},
-        {"attribute in an element packet", details, "Details Enhancer", "5.0", attribute("Strength", "8"), 1, 8.0F},
-        {"only the first tag", details, "Details Enhancer", "5.0",
-         element("Strength", "a b") + element("Strength", "2"), 1, Untouched},
-        {"the same first and last letter", details, "Details Enhancer", "5.0", element("Slowpath", "9"), 1, Untouched},
-        {"prefix of a longer name", details, "Details Enhancer", "5.0", "tvtm:StrengthX9", 1, 9.0F},
-        {"integer beyond 64 bits", details, "Details Enhancer", "2.4", element("Strength", "99999999999999999999"), 1,
-         2147483648.0F},
-        {"unreadable integer", details, "Details Enhancer", "2.4", element("Strength", "x y"), 1, Untouched},
-        {"unreadable clip", optimizer, "Contrast Optimizer", "5.0", element("WhiteClip", "x y"), 3, Untouched},
-        {"a small fraction", optimizer, "Contrast Optimizer", "5.0", element("Strength", "0." + Bytes(60, '0') + "1"),
-         0, 0.0F},
-        {"a large exponent", optimizer, "Contrast Optimizer", "5.0", element("Strength", "1e9223372036854775807"), 0,
-         INFINITY},
-        {"a small exponent", optimizer, "Contrast Optimizer", "5.0", element("Strength", "1e-9223372036854775808"), 0,
-         0.0F},
-        {"word High", details, "Details Enhancer", "2.4", element("Microcontrast", "High"), 6, 0.0F},
-        {"word Medium High", details, "Details Enhancer", "2.4", element("Microcontrast", "Medium High"), 6, -2.0F},
-        {"word Low", details, "Details Enhancer", "2.4", element("Microcontrast", "Low"), 6, -9.0F},
-        {"word Very Low", details, "Details Enhancer", "2.4", element("Microcontrast", "Very Low"), 6, -10.0F},
-        {"word in old packets", details, "Details Enhancer", "2.4", element("Microcontrast", "Medium Low"), 6, -6.0F},
-        {"word of another parameter", details, "Details Enhancer", "2.4", element("Microcontrast", "Light"), 6,
-         Untouched},
-        {"shorter word", details, "Details Enhancer", "2.0", element("Microcontrast", "Medium"), 6, -2.0F},
-        {"number from 2.5 on", details, "Details Enhancer", "2.5", element("Microcontrast", "-3.9"), 6, -3.0F},
-        {"number in 1.5", details, "Details Enhancer", "1.5", element("Microcontrast", "-3.9"), 6, -3.0F},
-        {"former name", details, "Details Enhancer", "5.0", element("NoiseSmoothing", "4"), 7, 4.0F},
-        {"gamma 2", details, "Details Enhancer", "5.0", element("Gamma", "2.0"), 8, 0.0F},
-        {"gamma 0.5", details, "Details Enhancer", "5.0", element("Gamma", "0.50"), 8, 100.0F},
-        {"no gamma", details, "Details Enhancer", "5.0", "", 8, 50.0F},
-        {"unreadable gamma", details, "Details Enhancer", "5.0", element("Gamma", "x y"), 8, Untouched},
-        {"gamma 0", details, "Details Enhancer", "5.0", element("Gamma", "0"), 8, INFINITY},
-        {"gamma below 0", details, "Details Enhancer", "5.0", element("Gamma", "-1"), 8, -Nan},
-        {"gamma NaN", details, "Details Enhancer", "5.0", element("Gamma", "nan"), 8, Nan},
-        {"clip below 0", optimizer, "Contrast Optimizer", "5.0", element("WhiteClip", "-1"), 3, -Nan},
-        {"panorama", details, "Details Enhancer", "5.0", element("IsPano360", "Yes"), 15, 1.0F},
-        {"another word is no", details, "Details Enhancer", "5.0", element("IsPano360", "Y"), 15, 0.0F},
-        {"lower case is no", details, "Details Enhancer", "5.0", element("IsPano360", "yes"), 15, 0.0F},
-        {"clip", optimizer, "Contrast Optimizer", "5.0", element("WhiteClip", "10.0"), 3, 10.0F},
-        {"clip curve", optimizer, "Contrast Optimizer", "5.0", element("BlackClip", "5.0"), 4, 1.1958244F},
-        {"second description", METHOD_FUSION_INTENSIVE, "Fusion/Intensive", "5.0",
-         "</x>" + packet(element("Radius", "4")), 2, 4.0F},
+        {"float", details, strength("45.7"), 1, 45.7F},
+        {"integer in old packets", details, strength("45.7"), 1, 45.0F, "2.4"},
+        {"version of two digits", details, strength("45.7"), 1, 45.7F, "12.4"},
+        {"fraction in old packets", details, clip("0.25"), 3, 0.25F, "2.4"},
+        {"integer saturates", details, strength("-99999999999"), 1, -2147483648.0F, "2.4"},
+        {"float overflows", details, strength("-1e99"), 1, -INFINITY},
+        {"float underflows", details, strength("1e-99"), 1, 0.0F},
+        {"long digits", optimizer, strength("0." + Bytes(99, '0') + "25e101"), 0, 25.0F},
+        {"more digits than a float", optimizer, strength("16777219.1"), 0, 16777219.1F},
+        {"a long fraction", optimizer, strength("0.0000005"), 0, 5e-7F},
+        {"halfway, to even", optimizer, strength(halfway), 0, 16777216.0F},
+        {"just above halfway", optimizer, strength(halfway + "1"), 0, 16777218.0F},
+        {"a second point", optimizer, strength("1.2.3"), 0, 1.2F},
+        {"a blank instead of an exponent", optimizer, strength("1" + Bytes(45, '0') + "e -60"), 0, INFINITY},
+        {"infinity", details, strength("-inf"), 1, -INFINITY},
+        {"infinity in full, any case", details, strength(" +InFiNiTyX"), 1, INFINITY},
+        {"infinity, not in full", details, strength("infinit"), 1, Untouched},
+        {"NaN", details, clip("-nan"), 3, -Nan},
+        {"NaN with a payload", details, clip("NaN(12)"), 3, Nan},
+        {"not quite NaN", details, clip("na"), 3, Untouched},
+        {"no words in integers", details, strength("inf"), 1, Untouched, "2.4"},
+        {"white space and sign", details, strength("\n +.5e1x"), 1, 5.0F},
+        {"no number", details, strength("."), 1, Untouched},
+        {"empty, then a digit", details, strength("x7"), 1, 7.0F},
+        {"attribute in an element packet", details, attribute("Strength", "8"), 1, 8.0F},
+        {"only the first tag", details, strength("a b") + strength("2"), 1, Untouched},
+        {"the same first and last letter", details, element("Slowpath", "9"), 1, Untouched},
+        {"prefix of a longer name", details, "tvtm:StrengthX9", 1, 9.0F},
+        {"integer beyond 64 bits", details, strength("99999999999999999999"), 1, 2147483648.0F, "2.4"},
+        {"unreadable integer", details, strength("x y"), 1, Untouched, "2.4"},
+        {"unreadable clip", optimizer, clip("x y"), 3, Untouched},
+        {"a small fraction", optimizer, strength("0." + Bytes(60, '0') + "1"), 0, 0.0F},
+        {"a large exponent", optimizer, strength("1e9223372036854775807"), 0, INFINITY},
+        {"a small exponent", optimizer, strength("1e-9223372036854775808"), 0, 0.0F},
+        {"word High", details, contrast("High"), 6, 0.0F, "2.4"},
+        {"word Medium High", details, contrast("Medium High"), 6, -2.0F, "2.4"},
+        {"word Low", details, contrast("Low"), 6, -9.0F, "2.4"},
+        {"word Very Low", details, contrast("Very Low"), 6, -10.0F, "2.4"},
+        {"word in old packets", details, contrast("Medium Low"), 6, -6.0F, "2.4"},
+        {"word of another parameter", details, contrast("Light"), 6, Untouched, "2.4"},
+        {"shorter word", details, contrast("Medium"), 6, -2.0F, "2.0"},
+        {"number from 2.5 on", details, contrast("-3.9"), 6, -3.0F, "2.5"},
+        {"number in 1.5", details, contrast("-3.9"), 6, -3.0F, "1.5"},
+        {"former name", details, element("NoiseSmoothing", "4"), 7, 4.0F},
+        {"gamma 2", details, gamma("2.0"), 8, 0.0F},
+        {"gamma 0.5", details, gamma("0.50"), 8, 100.0F},
+        {"no gamma", details, "", 8, 50.0F},
+        {"unreadable gamma", details, gamma("x y"), 8, Untouched},
+        {"gamma 0", details, gamma("0"), 8, INFINITY},
+        {"gamma below 0", details, gamma("-1"), 8, -Nan},
+        {"gamma NaN", details, gamma("nan"), 8, Nan},
+        {"clip below 0", optimizer, clip("-1"), 3, -Nan},
+        {"panorama", details, element("IsPano360", "Yes"), 15, 1.0F},
+        {"another word is no", details, element("IsPano360", "Y"), 15, 0.0F},
+        {"lower case is no", details, element("IsPano360", "yes"), 15, 0.0F},
+        {"clip", optimizer, clip("10.0"), 3, 10.0F},
+        {"clip curve", optimizer, element("BlackClip", "5.0"), 4, 1.1958244F},
+        {"second description", METHOD_FUSION_INTENSIVE, "</x>" + packet(element("Radius", "4")), 2, 4.0F},
     };
     for (const auto& test : cases) {
         Slots slots;
-        EXPECT_GT(parse(test.method, elementPacket(test.name, test.lines, test.version), slots), 46) << test.what;
+        const Bytes text = elementPacket(tvmeta_method_name(test.method), test.lines, test.version);
+        EXPECT_GT(parse(test.method, text, slots), 46) << test.what;
         // compared as bytes, for the sign of NaN
         EXPECT_EQ(std::bit_cast<std::uint32_t>(slots[static_cast<std::size_t>(test.slot)]),
                   std::bit_cast<std::uint32_t>(test.value))
@@ -192,14 +181,14 @@ TEST(Parameters, HexadecimalNumbers) {
         {"0x1.8.8", 1.5F},
         {"0x", Untouched},
         {"0xg", Untouched},
-        {"x0x2", 2.0F}, // one character after the value position, as other numbers
         {"0x.", 0.0F},
         {"0x1p", 1.0F},
         {"0x1p 3", 1.0F},
         {"0x1p+-3", 1.0F},
-        {"0x1.000001p0", 1.0F},              // halfway, to even
-        {"0x1.0000010000001p0", 1.0000001F}, // just above halfway
+        {"x0x2", 2.0F}, // one character after the value position, as other numbers
+        {"0x1.000001p0", 1.0F},
         {"0x1.000003p0", 1.0000002F},        // halfway, to even
+        {"0x1.0000010000001p0", 1.0000001F}, // just above halfway
         {"0x100000" + Bytes(40, '0') + "p-180", 1.0F},
         {"0x0." + Bytes(300, '0') + "1p1204", 1.0F},
         {"0x1p-149", 1e-45F},
@@ -242,47 +231,43 @@ TEST(Parameters, IntegersInOldPackets) {
 }
 
 TEST(Parameters, TagAtTheEndOfTheText) {
-    const Bytes text = cutAfter(elementPacket("Details Enhancer", element("Strength", "7")), "tvtm:Strength");
-    Slots slots;
-    EXPECT_GT(parse(METHOD_DETAILS_ENHANCER, text, slots), 46);
-    EXPECT_EQ(slots[DETAILS_ENHANCER_STRENGTH], Untouched);
     // Without a value a panorama is none, and the gamma is not the one of a packet without its tag.
     const struct {
         const char* name;
         int slot;
         float value;
-    } cases[] = {{"IsPano360", DETAILS_ENHANCER_IS_PANO_360, 0.0F}, {"Gamma", DETAILS_ENHANCER_GAMMA, Untouched}};
+    } cases[] = {{"Strength", 1, Untouched}, {"IsPano360", 15, 0.0F}, {"Gamma", 8, Untouched}};
     for (const auto& test : cases) {
-        const Bytes tag = Bytes("tvtm:") + test.name;
-        const Bytes cut = cutAfter(elementPacket("Details Enhancer", element(test.name, "7")), tag.c_str());
-        Slots values;
-        EXPECT_GT(parse(METHOD_DETAILS_ENHANCER, cut, values), 46) << test.name;
-        EXPECT_EQ(values[static_cast<std::size_t>(test.slot)], test.value) << test.name;
+        const Bytes text = elementPacket("Details Enhancer", element(test.name, "7"));
+        Slots slots;
+        EXPECT_GT(parse(METHOD_DETAILS_ENHANCER, cutAfter(text, Bytes("tvtm:") + test.name), slots), 46) << test.name;
+        EXPECT_EQ(slots[static_cast<std::size_t>(test.slot)], test.value) << test.name;
     }
 }
 
 TEST(Parameters, SmoothingFollowsItsMode) {
     const auto details = [](const Bytes& lines) { return elementPacket("Details Enhancer", lines); };
+    const auto level = [](const Bytes& value) { return element("Smoothing", value); };
+    const Bytes light = element("SmoothingMode", "Light");
+    constexpr float Same = Untouched;
     const struct {
         const char* what;
         Bytes text;
         float mode, level, slider;
     } cases[] = {
-        {"light", details(element("Smoothing", "Very Low") + element("SmoothingMode", "Light")), 0, 4, Untouched},
-        {"High", details(element("SmoothingMode", "Light") + element("Smoothing", "High    ")), 0, 1, Untouched},
-        {"Low", details(element("SmoothingMode", "Light") + element("Smoothing", "Low     ")), 0, 3, Untouched},
-        {"Very High", details(element("SmoothingMode", "Light") + element("Smoothing", "Very High")), 0, 0, Untouched},
-        {"slider", details(element("SmoothingMode", "Slider") + element("Smoothing", "35.5")), 1, Untouched, 35.5F},
-        {"before the method",
-         packet(element("Version", "5.0") + element("SmoothingMode", "Light") + element("Method", "Details Enhancer")),
-         Untouched, Untouched, Untouched},
-        {"the caller's mode", details(element("Smoothing", "Low     ")), Untouched, Untouched, Untouched},
-        {"unknown mode", details(element("SmoothingMode", "None") + element("Smoothing", "3")), Untouched, Untouched,
-         Untouched},
+        {"light", details(level("Very Low") + light), 0, 4, Same},
+        {"High", details(light + level("High    ")), 0, 1, Same},
+        {"Low", details(light + level("Low     ")), 0, 3, Same},
+        {"Very High", details(light + level("Very High")), 0, 0, Same},
+        {"slider", details(element("SmoothingMode", "Slider") + level("35.5")), 1, Same, 35.5F},
+        {"before the method", packet(element("Version", "5.0") + light + element("Method", "Details Enhancer")), Same,
+         Same, Same},
+        {"the caller's mode", details(level("Low     ")), Same, Same, Same},
+        {"unknown mode", details(element("SmoothingMode", "None") + level("3")), Same, Same, Same},
         {"attributes",
          packet(attribute("Version", "5.0") + attribute("Method", "Details Enhancer") +
                 attribute("SmoothingMode", "Light") + attribute("Smoothing", "Medium")),
-         0, 2, Untouched},
+         0, 2, Same},
     };
     for (const auto& test : cases) {
         Slots slots;
