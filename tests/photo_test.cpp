@@ -172,7 +172,13 @@ TEST(Photo, ValuesAtTheirEdges) {
     const auto clock = [&](const Bytes& values) {
         return Entries{rationals(7, values), t.textEntry(29, "2024-02-28")};
     };
-    const Bytes zero = part(0, 1);
+    const Bytes zero = part(0, 1), euro = "\xE2\x82\xAC", clef = "\xF0\x9D\x84\x9E";
+    const auto lens = [&](const Bytes& character, int count, const char* start) {
+        return Entries{t.textEntry(42036, repeated(character, count, start))};
+    };
+    const auto text = [](const Bytes& character, int count, const char* start) {
+        return inQuotes(repeated(character, count, start));
+    };
     const struct {
         const char* what;
         Entries exif, gps;
@@ -225,36 +231,11 @@ TEST(Photo, ValuesAtTheirEdges) {
         {"hour 25", {}, clock(part(25, 1) + zero + zero), "gpsTime", "", TVMETA_GPS_TIME},
         {"time without date", {}, {rationals(7, part(1, 1))}, "gpsTime", ""},
         // Of a text that is read in part, a character that is cut must not make all of it Latin-1.
-        {"three bytes, cut after 1 byte",
-         {t.textEntry(42036, repeated("\xE2\x82\xAC", 400, ""))},
-         {},
-         "lens",
-         inQuotes(repeated("\xE2\x82\xAC", 42, "")),
-         TVMETA_LENS},
-        {"three bytes, cut after 2 bytes",
-         {t.textEntry(42036, repeated("\xE2\x82\xAC", 400, "xx"))},
-         {},
-         "lens",
-         inQuotes(repeated("\xE2\x82\xAC", 41, "xx")),
-         TVMETA_LENS},
-        {"four bytes, cut after 1 byte",
-         {t.textEntry(42036, repeated("\xF0\x9D\x84\x9E", 300, "xxx"))},
-         {},
-         "lens",
-         inQuotes(repeated("\xF0\x9D\x84\x9E", 31, "xxx")),
-         TVMETA_LENS},
-        {"four bytes, cut after 2 bytes",
-         {t.textEntry(42036, repeated("\xF0\x9D\x84\x9E", 300, "xx"))},
-         {},
-         "lens",
-         inQuotes(repeated("\xF0\x9D\x84\x9E", 31, "xx")),
-         TVMETA_LENS},
-        {"four bytes, cut after 3 bytes",
-         {t.textEntry(42036, repeated("\xF0\x9D\x84\x9E", 300, "x"))},
-         {},
-         "lens",
-         inQuotes(repeated("\xF0\x9D\x84\x9E", 31, "x")),
-         TVMETA_LENS},
+        {"three bytes, cut after 1", lens(euro, 400, ""), {}, "lens", text(euro, 42, ""), TVMETA_LENS},
+        {"three bytes, cut after 2", lens(euro, 400, "xx"), {}, "lens", text(euro, 41, "xx"), TVMETA_LENS},
+        {"four bytes, cut after 1", lens(clef, 300, "xxx"), {}, "lens", text(clef, 31, "xxx"), TVMETA_LENS},
+        {"four bytes, cut after 2", lens(clef, 300, "xx"), {}, "lens", text(clef, 31, "xx"), TVMETA_LENS},
+        {"four bytes, cut after 3", lens(clef, 300, "x"), {}, "lens", text(clef, 31, "x"), TVMETA_LENS},
         {"orientation 1", {t.shortEntry(274, 1)}, {}, "orientation", "1"},
         {"orientation 8", {t.shortEntry(274, 8)}, {}, "orientation", "8"},
         {"automatic exposure", {t.shortEntry(41986, 0)}, {}, "exposureMode", "0"},

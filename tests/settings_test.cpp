@@ -171,39 +171,32 @@ TEST(Parameters, ValuesByFormAndVersion) {
 // As "%f" of the C library reads them.
 TEST(Parameters, HexadecimalNumbers) {
     const struct {
-        Bytes text;
         float value;
+        std::vector<Bytes> texts;
     } cases[] = {
-        {"0x10", 16.0F},
-        {"-0X1.8p3", -12.0F},
-        {"+0x.aP-2x", 0.15625F},
-        {"0x1e5", 485.0F},
-        {"0x1.8.8", 1.5F},
-        {"0x", Untouched},
-        {"0xg", Untouched},
-        {"0x.", 0.0F},
-        {"0x1p", 1.0F},
-        {"0x1p 3", 1.0F},
-        {"0x1p+-3", 1.0F},
-        {"x0x2", 2.0F}, // one character after the value position, as other numbers
-        {"0x1.000001p0", 1.0F},
-        {"0x1.000003p0", 1.0000002F},        // halfway, to even
-        {"0x1.0000010000001p0", 1.0000001F}, // just above halfway
-        {"0x100000" + Bytes(40, '0') + "p-180", 1.0F},
-        {"0x0." + Bytes(300, '0') + "1p1204", 1.0F},
-        {"0x1p-149", 1e-45F},
-        {"0x1.8p-150", 1e-45F},
-        {"0x1p-150", 0.0F},
-        {"0x1.fffffep127", 3.40282347e+38F},
-        {"-0x1.ffffffp127", -INFINITY},
-        {"0x1p9223372036854775807", INFINITY},
-        {"0x0p9223372036854775807", 0.0F},
-        {"0x1p-99999999999999999999", 0.0F},
+        {16.0F, {"0x10"}},
+        {-12.0F, {"-0X1.8p3"}},
+        {0.15625F, {"+0x.aP-2x"}},
+        {485.0F, {"0x1e5"}},
+        {1.5F, {"0x1.8.8"}},
+        {Untouched, {"0x", "0xg"}},
+        {2.0F, {"x0x2"}}, // one character after the value position, as other numbers
+        {0.0F, {"0x.", "0x1p-150", "0x0p9223372036854775807", "0x1p-99999999999999999999"}},
+        {1.0F, {"0x1p", "0x1p 3", "0x1p+-3", "0x100000" + Bytes(40, '0') + "p-180"}},
+        {1.0F, {"0x0." + Bytes(300, '0') + "1p1204", "0x1.000001p0"}}, // the second: halfway, to even
+        {1.0000002F, {"0x1.000003p0"}},                                // halfway, to even
+        {1.0000001F, {"0x1.0000010000001p0"}},                         // just above halfway
+        {1e-45F, {"0x1p-149", "0x1.8p-150"}},
+        {3.40282347e+38F, {"0x1.fffffep127"}},
+        {-INFINITY, {"-0x1.ffffffp127"}},
+        {INFINITY, {"0x1p9223372036854775807"}},
     };
     for (const auto& test : cases) {
-        Slots slots;
-        parse(METHOD_CONTRAST_OPTIMIZER, elementPacket("Contrast Optimizer", element("Strength", test.text)), slots);
-        EXPECT_EQ(slots[CONTRAST_OPTIMIZER_STRENGTH], test.value) << test.text;
+        for (const Bytes& text : test.texts) {
+            Slots slots;
+            parse(METHOD_CONTRAST_OPTIMIZER, elementPacket("Contrast Optimizer", element("Strength", text)), slots);
+            EXPECT_EQ(slots[CONTRAST_OPTIMIZER_STRENGTH], test.value) << text;
+        }
     }
     Slots slots; // "%d" reads the zero
     parse(METHOD_TONE_COMPRESSOR, elementPacket("Tone Compressor", element("Contrast", "0x10"), "2.0"), slots);
