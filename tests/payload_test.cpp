@@ -93,17 +93,19 @@ TEST(Photoshop, ResourcesInSegmentsAndTags) {
     const TempDir dir;
     const Bytes iptc = resource(0x0404, "IPTC");
     ExifInfo info;
-    const Bytes exif = exifSegment(Tiff().finish(0));
-    const Bytes photo = jpeg(exif + segment(0xED, Bytes("Photoshop 3.0\0", 14) + iptc));
-    EXPECT_EQ(getExifData(dir.write("a.jpg", photo).c_str(), FILE_TYPE_JPEG, &info), 1);
-    EXPECT_EQ(info.iptcLength, 4);
-    EXPECT_EQ(photo.substr(static_cast<std::size_t>(info.iptcOffset), 4), "IPTC");
-    const Bytes late = jpeg(exif + segment(0xED, Bytes("Photoshop 3.0\0", 14)) + iptc);
-    EXPECT_EQ(getExifData(dir.write("late.jpg", late).c_str(), FILE_TYPE_JPEG, &info), 1);
-    EXPECT_EQ(info.iptcLength, 4); // the scan reaches 16 bytes past the segment
-    const Bytes other = jpeg(exif + segment(0xED, "Other") + segment(0xED, Bytes("Photoshop 3.0\0", 14) + iptc));
-    EXPECT_EQ(getExifData(dir.write("b.jpg", other).c_str(), FILE_TYPE_JPEG, &info), 1);
-    EXPECT_EQ(info.iptcLength, 0); // only the first APP13 segment is read
+    const Bytes exif = exifSegment(Tiff().finish(0)), name = Bytes("Photoshop 3.0\0", 14);
+    const struct {
+        Bytes segments;
+        std::int32_t length;
+    } photos[] = {{segment(0xED, name + iptc), 4},
+                  {segment(0xED, name) + iptc, 4}, // the scan reaches 16 bytes past the segment
+                  {segment(0xED, "Other") + segment(0xED, name + iptc), 0}}; // only the first APP13 segment is read
+    for (const auto& [segments, length] : photos) {
+        const Bytes photo = jpeg(exif + segments);
+        EXPECT_EQ(getExifData(dir.write("a.jpg", photo).c_str(), FILE_TYPE_JPEG, &info), 1);
+        EXPECT_EQ(info.iptcLength, length);
+        EXPECT_TRUE(length == 0 || photo.substr(static_cast<std::size_t>(info.iptcOffset), 4) == "IPTC");
+    }
     Tiff tiff;
     const Bytes file = tiff.finish(tiff.add({tiff.textEntry(270, "a, b, c, d, e, f, g, 1/250s, R30, G30, B30"),
                                              {34377, 1, static_cast<std::uint32_t>(iptc.size()), iptc}}));

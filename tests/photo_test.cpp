@@ -179,35 +179,18 @@ TEST(Photo, ValuesAtTheirEdges) {
     const auto text = [](const Bytes& character, int count, const char* start) {
         return inQuotes(repeated(character, count, start));
     };
-    const struct {
+    struct Row {
         const char* what;
         Entries exif, gps;
         const char* key;
         std::string value;
         int damaged = -1;
-    } rows[] = {
+    };
+    std::vector<Row> rows = {
         {"other separators", time("2024/06-21T00:00:00"), {}, "dateTimeOriginal", "\"2024:06:21 00:00:00\""},
         {"points", time("1970.01.01 23:59:60"), {}, "dateTimeOriginal", "\"1970:01:02 00:00:00\""},
-        {"hour 24", time("2024:06:21 24:00:00"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
-        {"minute 60", time("2024:06:21 20:60:00"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
-        {"second 61", time("2024:06:21 20:41:61"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
-        {"no seconds", time("2024:06:21 20:41"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
-        {"letters", time("2024:06:21 2o:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
-        {"year 0", time("0000:06:21 20:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
-        {"month 0", time("2024:00:21 20:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
-        {"month 13", time("2024:13:21 20:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
-        {"day 0", time("2024:06:00 20:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
-        {"first separator", time("2024_06:21 20:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
-        {"second separator", time("2024:06_21 20:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
-        {"separator of the time", time("2024:06:21_20:41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
-        {"separator of minutes", time("2024:06:21 20.41:07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
-        {"separator of seconds", time("2024:06:21 20:41.07"), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
         {"universal time", withTime(36881, "Z"), {}, "utcOffset", "\"+00:00\""},
         {"far west", withTime(36881, "-15:59"), {}, "utcOffset", "\"-15:59\""},
-        {"offset of 16 hours", withTime(36881, "+16:00"), {}, "utcOffset", "", TVMETA_UTC_OFFSET},
-        {"offset of 60 minutes", withTime(36881, "+02:60"), {}, "utcOffset", "", TVMETA_UTC_OFFSET},
-        {"offset without sign", withTime(36881, "02:00"), {}, "utcOffset", "", TVMETA_UTC_OFFSET},
-        {"offset without colon", withTime(36881, "+0200"), {}, "utcOffset", "", TVMETA_UTC_OFFSET},
         {"unknown offset", withTime(36881, "   :  "), {}, "utcOffset", ""},
         {"nanoseconds", withTime(37521, "000000019"), {}, "subSecond", "\"000000019\""},
         {"letters in a fraction", withTime(37521, "1o"), {}, "subSecond", "", TVMETA_SUB_SECOND},
@@ -267,6 +250,16 @@ TEST(Photo, ValuesAtTheirEdges) {
         {"exposure index 1", {rationals(41493, part(1, 1))}, {}, "isoSpeed", "1"},
         {"exposure index below", {rationals(41493, part(99, 100))}, {}, "isoSpeed", ""},
     };
+    for (const char* const wrong :
+         {"2024:06:21 24:00:00", "2024:06:21 20:60:00", "2024:06:21 20:41:61", "2024:06:21 20:41",
+          "2024:06:21 2o:41:07", "0000:06:21 20:41:07", "2024:00:21 20:41:07", "2024:13:21 20:41:07",
+          "2024:06:00 20:41:07", "2024_06:21 20:41:07", "2024:06_21 20:41:07", "2024:06:21_20:41:07",
+          "2024:06:21 20.41:07", "2024:06:21 20:41.07"}) {
+        rows.push_back({wrong, time(wrong), {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME});
+    }
+    for (const char* const wrong : {"+16:00", "+02:60", "02:00", "+0200"}) {
+        rows.push_back({wrong, withTime(36881, wrong), {}, "utcOffset", "", TVMETA_UTC_OFFSET});
+    }
     for (const auto& row : rows) {
         Tiff tiff;
         const std::uint32_t exif = tiff.add(row.exif), gps = tiff.add(row.gps);

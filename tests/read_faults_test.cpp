@@ -26,9 +26,7 @@ struct Bench {
     std::string tiff = dir.write("photo.tif", fullTiff(true));
     std::string psdFile = dir.write("photo.psd", psd(resource(1058, fullTiff(false))));
     std::string settingsFile = dir.write("settings.xmp", elementPacket("Fusion/Intensive", element("Radius", "4")));
-    std::string iptcFile = dir.write("iptc", Bytes("a\x1C\x02\x19\x00\x00"
-                                                   "bc",
-                                                   8));
+    std::string iptcFile = dir.write("iptc", "a" + Bytes("\x1C\x02\x19\x00\x00", 5) + "bc");
     std::int32_t number = 0;
     SettingsValues settings = {5, 3, 70};
     SettingsValues readSettings = {};
@@ -105,6 +103,13 @@ struct Bench {
         jpegResults[Allocation] = whole;
         settingsResults[Allocation] = {-4};
         const std::map<Kind, Results> onDirectory = {{Read, {1}}, {Seek, {Success, 1}}, {Tell, {1}}};
+        const std::map<Kind, Results> inDescription = {{Allocation, {-1}}, {Read, {-1}}, {Tell, {-1}}};
+        const std::map<Kind, Results> inResources = {{Allocation, {-4}}, {Read, whole}, {Tell, whole}};
+        const std::int32_t entryAt = size32(block.substr(0, block.find(le16(272) + le16(2) + le32(7))));
+        const auto mark = [this] { members[1].set = 77; };
+        const auto find = [this] { return findBrackets(); };
+        const auto isFound = [this](std::int32_t result) { return result == 1 && members[1].set == 0; };
+        const auto isMarked = [this] { return members[1].set == 77; };
         return {
             // A read error counts as the end of the file: the walk completes with the values read so far.
             {"JPEG", nothing, read(photo, FILE_TYPE_JPEG), isFull, jpegResults, {-10, Success}},
@@ -113,32 +118,11 @@ struct Bench {
             {"read_xmp", nothing, readFile, isRead, settingsResults, {Success, -2}},
             {"extract_xmp", clear, extract, is(11), ofRegion({Success, 0}, 0), {Success, -5}},
             {"read_iptc", clear, readIptc, is(5), ofRegion({Success, -1}, 0), {Success, -1}},
-            {"parse_image_description",
-             open,
-             onStream(parse_image_description),
-             is(0),
-             {{Allocation, {-1}}, {Read, {-1}}, {Tell, {-1}}},
-             {-1}},
-            {"parse_photoshop_data",
-             open,
-             onStream(parse_photoshop_data),
-             is(1),
-             {{Allocation, {-4}}, {Read, whole}, {Tell, whole}},
-             whole},
-            {"get_tif_tag",
-             open,
-             findTag,
-             is(size32(block.substr(0, block.find(le16(272) + le16(2) + le32(7))))),
-             {{Read, {-2}}, {Seek, whole}, {Tell, {-2}}},
-             {-3}},
+            {"parse_image_description", open, onStream(parse_image_description), is(0), inDescription, {-1}},
+            {"parse_photoshop_data", open, onStream(parse_photoshop_data), is(1), inResources, whole},
+            {"get_tif_tag", open, findTag, is(entryAt), {{Read, {-2}}, {Seek, whole}, {Tell, {-2}}}, {-3}},
             {"insert_xmp", wrap, insert, is(292), {{Allocation, {-4}}}},
-            {"tvmeta_find_brackets",
-             [this] { members[1].set = 77; },
-             [this] { return findBrackets(); },
-             [this](std::int32_t result) { return result == 1 && members[1].set == 0; },
-             {{Allocation, {TVMETA_NO_MEMORY}}},
-             {},
-             [this] { return members[1].set == 77; }},
+            {"tvmeta_find_brackets", mark, find, isFound, {{Allocation, {TVMETA_NO_MEMORY}}}, {}, isMarked},
             {"get_exif_data", clearRecords, convert, isConverted, cameraResults, {0, Success}},
             {"parse_exif_data", openExif, parseDirectory(parse_exif_data), hasExif, onDirectory, {1}},
             {"parse_gps_data", openGps, parseDirectory(parse_gps_data), hasGps, onDirectory, {1}},

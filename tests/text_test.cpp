@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <string_view>
 
 using namespace std::string_view_literals;
 
@@ -56,22 +55,19 @@ TEST_F(Text, PrintableCharactersAndOthers) {
 
 TEST_F(Text, ShortenedBetweenCharacters) {
     const std::string wide = "\xE5\xAD\x97\xE5\xAD\x97\xE5\xAD\x97"; // three characters of two columns
+    const std::string dots = "\xE2\x80\xA6";
     const struct {
         std::string text;
         int width;
         std::string withoutEnd, withoutStart;
     } cases[] = {
         {"photographs", 11, "photographs", "photographs"},
-        {"photographs", 5, "phot\xE2\x80\xA6",
-         "\xE2\x80\xA6"
-         "aphs"},
+        {"photographs", 5, "phot" + dots, dots + "aphs"},
         {wide, 6, wide, wide},
-        {wide, 5, wide.substr(0, 6) + "\xE2\x80\xA6", "\xE2\x80\xA6" + wide.substr(0, 6)},
-        {wide, 4, wide.substr(0, 3) + "\xE2\x80\xA6", "\xE2\x80\xA6" + wide.substr(0, 3)},
-        {wide, 1, "\xE2\x80\xA6", "\xE2\x80\xA6"},
-        {"e\xCC\x81te\xCC\x81", 2, "e\xCC\x81\xE2\x80\xA6",
-         "\xE2\x80\xA6"
-         "e\xCC\x81"},
+        {wide, 5, wide.substr(0, 6) + dots, dots + wide.substr(0, 6)},
+        {wide, 4, wide.substr(0, 3) + dots, dots + wide.substr(0, 3)},
+        {wide, 1, dots, dots},
+        {"e\xCC\x81te\xCC\x81", 2, "e\xCC\x81" + dots, dots + "e\xCC\x81"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(withoutEnd(c.text, c.width), c.withoutEnd) << c.text << ", " << c.width;

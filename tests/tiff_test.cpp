@@ -173,6 +173,16 @@ TEST(Tiff, OmitsProfilesOfOtherColourSpaces) {
     }
 }
 
+TEST(TiffPixels, BottomUp) {
+    const TempDir dir;
+    const TifImageInfo info = {1, 2, 3, 8, 300, 0, 0, 1};
+    const Bytes path = dir.path("out.tif"), pixels = "abc.def";
+    EXPECT_GT(buf2tif(pixels.data() + 4, &info, -4, nullptr, nullptr, nullptr, 0, nullptr, 0, nullptr, 0, nullptr,
+                      path.c_str()),
+              0);
+    EXPECT_EQ(readFile(path).substr(8, 6), "defabc");
+}
+
 TEST(TiffPixels, BlocksAndTheirRows) {
     for (const auto& [width, height, channels, rows] : {std::array{4000, 3000, 3, 42},
                                                         {400000, 4, 3, 1},
