@@ -1,8 +1,10 @@
 """Fixtures and witnesses of the tests."""
 
+import atexit
 import json
 import struct
 import subprocess
+from functools import lru_cache
 from pathlib import Path
 
 import pytest
@@ -11,9 +13,26 @@ EXAMPLES = Path(__file__).resolve().parents[2] / "examples"
 SCENE = EXAMPLES / "scene.jpg"
 
 
+@lru_cache(maxsize=None)
+def exiftool_process():
+    """Start exiftool once: that takes longer than most tests."""
+    pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL}
+    process = subprocess.Popen(["exiftool", "-stay_open", "True", "-@", "-"], **pipes)
+    atexit.register(process.communicate, b"-stay_open\nFalse\n")
+    return process
+
+
 def exiftool(*arguments):
     """Return the output of exiftool, a program that shares no code with the library."""
-    return subprocess.run(["exiftool", *map(str, arguments)], capture_output=True).stdout
+    process, end = exiftool_process(), b"{ready}\n"
+    process.stdin.write("".join(f"{argument}\n" for argument in (*arguments, "-execute")).encode())
+    process.stdin.flush()
+    output = b""
+    while not output.endswith(end):
+        read = process.stdout.read1()
+        assert read, "exiftool ended"
+        output += read
+    return output[: -len(end)]
 
 
 def tags_of(path):

@@ -114,6 +114,12 @@ def test_unions():
         settings | 7
 
 
+def test_slots_are_those_of_the_header():
+    settings = tvmeta.Settings("Details Enhancer", {"Gamma": 2, "Smoothing": 30, "IsPano360": True, "BlackClip": 0.5})
+    slots = list(settings.slots())
+    assert {slot: value for slot, value in enumerate(slots) if value} == {4: 0.5, 15: 1, 16: 1, 17: 30}
+
+
 REFUSED = [
     ("Strenght", 1, KeyError, "it has: Strength"),
     ("Strength", "much", ValueError, "number"),
