@@ -155,19 +155,24 @@ TEST(ResultPixels, RowsAndConversions) {
         std::int32_t channels, bitsCode, pixelMode;
         std::int64_t rowPitch;
         std::size_t first;
-        Bytes written; // two rows of one pixel
+        Bytes written; // two rows
+        std::int32_t width = 1;
     } rows[] = {
         {"gray", 1, 8, 0, 3, 0, "ad"},
         {"gray without alpha", 2, 8, 0, 2, 0, "ac"},
         {"RGB, bottom up", 3, 8, 0, -4, 4, "efgabc"},
         {"RGB without alpha", 4, 16, 0, 8, 0, "abcdefijklmn"},
         {"high bytes, a pitch of bytes", 3, 8, 1, 8, 0, "bdfjln"},
+        {"high bytes of gray", 1, 8, 1, 4, 0, "bdfh", 2},
+        {"high bytes of gray without alpha", 2, 8, 1, 8, 0, "bfjn", 2},
+        {"high bytes of RGB", 3, 8, 1, 12, 0, "bdfhjlnprtvx", 2},
+        {"high bytes of RGB without alpha", 4, 8, 1, 0, 0, "bdfjlnbdfjln", 2},
         {"half floats", 1, 3216, 0, 2, 0, "abcd"},
         {"the same row twice", 1, 32, 0, 0, 0, "abcdabcd"},
     };
     for (const auto& row : rows) {
         const Saved saved = save("", [&](tvmeta_Result& result) {
-            result.width = 1;
+            result.width = row.width;
             result.height = 2;
             result.channels = row.channels;
             result.bitsCode = row.bitsCode;
