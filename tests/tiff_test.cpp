@@ -17,6 +17,7 @@ struct Job {
     TifImageInfo info = {1, 1, 3, 8, 300, 0, 0, 1};
     Bytes pixels = zeros(64);
     std::int32_t pitch = 3;
+    std::int32_t firstRow = 0;
     MetadataBuf metadata = {};
     GpsBuf gps = {};
     Bytes icc, iptc, xmp;
@@ -25,8 +26,8 @@ struct Job {
 
     std::int32_t save(const std::string& path) {
         info.iccLength = size32(icc);
-        return buf2tif(pixels.data(), &info, pitch, raw(icc), &metadata, &gps, size32(iptc), raw(iptc), method,
-                       settings, size32(xmp), xmp.data(), path.c_str());
+        return buf2tif(pixels.data() + firstRow, &info, pitch, raw(icc), &metadata, &gps, size32(iptc), raw(iptc),
+                       method, settings, size32(xmp), xmp.data(), path.c_str());
     }
     Bytes file() {
         const TempDir dir;
@@ -173,14 +174,14 @@ TEST(Tiff, OmitsProfilesOfOtherColourSpaces) {
     }
 }
 
-TEST(TiffPixels, BottomUp) {
-    const TempDir dir;
-    const TifImageInfo info = {1, 2, 3, 8, 300, 0, 0, 1};
-    const Bytes path = dir.path("out.tif"), pixels = "abc.def";
-    EXPECT_GT(buf2tif(pixels.data() + 4, &info, -4, nullptr, nullptr, nullptr, 0, nullptr, 0, nullptr, 0, nullptr,
-                      path.c_str()),
-              0);
-    EXPECT_EQ(readFile(path).substr(8, 6), "defabc");
+// The pitch counts samples.
+TEST(TiffPixels, HighBytesBottomUp) {
+    Job job;
+    job.info = {1, 2, 3, 8, 300, 0, 1, 1};
+    job.pixels = "aAbBcC..dDeEfF";
+    job.firstRow = 8;
+    job.pitch = -4;
+    EXPECT_EQ(job.file().substr(8, 6), "DEFABC");
 }
 
 TEST(TiffPixels, BlocksAndTheirRows) {
