@@ -135,6 +135,7 @@ TEST(Brackets, FindsSeriesByHand) {
         {"corrections of the exposure", "manual fine 0 5s .33 6s .67 7s .67", "; abcd"},
         {"fast corrections", "manual fine 0 1.5s .33 1.5s -.33", "; abc"},
         {"corrections, then kept", "manual fine 0 5s 1 6s 2 7s 2", "; abcd"},
+        {"five corrections, then kept", "manual fine 0 5s 1 5s 2 5s 3 5s 4 5s 4", "; abcdef"},
         {"fast corrections, then kept", "manual fine 0 1.2s 1 1.2s 2 1.2s 2", "; abcd"},
         {"series after series", "manual fine 0 5s 1 6s 2 7s 2 5s 1 6s 0", "abc? def?"},
         {"two levels of light, without a pause between", "manual fine 0 -2 2 1s 1 -1 3 1s 0 -2 2 1s 1 -1 3",

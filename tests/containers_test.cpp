@@ -89,6 +89,7 @@ TEST(Containers, DamagedPlaces) {
         {"JPEG, end", whole, whole.size()},
         {"JPEG, short segment", "\xFF\xD8\xFF\xE1" + be16(1) + zeros(9), 2},
         {"JPEG, segment beyond the file", "\xFF\xD8\xFF\xE1" + be16(5) + "xy", 2},
+        {"JPEG, marker 0", "\xFF\xD8\xFF" + zeros(1) + be16(2) + "\xFF\xD9", 2},
         {"JPEG, no marker", "\xFF\xD8\xFF\xE1" + be16(3) + "xy\xE1" + be16(2), 7},
     };
     for (const auto& row : rows) {

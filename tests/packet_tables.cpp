@@ -5,10 +5,10 @@
 #include "settings/methods.h"
 
 #include <algorithm>
+#include <cctype>
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <regex>
 #include <string>
 
 using namespace tvmeta;
@@ -41,9 +41,16 @@ std::string writtenFor(const Method& method, const Parameter& parameter, float v
 
 // The name of the constant with this prefix and number in the header.
 std::string nameIn(const std::string& header, const std::string& prefix, int number) {
-    std::smatch match;
-    const std::regex constant(" " + prefix + "(\\w+) = " + std::to_string(number) + "\\b");
-    return std::regex_search(header, match, constant) ? match[1].str() : "?";
+    const std::string value = " = " + std::to_string(number);
+    for (std::size_t at = header.find(" " + prefix); at != std::string::npos; at = header.find(" " + prefix, at + 1)) {
+        const std::size_t name = at + 1 + prefix.size();
+        const std::size_t end = header.find(' ', name);
+        const std::size_t next = end + value.size();
+        if (header.compare(end, value.size(), value) == 0 && !std::isdigit(static_cast<unsigned char>(header[next]))) {
+            return header.substr(name, end - name);
+        }
+    }
+    return "?";
 }
 
 void printMethod(const Method& method, const std::string& header) {

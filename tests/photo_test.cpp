@@ -109,7 +109,7 @@ Fields fieldsOf(const tvmeta_Source& source, const tvmeta_Photo& p) {
     for (int i = 0; i < TVMETA_BLOCKS; ++i) {
         if (BlockKeys[i] != nullptr && p.blocks[i].size > 0) {
             fields[std::string(BlockKeys[i]) + "Length"] = std::to_string(p.blocks[i].size);
-            if (p.blocks[i].position >= 0) {
+            if (p.blocks[i].position != -1) {
                 fields[std::string(BlockKeys[i]) + "Offset"] = std::to_string(p.blocks[i].position);
             }
         }

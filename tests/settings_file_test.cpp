@@ -152,8 +152,8 @@ TEST(ExtractXmp, Regions) {
     const std::string path = dir.write("image", "ab" + text + "c");
     const struct {
         std::int32_t count, offset, result;
-    } cases[] = {{count, 2, 15}, {count + 1, 2, 0},   {count, -1, 0},    {-1, 2, -3},
-                 {-1, -1, 0},    {-9, count + 20, 0}, {INT32_MAX, 2, 0}, {20, 2, 0}};
+    } cases[] = {{count, 2, 15},      {count + 1, 2, 0}, {count, -1, 0}, {-1, 2, -3}, {-1, -1, 0},
+                 {-9, count + 20, 0}, {INT32_MAX, 2, 0}, {20, 2, 0},     {0, 2, 0}};
     for (const auto& test : cases) {
         Bytes buffer = zeros(text.size() + 2);
         EXPECT_EQ(extract_xmp(path.c_str(), test.count, test.offset, buffer.data()), test.result) << test.count;
