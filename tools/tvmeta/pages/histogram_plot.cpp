@@ -87,6 +87,8 @@ struct Plot {
     static constexpr double Right = 20;
     static constexpr double Top = 90;
     static constexpr double Bottom = 60;
+    static constexpr double BarGap = 1;
+    static constexpr double MaxTicks = 20;
 
     const StopHistogram& histogram;
     ShareAxis axis;
@@ -132,14 +134,13 @@ class Svg {
 };
 
 void drawAxes(Svg& svg, const Plot& plot) {
-    constexpr double MaxTicks = 20;
     const double bottom = Plot::Height - Plot::Bottom;
     for (const double share : plot.axis.positions()) {
         const double y = share == plot.axis.positions().front() ? bottom : plot.y(share);
         svg.line("line", Plot::Left, y, Plot::Width - Plot::Right, y);
         svg.label("share", Plot::Left - 8, y + 4, shortNumber(100 * share) + " %");
     }
-    const double step = std::max(roundStep(plot.end() - plot.histogram.start, MaxTicks), 1.0);
+    const double step = std::max(roundStep(plot.end() - plot.histogram.start, Plot::MaxTicks), 1.0);
     for (double stops = std::ceil(plot.histogram.start / step) * step; stops <= plot.end(); stops += step) {
         svg.line("line", plot.x(stops), bottom, plot.x(stops), bottom + 6);
         svg.label("tick", plot.x(stops), bottom + 21, shortNumber(stops));
@@ -150,7 +151,6 @@ void drawAxes(Svg& svg, const Plot& plot) {
 }
 
 void drawBars(Svg& svg, const Plot& plot) {
-    constexpr double Gap = 1;
     for (size_t i = 0; i < plot.histogram.shares.size(); ++i) {
         const double share = plot.histogram.shares[i];
         const double start = plot.histogram.start + static_cast<double>(i) * plot.histogram.step;
@@ -158,7 +158,7 @@ void drawBars(Svg& svg, const Plot& plot) {
         if (share > 0) {
             svg.add("<rect class=\"bar\" x=\"{:g}\" y=\"{:g}\" width=\"{:g}\" height=\"{:g}\"><title>{} to {} stops: "
                     "{}</title></rect>\n",
-                    plot.x(start), plot.y(share), std::max(plot.x(end) - plot.x(start) - Gap, Gap),
+                    plot.x(start), plot.y(share), std::max(plot.x(end) - plot.x(start) - Plot::BarGap, Plot::BarGap),
                     Plot::Height - Plot::Bottom - plot.y(share), shortNumber(start), shortNumber(end), percent(share));
         }
     }
