@@ -111,6 +111,8 @@ TEST(Brackets, JoinsFilesOfAPhotograph) {
         {"raw file speaks for the JPEG file", "IMG_8.xyz", "IMG_8.CR2", TVMETA_FORMAT_TIFF, nothing, "cccdef"},
         {"raw file of another container", "IMG_8.xyz", "IMG_8.RAF", TVMETA_FORMAT_RAF, nothing, "cccdef"},
         {"JPEG file speaks for a TIFF file", "IMG_8.xyz", "IMG_8.Tiff", TVMETA_FORMAT_TIFF, nothing, "aaadef"},
+        {"raw file speaks for the HEIF file", "IMG_8.hif", raw, TVMETA_FORMAT_TIFF,
+         [](tvmeta_Shot& s) { s.format = TVMETA_FORMAT_HEIF; }, "cccdef"},
         {"HEIF file", "IMG_8.xyz", "IMG_8.hif", TVMETA_FORMAT_HEIF, nothing, "cccdef"},
         {"edited copies", "IMG_8-edit.jpg", "IMG_8_bw.jpg", TVMETA_FORMAT_JPEG, nothing, "aaadef"},
         {"edited copy of a copy", "IMG_8-edit.jpg", "IMG_8-edit 2.jpg", TVMETA_FORMAT_JPEG, nothing, "aaadef"},

@@ -212,6 +212,7 @@ TEST(Brackets, GroupsByExposurePattern) {
         {"count above the shots", "-2 0 2", "; abc", {.count = 5}},
         {"count by hand", "manual fine 0 9s 3 9s 1 50s 2 9s 0 9s 5", "abc# def#", {.count = 3}},
         {"count against the pauses", "fine 0 9s 1 1s 2 1s 3 9s 4 1s 5", "bcd#; aef", {.count = 3}},
+        {"count, pauses between shorter", "fine 0 5s 1 4.5s 2 5s 3", "ab# cd#", {.count = 2}},
         {"count with a gap", "fine 0 1s -1 9s 0 1s -1 1s 1", "ab# cd#; e", {.count = 2, .gap = 2}},
         {"count without exposures", "? ? ? ?", "ab# cd#", {.count = 2}},
         {"unknown exposure between", "0 ? -2 2", "acd?; b"},

@@ -188,11 +188,10 @@ Run usualPair(Run camera, Workspace& work) {
 
 std::size_t expectedShots(const FoundSet& set, Run usual, const Workspace& work) {
     const Run run = work.framesOf(set);
-    if (run.size() < usual.size() && hasSameShape(usual.first(run.size()), run, keyOf(set))) {
+    if (run.size() <= usual.size() && hasSameShape(usual.first(run.size()), run, keyOf(set))) {
         return usual.size();
     }
-    const bool isWhole = run.size() % 2 == 1 && isRegular(run, keyOf(set), 0);
-    return isWhole || hasSameShape(usual, run, keyOf(set)) ? run.size() : 0;
+    return run.size() % 2 == 1 && isRegular(run, keyOf(set), 0) ? run.size() : 0;
 }
 
 } // namespace
