@@ -1,6 +1,6 @@
 # Compares the documentation with the output of its programs, the header and the packets of the library.
 set(page_folder ${CMAKE_CURRENT_BINARY_DIR}/pages) # where the programs run; contains the examples
-set(page_script ${PROJECT_SOURCE_DIR}/testing/pages.py)
+set(page_script ${CMAKE_CURRENT_LIST_DIR}/pages.py)
 file(MAKE_DIRECTORY ${page_folder})
 file(CREATE_LINK ${PROJECT_SOURCE_DIR}/examples ${page_folder}/examples SYMBOLIC)
 
@@ -22,7 +22,7 @@ endforeach()
 tvmeta_test_page(result_codes check ${PROJECT_SOURCE_DIR}/docs/result-codes.md "|---|---|---|"
     ${Python3_EXECUTABLE} ${page_script} codes ${PROJECT_SOURCE_DIR}/include/tvmeta.h)
 
-add_executable(packet_tables packet_tables.cpp)
+add_executable(packet_tables ${CMAKE_CURRENT_LIST_DIR}/packet_tables.cpp)
 target_sources(packet_tables PRIVATE $<TARGET_OBJECTS:tvmeta>)
 target_compile_definitions(packet_tables PRIVATE TVMETA_STATIC)
 target_include_directories(packet_tables PRIVATE ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
