@@ -311,17 +311,17 @@ inline void addUnusual(std::vector<Photograph>& photos) {
                       {{TVMETA_XMP, xmp("<aux:Lens>" + lens + "</aux:Lens>")}},
                       TVMETA_OK,
                       bit(TVMETA_LENS)});
-    Tiff described;
-    const Bytes description = "a, b, c, d, e, f, g, 1/250s, R30, G30, B30";
-    photos.push_back({"described.tif",
-                      described.finish(described.add({described.longEntry(256, 600), described.longEntry(257, 400),
-                                                      described.textEntry(270, description)})),
-                      joined({container("TIFF", 600, 400),
-                              {{"exposureTime", "0.004"},
-                               {"isoSpeed", "400"},
-                               {"derived", "\"exposureTime isoSpeed\""},
-                               {"description", '"' + description + '"'}}}),
-                      {}});
+    const auto addDescribed = [&](const char* name, const Bytes& description, const Fields& derived) {
+        Tiff tiff;
+        photos.push_back({name,
+                          tiff.finish(tiff.add(
+                              {tiff.longEntry(256, 600), tiff.longEntry(257, 400), tiff.textEntry(270, description)})),
+                          joined({container("TIFF", 600, 400), derived, {{"description", '"' + description + '"'}}}),
+                          {}});
+    };
+    addDescribed("described.tif", "a, b, c, d, e, f, g, 1/250s, R30, G30, B30",
+                 {{"exposureTime", "0.004"}, {"isoSpeed", "400"}, {"derived", "\"exposureTime isoSpeed\""}});
+    addDescribed("captioned.tif", "a, b, c, d, e, f, g, sunset, R30, G30, B30", {});
     // Inside of the frame header.
     const Bytes whole = jpegOf(cameraTiff(t));
     photos.push_back({"cut.jpg",

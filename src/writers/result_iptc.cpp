@@ -10,6 +10,7 @@
 #include <array>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace tvmeta {
 
@@ -44,7 +45,7 @@ Survey survey(std::span<const unsigned char> block) {
             result.hasDesignation = true;
             result.isUtf8 = std::ranges::equal(dataset.value, std::span(Utf8Designation).subspan(5));
         }
-        if (!result.hasRecord && (dataset.record == 0 || (dataset.record == 1 && dataset.number < 90))) {
+        if (!result.hasRecord && std::pair<int, int>(dataset.record, dataset.number) < std::pair(1, 90)) {
             result.designationPlace = reader.position();
         }
         if (dataset.record == ApplicationRecord) {
