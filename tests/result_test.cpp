@@ -274,6 +274,7 @@ TEST(Result, PrefersTheCallersValues) {
     const Bytes vertical = photoOf({{tiff.rationalEntry(283, 72, 1)}, {}, {}, {}});
     const Bytes unit = photoOf({{tiff.shortEntry(296, 3)}, {}, {}, {}});
     const Bytes north = photoOf({{}, {}, {{1, 2, 2, Bytes("N\0", 2)}}, {}});
+    const Bytes rgb = zeros(16) + "RGB " + zeros(108);
     const Change none = [](auto&) {};
     const Change floats = [](auto& r) { r.bitsCode = 3216, r.width = 1; };
     const Change fine = [](auto& r) { r.resolution = 200; };
@@ -306,6 +307,8 @@ TEST(Result, PrefersTheCallersValues) {
         {"orientation 9", photo, [](auto& r) { r.orientation = 9; }, Image, 274, le16(1)},
         {"photograph's profile", photo, none, Image, 34675, "absent"},
         {"caller's profile", photo, grayProfile, Image, 34675, gray},
+        {"profile of three channels", photo,
+         [&](auto& r) { r.channels = 3, r.height = 0, r.icc = rgb.data(), r.iccSize = 128; }, Image, 34675, rgb},
         {"photograph's colour space", photo, none, Exif, 40961, le16(1)},
         {"colour space of a profile", photo, grayProfile, Exif, 40961, le16(0xFFFF)},
         {"colour space of sRGB", photo, srgbProfile, Exif, 40961, le16(1)},
@@ -323,7 +326,7 @@ TEST(Result, PrefersTheCallersValues) {
         ASSERT_EQ(saved.status, 0) << row.what;
         EXPECT_EQ(TiffFields(saved.file).value(row.directory, row.tag), row.value) << row.what;
     }
-    const Bytes rgb = zeros(16) + "RGB " + zeros(108); // of three channels; the result has one
+    // The result has one channel.
     const Saved mismatch = save(photo, [&](auto& r) { r.icc = rgb.data(), r.iccSize = 128; });
     EXPECT_EQ(mismatch.losses, (Losses{{-1 - TVMETA_ICC, 0, TVMETA_LOSS_BLOCK}}));
     EXPECT_EQ(TiffFields(mismatch.file).find(ImageFields, 34675), nullptr);
