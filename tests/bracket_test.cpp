@@ -121,6 +121,7 @@ TEST(Brackets, FindsSeriesByHand) {
         {"scenes without a longer pause", "manual fine -2 9s 0 9s 2 9s -2 9s 0 9s 2", "abc def"},
         {"scenes apart by their pause", "manual fine -2 2s 0 3s 2 28s 4 3s 6 2s 8", "abc def"},
         {"one step forgotten", "manual fine -3 5s -2 5s -1 5s 1 5s 2", "abcde?"},
+        {"uneven steps", "manual fine 0 5s 1 5s 3 5s 6", "abcd?"},
         {"uneven steps, from bright to dark", "manual fine 6 5s 5 5s 3 5s 0", "abcd?"},
         {"a shot repeated", "manual fine -2 5s -1 5s -1 5s 0 5s 1 5s 2", "abcdef?"},
         {"a shot repeated in the middle", "manual fine 0 5s 1 5s 2 5s 2 5s 3 5s 4 5s 5", "abcdefg?"},

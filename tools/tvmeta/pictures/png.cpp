@@ -110,8 +110,7 @@ void PngReader::readPixels(Picture& picture) {
     const size_t rowSize = rowBytes(picture);
     const auto rows = static_cast<size_t>(picture.height);
     run([this, samples, rowSize, rows] {
-        const bool isPalette = png_get_color_type(png, info) == PNG_COLOR_TYPE_PALETTE;
-        isPalette ? png_set_palette_to_rgb(png) : png_set_expand_gray_1_2_4_to_8(png);
+        png_set_expand(png); // to 8 bits or more, and palettes to colours; makes an alpha channel of transparency
         png_set_strip_alpha(png);
         if constexpr (std::endian::native == std::endian::little) {
             png_set_swap(png);
