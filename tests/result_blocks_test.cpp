@@ -65,6 +65,18 @@ TEST(ResultXmp, AddsKeywords) {
         EXPECT_EQ(saved.losses, row.isLeft ? left : Losses()) << row.what;
         EXPECT_EQ(TiffFields(saved.file).value(ImageFields, 700), row.isLeft ? row.packet : row.expected) << row.what;
     }
+    // The keywords of an IPTC block come with the first ones of a packet.
+    const Bytes block = "\x1C\2\x19" + be16(3) + "sea";
+    for (const auto& [packet, comes] :
+         {std::pair{RdfStart + RdfEnd, true}, {RdfStart + bag + bagEnd + RdfEnd, false}}) {
+        const Saved saved = saveBlock(700, packet, [&](tvmeta_Result& result) {
+            withKeywords(keywords)(result);
+            result.iptc = block.data();
+            result.iptcSize = size32(block);
+        });
+        const Bytes written = TiffFields(saved.file).value(ImageFields, 700);
+        EXPECT_EQ(written.find("<rdf:li>sea</rdf:li>") != Bytes::npos, comes) << packet;
+    }
     const Bytes fresh = TiffFields(saveBlock(700, "", withKeywords(keywords)).file).value(ImageFields, 700);
     EXPECT_TRUE(fresh.starts_with("<?xpacket begin='\xEF\xBB\xBF'"));
     EXPECT_NE(fresh.find(">\n\n" + SubjectStart + both + SubjectEnd + "</rdf:RDF>"), Bytes::npos) << fresh;

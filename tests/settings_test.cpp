@@ -183,9 +183,10 @@ TEST(Parameters, HexadecimalNumbers) {
         {2.0F, {"x0x2"}}, // one character after the value position, as other numbers
         {0.0F, {"0x.", "0x1p-150", "0x0p9223372036854775807", "0x1p-99999999999999999999"}},
         {1.0F, {"0x1p", "0x1p 3", "0x1p+-3", "0x100000" + Bytes(40, '0') + "p-180"}},
-        {1.0F, {"0x0." + Bytes(300, '0') + "1p1204", "0x1.000001p0"}}, // the second: halfway, to even
-        {1.0000002F, {"0x1.000003p0"}},                                // halfway, to even
-        {1.0000001F, {"0x1.0000010000001p0"}},                         // just above halfway
+        {1.0F, {"0x0." + Bytes(300, '0') + "1p1204"}},
+        {1.0F, {"0x1.000001p0", "0x1.0000010000000p0"}}, // halfway, to even
+        {1.0000002F, {"0x1.000003p0"}},                  // halfway, to even
+        {1.0000001F, {"0x1.0000010000001p0"}},           // just above halfway
         {1e-45F, {"0x1p-149", "0x1.8p-150"}},
         {3.40282347e+38F, {"0x1.fffffep127"}},
         {-INFINITY, {"-0x1.ffffffp127"}},
