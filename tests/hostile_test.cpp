@@ -1,5 +1,6 @@
 // Hostile input: every prefix and every changed byte of a seed of each kind, and arguments that the header does not
 // allow. Sanitizers and the results show faults.
+#include "testing/golden.h"
 #include "testing/memory_file.h"
 #include "testing/photographs.h"
 #include "testing/results.h"
@@ -31,31 +32,39 @@ class Exact {
     std::unique_ptr<char[]> block_;
 };
 
-void readPhoto(const MemoryFile& file, const Bytes& bytes) {
+void readPhoto(const MemoryFile& file, const Bytes& bytes, Digest& digest) {
     const char* const path = file.write(bytes).path();
     for (const std::int32_t fileType : {FILE_TYPE_TIFF, FILE_TYPE_JPEG, FILE_TYPE_PSD}) {
         ExifInfo info;
         const std::int32_t result = getExifData(path, fileType, &info);
         ASSERT_TRUE(result == 1 || result == -1 || result == -2 || result == -3 || result == -10);
+        digest.addRecord(result);
+        digest.addRecord(info);
         ASSERT_EQ(info.model[63] | info.dateTimeOriginal[19] | info.gpsDateStamp[10] | info.lens[63], 0);
     }
-    unsigned char iptc[64];
+    unsigned char iptc[64] = {};
     ASSERT_LE(read_iptc(path, 6, 20, iptc), 6);
+    digest.addRecord(iptc);
     const Stream stream(std::fopen(path, "rb"));
     std::int32_t count = 0;
-    ASSERT_GE(get_tif_tag(stream.get(), 34853, &count, &count), -3);
+    const std::int32_t found = get_tif_tag(stream.get(), 34853, &count, &count);
+    ASSERT_GE(found, -3);
     ExifInfo info = {};
     std::fseek(stream.get(), 8, SEEK_SET);
-    parse_exif_data(stream.get(), 0, 0x4949, 0, &info);
+    digest.addRecord(parse_exif_data(stream.get(), 0, 0x4949, 0, &info));
     std::fseek(stream.get(), 8, SEEK_SET);
-    parse_gps_data(stream.get(), 0, 0x4949, 0, &info);
+    digest.addRecord(parse_gps_data(stream.get(), 0, 0x4949, 0, &info));
+    digest.addRecord(found);
+    digest.addRecord(info);
 }
 
-void readPacket(const MemoryFile&, const Bytes& bytes) {
+void readPacket(const MemoryFile&, const Bytes& bytes, Digest& digest) {
     const Exact text(bytes + '\0');
     for (const std::int32_t method : {-1, 1, 2, 3, 10, 11, 15}) {
         SettingsValues settings = {};
         const std::int32_t result = get_settings_from_xmp(method, text.size(), text.text(), nullptr, settings);
+        digest.addRecord(result);
+        digest.addRecord(settings);
         ASSERT_TRUE(result == 0 || result == -5 || result > 46 || (method == -1 && result > 0));
     }
     char lens[64] = {};
@@ -66,11 +75,13 @@ void readPacket(const MemoryFile&, const Bytes& bytes) {
     const std::int32_t shift = insert_xmp(0, 11, settings, 0, 0, nullptr);
     Exact room(bytes + zeros(static_cast<std::size_t>(shift)));
     ASSERT_LE(insert_xmp(1, 11, settings, room.size() - shift, shift, const_cast<char*>(room.text())), shift);
+    digest.addRecord(lens);
+    digest.add({room.text(), static_cast<std::size_t>(room.size())});
 }
 
-void readBlocks(const MemoryFile&, const Bytes& bytes) {
+void readBlocks(const MemoryFile&, const Bytes& bytes, Digest& digest) {
     const Exact block(bytes);
-    char name[64];
+    char name[64] = {};
     const std::int32_t named = get_profile_name(block.size(), block.bytes(), name);
     ASSERT_TRUE(named == -1 || named == 4 || named == 9 || named == 12 || named == 32);
     Exact out(bytes + zeros(8 + (bytes.empty() ? 7 : 0)));
@@ -81,7 +92,10 @@ void readBlocks(const MemoryFile&, const Bytes& bytes) {
     ExifInfo info = {};
     ASSERT_GE(parse_image_description(stream.get(), block.size(), &info), -100'000'000);
     std::rewind(stream.get());
-    parse_photoshop_data(stream.get(), block.size(), &info);
+    digest.addRecord(parse_photoshop_data(stream.get(), block.size(), &info));
+    digest.addRecord(info);
+    digest.addRecord(name);
+    digest.add({out.text(), static_cast<std::size_t>(out.size())});
 }
 
 TEST(Hostile, EveryPrefixAndEveryChangedByte) {
@@ -97,7 +111,7 @@ TEST(Hostile, EveryPrefixAndEveryChangedByte) {
     const struct {
         const char* what;
         Bytes seed;
-        void (*read)(const MemoryFile&, const Bytes&);
+        void (*read)(const MemoryFile&, const Bytes&, Digest&);
     } seeds[] = {
         {"JPEG", fullJpeg(), readPhoto},
         {"TIFF, little-endian", fullTiff(true), readPhoto},
@@ -110,12 +124,14 @@ TEST(Hostile, EveryPrefixAndEveryChangedByte) {
         {"description", "a, b, c, d, e, f, g, 1/250s, R30, G30, B30", readBlocks},
         {"resources", resource(0x040C, zeros(28)) + resource(0x0404, "IPTC"), readBlocks},
     };
+    Results results;
     const MemoryFile file;
     testing::internal::CaptureStderr(); // the library reports broken markers thousands of times
     for (const auto& [what, seed, read] : seeds) {
         SCOPED_TRACE(what);
+        Digest digest;
         for (std::size_t size = 0; size <= seed.size(); ++size) {
-            ASSERT_NO_FATAL_FAILURE(read(file, seed.substr(0, size)));
+            ASSERT_NO_FATAL_FAILURE(read(file, seed.substr(0, size), digest));
         }
         for (std::size_t i = 0; i < seed.size(); ++i) {
             std::vector<int> changes = {0x00, 0x7F, 0x80, 0xFF, ~seed[i]};
@@ -125,11 +141,13 @@ TEST(Hostile, EveryPrefixAndEveryChangedByte) {
             for (const int change : changes) {
                 Bytes changed = seed;
                 changed[i] = static_cast<char>(change);
-                ASSERT_NO_FATAL_FAILURE(read(file, changed)) << i;
+                ASSERT_NO_FATAL_FAILURE(read(file, changed, digest)) << i;
             }
         }
+        results.add(what, digest.value());
     }
     testing::internal::GetCapturedStderr();
+    results.compare("hostile");
 }
 
 // The results of a call with each of its pointers null in turn.
