@@ -19,47 +19,48 @@ Bytes textOf(Random& random, const Bytes (&words)[Size], std::uint32_t most) {
 
 // Parts of XMP; `isWhole`: inside of rdf:RDF.
 inline Bytes randomPacket(Random& random, bool isWhole) {
-    const Bytes xmp[] = {"<dc:subject>",
-                         "</dc:subject>",
-                         "<rdf:Bag>",
-                         "</rdf:Bag>",
-                         "<rdf:li>lake</rdf:li>",
-                         "<rdf:li/>",
-                         "<rdf:RDF>",
-                         "</rdf:RDF>",
-                         "<rdf:Description rdf:about='' dc:subject='x' tiff:Orientation='3'>",
-                         "<tiff:ImageWidth>77</tiff:ImageWidth>",
-                         "</rdf:Description>",
-                         "<!-- ",
-                         " -->",
-                         "\n"};
+    static const Bytes xmp[] = {"<dc:subject>",
+                                "</dc:subject>",
+                                "<rdf:Bag>",
+                                "</rdf:Bag>",
+                                "<rdf:li>lake</rdf:li>",
+                                "<rdf:li/>",
+                                "<rdf:RDF>",
+                                "</rdf:RDF>",
+                                "<rdf:Description rdf:about='' dc:subject='x' tiff:Orientation='3'>",
+                                "<tiff:ImageWidth>77</tiff:ImageWidth>",
+                                "</rdf:Description>",
+                                "<!-- ",
+                                " -->",
+                                "\n"};
     return isWhole ? "<rdf:RDF>" + textOf(random, xmp, 8) + "</rdf:RDF>" : textOf(random, xmp, 30);
 }
 
 inline Bytes randomBlock(Random& random) {
-    const Bytes iptc[] = {dataset(1, 90, "\x1B%G"),
-                          dataset(1, 0, Bytes("\0\4", 2)),
-                          dataset(2, 0, Bytes("\0\2", 2)),
-                          dataset(2, 25, "lake"),
-                          dataset(2, 25, "s\xE9"),
-                          dataset(2, 90, "Ulm"),
-                          dataset(3, 0, "x"),
-                          Bytes("\x1C\2\x19\x80\2\0\2ab", 9),
-                          Bytes("\x1C\2"),
-                          Bytes(1, '\0')};
+    static const Bytes iptc[] = {dataset(1, 90, "\x1B%G"),
+                                 dataset(1, 0, Bytes("\0\4", 2)),
+                                 dataset(2, 0, Bytes("\0\2", 2)),
+                                 dataset(2, 25, "lake"),
+                                 dataset(2, 25, "s\xE9"),
+                                 dataset(2, 90, "Ulm"),
+                                 dataset(3, 0, "x"),
+                                 Bytes("\x1C\2\x19\x80\2\0\2ab", 9),
+                                 Bytes("\x1C\2"),
+                                 Bytes(1, '\0')};
     return textOf(random, iptc, 8);
 }
 
 // Some patterns, with photographs missing, pauses at and around the limits, and a few that differ.
 inline Shoot randomShoot(Random& random) {
-    const Bytes patterns[] = {"0 -2 2 ", "-2 0 2 ", "0 -1 1 ", "-4 -2 0 2 4 ",  "0 -2 ",   "0 -0.7 0.7 ",
-                              "0 ",      "-1 ",     "? ",      "0/0 -2/0 2/0 ", "2 0 -2 ", "0 -1 1 -2 2 -3 3 "};
-    const Bytes pauses[] = {"0s ", "0.5s ", "1s ", "2s ", "4s ", "5s ", "6s ", "15s ", "16s ", "60s ", "61s ", "-1s "};
-    const Bytes modes[] = {"bracket ", "auto ",  "manual ", "unmarked ", "bias ",  "level ",
-                           "fine ",    "whole ", "nikon ",  "f0 ",       "noiso ", "iso "};
+    static const Bytes patterns[] = {"0 -2 2 ", "-2 0 2 ", "0 -1 1 ", "-4 -2 0 2 4 ",  "0 -2 ",   "0 -0.7 0.7 ",
+                                     "0 ",      "-1 ",     "? ",      "0/0 -2/0 2/0 ", "2 0 -2 ", "0 -1 1 -2 2 -3 3 "};
+    static const Bytes pauses[] = {"0s ", "0.5s ", "1s ",  "2s ",  "4s ",  "5s ",
+                                   "6s ", "15s ",  "16s ", "60s ", "61s ", "-1s "};
+    static const Bytes modes[] = {"bracket ", "auto ",  "manual ", "unmarked ", "bias ",  "level ",
+                                  "fine ",    "whole ", "nikon ",  "f0 ",       "noiso ", "iso "};
     Bytes words = textOf(random, modes, 4);
     for (std::uint32_t parts = random.below(4) + 1; parts > 0; --parts) {
-        const Bytes& pattern = patterns[random.below(12)];
+        const Bytes& pattern = patterns[random.below(static_cast<std::uint32_t>(std::size(patterns)))];
         const Bytes pause = textOf(random, pauses, 3);
         for (std::uint32_t times = random.below(4) + 1; times > 0; --times) {
             words += pattern + pause;

@@ -1,5 +1,5 @@
-// Results recorded on x86-64 Linux, which every platform and every later version must give. TVMETA_RECORD=1 in the
-// environment of a test records them anew in testing/golden.
+// Results recorded on x86-64 Linux, which every platform must give. After a change that is meant to differ,
+// TVMETA_RECORD=1 in the environment of a test records them anew in testing/golden.
 #pragma once
 
 #include "testing/files.h"
@@ -36,7 +36,8 @@ std::uint64_t hashOfRecord(const Record& record) {
     return hashOf({reinterpret_cast<const char*>(&record), sizeof record});
 }
 
-// FNV-1a over words of eight bytes, the last filled up with zeros: of many results one after the other.
+// A hash of many results, one after the other: like FNV-1a, but over words of eight bytes, the last filled up with
+// zeros, because tests without optimisation add hundreds of megabytes.
 class Digest {
   public:
     void add(std::string_view bytes) {

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
+#include <utility>
 
 using namespace test;
 
@@ -36,8 +37,9 @@ TEST(Golden, KeptTags) {
             if (std::ranges::find(Parents, tag) == std::end(Parents)) {
                 (parts.*Directories[directory]).push_back({tag, type, count, Bytes("1\1\2\0\4\3\2\1", 8)});
             }
+            const bool isLittle = tag % 1024 < 512;
             if (tag % 512 == 511) {
-                addSaved(digest, save(photoOf(std::exchange(parts, {}), tag % 1024 == 511)));
+                addSaved(digest, save(photoOf(std::exchange(parts, {}), isLittle)));
             }
             if (tag % 4096 == 4095) {
                 results.add("directory " + std::to_string(directory), digest.value());

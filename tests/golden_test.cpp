@@ -7,6 +7,7 @@
 #include "tvmeta.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <gtest/gtest.h>
 

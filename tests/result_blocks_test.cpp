@@ -66,7 +66,7 @@ TEST(ResultXmp, AddsKeywords) {
         EXPECT_EQ(TiffFields(saved.file).value(ImageFields, 700), row.isLeft ? row.packet : row.expected) << row.what;
     }
     // The keywords of an IPTC block come with the first ones of a packet.
-    const Bytes block = "\x1C\2\x19" + be16(3) + "sea";
+    const Bytes block = dataset(2, 25, "sea");
     for (const auto& [packet, comes] :
          {std::pair{RdfStart + RdfEnd, true}, {RdfStart + bag + bagEnd + RdfEnd, false}}) {
         const Saved saved = saveBlock(700, packet, [&](tvmeta_Result& result) {
