@@ -115,6 +115,7 @@ void requireSubcommand(const CLI::App& app, const Command& command) {
 
 void describe(CLI::App& app, const Command& command) {
     app.footer(command.footer);
+    app.require_subcommand(0, 1);           // after a command, the name of another one is a file
     app.allow_windows_style_options(false); // a path may begin with a slash
     addOptions(app, command.options);
     for (const Command& subcommand : command.commands) {
