@@ -50,12 +50,45 @@ inline Bytes randomBlock(Random& random) {
     return textOf(random, iptc, 8);
 }
 
+// XMP with a title, texts of all kinds in it, and what surrounds it.
+inline Bytes randomTitle(Random& random) {
+    static const Bytes words[] = {"<dc:title>",
+                                  "</dc:title>",
+                                  "<dc:title/>",
+                                  "</dc:title",
+                                  "dc:title=",
+                                  "<rdf:Alt>",
+                                  "<rdf:li>",
+                                  "<rdf:li/>",
+                                  "</rdf:li>",
+                                  "</rdf:Alt>",
+                                  "<rdf:li x='y'>",
+                                  "lake",
+                                  " ",
+                                  "\n",
+                                  "\"",
+                                  "'",
+                                  ">",
+                                  "<",
+                                  "s\xC3\xA9",
+                                  "s\xE9",
+                                  "&amp;",
+                                  "&#x41;",
+                                  "&#65;",
+                                  "&#x1F600;",
+                                  "&lt",
+                                  "&;",
+                                  "dc:titles",
+                                  "<a dc:title='b' c=\"d\">"};
+    return (random.below(2) == 0 ? "<dc:title>" : "") + textOf(random, words, 14);
+}
+
 // Some patterns, with photographs missing, pauses at and around the limits, and a few that differ.
 inline Shoot randomShoot(Random& random) {
     static const Bytes patterns[] = {"0 -2 2 ", "-2 0 2 ", "0 -1 1 ", "-4 -2 0 2 4 ",  "0 -2 ",   "0 -0.7 0.7 ",
                                      "0 ",      "-1 ",     "? ",      "0/0 -2/0 2/0 ", "2 0 -2 ", "0 -1 1 -2 2 -3 3 "};
-    static const Bytes pauses[] = {"0s ", "0.5s ", "1s ",  "2s ",  "4s ",  "5s ",
-                                   "6s ", "15s ",  "16s ", "60s ", "61s ", "-1s "};
+    static const Bytes pauses[] = {"0s ",  "0.5s ", "1s ",  "2s ",  "4s ",  "5s ", "6s ",
+                                   "15s ", "16s ",  "31s ", "60s ", "61s ", "-1s "};
     static const Bytes modes[] = {"bracket ", "auto ",  "manual ", "unmarked ", "bias ",  "level ",
                                   "fine ",    "whole ", "nikon ",  "f0 ",       "noiso ", "iso "};
     Bytes words = textOf(random, modes, 4);

@@ -203,7 +203,7 @@ inline Bytes dng(bool little) {
                                             tiff.longEntry(256, 1024),
                                             tiff.longEntry(257, 683),
                                             tiff.shortEntry(259, 7),
-                                            tiff.shortEntry(262, 6),
+                                            tiff.shortEntry(262, little ? 6 : 2), // YCbCr, RGB
                                             {273, 4, 1, Later},
                                             tiff.longEntry(279, length)});
     const std::uint32_t full = tiff.add({tiff.longEntry(254, 0), tiff.longEntry(256, 6000), tiff.longEntry(257, 4000),

@@ -2,11 +2,13 @@
 // brackets. The reader's are in photo_hostile_test.
 #include "testing/generated.h"
 #include "testing/golden.h"
+#include "testing/photo_sources.h"
 #include "testing/photographs_table.h"
 #include "testing/results.h"
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <gtest/gtest.h>
 #include <utility>
 
@@ -98,13 +100,54 @@ TEST(Golden, Keywords) {
     results.compare("keywords");
 }
 
+// The first keywords, or the title, of a photograph.
+void addTexts(Digest& digest, const Bytes& packet, const Bytes& block, std::int32_t text) {
+    const auto entry = [](unsigned tag, const Bytes& bytes) {
+        return Tiff::Entry{tag, 7, static_cast<std::uint32_t>(bytes.size()), bytes};
+    };
+    const Bytes photo = photoOf({{entry(700, packet), entry(33723, block)}, {}, {}, {}});
+    const tvmeta_Source source = memorySource(photo);
+    for (std::int32_t index = 0; index < 3; ++index) {
+        std::array<char, 20> buffer{};
+        digest.addRecord(tvmeta_read_text(&source, nullptr, text, index, buffer.data(), std::ssize(buffer)));
+        digest.addRecord(buffer);
+    }
+}
+
+TEST(Golden, Texts) {
+    Results results;
+    Random random;
+    Digest digest;
+    for (int round = 1; round <= 20000; ++round) {
+        const Bytes block = randomBlock(random);
+        addTexts(digest, randomPacket(random, round % 3 != 0), block, TVMETA_TEXT_KEYWORD);
+        addTexts(digest, randomTitle(random), block, TVMETA_TEXT_TITLE);
+        if (round % 500 == 0) {
+            results.add("texts", digest.value());
+        }
+    }
+    results.compare("texts");
+}
+
+// Rounded: logarithms differ in their last bit between platforms.
+void addBrackets(Digest& digest, const Brackets& found) {
+    for (const tvmeta_BracketMember& member : found.members) {
+        digest.addRecord(
+            std::array{member.set, member.place, member.leader, std::int64_t{std::llround(member.offset * 1000)}});
+    }
+    for (const tvmeta_BracketSet& set : found.sets) {
+        digest.addRecord(std::array{set.confidence, set.evidence});
+        digest.addRecord(std::array{set.shots, set.expectedShots, std::int64_t{std::llround(set.longestPause * 1000)}});
+    }
+}
+
 TEST(Golden, Brackets) {
     Results results;
     Random random;
     Digest digest;
     for (int round = 1; round <= 20000; ++round) {
         const Shoot shoot = randomShoot(random);
-        digest.add(lettersOf(find(shoot.shots, {round % 10 == 0 ? 3 : 0, round % 11 == 0 ? 4.0 : -1})));
+        addBrackets(digest, find(shoot.shots, {round % 10 == 0 ? 3 : 0, round % 11 == 0 ? 4.0 : -1}));
         if (round % 200 == 0) {
             results.add("brackets", digest.value());
         }

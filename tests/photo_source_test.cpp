@@ -247,6 +247,7 @@ TEST(Texts, Precedence) {
         {"closing of a longer name", only(xmp("<dc:title>x</dc:titles></dc:title>")), Title, 0, "x</dc:titles>"},
         {"blank item", file(list("<rdf:li> \n </rdf:li>"), sixKeywords, {}), Keyword, 0, "one"},
         {"empty items", only(list("<rdf:li/><rdf:li> </rdf:li><rdf:li>x</rdf:li><rdf:li>y</rdf:li>")), Keyword, 1, "y"},
+        {"empty array", file(list(""), sixKeywords, {}), Keyword, 0, "one"},
         {"unclosed", only(list("<rdf:li>x")), Keyword, 3, ""},
         {"no UTF-8", only(xmp("<dc:title>J\xF8rn</dc:title>")), Title, 0, "J\xC3\xB8rn"},
     };
@@ -288,6 +289,12 @@ TEST(Texts, CutBetweenCharacters) {
         EXPECT_EQ(text.find('#'), static_cast<std::size_t>(Whole[capacity])) << capacity;
     }
     EXPECT_EQ(tvmeta_read_text(&source, nullptr, TVMETA_TEXT_TITLE, 0, nullptr, 99), 10);
+    const Tiff t;
+    for (const auto& [start, size] : {std::pair{"", 65536}, {"x", 65535}}) { // so much of a tag is read
+        const Bytes photo = cameraTiff(t, {t.textEntry(270, repeated("\xC3\xA9", 40000, start))});
+        const tvmeta_Source large = memorySource(photo);
+        EXPECT_EQ(tvmeta_read_text(&large, nullptr, TVMETA_TEXT_DESCRIPTION, 0, nullptr, 0), size);
+    }
 }
 
 TEST(Status, Texts) {

@@ -201,6 +201,7 @@ TEST(Photo, ValuesAtTheirEdges) {
         {"no degrees", {}, latitude(""), "gpsLatitude", "", TVMETA_LATITUDE},
         {"unknown degrees", {}, latitude(part(0, 0) + zero + zero), "gpsLatitude", "", TVMETA_LATITUDE},
         {"unknown seconds", {}, latitude(part(47, 1) + part(30, 1) + part(0, 0)), "gpsLatitude", "-47.5"},
+        {"a fourth number", {}, latitude(part(47, 1) + zero + zero + part(60, 1)), "gpsLatitude", "-47"},
         {"impossible minutes", {}, latitude(part(47, 1) + part(1, 0) + zero), "gpsLatitude", "", TVMETA_LATITUDE},
         {"date line", {}, {{3, 2, 2, "W"}, rationals(4, part(180, 1))}, "gpsLongitude", "-180"},
         {"beyond it", {}, {rationals(4, part(181, 1))}, "gpsLongitude", "", TVMETA_LONGITUDE},

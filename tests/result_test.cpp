@@ -314,6 +314,7 @@ TEST(Result, PrefersTheCallersValues) {
         {"colour space of sRGB", photo, srgbProfile, Exif, 40961, le16(1)},
         {"colour space of floats", photo, floats, Exif, 40961, le16(0xFFFF)},
         {"size", photo, none, Exif, 40962, le32(2)},
+        {"no size", photo, [](auto& r) { r.height = 0; }, Exif, 40962, "absent"},
         {"size of one column", photo, [](auto& r) { r.width = 1; }, Exif, 40962, le32(1)},
         {"subject at the same size", photo, none, Exif, 37396, le16(1) + le16(0)},
         {"subject without a size", photo, [](auto& r) { r.height = 0; }, Exif, 37396, le16(1) + le16(0)},
