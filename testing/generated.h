@@ -80,13 +80,16 @@ inline Bytes randomTitle(Random& random) {
                                   "&;",
                                   "dc:titles",
                                   "<a dc:title='b' c=\"d\">"};
-    return (random.below(2) == 0 ? "<dc:title>" : "") + textOf(random, words, 14);
+    const Bytes start = random.below(2) == 0 ? "<dc:title>" : "";
+    return start + textOf(random, words, 14);
 }
 
 // Some patterns, with photographs missing, pauses at and around the limits, and a few that differ.
 inline Shoot randomShoot(Random& random) {
-    static const Bytes patterns[] = {"0 -2 2 ", "-2 0 2 ", "0 -1 1 ", "-4 -2 0 2 4 ",  "0 -2 ",   "0 -0.7 0.7 ",
-                                     "0 ",      "-1 ",     "? ",      "0/0 -2/0 2/0 ", "2 0 -2 ", "0 -1 1 -2 2 -3 3 "};
+    static const Bytes patterns[] = {"0 -2 2 ",  "-2 0 2 ",          "0 -1 1 ",     "-4 -2 0 2 4 ",
+                                     "0 -2 ",    "0 -0.7 0.7 ",      "0 ",          "-1 ",
+                                     "? ",       "0/0 -2/0 2/0 ",    "2 0 -2 ",     "0 -1 1 -2 2 -3 3 ",
+                                     "10 8 12 ", "12/0 10/-2 12/2 ", "0.3 0.6 0.9 "};
     static const Bytes pauses[] = {"0s ",  "0.5s ", "1s ",  "2s ",  "4s ",  "5s ", "6s ",
                                    "15s ", "16s ",  "31s ", "60s ", "61s ", "-1s "};
     static const Bytes modes[] = {"bracket ", "auto ",  "manual ", "unmarked ", "bias ",  "level ",
@@ -103,10 +106,11 @@ inline Shoot randomShoot(Random& random) {
     Shoot shoot = Photographer().take(words);
     for (tvmeta_Shot& shot : shoot.shots) {
         if (random.below(30) == 0) {
-            const std::uint32_t what = random.below(5);
+            const std::uint32_t what = random.below(6);
             shot.focalLength += what == 0 ? 1.0F : 0;
             shot.orientation = what == 1 ? 6 : 1;
             shot.name = what == 2 ? "IMG_9.jpg" : shot.name;
+            shot.present ^= what == 5 ? bit(TVMETA_EXPOSURE_BIAS) : 0;
             shot.format = what == 3 ? TVMETA_FORMAT_RAF : shot.format;
             shot.serialNumber = what == 4 ? 2 : 1;
         }

@@ -16,7 +16,7 @@ using namespace test;
 namespace {
 
 Bytes randomNumber(Random& random) {
-    static constexpr std::string_view Characters = "0123456789012345678901234567890123456789..eE+-";
+    static constexpr std::string_view Characters = "0123456789012345678901234567890123456789..eE+-\t\r ";
     Bytes text = random.below(4) == 0 ? "-" : "";
     for (std::uint32_t length = random.below(40) + 1; length > 0; --length) {
         text += Characters[random.below(length > 30 ? 10 : std::uint32_t{Characters.size()})];

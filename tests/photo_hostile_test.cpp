@@ -157,6 +157,55 @@ TEST(HostilePhoto, LargeTables) {
     }
 }
 
+// So many directories, of which the last has the ICC profile: in the chain, or as children of the first.
+Bytes directories(int count, bool isChain) {
+    Tiff tiff;
+    Bytes children;
+    std::uint32_t next = tiff.add({{34675, 7, static_cast<std::uint32_t>(Profile.size()), Profile}});
+    for (int i = count - 1; i > 1; --i) {
+        children.insert(0, le32(next));
+        next = tiff.add({tiff.shortEntry(60000, 0)}, isChain ? next : 0);
+    }
+    children = le32(next) + children;
+    const Tiff::Entry parent = {330, 4, static_cast<std::uint32_t>(count - 1), children};
+    return tiff.finish(isChain ? tiff.add({tiff.shortEntry(60000, 0)}, next) : tiff.add({parent}));
+}
+
+// As many parts as the manual says are read: a block in the last of them is found, one in the next is not.
+TEST(HostilePhoto, PartsAreLimited) {
+    const struct {
+        const char* what;
+        int most;
+        Bytes (*file)(int parts);
+    } rows[] = {
+        {"segments", 1 << 16, [](int n) { return jpeg(repeated(segment(0xEF, ""), n - 1, "") + xmpSegment(Packet)); }},
+        {"chunks of PNG", 1 << 16,
+         [](int n) { return png(repeated(pngChunk("none", ""), n - 2, "") + pngText(Packet)); }},
+        {"chunks of WebP", 1 << 16,
+         [](int n) { return webp(repeated(webpChunk("none", ""), n - 1, "") + webpChunk("XMP ", Packet)); }},
+        {"boxes", 1 << 14, [](int n) { return jxl(repeated(box("free", ""), n - 3, "") + box("xml ", Packet)); }},
+        {"resources", 1 << 12,
+         [](int n) { return psd(repeated(resource(1, ""), n - 1, "") + resource(0x0424, Packet)); }},
+        {"Photoshop segments", 64,
+         [](int n) {
+             return jpeg(repeated(photoshopSegment(resource(1, "")), n - 1, "") +
+                         photoshopSegment(resource(0x0424, Packet)));
+         }},
+        {"TIFF structures", 4,
+         [](int n) {
+             return psd(repeated(resource(1058, cameraTiff(Tiff())), n - 1, "") + resource(1058, directories(2, true)));
+         }},
+        {"images in a chain", 4, [](int n) { return directories(n, true); }},
+        {"directories", 32, [](int n) { return directories(n, false); }},
+    };
+    for (const auto& row : rows) {
+        for (const int parts : {row.most, row.most + 1}) {
+            const auto& blocks = readPhotoOf(row.file(parts)).record.blocks;
+            EXPECT_EQ(blocks[TVMETA_XMP].size + blocks[TVMETA_ICC].size > 0, parts == row.most) << row.what;
+        }
+    }
+}
+
 // Three directories of 65,535 entries; the documented limit is inside of the third.
 TEST(HostilePhoto, EntriesAreLimited) {
     const Entries many(65535, {60000, 3, 1, le16(0)});
