@@ -13,7 +13,8 @@
 class Failure : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
-    Failure(const std::string& path, const std::string& reason) : std::runtime_error(path + ": " + reason) {}
+    Failure(const std::string& path, const std::string& reason)
+        : std::runtime_error((path.empty() ? "''" : path) + ": " + reason) {}
 };
 
 // An invalid command line.
