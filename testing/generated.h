@@ -90,13 +90,18 @@ inline Shoot randomShoot(Random& random) {
                                      "0 -2 ",    "0 -0.7 0.7 ",      "0 ",          "-1 ",
                                      "? ",       "0/0 -2/0 2/0 ",    "2 0 -2 ",     "0 -1 1 -2 2 -3 3 ",
                                      "10 8 12 ", "12/0 10/-2 12/2 ", "0.3 0.6 0.9 "};
-    static const Bytes pauses[] = {"0s ",  "0.5s ", "1s ",  "2s ",  "4s ",  "5s ", "6s ",
-                                   "15s ", "16s ",  "31s ", "60s ", "61s ", "-1s "};
+    static const Bytes pauses[] = {"0s ", "0.1s ", "0.3s ", "0.5s ", "1.5s ", "3s ",  "8s ",  "20s ", "1s ",  "2s ",
+                                   "4s ", "5s ",   "6s ",   "9.5s ", "15s ",  "16s ", "31s ", "60s ", "61s ", "-1s "};
     static const Bytes modes[] = {"bracket ", "auto ",  "manual ", "unmarked ", "bias ",  "level ",
                                   "fine ",    "whole ", "nikon ",  "f0 ",       "noiso ", "iso "};
     Bytes words = textOf(random, modes, 4);
     for (std::uint32_t parts = random.below(4) + 1; parts > 0; --parts) {
-        const Bytes& pattern = patterns[random.below(static_cast<std::uint32_t>(std::size(patterns)))];
+        Bytes pattern = patterns[random.below(static_cast<std::uint32_t>(std::size(patterns)))];
+        if (random.below(3) == 0) { // pressed slowly
+            const Bytes& pause = pauses[random.below(static_cast<std::uint32_t>(std::size(pauses)))];
+            pattern.insert(pattern.find(' ') + 1, random.below(2) == 0 ? pause : "1s ");
+            pattern.insert(pattern.rfind(' ') + 1, pause);
+        }
         const Bytes pause = textOf(random, pauses, 3);
         for (std::uint32_t times = random.below(4) + 1; times > 0; --times) {
             words += pattern + pause;

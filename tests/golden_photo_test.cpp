@@ -145,10 +145,10 @@ TEST(Golden, Brackets) {
     Results results;
     Random random;
     Digest digest;
-    for (int round = 1; round <= 20000; ++round) {
+    for (int round = 1; round <= 40000; ++round) {
         const Shoot shoot = randomShoot(random);
         addBrackets(digest, find(shoot.shots, {round % 10 == 0 ? 3 : 0, round % 11 == 0 ? 4.0 : -1}));
-        if (round % 200 == 0) {
+        if (round % 400 == 0) {
             results.add("brackets", digest.value());
         }
     }
