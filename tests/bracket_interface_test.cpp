@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace test;
@@ -27,6 +28,13 @@ TEST(Brackets, MakesRecords) {
     photo->exposureBias = {-2, 3};
     photo->isoSpeed = 200;
     photo->captureTime = 77;
+    photo->captureNanoseconds = 5;
+    photo->utcOffset = 60;
+    photo->focalLength = {35, 1};
+    photo->exposureMode = 2;
+    photo->width = 6;
+    photo->height = 4;
+    photo->orientation = 8;
     tvmeta_Shot shot = {}, other = {};
     shot.recordSize = other.recordSize = sizeof shot;
     ASSERT_EQ(tvmeta_shot(photo.get(), "folder", "name", &shot), TVMETA_OK);
@@ -35,6 +43,10 @@ TEST(Brackets, MakesRecords) {
     EXPECT_STREQ(shot.folder, "folder");
     EXPECT_STREQ(shot.name, "name");
     EXPECT_EQ(shot.captureTime, 77);
+    EXPECT_EQ(shot.captureNanoseconds, 5);
+    EXPECT_EQ(
+        std::tuple(shot.utcOffset, shot.focalLength, shot.exposureMode, shot.width, shot.height, shot.orientation),
+        std::tuple(60, 35.0F, 2, 6, 4, 8));
     EXPECT_EQ(shot.exposureTime, 1 / 64.0F);
     EXPECT_EQ(shot.fNumber, 0);
     EXPECT_FLOAT_EQ(shot.exposureBias, -2 / 3.0F);

@@ -187,6 +187,7 @@ TEST(Photo, ValuesAtTheirEdges) {
         int damaged = -1;
     };
     std::vector<Row> rows = {
+        {"no text", {{36867, 99, 1, "x"}}, {}, "dateTimeOriginal", "", TVMETA_CAPTURE_TIME},
         {"other separators", time("2024/06-21T00:00:00"), {}, "dateTimeOriginal", "\"2024:06:21 00:00:00\""},
         {"points", time("1970.01.01 23:59:60"), {}, "dateTimeOriginal", "\"1970:01:02 00:00:00\""},
         {"universal time", withTime(36881, "Z"), {}, "utcOffset", "\"+00:00\""},
