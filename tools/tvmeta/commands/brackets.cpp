@@ -58,7 +58,9 @@ void printSets(const std::vector<PhotoSet>& sets) {
                          set.confidenceWord(), offsetsText(set.offsets), stopsText(set.range()) + " EV",
                          printable(takenText(first)), printable(first.record.model), focalLengthText(first)});
     }
-    printTable(columns, "--json or --csv");
+    if (!sets.empty()) {
+        printTable(columns, "--json or --csv");
+    }
 }
 
 void printSummary(const PhotoSets& found) {
@@ -173,7 +175,7 @@ void showBrackets(const Options& options) {
         return undoPlacement(options.placement);
     }
     if (options.input.names.empty()) {
-        throw WrongCommandLine("PATH is required");
+        throw WrongCommandLine("expected PATH");
     }
     if (!options.placement.folder.empty()) {
         return placeSets(options.input, options.placement);
