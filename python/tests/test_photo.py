@@ -106,7 +106,7 @@ def test_file_objects_that_fail():
     assert tvmeta.read(Broken(content, content[:9])).model == "TV-100"  # fewer
     with pytest.raises(io.UnsupportedOperation), subprocess.Popen(["true"], stdout=subprocess.PIPE) as process:
         tvmeta.read(process.stdout)
-    for wrong in (7, None, [content], numpy.zeros((4, 4))[:, ::2].data):
+    for wrong in (7, None, [content], io.StringIO("text"), numpy.zeros((4, 4))[:, ::2].data):
         with pytest.raises(TypeError):
             tvmeta.read(wrong)
 

@@ -99,7 +99,7 @@ def opened(photograph: Readable) -> Iterator[Source]:
         opening = _opened_path(photograph)
     elif isinstance(photograph, (bytes, bytearray, memoryview)):
         opening = _opened_memory(photograph)
-    elif hasattr(photograph, "read"):
+    elif hasattr(photograph, "read") and not isinstance(photograph, io.TextIOBase):
         opening = _opened_file(photograph)
     else:
         raise TypeError(f"a path, bytes or a binary file object is required, not a {type(photograph).__name__}")
