@@ -120,6 +120,12 @@ inline Shoot randomShoot(Random& random) {
             shot.serialNumber = what == 4 ? 2 : 1;
         }
     }
+    if (random.below(5) == 0) { // a card whose first folder is full
+        const std::uint32_t full = random.below(static_cast<std::uint32_t>(shoot.shots.size()));
+        for (std::size_t i = 0; i < shoot.shots.size(); ++i) {
+            shoot.shots[i].folder = i < full ? "100TVCAM" : "101TVCAM";
+        }
+    }
     shoot.shots.erase(shoot.shots.begin() + random.below(static_cast<std::uint32_t>(shoot.shots.size())));
     return shoot;
 }

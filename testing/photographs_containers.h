@@ -195,7 +195,7 @@ inline Bytes rw2(const Bytes& preview) {
     return file + zeros(16);
 }
 
-// A reduced first image, the full one among its children, and a preview.
+// A reduced first image, and as its children a preview, the full image, a mask and another image as wide.
 inline Bytes dng(bool little) {
     Tiff tiff(little);
     const auto length = static_cast<std::uint32_t>(Preview.size());
@@ -209,11 +209,12 @@ inline Bytes dng(bool little) {
     const std::uint32_t full = tiff.add({tiff.longEntry(254, 0), tiff.longEntry(256, 6000), tiff.longEntry(257, 4000),
                                          tiff.shortEntry(259, 7), tiff.shortEntry(262, 32803)});
     const std::uint32_t mask = tiff.add({tiff.longEntry(254, 4), tiff.longEntry(256, 8000), tiff.longEntry(257, 8000)});
-    const Bytes children = tiff.n32(preview) + tiff.n32(full) + tiff.n32(mask);
+    const std::uint32_t second = tiff.add({tiff.longEntry(254, 0), tiff.longEntry(256, 6000), tiff.longEntry(257, 20)});
+    const Bytes children = tiff.n32(preview) + tiff.n32(full) + tiff.n32(mask) + tiff.n32(second);
     const Bytes file = cameraTiff(tiff, {tiff.longEntry(254, 1),
                                          tiff.longEntry(256, 256),
                                          tiff.longEntry(257, 171),
-                                         {330, 4, 3, children},
+                                         {330, 4, 4, children},
                                          tiff.textEntry(50735, "another number")});
     return resolved(file, tiff.n32(static_cast<std::uint32_t>(file.size()))) + Preview;
 }

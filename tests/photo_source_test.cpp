@@ -290,10 +290,15 @@ TEST(Texts, CutBetweenCharacters) {
     }
     EXPECT_EQ(tvmeta_read_text(&source, nullptr, TVMETA_TEXT_TITLE, 0, nullptr, 99), 10);
     const Tiff t;
-    for (const auto& [start, size] : {std::pair{"", 65536}, {"x", 65535}}) { // so much of a tag is read
-        const Bytes photo = cameraTiff(t, {t.textEntry(270, repeated("\xC3\xA9", 40000, start))});
-        const tvmeta_Source large = memorySource(photo);
-        EXPECT_EQ(tvmeta_read_text(&large, nullptr, TVMETA_TEXT_DESCRIPTION, 0, nullptr, 0), size);
+    for (const Bytes character : {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
+        const auto bytesEach = std::ssize(character);
+        for (std::int64_t before = 0; before < bytesEach; ++before) {
+            const Bytes start(static_cast<std::size_t>(before), 'x');
+            const Bytes photo = cameraTiff(t, {t.textEntry(270, repeated(character, 40000, start))});
+            const tvmeta_Source large = memorySource(photo);
+            EXPECT_EQ(tvmeta_read_text(&large, nullptr, TVMETA_TEXT_DESCRIPTION, 0, nullptr, 0),
+                      before + (65536 - before) / bytesEach * bytesEach); // 65,536 bytes are read
+        }
     }
 }
 

@@ -243,6 +243,7 @@ TEST(Photo, ValuesAtTheirEdges) {
         {"short lens", {t.shortEntry(41989, 1)}, {}, "focalLength35mm", "1"},
         {"no bias", {fractionEntry(t, 37380, 0, 3)}, {}, "exposureBias", "0"},
         {"unknown bias", {fractionEntry(t, 37380, 0, 0)}, {}, "exposureBias", ""},
+        {"time beyond APEX", {fractionEntry(t, 37377, -40, 1)}, {}, "exposureTime", ""},
         {"two signs", {fractionEntry(t, 33434, -1, -4)}, {}, "exposureTime", "0.25"},
         {"below 0", {fractionEntry(t, 33434, 1, -4)}, {}, "exposureTime", "", TVMETA_EXPOSURE_TIME},
         {"ISO beyond the tag", {t.shortEntry(34855, 65535)}, {}, "isoSpeed", "65535"},

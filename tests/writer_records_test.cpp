@@ -111,7 +111,7 @@ TEST(WriterRecords, OfPhotographs) {
     } altitudes[] = {
         {574, {574, 1}, false},       {8848.86, {442443, 50}, false}, {-6.5, {13, 2}, false},
         {0.0004, {1, Max}, false},    {2e6, {2000000, 1}, false},     {-2000001, {2000000, 1}, true},
-        {std::nan(""), {0, 0}, true},
+        {std::nan(""), {0, 0}, true}, {0, {1, Max}, false},
     };
     for (const auto& row : altitudes) {
         photo.altitude = row.metres;

@@ -35,8 +35,7 @@ constexpr Rule Rules[] = {
     {TVMETA_IMAGE, 300, 301, Fate::OfItsPixels}, // transfer function
     {TVMETA_IMAGE, 305, 305, Fate::Software},
     {TVMETA_IMAGE, 306, 306, Fate::Replaced},        // modification time
-    {TVMETA_IMAGE, 317, 325, Fate::OfItsPixels},     // predictor, white point, colour map, tiles
-    {TVMETA_IMAGE, 326, 328, Fate::OfItsPixels},     // damaged fax rows
+    {TVMETA_IMAGE, 317, 328, Fate::OfItsPixels},     // predictor, white point, colour map, tiles, damaged fax rows
     {TVMETA_IMAGE, 330, 330, Fate::OfItsFile},       // sub-images
     {TVMETA_IMAGE, 332, 336, Fate::OfItsPixels},     // inks
     {TVMETA_IMAGE, 338, 347, Fate::OfItsPixels},     // extra samples, sample format, clip path, JPEG tables

@@ -119,7 +119,7 @@ void requireKept(const std::string& path, const tvmeta_Source& photo, const tvme
     const auto originals = valuesOf(photo);
     for (const auto& [key, value] : valuesOf(planned)) {
         constexpr uint16_t Pointers[] = {34665, 34853, 40965};
-        constexpr uint16_t Own[] = {274, 282, 283, 296, 305, 306, 36864, 40960, 40961, 40962, 40963};
+        constexpr uint16_t Own[] = {274, 282, 283, 296, 305, 306, 40961, 40962, 40963};
         if (std::ranges::find(Pointers, key.second) != std::end(Pointers)) {
             continue;
         }
