@@ -84,6 +84,70 @@ inline Bytes randomTitle(Random& random) {
     return start + textOf(random, words, 14);
 }
 
+// A tag that readers look at, its type and number of items; of texts 0.
+struct UsualTag {
+    unsigned tag, type, count = 1;
+};
+inline constexpr UsualTag ImageTags[] = {
+    {254, 4},      {256, 4},   {257, 4},   {259, 3},    {262, 3},      {270, 2, 0},   {271, 2, 0},   {272, 2, 0},
+    {273, 4},      {274, 3},   {279, 4},   {305, 2, 0}, {315, 2, 0},   {513, 4},      {514, 4},      {18246, 3},
+    {33432, 2, 0}, {33434, 5}, {33437, 5}, {34855, 3},  {40091, 1, 8}, {40093, 1, 8}, {40094, 1, 8}, {50735, 2, 0}};
+inline constexpr UsualTag ExifTags[] = {
+    {33434, 5},    {33437, 5},    {34850, 3},    {34855, 3},    {34865, 4},    {34866, 4},    {34867, 4},
+    {36867, 2, 0}, {36868, 2, 0}, {36881, 2, 0}, {36882, 2, 0}, {37377, 10},   {37378, 5},    {37380, 10},
+    {37381, 5},    {37383, 3},    {37385, 3},    {37386, 5},    {37521, 2, 0}, {37522, 2, 0}, {41486, 5},
+    {41488, 3},    {41493, 5},    {41986, 3},    {41987, 3},    {41989, 3},    {42033, 2, 0}, {42036, 2, 0}};
+inline constexpr UsualTag GpsTags[] = {{1, 2, 0}, {2, 5, 3}, {3, 2, 0}, {4, 5, 3},
+                                       {5, 1},    {6, 5},    {7, 5, 3}, {29, 2, 0}};
+
+// Half of the tags, most of the usual type, with values at the edges of what they mean.
+template <std::size_t Size>
+std::vector<Tiff::Entry> randomEntries(Random& random, const Tiff& tiff, const UsualTag (&tags)[Size]) {
+    static constexpr std::uint32_t Numbers[] = {0,   1,   2,     3,     4,          5,          6,         7,
+                                                8,   9,   10,    59,    60,         90,         100,       180,
+                                                255, 256, 65535, 65536, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
+    static const Bytes words[] = {"2024:06:21 ", "20:41:07", "1969:12:31", "24",          ":60",   "+02:00",
+                                  "-13:45",      "Z",        "0000",       "25",          "NIKON", "TV ",
+                                  "N",           "S",        "W",          "s\xC3\xA9",   "s\xE9", " ",
+                                  "1, 2",        "R98",      ";",          "\xE2\x82\xAC"};
+    std::vector<Tiff::Entry> entries;
+    for (const UsualTag& usual : tags) {
+        if (random.below(2) == 0) {
+            continue;
+        }
+        const unsigned type = random.below(8) == 0 ? random.below(14) : usual.type;
+        std::uint32_t count = random.below(8) == 0 ? random.below(4) : usual.count;
+        Bytes value;
+        if (type == 2) {
+            value = textOf(random, words, 5) + zeros(1);
+            count = static_cast<std::uint32_t>(value.size());
+        }
+        for (std::uint32_t i = 0; type != 2 && i < count * (type == 5 || type == 10 ? 2 : 1); ++i) {
+            const std::uint32_t number = random.below(6) == 0
+                                             ? random.next()
+                                             : Numbers[random.below(static_cast<std::uint32_t>(std::size(Numbers)))];
+            value += type == 1 || type == 6 || type == 7 ? Bytes(1, static_cast<char>(number))
+                     : type == 3 || type == 8            ? tiff.n16(number & 0xFFFF)
+                                                         : tiff.n32(number);
+        }
+        entries.push_back({usual.tag, type, count, value});
+    }
+    return entries;
+}
+
+inline Bytes randomPhoto(Random& random) {
+    Tiff tiff(random.below(2) == 0);
+    const std::uint32_t exif = tiff.add(randomEntries(random, tiff, ExifTags));
+    const std::uint32_t gps = tiff.add(randomEntries(random, tiff, GpsTags));
+    const std::uint32_t child = tiff.add(randomEntries(random, tiff, ImageTags));
+    const std::uint32_t next = tiff.add(randomEntries(random, tiff, ImageTags));
+    std::vector<Tiff::Entry> image = randomEntries(random, tiff, ImageTags);
+    image.push_back(tiff.longEntry(330, child));
+    image.push_back(tiff.longEntry(34665, exif));
+    image.push_back(tiff.longEntry(34853, gps));
+    return tiff.finish(tiff.add(image, next));
+}
+
 // Some patterns, with photographs missing, pauses at and around the limits, and a few that differ.
 inline Shoot randomShoot(Random& random) {
     static const Bytes patterns[] = {"0 -2 2 ",  "-2 0 2 ",          "0 -1 1 ",     "-4 -2 0 2 4 ",
