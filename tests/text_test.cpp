@@ -35,6 +35,8 @@ TEST_F(Text, PrintableCharactersAndOthers) {
         {"escape sequence", "\x1B[31m", "\\x1B[31m", 8, true},
         {"control character of two bytes", "\xC2\x9B", "\\xC2\\x9B", 8, true},
         {"line separator", "\xE2\x80\xA8", "\\xE2\\x80\\xA8", 12, true},
+        {"first and last marks", "\xD8\x9C\xE2\x80\x8E\xE2\x80\x8F\xE2\x80\xAA\xE2\x81\xA6\xE2\x81\xA9",
+         "\\xD8\\x9C\\xE2\\x80\\x8E\\xE2\\x80\\x8F\\xE2\\x80\\xAA\\xE2\\x81\\xA6\\xE2\\x81\\xA9", 68, true},
         {"mark that turns the direction", "a\xE2\x80\xAEgpj", "a\\xE2\\x80\\xAEgpj", 16, true},
         {"Latin-1", "F\xF6hn", "F\\xF6hn", 7, false},
         {"lone continuation", "\x80", "\\x80", 4, false},
