@@ -17,6 +17,15 @@ Bytes textOf(Random& random, const Bytes (&words)[Size], std::uint32_t most) {
     return text;
 }
 
+inline Bytes randomNumber(Random& random) {
+    static constexpr std::string_view Characters = "0123456789012345678901234567890123456789..eE+-\t\r ";
+    Bytes text = random.below(4) == 0 ? "-" : "";
+    for (std::uint32_t length = random.below(40) + 1; length > 0; --length) {
+        text += Characters[random.below(length > 30 ? 10 : std::uint32_t{Characters.size()})];
+    }
+    return text;
+}
+
 // Parts of XMP; `isWhole`: inside of rdf:RDF.
 inline Bytes randomPacket(Random& random, bool isWhole) {
     static const Bytes xmp[] = {"<dc:subject>",

@@ -2,6 +2,7 @@
 // named "libm" the library uses logarithms and powers of the C library, whose last bit differs between platforms; the
 // results are rounded to float or to two decimals.
 #include "testing/files.h"
+#include "testing/generated.h"
 #include "testing/golden.h"
 #include "testing/photographs.h"
 #include "tvmeta.h"
@@ -14,15 +15,6 @@
 using namespace test;
 
 namespace {
-
-Bytes randomNumber(Random& random) {
-    static constexpr std::string_view Characters = "0123456789012345678901234567890123456789..eE+-\t\r ";
-    Bytes text = random.below(4) == 0 ? "-" : "";
-    for (std::uint32_t length = random.below(40) + 1; length > 0; --length) {
-        text += Characters[random.below(length > 30 ? 10 : std::uint32_t{Characters.size()})];
-    }
-    return text;
-}
 
 float settingOf(std::int32_t method, const char* name, const Bytes& line, int slot) {
     const Bytes text = elementPacket(name, line) + '\0';
@@ -102,6 +94,33 @@ void addRecords(Results& results, const TempDir& dir) {
     }
 }
 
+// Random photographs, and the EXIF blocks of their records.
+void addPhotographs(Results& results, const TempDir& dir) {
+    Random random;
+    Digest digest;
+    for (int i = 1; i <= 4000; ++i) {
+        const Bytes photo = randomPhoto(random);
+        const bool isJpeg = i % 4 == 0;
+        const std::string path = dir.write("photo", isJpeg ? jpeg(exifSegment(photo)) : photo);
+        ExifInfo info;
+        digest.addRecord(getExifData(path.c_str(), isJpeg ? FILE_TYPE_JPEG : FILE_TYPE_TIFF, &info));
+        MetadataBuf metadata = {};
+        GpsBuf gps = {};
+        metadataBufFromExifInfo(&info, &metadata, &gps);
+        std::int32_t n[9];
+        char make[64] = {};
+        get_exif_count(&metadata, &n[0], &n[1], &gps, &n[2], &n[3], &n[4], &n[5], &n[6], &n[7], &n[8], make);
+        Bytes block(4000, '\0');
+        digest.addRecord(
+            write_exif_buf(n[0], n[1], n[2], n[3], n[4], n[5], n[6], n[7], i % 10, &metadata, &gps, make, raw(block)));
+        digest.addRecord(info);
+        digest.add(block);
+        if (i % 100 == 0) {
+            results.add("generated", digest.value());
+        }
+    }
+}
+
 void addFiles(Results& results, const TempDir& dir) {
     Random random;
     ExifInfo info;
@@ -134,6 +153,7 @@ TEST(Golden, ResultsAreTheSameOnEveryPlatform) {
     addPackets(results);
     addStatistics(results);
     addRecords(results, dir);
+    addPhotographs(results, dir);
     addFiles(results, dir);
     results.compare("functions");
 }
