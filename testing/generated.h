@@ -159,10 +159,11 @@ inline Bytes randomPhoto(Random& random) {
 
 // Some patterns, with photographs missing, pauses at and around the limits, and a few that differ.
 inline Shoot randomShoot(Random& random) {
-    static const Bytes patterns[] = {"0 -2 2 ",  "-2 0 2 ",          "0 -1 1 ",     "-4 -2 0 2 4 ",
-                                     "0 -2 ",    "0 -0.7 0.7 ",      "0 ",          "-1 ",
-                                     "? ",       "0/0 -2/0 2/0 ",    "2 0 -2 ",     "0 -1 1 -2 2 -3 3 ",
-                                     "10 8 12 ", "12/0 10/-2 12/2 ", "0.3 0.6 0.9 "};
+    static const Bytes patterns[] = {"0 -2 2 ",  "-2 0 2 ",          "0 -1 1 ",      "-4 -2 0 2 4 ",
+                                     "0 -2 ",    "0 -0.7 0.7 ",      "0 ",           "-1 ",
+                                     "? ",       "0/0 -2/0 2/0 ",    "2 0 -2 ",      "0 -1 1 -2 2 -3 3 ",
+                                     "10 8 12 ", "12/0 10/-2 12/2 ", "0.3 0.6 0.9 ", "-2/-4 -2/-2 0/0 2/2 2/4 ",
+                                     "20 18 22 "};
     static const Bytes pauses[] = {"0s ", "0.1s ", "0.3s ", "0.5s ", "1.5s ", "3s ",  "8s ",  "20s ", "1s ",  "2s ",
                                    "4s ", "5s ",   "6s ",   "9.5s ", "15s ",  "16s ", "31s ", "60s ", "61s ", "-1s "};
     static const Bytes modes[] = {"bracket ", "auto ",  "manual ", "unmarked ", "bias ",  "level ",

@@ -82,7 +82,7 @@ TEST(Brackets, HonoursRecordSizes) {
         tvmeta_Shot shot;
         char more[24];
     };
-    const Shoot shoot = Photographer().take("bracket bias fine 0 -2 2");
+    const Shoot shoot = Photographer().take("bracket bias fine 0 .5s -2 .5s 2");
     std::vector<LargerShot> larger;
     for (const tvmeta_Shot& shot : shoot.shots) {
         larger.push_back({shot, {}});
@@ -95,7 +95,8 @@ TEST(Brackets, HonoursRecordSizes) {
         int64_t shots;
     } sets[3] = {{sizeof(SmallerSet), 0, 0}, {1, 2, 3}, {}};
     auto* const setRecords = reinterpret_cast<tvmeta_BracketSet*>(sets);
-    EXPECT_EQ(tvmeta_find_brackets(&larger[0].shot, 3, nullptr, members, setRecords), 1);
+    const tvmeta_BracketOptions countAlone = {8, 0, 0};
+    EXPECT_EQ(tvmeta_find_brackets(&larger[0].shot, 3, &countAlone, members, setRecords), 1);
     EXPECT_EQ(sets[0].shots, 3);
     EXPECT_EQ(sets[1].shots, 3) << "written beyond the record";
 
