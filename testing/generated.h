@@ -168,7 +168,11 @@ inline Shoot randomShoot(Random& random) {
                                    "4s ", "5s ",   "6s ",   "9.5s ", "15s ",  "16s ", "31s ", "60s ", "61s ", "-1s "};
     static const Bytes modes[] = {"bracket ", "auto ",  "manual ", "unmarked ", "bias ",  "level ",
                                   "fine ",    "whole ", "nikon ",  "f0 ",       "noiso ", "iso "};
-    Bytes words = textOf(random, modes, 4);
+    static const Bytes cameras[] = {"bracket bias fine ",     "bracket level fine ", "bracket bias whole ",
+                                    "auto bias fine ",        "auto level fine ",    "nikon auto bias fine ",
+                                    "nikon auto bias whole ", "manual level fine ",  ""};
+    Bytes words = cameras[random.below(static_cast<std::uint32_t>(std::size(cameras)))];
+    words += textOf(random, modes, 3);
     for (std::uint32_t parts = random.below(4) + 1; parts > 0; --parts) {
         Bytes pattern = patterns[random.below(static_cast<std::uint32_t>(std::size(patterns)))];
         if (random.below(3) == 0) { // pressed slowly
