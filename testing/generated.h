@@ -1,4 +1,4 @@
-// Random packets, IPTC blocks and shoots.
+// Random numbers as text, packets, IPTC blocks, photographs and shoots.
 #pragma once
 
 #include "testing/golden.h"
@@ -12,11 +12,12 @@ template <std::size_t Size>
 Bytes textOf(Random& random, const Bytes (&words)[Size], std::uint32_t most) {
     Bytes text;
     for (std::uint32_t count = random.below(most); count > 0; --count) {
-        text += words[random.below(Size)];
+        text += random.oneOf(words);
     }
     return text;
 }
 
+// Digits with what may follow them in a number, and space.
 inline Bytes randomNumber(Random& random) {
     static constexpr std::string_view Characters = "0123456789012345678901234567890123456789..eE+-\t\r ";
     Bytes text = random.below(4) == 0 ? "-" : "";
@@ -132,9 +133,7 @@ std::vector<Tiff::Entry> randomEntries(Random& random, const Tiff& tiff, const U
             count = static_cast<std::uint32_t>(value.size());
         }
         for (std::uint32_t i = 0; type != 2 && i < count * (type == 5 || type == 10 ? 2 : 1); ++i) {
-            const std::uint32_t number = random.below(6) == 0
-                                             ? random.next()
-                                             : Numbers[random.below(static_cast<std::uint32_t>(std::size(Numbers)))];
+            const std::uint32_t number = random.below(6) == 0 ? random.next() : random.oneOf(Numbers);
             value += type == 1 || type == 6 || type == 7 ? Bytes(1, static_cast<char>(number))
                      : type == 3 || type == 8            ? tiff.n16(number & 0xFFFF)
                                                          : tiff.n32(number);
@@ -144,6 +143,7 @@ std::vector<Tiff::Entry> randomEntries(Random& random, const Tiff& tiff, const U
     return entries;
 }
 
+// A TIFF photograph with another page, a child and EXIF data.
 inline Bytes randomPhoto(Random& random) {
     Tiff tiff(random.below(2) == 0);
     const std::uint32_t exif = tiff.add(randomEntries(random, tiff, ExifTags));
@@ -171,12 +171,12 @@ inline Shoot randomShoot(Random& random) {
     static const Bytes cameras[] = {"bracket bias fine ",     "bracket level fine ", "bracket bias whole ",
                                     "auto bias fine ",        "auto level fine ",    "nikon auto bias fine ",
                                     "nikon auto bias whole ", "manual level fine ",  ""};
-    Bytes words = cameras[random.below(static_cast<std::uint32_t>(std::size(cameras)))];
+    Bytes words = random.oneOf(cameras);
     words += textOf(random, modes, 3);
     for (std::uint32_t parts = random.below(4) + 1; parts > 0; --parts) {
-        Bytes pattern = patterns[random.below(static_cast<std::uint32_t>(std::size(patterns)))];
+        Bytes pattern = random.oneOf(patterns);
         if (random.below(3) == 0) { // pressed slowly
-            const Bytes& pause = pauses[random.below(static_cast<std::uint32_t>(std::size(pauses)))];
+            const Bytes& pause = random.oneOf(pauses);
             pattern.insert(pattern.find(' ') + 1, random.below(2) == 0 ? pause : "1s ");
             pattern.insert(pattern.rfind(' ') + 1, pause);
         }

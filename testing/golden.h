@@ -18,6 +18,10 @@ class Random {
   public:
     std::uint32_t next() { return static_cast<std::uint32_t>(engine_() >> 32); }
     std::uint32_t below(std::uint32_t limit) { return next() % limit; }
+    template <typename Value, std::size_t Size>
+    const Value& oneOf(const Value (&values)[Size]) {
+        return values[below(Size)];
+    }
 
   private:
     std::linear_congruential_engine<std::uint64_t, 6364136223846793005U, 1442695040888963407U, 0> engine_;

@@ -1,5 +1,5 @@
-// Results of generated inputs of the functions of tvmeta_photo.h: kept tags, results of damaged photographs, keywords,
-// brackets. The reader's are in photo_hostile_test.
+// Results of generated inputs of the functions of tvmeta_photo.h: random photographs and texts, kept tags, results of
+// damaged photographs, keywords, brackets. Those of damaged photographs are in photo_hostile_test.
 #include "testing/generated.h"
 #include "testing/golden.h"
 #include "testing/photo_sources.h"
