@@ -26,8 +26,9 @@
  * - Ownership: records, buffers and streams belong to the caller. No pointer is kept after a call. A function
  *   with a path argument opens and closes the file itself. A function with a stream argument starts at the
  *   stream's position and leaves the stream open; the stream must be seekable and opened in binary mode.
- * - Results: each function lists all of its results. Negative results are failures. No exception leaves the
- *   library, errno is not part of a result, and nothing depends on the locale of the process.
+ * - Results: each function lists all of its results. Negative results are failures, except numbers that are read
+ *   from a file (fgetmi4(), fgetm4(), parse_image_description()). No exception leaves the library, errno is not
+ *   part of a result, and nothing depends on the locale of the process.
  * - Messages: a few failures also print one line to stderr. The line is quoted at the result.
  * - Null pointers: an argument may be null only where its description says so. Elsewhere a null pointer gives
  *   the result listed for it; outputs are as after any other failure.
@@ -92,7 +93,7 @@ enum { FILE_TYPE_TIFF = 0, FILE_TYPE_JPEG = 1, FILE_TYPE_PSD = 2 };
  * An offset from a directory (TIFF tags 700 and 33723) counts from the TIFF header: in a TIFF file from the start
  * of the file, but not in a JPEG or PSD file. tvmeta_read_photo() gives positions in the file for all of them. */
 typedef struct ExifInfo {
-    int32_t exposureSource;           /**< 2: exposure came from the image description; else 0 */
+    int32_t exposureSource;           /**< 2: the image description has plausible values; else 0 */
     float exposureTime;               /**< seconds */
     float fNumber;                    /**< f-number */
     int32_t isoSpeed;                 /**< ISO speed */
@@ -219,7 +220,7 @@ enum {
  * @param info  receives the metadata; cleared first, whatever the result. Null: -1.
  * @retval 1  GET_EXIF_OK: the record contains what was found, which may be nothing
  * @retval -1  GET_EXIF_UNREADABLE: the file cannot be opened. JPEG: no start-of-image marker; a segment length
- *   below 2 ("invalid marker"); five fill bytes in a row, or the end of the file, where a marker is expected
+ *   below 2 ("invalid marker"); five bytes FF in a row, or the end of the file, where a marker is expected
  *   ("too many padding bytes"). PSD: shorter than 4 bytes; the image resources end, break or point backwards
  *   before the EXIF resource
  * @retval -2  GET_EXIF_WRONG_SIGNATURE: a JPEG without an APP1 segment before its image data; a PSD without
@@ -227,16 +228,18 @@ enum {
  *   the file type of a TIFF file (on Windows -1)
  * @retval -3  GET_EXIF_UNSUPPORTED: a PSD with fewer than 3 channels or not in RGB; a TIFF magic number other
  *   than 42
- * @retval -10  GET_EXIF_BROKEN_CHAIN: the chain of JPEG segments breaks after the EXIF segment
+ * @retval -10  GET_EXIF_BROKEN_CHAIN: the chain of JPEG segments breaks, or has fill bytes, before the first APP13
+ *   segment and the image data
  * @failure the record is cleared, with two exceptions. A JPEG whose EXIF segment contains no TIFF structure
  *   keeps the lens name and the XMP fields. If only the search for the Photoshop segment of a JPEG fails (-10,
  *   or -1 for an invalid marker), the record is complete apart from that segment. An invalid marker among the
  *   ten that are searched for the XMP packet is found earlier: the record is cleared.
  * @limits a read error counts as the end of the file, so the result can be 1 with a partial record. Three image
- *   directories; 2^20 entries of EXIF and GPS directories; 64 MiB of ImageDescription and Photoshop payloads.
- *   Anything beyond is skipped. In a JPEG only the first APP1 segment can contain EXIF data, and only the next
- *   APP1 within ten markers the XMP packet; its position is recorded only if it contains processing settings.
- *   TIFF and PSD files: the position of the packet is always recorded.
+ *   directories; 2^20 entries of EXIF and GPS directories; 64 MiB of ImageDescription and Photoshop payloads,
+ *   and the rest of the payload that exceeds them. Anything beyond is skipped. In a JPEG only the first APP1
+ *   segment can contain EXIF data, and only the next APP1 within ten markers the XMP packet; its position is
+ *   recorded only if it contains processing settings. TIFF and PSD files: the position of the packet is always
+ *   recorded.
  * @standard TIFF 6.0; EXIF 2.3; JPEG (ITU-T T.81); XMP storage in files; Photoshop file format.
  */
 TVMETA_API int32_t getExifData(const char* path, int32_t fileType, ExifInfo* info) TVMETA_NOEXCEPT;
@@ -381,7 +384,7 @@ enum {
  *   the byte is not zero. A used packet of which no byte is left gives a file without XMP. The pointer may be
  *   null if the length is 0; else null: -6.
  * @param path  file to create or overwrite. Null: -6.
- * @retval >=0  rows in the last block written (the height if the image fits in one block of 1 MiB)
+ * @retval >=0  rows in the last block written (the height if the image with all channels fits in one block of 1 MiB)
  * @retval -1  BUF2TIF_CANNOT_OPEN: the file cannot be opened ("Could not open for writing file:", two spaces
  *   and the path). BUF2TIF_NO_MEMORY: no memory for the XMP packet or the directory; the file is unchanged
  * @retval -2  BUF2TIF_HEADER_FAILED: the header cannot be written
@@ -407,9 +410,8 @@ TVMETA_API int32_t buf2tif(const void* pixels, const TifImageInfo* info, int32_t
  * @param exifCount,exifBytes  receive the entries of the EXIF directory (0 to 5) and the bytes of its values.
  *   Null: 0.
  * @param gpsCount,gpsBytes  receive the same for the GPS directory (0 to 9 entries). Null: 0.
- * @param modelCount,makeCount,dateCount,gpsDateCount  receive the TIFF ASCII counts of the texts, terminator
- *   included; 0 for an empty text. Null: 0.
- * @param lensCount  receives the bytes of the lens name for the settings packet. Null: 0.
+ * @param modelCount,makeCount,dateCount,gpsDateCount,lensCount  receive the sizes of the texts, terminator included;
+ *   0 for an empty text. A model or lens of 64 bytes has 63, without a terminator; any GPS date has 11. Null: 0.
  * @param make  receives the camera make; 64 bytes, cleared first. Null: 0.
  * @return exifCount + gpsCount. 0 also for a null argument; nothing is changed then.
  */
@@ -794,7 +796,7 @@ enum { ADD_KEYWORD_REJECTED = -1 };
 
 /**
  * Adds a keyword to an IPTC block: after its last keyword; without keywords, after its last dataset of record
- * 2; in an empty block, after a new record version.
+ * 2, or else after its first dataset; in an empty block, after a new record version.
  *
  * @param length  bytes of the block.
  * @param block  the block. May be null if length is 0; else null: -1.
@@ -806,7 +808,8 @@ enum { ADD_KEYWORD_REJECTED = -1 };
  * @retval -1  ADD_KEYWORD_REJECTED: the preceding dataset ends after the block, a length is negative, the block
  *   has 1 to 4 bytes, or the keyword has more than 32767 bytes
  * @failure out is unchanged.
- * @limits datasets of record 2 are found by their first bytes; the block is not walked.
+ * @limits datasets of record 2 are found by their first bytes; the block is not walked. A keyword at the start of the
+ *   block does not count as one, and an empty dataset at its end is not seen.
  * @standard IPTC-IIM 4.1, datasets 2:00 and 2:25.
  */
 TVMETA_API int32_t add_iptc_keyword(int32_t length, const unsigned char* block, int32_t keywordLength,
@@ -826,8 +829,8 @@ enum { HDR_BAD_ARGUMENTS = -4 };
  * @param pixels  for each row, four planes of width bytes: the mantissas of blue, green and red, then the
  *   exponents. The luminance of a pixel with exponent e is ((19 b + 183 g + 54 r) >> 8) * 2^(e - 128); e = 0
  *   means no light. May be null if there are no pixels; else null: -4.
- * @param results  receives 3 floats: the minimum (99999997952 if no value is positive), the maximum (0 if none
- *   is), and the mean of the pixels whose exponent is not 0 (0 if there are none). Null: -4.
+ * @param results  receives 3 floats: the minimum (99999997952 if no positive value is below it), the maximum (0 if no
+ *   value is positive), and the mean of the pixels whose exponent is not 0 (0 if there are none). Null: -4.
  * @retval height  success (0 if the height is negative)
  * @retval -4  HDR_BAD_ARGUMENTS: a null pointer
  * @failure results is unchanged.
@@ -885,7 +888,7 @@ TVMETA_API int32_t fgetm4(FILE* stream) TVMETA_NOEXCEPT;
  * @param info  receives the values found; other fields are unchanged. Null: 1.
  * @retval 1  always
  * @limits an entry beyond the end of the file, or one that cannot be read, has the end-of-file values of fgetmi2()
- *   and fgetmi4(). An offset before the start of the file leaves the stream where it is. 2^20 entries.
+ *   and fgetmi4(). An offset before the start of the file leaves the stream where it is.
  * @standard EXIF 2.3, section 4.6.
  */
 TVMETA_API int32_t parse_exif_data(FILE* stream, int32_t ignored, int32_t byteOrder, int32_t tiffBase,
@@ -945,7 +948,8 @@ enum { TIF_TAG_NOT_FOUND = -1, TIF_TAG_NOT_TIFF = -2, TIF_TAG_SEEK_FAILED = -3 }
  * @retval -1  TIF_TAG_NOT_FOUND: no directory has it; or the chain of directories is a loop, or has more than
  *   2^16 directories or 2^22 entries, and none of those searched has it; or its first entry is beyond 2^31 - 1
  * @retval -2  TIF_TAG_NOT_TIFF: the file does not start with "II" and 42, or a directory is empty
- * @retval -3  TIF_TAG_SEEK_FAILED: the offset of a directory is 2^31 or more
+ * @retval -3  TIF_TAG_SEEK_FAILED: the offset of a directory is 2^31 or more, or the file ends before the end of a
+ *   directory
  * @failure count and value are unchanged.
  * @limits a read error counts as the end of the file.
  * @standard TIFF 6.0, section 2.
