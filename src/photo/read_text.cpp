@@ -4,6 +4,7 @@
 #include "photo/open_photo.h"
 #include "photo/xmp_text.h"
 #include "support/text_numbers.h"
+#include "support/text_search.h"
 #include "support/tiff_vocabulary.h"
 
 #include <algorithm>
@@ -35,41 +36,60 @@ static_assert(std::size(Places) == TVMETA_TEXT_SOFTWARE + 1);
 
 constexpr std::size_t MaxTagText = 1 << 16;
 
+// The start of a text in a tag, zeros where it cannot be read; empty if there is none.
+ZeroedBuffer loadText(OpenPhoto& photo, const tvmeta_Tag* tag) {
+    ZeroedBuffer buffer(tag != nullptr ? static_cast<std::size_t>(std::min<std::uint64_t>(tag->count, MaxTagText)) : 0);
+    photo.layout.isWithoutMemory |= !buffer;
+    if (tag != nullptr) {
+        readBytes(photo.reader, *tag, {buffer.text(), buffer.size()});
+    }
+    return buffer;
+}
+
 // Pairs outside of the first plane are rare, and become two replacement characters.
-void putWide(std::string_view bytes, int index, TextWriter& writer) {
+void putWide(std::string_view bytes, TextWriter& writer) {
     for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
         const auto unit =
             static_cast<char32_t>(static_cast<unsigned char>(bytes[i]) | static_cast<unsigned char>(bytes[i + 1]) << 8);
         if (unit == 0) {
             return;
         }
-        if (unit == U';') { // between keywords
-            --index;
-        } else if (index == 0) {
-            writer.put(unit >= 0xD800 && unit <= 0xDFFF ? U'\uFFFD' : unit);
-        }
+        writer.put(unit >= 0xD800 && unit <= 0xDFFF ? U'\uFFFD' : unit);
     }
 }
 
+// The item at an index of a list with semicolons; empty items do not count.
+std::string_view itemOf(std::string_view list, int index) {
+    while (!list.empty()) {
+        const std::size_t end = std::min(list.find(';'), list.size());
+        const std::string_view item = trimmed({list.data(), end});
+        if (!item.empty() && index-- == 0) {
+            return item;
+        }
+        list = textFrom(list, end + 1);
+    }
+    return {};
+}
+
 void putTag(OpenPhoto& photo, const TagSet& tags, const TextPlace& place, int index, TextWriter& writer) {
+    constexpr std::size_t MaxBytesOfPair = 3; // in UTF-8
     const tvmeta_Tag* const tag = tags.image(place.tag);
-    const tvmeta_Tag* const wide = tags.image(place.wideTag);
-    if (tag != nullptr && index == 0 && place.tag == tiff_tag::Rating) {
+    if (tag != nullptr && place.tag == tiff_tag::Rating) {
         return writer.put(PrintedInteger(readInteger(photo.reader, *tag).value_or(0)).text());
     }
-    const bool isWide = tag == nullptr || index > 0;
-    const tvmeta_Tag* const chosen = isWide ? wide : tag;
-    if (chosen == nullptr) {
-        return;
+    ZeroedBuffer text = loadText(photo, tag);
+    const std::string_view start(text.text(), text.size());
+    if (const std::string_view narrow = trimmed(start.size() == MaxTagText ? wholeCharacters(start) : start);
+        !narrow.empty()) {
+        return putText(writer, narrow);
     }
-    ZeroedBuffer buffer(static_cast<std::size_t>(std::min<std::uint64_t>(chosen->count, MaxTagText)));
+    ZeroedBuffer pairs = loadText(photo, tags.image(place.wideTag));
+    ZeroedBuffer buffer(pairs.size() / 2 * MaxBytesOfPair);
     photo.layout.isWithoutMemory |= !buffer;
-    const std::string_view text(buffer.text(), readBytes(photo.reader, *chosen, {buffer.text(), buffer.size()}));
-    if (isWide) {
-        putWide(text, index, writer);
-    } else {
-        putText(writer, trimmed(chosen->count > text.size() ? wholeCharacters(text) : text));
-    }
+    TextWriter converted({buffer.text(), buffer.size()});
+    putWide({pairs.text(), pairs.size()}, converted);
+    const std::string_view wide = trimmed({buffer.text(), converted.written()});
+    writer.put(place.wideTag == tiff_tag::XpKeywords ? itemOf(wide, index) : wide);
 }
 
 void putFirst(OpenPhoto& photo, const TagSet& tags, const TextPlace& place, int index, TextWriter& writer) {
