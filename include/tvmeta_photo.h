@@ -217,7 +217,8 @@ typedef struct tvmeta_Photo {
                               may be present from another tag, or cut */
     int64_t brokenAt;    /**< position of the first damage of the container; -1: none was found */
     int32_t width;       /**< pixels of the main image, before it is turned. TIFF: of the widest image that is neither
-                              reduced nor a mask. RAF: of its preview. RW2: inside of the sensor's borders */
+                              reduced nor a mask; of two such pages at the start, of the first. RAF: of its preview.
+                              RW2: inside of the sensor's borders */
     int32_t height;      /**< see width */
     int32_t orientation; /**< TIFF orientation code of the main image, 1 to 8. HEIF and AVIF: from irot and imir, if
                               the image has one. JPEG XL: from its codestream. Else tag 274, never that of a
@@ -479,9 +480,10 @@ typedef struct tvmeta_Result {
 
 /** tvmeta_Loss.reason. */
 enum {
-    TVMETA_LOSS_BROKEN = 1,  /**< Outside of the file, of an unknown type, an offset (type 13), or beyond the limit of
-                                  64 MiB; of block TVMETA_EXIF: the file is damaged, and may have had more */
-    TVMETA_LOSS_PRIVATE = 2, /**< An unknown tag of a raw format or a program in the image directory */
+    TVMETA_LOSS_BROKEN = 1,     /**< Outside of the file, of an unknown type, an offset (type 13), of 64 bits (types 16
+                                     to 18), or beyond the limit of 64 MiB; of block TVMETA_EXIF: the file is damaged, and
+                                     may have had more */
+    TVMETA_LOSS_PRIVATE = 2,    /**< An unknown tag of a raw format or a program in the image directory */
     TVMETA_LOSS_MAKER_NOTE = 3, /**< A maker note that is of no format that can be moved, see tvmeta_save_tiff() */
     TVMETA_LOSS_BLOCK = 4,      /**< A block that is compressed or unreadable, a packet into which the settings cannot
                                      be inserted, or a profile for another number of channels */
@@ -525,8 +527,8 @@ TVMETA_API int32_t tvmeta_save_tiff(const tvmeta_Result* result, tvmeta_Loss* lo
 
 /**
  * Builds the directories of tvmeta_save_tiff() alone: a little-endian TIFF structure without pixels, profile, XMP and
- * IPTC. Of the members that describe those, icc, channels and bitsCode have an effect: on ColorSpace. An EXIF segment
- * of a JPEG has room for 65,527 bytes.
+ * IPTC. Of the members that describe those, width and height have an effect, and on ColorSpace icc, channels and
+ * bitsCode; the numbers of the pixels are not checked. An EXIF segment of a JPEG has room for 65,527 bytes.
  *
  * @param result  the result. Null, or members outside of what they accept: -6.
  * @param buffer  receives the block. Null: the size is measured.

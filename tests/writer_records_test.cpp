@@ -101,7 +101,7 @@ TEST(WriterRecords, OfPhotographs) {
         EXPECT_EQ(Words(gps.latitude, gps.latitude + 6), row.words.empty() ? Words(6) : row.words) << row.latitude;
         EXPECT_EQ(gps.longitude[0] == 0, row.words.empty());
         EXPECT_EQ(Bytes({gps.latitudeRef, gps.longitudeRef}), row.words.empty() ? zeros(2) : row.letters);
-        convert(TVMETA_LATITUDE, TVMETA_LATITUDE);
+        EXPECT_TRUE(convert(TVMETA_LATITUDE, TVMETA_LATITUDE));
         EXPECT_EQ(gps.latitudeRef, 0) << "without a longitude";
     }
     const struct {

@@ -153,18 +153,20 @@ void keepAltitude(double metres, std::int32_t (&altitude)[2]) {
     altitude[1] = value == 0 ? INT32_MAX : static_cast<std::int32_t>(Millimetres / common);
 }
 
-// Numbers that are no place, which only a caller can write into the record, are omitted.
+// Half of a place is omitted, and so are numbers that are none, which only a caller can write into the record.
 void keepPosition(const tvmeta_Photo& photo, GpsBuf& gps, Clamped& clamped) {
     constexpr double MaxAltitude = 2e6;
-    if (TVMETA_HAS(&photo, TVMETA_LATITUDE) && TVMETA_HAS(&photo, TVMETA_LONGITUDE)) {
-        if (std::fabs(photo.latitude) <= 90.0 && std::fabs(photo.longitude) <= 180.0) {
-            keepGroup(std::fabs(photo.latitude), gps.latitude);
-            keepGroup(std::fabs(photo.longitude), gps.longitude);
-            gps.latitudeRef = photo.latitude < 0.0 ? 'S' : 'N';
-            gps.longitudeRef = photo.longitude < 0.0 ? 'W' : 'E';
-        } else {
-            clamped.add(TVMETA_LATITUDE);
-            clamped.add(TVMETA_LONGITUDE);
+    if (TVMETA_HAS(&photo, TVMETA_LATITUDE) && TVMETA_HAS(&photo, TVMETA_LONGITUDE) &&
+        std::fabs(photo.latitude) <= 90.0 && std::fabs(photo.longitude) <= 180.0) {
+        keepGroup(std::fabs(photo.latitude), gps.latitude);
+        keepGroup(std::fabs(photo.longitude), gps.longitude);
+        gps.latitudeRef = photo.latitude < 0.0 ? 'S' : 'N';
+        gps.longitudeRef = photo.longitude < 0.0 ? 'W' : 'E';
+    } else {
+        for (const int field : {TVMETA_LATITUDE, TVMETA_LONGITUDE}) {
+            if (TVMETA_HAS(&photo, field)) {
+                clamped.add(field);
+            }
         }
     }
     if (TVMETA_HAS(&photo, TVMETA_ALTITUDE)) {
