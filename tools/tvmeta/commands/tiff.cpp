@@ -47,7 +47,7 @@ std::optional<std::string> photographOf(const Options& options) {
     if (!options.photo.empty()) {
         return options.photo;
     }
-    return options.image != "-" && isPhotograph(options.image) ? std::optional(options.image) : std::nullopt;
+    return isPhotograph(options.image) ? std::optional(options.image) : std::nullopt;
 }
 
 // Pixels are saved as they are, so unless chosen the orientation is that of the picture, which is upright without one.

@@ -90,14 +90,7 @@ void OutputFile::write(std::string_view bytes) {
 }
 
 std::string OutputFile::libraryPath() {
-    if (temporary) {
-        return temporary->path();
-    }
-    if (!target.isSpooled) {
-        isBegun = true;
-        return target.path;
-    }
-    return spool.emplace().path();
+    return temporary ? temporary->path() : spool.emplace().path();
 }
 
 void OutputFile::commit() {

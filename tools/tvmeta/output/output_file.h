@@ -33,7 +33,7 @@ class OutputFile {
     OutputTarget target;
     std::optional<TemporaryFile> temporary; // none for a target that is written directly
     File direct;
-    std::optional<SpoolFile> spool; // buffers the output of functions that cannot open such a target
+    std::optional<SpoolFile> spool; // the output of functions that open a file, also to read what they wrote
     bool isBegun = false;
 };
 

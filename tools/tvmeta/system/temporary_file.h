@@ -12,7 +12,6 @@ struct OutputTarget {
     std::string path;                   // with symbolic links followed
     bool exists = false;                // as a file that can be replaced
     bool isDirect = false;              // cannot be replaced: a device, a pipe or an open descriptor
-    bool isSpooled = false;             // cannot be opened by its path, or opening it truncates it
     std::optional<int> descriptor = {}; // the descriptor of this process that the path names
 };
 

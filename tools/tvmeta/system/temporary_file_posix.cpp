@@ -69,8 +69,6 @@ std::optional<OutputTarget> descriptorTarget(const std::string& name, const fs::
         failWithErrno(name);
     }
     OutputTarget target = {.name = name, .path = path.string(), .isDirect = true};
-    // A descriptor that another user has opened can be written, but not opened again.
-    target.isSpooled = S_ISREG(status.st_mode) || S_ISSOCK(status.st_mode) || !isWritable(target.path);
     target.descriptor = isOwn ? parseDescriptor(path.filename().string()) : std::nullopt;
     return target;
 }
@@ -140,7 +138,6 @@ OutputTarget resolveTarget(const std::string& name) {
             }
             target.exists = S_ISREG(status.st_mode);
             target.isDirect = !target.exists;
-            target.isSpooled = S_ISSOCK(status.st_mode);
             return target;
         }
         path = path.parent_path() / fs::read_symlink(path);
@@ -150,10 +147,8 @@ OutputTarget resolveTarget(const std::string& name) {
 }
 
 File openDirect(const OutputTarget& target) {
-    const int descriptor =
-        target.descriptor
-            ? fcntl(*target.descriptor, F_DUPFD_CLOEXEC, 0)
-            : open(target.path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC | (target.isSpooled ? O_APPEND : 0));
+    const int descriptor = target.descriptor ? fcntl(*target.descriptor, F_DUPFD_CLOEXEC, 0)
+                                             : open(target.path.c_str(), O_WRONLY | O_APPEND | O_NOCTTY | O_CLOEXEC);
     if (descriptor < 0) {
         failWithErrno(target.name);
     }

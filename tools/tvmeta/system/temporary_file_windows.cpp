@@ -117,7 +117,6 @@ OutputTarget resolveTarget(const std::string& name) {
     OutputTarget target = {.name = name, .path = name};
     if (name == StandardStream) {
         target.isDirect = true;
-        target.isSpooled = true;
         target.descriptor = _fileno(stdout);
         return target;
     }
