@@ -1,5 +1,6 @@
 // Results: XMP packets, pixels, invalid arguments and sources that fail.
 #include "testing/photo_sources.h"
+#include "testing/photographs_containers.h"
 #include "testing/results.h"
 #include "testing/tiff_fields.h"
 
@@ -312,6 +313,7 @@ TEST(ResultSource, EveryReadFailsInTurn) {
         ASSERT_EQ(saved.status, TVMETA_READ_FAILED) << call;
         ASSERT_EQ(saved.file, "old") << call;
     }
+    EXPECT_EQ(save(cr3()).losses, (Losses{{TVMETA_EXIF_DIRECTORY, 37500, TVMETA_LOSS_MAKER_NOTE}})) << "beside EXIF";
     const Saved unknown = save("no photograph");
     EXPECT_EQ(unknown.status, TVMETA_UNKNOWN_KIND);
     EXPECT_EQ(unknown.file, "old");

@@ -41,6 +41,9 @@ void readMetadata(SourceReader& reader, const Region& region, Layout& layout) {
         case boxType("CMT2"):
             layout.addStructure(box.content, Content::Exif);
             break;
+        case boxType("CMT3"):
+            layout.hasMakerNote = true;
+            break;
         case boxType("CMT4"):
             layout.addStructure(box.content, Content::Gps);
             break;

@@ -48,6 +48,7 @@ class Layout {
     std::int32_t height = 0;
     std::int32_t orientation = 0; // 0: a directory has it
     std::int64_t brokenAt = -1;   // the first place where the file is broken
+    bool hasMakerNote = false;    // outside of the directories
     bool isWithoutMemory = false; // an allocation has failed, so that something may be missing
 
     void markBroken(std::int64_t position) {

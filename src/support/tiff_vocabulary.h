@@ -102,6 +102,7 @@ inline constexpr std::uint16_t MaxApertureValue = 37381;
 inline constexpr std::uint16_t MeteringMode = 37383;
 inline constexpr std::uint16_t Flash = 37385;
 inline constexpr std::uint16_t FocalLength = 37386;
+inline constexpr std::uint16_t MakerNote = 37500;
 inline constexpr std::uint16_t SubSecTimeOriginal = 37521;
 inline constexpr std::uint16_t SubSecTimeDigitized = 37522;
 inline constexpr std::uint16_t FlashpixVersion = 40960;

@@ -2,6 +2,7 @@
 
 #include "photo/open_photo.h"
 #include "settings/packet_writer.h"
+#include "support/tiff_vocabulary.h"
 #include "writers/exif_directories.h"
 #include "writers/result_iptc.h"
 #include "writers/result_xmp.h"
@@ -67,6 +68,9 @@ std::int32_t readPhotograph(const tvmeta_Result& result, bool withBlocks, PhotoE
     }
     if (record.brokenAt >= 0) { // nobody knows what else the file has
         losses.addBlock(TVMETA_EXIF, TVMETA_LOSS_BROKEN);
+    }
+    if (photo.layout.hasMakerNote) {
+        losses.add(TVMETA_EXIF_DIRECTORY, exif_tag::MakerNote, TVMETA_LOSS_MAKER_NOTE);
     }
     if (photo.layout.isCompressed(TVMETA_EXIF)) {
         losses.addBlock(TVMETA_EXIF, TVMETA_LOSS_BLOCK);

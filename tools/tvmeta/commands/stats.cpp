@@ -275,7 +275,7 @@ Command statsCommand() {
                        "SVG file to write with the histogram; %s in its\nname means the name of the picture"),
                 Option({"--log"}, &options->isLogarithmic, "", "Logarithmic shares in --histogram and --plot"),
                 Option({"--linear"}, &options->isLinear, "",
-                       "The samples are linear light; else use the ICC\nprofile, or sRGB for integers without one"),
+                       "The samples are linear light, whatever the\npicture states or its ICC profile says"),
                 Option({"--allow-damaged"}, &options->allowDamage, "", "Measure what is left of a damaged JPEG"),
                 forceOption(options->force),
             },
