@@ -484,7 +484,8 @@ enum {
                                      to 18), or beyond the limit of 64 MiB; of block TVMETA_EXIF: the file is damaged, and
                                      may have had more */
     TVMETA_LOSS_PRIVATE = 2,    /**< An unknown tag of a raw format or a program in the image directory */
-    TVMETA_LOSS_MAKER_NOTE = 3, /**< A maker note that is of no format that can be moved, see tvmeta_save_tiff() */
+    TVMETA_LOSS_MAKER_NOTE = 3, /**< A maker note that is of no format that can be moved, see tvmeta_save_tiff(), or
+                                   that of a CR3 file */
     TVMETA_LOSS_BLOCK = 4,      /**< A block that is compressed or unreadable, a packet into which the settings cannot
                                      be inserted, or a profile for another number of channels */
     TVMETA_LOSS_XMP_LEFT = 5,   /**< A property (its tag) or the keywords (0) of XMP are unchanged: the packet has them

@@ -131,7 +131,7 @@ class Photo:
     rating: Optional[int] = None
     software: Optional[str] = None
     derived: frozenset[str] = frozenset()  # values computed from APEX values, an exposure index or a description
-    damaged: frozenset[str] = frozenset()  # values that are unreadable or impossible; "size" is width and height
+    damaged: frozenset[str] = frozenset()  # unreadable, impossible or cut values; "size" is width and height
     broken_at: Optional[int] = None  # position of the damage in a file of which a part could be read
     record: records.Photo = field(default_factory=records.Photo, repr=False, compare=False)
     source: Readable = field(default="", repr=False, compare=False)  # what was given to read()

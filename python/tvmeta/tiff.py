@@ -112,7 +112,7 @@ def save_tiff(
     software: Optional[str] = None,
     modify_date: Optional[datetime] = None,
 ) -> list[Loss]:
-    """Save pixels as an uncompressed TIFF file with metadata; BigTIFF if it is larger than 4 GiB.
+    """Save pixels as an uncompressed TIFF file with metadata; BigTIFF from 4 GiB on.
 
     `pixels` is an object with the buffer protocol and the shape (height, width) or (height, width,
     channels), such as a numpy array: uint8, uint16, float16 or float32 in native byte order. Three
