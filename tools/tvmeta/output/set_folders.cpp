@@ -205,9 +205,14 @@ class Journal {
         writeJournal(path, runs);
     }
 
-    // Drops the moves of the last run that were not made.
+    // Drops the moves of the last run that were not made, or were taken back.
     void prune() {
-        std::erase_if(runs.back(), [](const Move& move) { return isThere(move.from) && !isThere(move.to); });
+        if (runs.empty()) { // another program has removed the file
+            return;
+        }
+        std::erase_if(runs.back(), [](const Move& move) {
+            return isThere(move.from) && !isThere(move.to) && !isThere(movingPath(move.to));
+        });
         std::error_code error;
         const bool isEmpty = std::ranges::all_of(runs, &MoveRun::empty);
         isEmpty ? static_cast<void>(std::filesystem::remove(pathOf(path), error)) : writeJournal(path, runs);
@@ -301,21 +306,21 @@ void fillFolders(const std::string& folder, const std::vector<PlannedFolder>& pl
     if (std::ranges::none_of(plan, isNew)) {
         return;
     }
-    const bool isMade = fs::create_directories(pathOf(folder), error);
+    fs::create_directories(pathOf(folder), error);
     if (error) {
         throw Failure(folder, error.message());
     }
+    if (placement == Placement::Move) { // the hidden folder marks an unfinished run, so the journal comes first
+        Journal(folder).add(plan);
+    }
     try {
-        if (placement == Placement::Move) { // the hidden folder marks an unfinished run, so the journal comes first
-            Journal(folder).add(plan);
-        }
         fillAll(folder, plan, placement, report);
     } catch (const Failure&) {
         if (placement == Placement::Move) {
-            Journal(folder).prune();
-        }
-        if (isMade) {
-            fs::remove(pathOf(folder), error); // if it is empty
+            try {
+                Journal(folder).prune();
+            } catch (const Failure&) { // on a full disk; --undo ignores moves that were not made
+            }
         }
         throw;
     }
