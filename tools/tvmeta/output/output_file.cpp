@@ -115,8 +115,10 @@ const char* OutputFile::stateWithoutCommit() const {
 }
 
 void requireOther(const std::string& output, const std::string& input) {
-    const auto identity = input == StandardStream ? fileIdentity(stdin) : fileIdentity(input);
-    if (output != StandardStream && identity && identity == fileIdentity(output)) {
+    const bool isInput = input == StandardStream, isOutput = output == StandardStream;
+    const auto identity = isInput ? fileIdentity(stdin) : fileIdentity(input);
+    const bool areStreams = isInput && isOutput; // of one terminal, for example
+    if (!areStreams && identity && identity == (isOutput ? fileIdentity(stdout) : fileIdentity(output))) {
         throw Failure(output, "output is the same file as input");
     }
 }
