@@ -3,12 +3,14 @@
 #include "base/failure.h"
 #include "base/line_output.h"
 #include "commands/command_line.h"
+#include "system/paths.h"
 #include "system/system.h"
 #include "system/temporary_file.h"
 
 #include <tvmeta.h>
 
 #include <exception>
+#include <filesystem>
 #include <new>
 #include <string>
 
@@ -41,6 +43,8 @@ int run(int argc, char** argv) {
         return runCommandLine(tool(), argc, argv);
     } catch (const std::bad_alloc&) {
         complain("not enough memory");
+    } catch (const std::filesystem::filesystem_error& error) {
+        complain(nameOf(error.path1()) + ": " + error.code().message());
     } catch (const std::exception& error) {
         complain(error.what());
     }

@@ -7,6 +7,7 @@
 #include "output/set_folders.h"
 #include "photographs/photo_sets.h"
 #include "photographs/sidecars.h"
+#include "system/files.h"
 #include "system/paths.h"
 #include "system/system.h"
 
@@ -219,6 +220,9 @@ void placeSets(const BracketOptions& input, const PlacementOptions& options) {
 }
 
 void undoPlacement(const PlacementOptions& options) {
+    if (options.undo == StandardStream) {
+        throw WrongCommandLine("--undo changes its FILE, which therefore cannot be standard input");
+    }
     const fs::path folder = fs::absolute(pathOf(options.undo)).parent_path();
     const std::shared_ptr<const void> lock = lockOrWait(nameOf(folder));
     const size_t moved = undoMoves(options.undo); // which can fail

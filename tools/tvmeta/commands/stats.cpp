@@ -235,6 +235,9 @@ void showAll(const Options& options, const std::vector<Statistics>& all) {
 // Measures one picture after the other. A file that cannot be read or written does not stop the others.
 void showStatistics(const Options& options) {
     requirePlotNames(options);
+    if (options.paths.empty()) { // an empty list of names
+        complain("no picture found");
+    }
     std::vector<Statistics> all;
     bool isFailed = false;
     for (const std::string& path : options.paths) {

@@ -122,7 +122,7 @@ void writeThumbnails(const Options& options) {
 
 void writeOutputs(const Options& options) {
     std::error_code error;
-    const bool isFolder = options.names.size() > 1 || options.recursive;
+    const bool isFolder = options.names.size() != 1 || options.recursive; // a list of names can be empty
     if (isFolder && options.output == StandardStream) {
         throw WrongCommandLine("-o - requires one photograph");
     }
