@@ -60,6 +60,15 @@ CLI::Validator numberOf(const Option& option) {
         "");
 }
 
+// An empty value is usually a variable of a script that is not set. Without this check the option would be ignored.
+CLI::Validator valueOf(const Option& option) {
+    return CLI::Validator(
+        [option](const std::string& word) {
+            return word.empty() ? "expected " + option.value + " after it, found ''" : "";
+        },
+        "");
+}
+
 CLI::Option* addOption(CLI::App& app, const Option& option) {
     std::string names; // as CLI11 wants them
     for (const std::string& name : option.names) {
@@ -81,6 +90,9 @@ CLI::Option* addOption(CLI::App& app, const Option& option) {
     }
     if (option.rules.separator != '\0') {
         added->delimiter(option.rules.separator);
+    }
+    if (hasName(option) && !isFlag(option)) {
+        added->check(valueOf(option));
     }
     if (!option.rules.choices.empty()) {
         added->check(oneOf(option.rules.choices));
