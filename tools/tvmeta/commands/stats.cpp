@@ -21,6 +21,7 @@
 #include <cmath>
 #include <iostream>
 #include <memory>
+#include <new>
 #include <set>
 #include <string>
 #include <utility>
@@ -251,6 +252,9 @@ void showStatistics(const Options& options) {
             }
         } catch (const Failure& failure) {
             complain(failure.what());
+            isFailed = true;
+        } catch (const std::bad_alloc&) {
+            complain(path + ": not enough memory");
             isFailed = true;
         }
     }

@@ -10,6 +10,7 @@
 #include <deque>
 #include <future>
 #include <map>
+#include <new>
 #include <optional>
 
 namespace {
@@ -45,6 +46,8 @@ Outcome readOne(const PhotoFile& file, const Wanted& wanted) {
         return {.photo = std::move(photo), .problem = std::move(problem)};
     } catch (const Failure& failure) {
         return {.problem = failure.what()};
+    } catch (const std::bad_alloc&) {
+        return {.problem = file.path + ": not enough memory"};
     }
 }
 

@@ -9,7 +9,9 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <limits>
+#include <system_error>
 
 namespace {
 
@@ -73,8 +75,12 @@ File openFile(const std::string& path) {
 }
 
 Bytes readFile(const std::string& path) {
-    Bytes bytes = readStart(path, SizeLimit);
-    if (bytes.size() == SizeLimit) {
+    requireRegularFile(path);
+    std::error_code error;
+    const uintmax_t size = std::filesystem::file_size(pathOf(readablePath(path)), error);
+    const bool isTooLarge = !error && size >= SizeLimit; // unknown in /proc
+    Bytes bytes = isTooLarge ? Bytes() : readStart(path, SizeLimit);
+    if (isTooLarge || bytes.size() == SizeLimit) {
         throw Failure(path, "larger than 2 GiB");
     }
     return bytes;
