@@ -3,15 +3,13 @@
 #include "base/failure.h"
 #include "base/line_output.h"
 #include "commands/command_line.h"
-#include "system/paths.h"
+#include "system/files.h"
 #include "system/system.h"
 #include "system/temporary_file.h"
 
 #include <tvmeta.h>
 
 #include <exception>
-#include <filesystem>
-#include <new>
 #include <string>
 
 namespace {
@@ -41,12 +39,8 @@ int run(int argc, char** argv) {
         writeWholeLines();
         removeTemporaryFileOnSignals();
         return runCommandLine(tool(), argc, argv);
-    } catch (const std::bad_alloc&) {
-        complain("not enough memory");
-    } catch (const std::filesystem::filesystem_error& error) {
-        complain(nameOf(error.path1()) + ": " + error.code().message());
     } catch (const std::exception& error) {
-        complain(error.what());
+        complain(problemOf(error));
     }
     return Failed;
 }

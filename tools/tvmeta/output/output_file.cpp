@@ -13,7 +13,6 @@
 #include <cstring>
 #include <filesystem>
 #include <iostream>
-#include <new>
 #include <system_error>
 
 namespace {
@@ -147,9 +146,8 @@ void writeOutput(const Output& output, const std::vector<std::string>& inputs,
     } catch (const WrongCommandLine&) {
         throw;
     } catch (const std::exception& problem) {
-        const bool isMemory = dynamic_cast<const std::bad_alloc*>(&problem) != nullptr;
         const char* const state = file ? file->stateWithoutCommit() : exists ? "left unchanged" : "not written";
-        throw withState(isMemory ? "not enough memory" : problem.what(), output.path, state);
+        throw withState(problemOf(problem), output.path, state);
     }
 }
 

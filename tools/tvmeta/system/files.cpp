@@ -11,6 +11,7 @@
 #include <cstring>
 #include <filesystem>
 #include <limits>
+#include <new>
 #include <system_error>
 
 namespace {
@@ -29,6 +30,14 @@ std::unique_ptr<SpoolFile> spooledInput() {
 }
 
 } // namespace
+
+std::string problemOf(const std::exception& problem) {
+    if (dynamic_cast<const std::bad_alloc*>(&problem) != nullptr) {
+        return "not enough memory";
+    }
+    const auto* const file = dynamic_cast<const std::filesystem::filesystem_error*>(&problem);
+    return file == nullptr ? problem.what() : nameOf(file->path1()) + ": " + file->code().message();
+}
 
 void failWithErrno(const std::string& path) {
     throw Failure(path, std::strerror(errno));

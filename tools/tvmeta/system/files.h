@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <functional>
 #include <iterator>
 #include <memory>
@@ -40,6 +41,9 @@ Bytes readFile(const std::string& path);
 
 // Reads up to `length` bytes from the start of a file.
 Bytes readStart(const std::string& path, size_t length);
+
+// What an exception says, in the words of this tool.
+std::string problemOf(const std::exception& problem);
 
 // Throws Failure with the path and the system's reason.
 [[noreturn]] void failWithErrno(const std::string& path);
