@@ -153,6 +153,8 @@ def brackets(
     The result is a list of the sets. Photographs that are missing or damaged are in its `failures`,
     with the reason; other sets do not depend on them. A photograph takes some 800 bytes of memory.
     """
+    if isinstance(photos, (str, bytes, os.PathLike)):
+        raise TypeError("photos: a list of photographs is required, not one path")
     if gap is not None and not gap >= 0:
         raise ValueError(f"gap: seconds from 0 are required, not {gap}")
     if count is not None and count < 2:

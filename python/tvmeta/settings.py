@@ -242,7 +242,7 @@ class Settings(MutableMapping[str, Value]):
 
     @classmethod
     def _loads(cls, packet: bytes, path: Optional[AnyPath]) -> Settings:
-        text = bytes(packet)
+        text = memoryview(packet).tobytes()
         size = length_of(text) + 1
         method = library.get_settings_from_xmp(_DETECT, size, text, None, None)
         if method <= 0:

@@ -76,7 +76,8 @@ def _blocks(**blocks: Optional[bytes]) -> dict[str, object]:
     members: dict[str, object] = {}
     for name, block in blocks.items():
         if block is not None:
-            members.update({name: bytes(block), name + "Size": len(bytes(block))})
+            data = memoryview(block).tobytes()  # bytes() would make zeros of a number
+            members.update({name: data, name + "Size": len(data)})
     return members
 
 
@@ -132,7 +133,7 @@ def save_tiff(
     """
     name, _ = library_path(path)
     view = view_of(pixels)
-    picture = _picture(view, bytes(icc or b""))
+    picture = _picture(view, memoryview(icc or b"").tobytes())
     if resolution is not None and not 1 <= resolution <= _MAX_RESOLUTION:
         raise ValueError(f"resolution: 1 to {_MAX_RESOLUTION} is required, not {resolution}")
     if not 1 <= orientation <= 8:
