@@ -135,7 +135,7 @@ Command exifCommand() {
     const auto output = std::make_shared<Output>();
     return {
         .name = "exif",
-        .purpose = "Write camera, exposure and position as EXIF block",
+        .purpose = "Write the EXIF data of a photograph as a block",
         .options =
             {
                 Option({"PHOTO"}, photo.get(), "", "Photograph", {.isRequired = true}),
