@@ -80,7 +80,7 @@ typedef struct tvmeta_Source {
 } tvmeta_Source;
 
 /**
- * Opens a file as a source. Makes two system calls and no allocation.
+ * Opens a file as a source. On POSIX systems, makes two system calls and no allocation.
  *
  * @param path  regular file to read. Null: -6.
  * @param source  receives the source; all zero on failure. Close it with tvmeta_close(). Null: -6.
