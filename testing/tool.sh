@@ -1,8 +1,10 @@
 # shellcheck shell=bash disable=SC2034
-# Sourced by the tests of the tool. Arguments: the tool, the folder of examples, and the emulator of a foreign tool.
+# Sourced by the tests of the tool, which go on in a new folder. Arguments: the tool, the folder of examples, and the
+# emulator of a foreign tool.
 set -u
 tvmeta=$(realpath "$1")
 examples=$(realpath "$2")
+root=$(realpath "$(dirname "$0")/..")
 dir=$(mktemp -d)
 runner=$(mktemp)
 errors=$(mktemp)
@@ -13,6 +15,7 @@ if [ $# -gt 2 ]; then
     tvmeta=$runner
 fi
 failed=0
+cd "$dir" || exit 1
 
 fail() {
     echo "FAILED: $*" >&2
@@ -44,6 +47,31 @@ misuse() { complain 2 "$@"; }
 complain() {
     run "$1" "${@:3}"
     contains "messages of ${*:3}" "$2" "$messages"
+}
+# same EXPECTED FOUND
+same() { [ "$1" = "$2" ] || fail "expected: $1"$'\n'"found: $2"; }
+# samples TIFF: the bytes of its strip.
+samples() {
+    tail -c +9 "$1" | head -c "$(tiffinfo -s "$1" 2>/dev/null | sed -n 's/.*0: \[ *8, *\([0-9]*\)\]/\1/p')"
+}
+# refuse_cuts PICTURE...: none of their first quarters are read.
+refuse_cuts() {
+    local picture quarters
+    for picture in "$@"; do
+        for quarters in 0 1 2 3; do
+            head -c $(($(stat -c %s "$picture") * quarters / 4)) "$picture" >cut.file
+            refuse "cut.file: " "$tvmeta" tiff --force cut.file out.tif
+        done
+    done
+}
+# raf JPEG: a RAF file with this preview. Its header has the place and the size.
+raf() {
+    local size
+    size=$(stat -c %s "$1")
+    printf '%-84s\0\0\0\x94' "FUJIFILMCCD-RAW 0201"
+    printf '%b' "$(printf '\\x%02x' $((size >> 24)) $((size >> 16 & 255)) $((size >> 8 & 255)) $((size & 255)))"
+    head -c 56 /dev/zero
+    cat "$1"
 }
 # profile FILE NAME: writes a small ICC version 2 profile (ICC.1:2001-04) with a name of up to 31 characters.
 profile() {
