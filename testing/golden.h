@@ -97,4 +97,25 @@ class Results {
     std::map<Bytes, std::vector<std::uint64_t>> groups_;
 };
 
+// Adds the digest of all rounds so far after each of `perResult` rounds. A round is called with its number, from 1 on.
+template <typename Round>
+void addRounds(Results& results, const char* group, int rounds, int perResult, Round addRound) {
+    Random random;
+    Digest digest;
+    for (int round = 1; round <= rounds; ++round) {
+        addRound(round, random, digest);
+        if (round % perResult == 0) {
+            results.add(group, digest.value());
+        }
+    }
+}
+
+// The same, compared with a file of this name.
+template <typename Round>
+void compareRounds(const char* name, int rounds, int perResult, Round addRound) {
+    Results results;
+    addRounds(results, name, rounds, perResult, addRound);
+    results.compare(name);
+}
+
 } // namespace test

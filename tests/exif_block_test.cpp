@@ -47,35 +47,14 @@ TEST(MetadataRecord, RationalsTruncateAndSaturate) {
 }
 
 TEST(MetadataRecord, EveryFieldIsCopied) {
-    ExifInfo info = {};
-    info.exposureSource = 2;
-    info.exposureTime = 3.0F;
-    info.fNumber = 4.0F;
-    info.isoSpeed = 5;
-    info.focalLength = 6.0F;
-    info.focalLength35mm = 7;
-    info.focalPlaneXResolution = 8.0F;
-    info.focalPlaneResolutionUnit = 9;
-    info.thumbnailLength = 10;
-    info.thumbnailOffset = 11;
-    info.orientation = 12;
-    info.iptcLength = 13;
-    info.iptcOffset = 14;
-    info.xmpLength = 15;
-    info.xmpOffset = 16;
-    std::strcpy(info.model, "model");
-    std::strcpy(info.dateTimeOriginal, "date");
-    std::strcpy(info.lens, "lens");
-    info.gpsLatitudeRef = 'S';
-    info.gpsLongitudeRef = 'W';
-    info.gpsAltitudeRef = 1;
+    ExifInfo info = {2,  3,  4,   5,  6,   7,  8, 9,  "model", "date",       0,  0,  0,     10, 11, 12,
+                     13, 14, 'S', {}, 'W', {}, 1, {}, {},      "2013:05:01", 15, 16, "lens"};
     for (std::uint32_t i = 0; i < 6; ++i) {
         info.gpsLatitude[i] = 20 + i;
         info.gpsLongitude[i] = 30 + i;
         info.gpsTimeStamp[i] = 40 + i;
         info.gpsAltitude[i % 2] = 50 + i % 2;
     }
-    std::strcpy(info.gpsDateStamp, "2013:05:01");
     const MetadataBuf expected = {{300, 100}, {400, 100}, 5,  2,  {600, 100}, 7,  {800, 100}, 9,      11,
                                   10,         14,         13, 12, 16,         15, "model",    "date", "lens"};
     const std::int32_t place[] = {20, 21, 22, 23, 24, 25, 30, 31, 32, 33, 34, 35, 50, 51, 40, 41, 42, 43, 44, 45};

@@ -81,10 +81,7 @@ TEST(Golden, ResultsOfDamagedPhotographs) {
 
 TEST(Golden, Keywords) {
     const std::array<const char*, 3> keywords = {"lake", "fog", "s\xC3\xA9"};
-    Results results;
-    Random random;
-    Digest digest;
-    for (int round = 1; round <= 3000; ++round) {
+    compareRounds("keywords", 3000, 100, [&](int round, Random& random, Digest& digest) {
         const Bytes block = randomBlock(random), packet = randomPacket(random, round % 3 != 0);
         addSaved(digest, save("", [&](tvmeta_Result& result) {
                      result.keywords = keywords.data();
@@ -96,19 +93,12 @@ TEST(Golden, Keywords) {
                      result.method = round % 9 == 0 ? METHOD_FUSION_INTENSIVE : METHOD_NONE;
                      result.settings = Settings;
                  }));
-        if (round % 100 == 0) {
-            results.add("keywords", digest.value());
-        }
-    }
-    results.compare("keywords");
+    });
 }
 
 // Numbers that are calculated are rounded: their last bit differs between platforms.
 TEST(Golden, Photographs) {
-    Results results;
-    Random random;
-    Digest digest;
-    for (int round = 1; round <= 20000; ++round) {
+    compareRounds("photographs", 20000, 200, [&](int, Random& random, Digest& digest) {
         const Bytes photo = randomPhoto(random);
         auto [status, record] = readPhotoOf(photo);
         MetadataBuf metadata{};
@@ -125,11 +115,7 @@ TEST(Golden, Photographs) {
         digest.addRecord(gps);
         digest.addRecord(shot);
         digest.add(buildExif(photo));
-        if (round % 200 == 0) {
-            results.add("photographs", digest.value());
-        }
-    }
-    results.compare("photographs");
+    });
 }
 
 // The first keywords, or the title, of a photograph.
@@ -147,18 +133,11 @@ void addTexts(Digest& digest, const Bytes& packet, const Bytes& block, std::int3
 }
 
 TEST(Golden, Texts) {
-    Results results;
-    Random random;
-    Digest digest;
-    for (int round = 1; round <= 20000; ++round) {
+    compareRounds("texts", 20000, 500, [&](int round, Random& random, Digest& digest) {
         const Bytes block = randomBlock(random);
         addTexts(digest, randomPacket(random, round % 3 != 0), block, TVMETA_TEXT_KEYWORD);
         addTexts(digest, randomTitle(random), block, TVMETA_TEXT_TITLE);
-        if (round % 500 == 0) {
-            results.add("texts", digest.value());
-        }
-    }
-    results.compare("texts");
+    });
 }
 
 // Rounded: logarithms differ in their last bit between platforms.
@@ -174,17 +153,10 @@ void addBrackets(Digest& digest, const Brackets& found) {
 }
 
 TEST(Golden, Brackets) {
-    Results results;
-    Random random;
-    Digest digest;
-    for (int round = 1; round <= 40000; ++round) {
+    compareRounds("brackets", 40000, 400, [&](int round, Random& random, Digest& digest) {
         const Shoot shoot = randomShoot(random);
         addBrackets(digest, find(shoot.shots, {round % 10 == 0 ? 3 : 0, round % 11 == 0 ? 4.0 : -1}));
-        if (round % 400 == 0) {
-            results.add("brackets", digest.value());
-        }
-    }
-    results.compare("brackets");
+    });
 }
 
 } // namespace
