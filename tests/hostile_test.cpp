@@ -262,7 +262,7 @@ TEST(Hostile, Arguments) {
     char text[64] = "x";
     unsigned char bytes[64] = "x";
     const TifImageInfo image = {1, 1, 3, 8, 300, 0, 0, 1}, empty = {1, 0, 3, 8, 300, 0, 0, 1};
-    const TifImageInfo withProfile = {1, 1, 3, 8, 300, 5, 0, 1}, badProfile = {1, 1, 3, 8, 300, -5, 0, 1};
+    const TifImageInfo badProfile = {1, 1, 3, 8, 300, -5, 0, 1};
     const TempDir dir;
     const std::string outPath = dir.path("out.tif");
     const char* const out = outPath.c_str();
@@ -285,15 +285,10 @@ TEST(Hostile, Arguments) {
         CASE(get_settings_from_xmp(-1, INT32_MIN, text, nullptr, nullptr), -3),
         CASE(get_settings_from_xmp(-1, 9, nullptr, nullptr, nullptr), -3), CASE(hdrMinMax(0, 0, nullptr, nullptr), -4),
         CASE(insert_xmp(1, 11, settings, -64, 9, text), -1), CASE(insert_xmp(1, 11, settings, 64, -9, text), -1),
-        CASE(insert_xmp(0, INT32_MAX, settings, 0, 0, nullptr), -1),
-        CASE(save(&withProfile, nullptr, 0, nullptr, 0, 0, nullptr), -6),
         CASE(save(&badProfile, bytes, 0, nullptr, 0, 0, nullptr), -6),
-        CASE(save(&image, nullptr, 9, nullptr, 0, 0, nullptr), -6),
         CASE(save(&image, nullptr, -9, bytes, 0, 0, nullptr), -6),
         CASE(save(&image, nullptr, INT32_MAX, bytes, 0, 0, nullptr), -6),
-        CASE(save(&image, nullptr, 0, nullptr, 1, 0, nullptr), -6),
         CASE(save(&image, nullptr, 0, nullptr, 211, 0, nullptr), -6),
-        CASE(save(&image, nullptr, 0, nullptr, 0, 9, nullptr), -6),
         CASE(save(&image, nullptr, 0, nullptr, 0, -9, text), -6),
         CASE(write_exif_buf(0, 0, 0, 0, INT32_MAX, INT32_MAX, 0, 0, 1, &metadata, &gps, text, bytes), -1),
     // clang-format on
