@@ -4,7 +4,7 @@ import os
 from types import SimpleNamespace
 
 import pytest
-from conftest import bracket_photo
+from conftest import bracket_photo, write
 
 pytest.importorskip("distributed")
 from tvmeta import _archive_run as run  # noqa: E402
@@ -53,11 +53,6 @@ class Inline:
         if isinstance(future.error, Blind):
             future.error.args = (future.error.args[0], worker)
         return future
-
-
-def write(path, data):
-    path.parent.mkdir(parents=True, exist_ok=True)
-    path.write_bytes(data)
 
 
 def make_tree(root):

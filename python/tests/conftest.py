@@ -2,6 +2,7 @@
 
 import atexit
 import json
+import os
 import struct
 import subprocess
 from functools import lru_cache
@@ -60,6 +61,12 @@ def make_photo(tmp_path):
         return path
 
     return make
+
+
+def write(path, data):
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    with open(path, "wb") as file:
+        file.write(data)
 
 
 def bracket_photo(second, denominator, model=b"TV-100", year=b"2024"):

@@ -8,8 +8,8 @@ import sys
 from contextlib import nullcontext
 
 import pytest
-from archives import ALL, SIZE, Inline, index, make_tree, snapshot, write
-from conftest import SCENE, bracket_photo, exiftool
+from archives import ALL, SIZE, Inline, index, make_tree, snapshot
+from conftest import SCENE, bracket_photo, exiftool, write
 
 import tvmeta
 from tvmeta import _archive_part as part

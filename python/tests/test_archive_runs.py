@@ -14,8 +14,8 @@ from contextlib import suppress
 from pathlib import Path
 
 import pytest
-from archives import ALL, SIZE, Inline, index, make_tree, snapshot, write
-from conftest import bracket_photo
+from archives import ALL, SIZE, Inline, index, make_tree, snapshot
+from conftest import bracket_photo, write
 from distributed import Client
 
 import tvmeta
@@ -267,8 +267,7 @@ def test_failures(client, tmp_path, capsys):
     write(root / "cut.jpg", photo[:3000])
     write(root / "empty.JPG", b"")
     write(root / "flaky.jpg", b"x" * len(photo))
-    with open(os.path.join(os.fsencode(root), b"caf\xe9.jpg"), "wb") as file:
-        file.write(b"\xff\xd8\xff")
+    write(os.path.join(os.fsencode(root), b"caf\xe9.jpg"), b"\xff\xd8\xff")
     os.mkfifo(root / "fifo.jpg")
     (root / "loop.jpg").symlink_to(root)
     (root / "loop").symlink_to(root)

@@ -4,14 +4,9 @@ import os
 
 import numpy
 import pytest
-from conftest import SCENE, bracket_photo
+from conftest import SCENE, bracket_photo, write
 
 import tvmeta
-
-
-def write(path, data):
-    with open(path, "wb") as file:
-        file.write(data)
 
 
 @pytest.fixture

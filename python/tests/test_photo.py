@@ -12,7 +12,7 @@ from fractions import Fraction
 
 import numpy
 import pytest
-from conftest import SCENE, exiftool
+from conftest import SCENE, exiftool, write
 
 import tvmeta
 from tvmeta import _library
@@ -210,8 +210,7 @@ def test_fields_are_those_of_the_tool(tmp_path, make_photo):
     for number, (tags, _) in enumerate(VALUES):
         make_photo(*tags, name=f"{number}.jpg")
     for name in (b"caf\xe9", b"new\nline", "ot\u202eher".encode(), "no\u00a0break \u200d".encode()):
-        with open(os.path.join(os.fsencode(tmp_path), name), "wb") as file:
-            file.write(SCENE.read_bytes())
+        write(os.path.join(os.fsencode(tmp_path), name), SCENE.read_bytes())
     builder = os.environ.get("TVMETA_PHOTOGRAPH_FILES")  # of every container
     if builder:
         subprocess.run([builder, tmp_path], check=True)
