@@ -100,12 +100,14 @@ struct Bench {
         const std::map<Kind, Results> bufferResults = {
             {Allocation, {-1, -4, -1}}, {Open, {-1}}, {Write, {-2, -3, -12}}, {Close, {-12}}};
         const auto buffer = [this](std::int32_t channels) { return [=, this] { return save(channels, 8); }; };
+        const auto saveWhole = [this] { return saveResult(); };
+        const auto build = [this] { return buildExif(); };
+        const auto write = [this] { return write_xmp(out.c_str(), 11, settings); };
+        const auto patch = [this] { return replaceProfile(); };
         const std::int32_t unread = TVMETA_READ_FAILED, unwritten = TVMETA_WRITE_FAILED;
-        std::map<Kind, Results> exifResults = {{Allocation, {TVMETA_NO_MEMORY}},
-                                               {Open, {unread}},
-                                               {Status, {unread}},
-                                               {Read, {unread}},
-                                               {Close, {Success}}};
+        const Results failed = {unread}, noMemory = {TVMETA_NO_MEMORY}, closed = {Success};
+        std::map<Kind, Results> exifResults = {
+            {Allocation, noMemory}, {Open, failed}, {Status, failed}, {Read, failed}, {Close, closed}};
         std::map<Kind, Results> saveResults = exifResults;
         saveResults[Open] = {unread, unwritten};
         saveResults[Write] = {unwritten};
@@ -116,28 +118,10 @@ struct Bench {
         return {
             {"buf2tif", reset, buffer(3), hasOutput(8, saved), bufferResults, {}, isOldWithoutMemory},
             {"buf2tif, converting", reset, buffer(4), hasOutput(8, saved), bufferResults, {}, isOldWithoutMemory},
-            {"tvmeta_save_tiff",
-             reset,
-             [this] { return saveResult(); },
-             hasOutput(0, result),
-             saveResults,
-             {Success},
-             isOldIfUnread},
-            {"tvmeta_build_exif", reset, [this] { return buildExif(); }, isBlock, exifResults, {Success}},
-            {"write_xmp",
-             reset,
-             [this] { return write_xmp(out.c_str(), 11, settings); },
-             isPacket,
-             packetResults,
-             {},
-             isOldWithoutMemory},
-            {"update_tif_profile",
-             restore,
-             [this] { return replaceProfile(); },
-             hasOutput(7, replaced),
-             patchResults,
-             {Success, 0, -1},
-             hasProfile},
+            {"tvmeta_save_tiff", reset, saveWhole, hasOutput(0, result), saveResults, {Success}, isOldIfUnread},
+            {"tvmeta_build_exif", reset, build, isBlock, exifResults, {Success}},
+            {"write_xmp", reset, write, isPacket, packetResults, {}, isOldWithoutMemory},
+            {"update_tif_profile", restore, patch, hasOutput(7, replaced), patchResults, {Success, 0, -1}, hasProfile},
         };
     }
 };
