@@ -33,25 +33,9 @@ struct WorkBudget {
     void takePayload(std::int64_t size) { payloadBytes -= size; }
 };
 
-struct ExifSegment {
-    std::int32_t tiffBase; // file offset of the TIFF structure; 0 if the segment does not have the EXIF signature
-    std::int64_t end;
-};
-
-// Finds the first APP1 segment of a JPEG file, and moves after its signature. A failure is a result of getExifData.
-Result<ExifSegment> findExifSegment(StreamReader& reader);
-
-// Reads the XMP segment, which must be close to the EXIF segment: the lens name goes into the record, and the packet's
-// position if the packet contains processing settings. The reader is after the EXIF segment. Returns a result of
-// getExifData.
-std::int32_t readXmpSegment(StreamReader& reader, ExifInfo& info);
-
-// Reads the Photoshop segment in a second pass over the file. Returns a result of getExifData.
-std::int32_t readPhotoshopSegment(StreamReader& reader, WorkBudget& budget, ExifInfo& info);
-
-// Finds the TIFF structure in the EXIF resource of a Photoshop file, and moves to it. A failure is a result of
-// getExifData.
-Result<std::int32_t> findTiffInPsd(StreamReader& reader);
+// Read a file from its start. They return results of getExifData.
+std::int32_t readJpeg(StreamReader& reader, WorkBudget& budget, ExifInfo& info);
+std::int32_t readPsd(StreamReader& reader, WorkBudget& budget, ExifInfo& info);
 
 // Walks the image directories from the TIFF header on, where the reader is. Returns a result of getExifData.
 std::int32_t readImageDirectories(StreamReader& reader, std::int32_t tiffBase, std::int32_t fileType,

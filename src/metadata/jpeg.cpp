@@ -112,21 +112,9 @@ void readXmp(StreamReader& reader, ExifInfo& info) {
     }
 }
 
-} // namespace
-
-Result<ExifSegment> findExifSegment(StreamReader& reader) {
-    if (!startsImage(reader)) {
-        return Failure{GET_EXIF_UNREADABLE};
-    }
-    const Result<Segment> segment = findApp1(reader);
-    if (!segment) {
-        return Failure{segment.code()};
-    }
-    const bool isExif = readSignature(reader, ExifSignature);
-    return ExifSegment{isExif ? static_cast<std::int32_t>(reader.position()) : 0, segment->end()};
-}
-
-std::int32_t readXmpSegment(StreamReader& reader, ExifInfo& info) {
+// Reads the XMP segment, which must be close to the EXIF segment: the reader is after that. Returns false if the chain
+// of segments breaks.
+bool readXmpSegment(StreamReader& reader, ExifInfo& info) {
     for (int i = 0; i < XmpSearchMarkers; ++i) {
         const int code = readMarker(reader);
         if (marker::endsHeader(code) || code == marker::Prefix) {
@@ -137,12 +125,13 @@ std::int32_t readXmpSegment(StreamReader& reader, ExifInfo& info) {
             break;
         }
         if (!skipSegment(reader)) {
-            return GET_EXIF_UNREADABLE;
+            return false;
         }
     }
-    return GET_EXIF_OK;
+    return true;
 }
 
+// Reads the Photoshop segment in a second pass over the file. Returns a result of getExifData.
 std::int32_t readPhotoshopSegment(StreamReader& reader, WorkBudget& budget, ExifInfo& info) {
     reader.seek(0);
     if (!startsImage(reader)) {
@@ -165,6 +154,29 @@ std::int32_t readPhotoshopSegment(StreamReader& reader, WorkBudget& budget, Exif
         }
     }
     return GET_EXIF_BROKEN_CHAIN;
+}
+
+} // namespace
+
+std::int32_t readJpeg(StreamReader& reader, WorkBudget& budget, ExifInfo& info) {
+    if (!startsImage(reader)) {
+        return GET_EXIF_UNREADABLE;
+    }
+    const Result<Segment> app1 = findApp1(reader);
+    if (!app1) {
+        return app1.code();
+    }
+    const bool isExif = readSignature(reader, ExifSignature);
+    const std::int32_t tiffBase = isExif ? static_cast<std::int32_t>(reader.position()) : 0;
+    if (tiffBase > 0) {
+        reader.seek(app1->end());
+        if (!readXmpSegment(reader, info)) {
+            return GET_EXIF_UNREADABLE;
+        }
+        reader.seek(tiffBase);
+    }
+    const std::int32_t result = readImageDirectories(reader, tiffBase, FILE_TYPE_JPEG, budget, info);
+    return result == GET_EXIF_OK ? readPhotoshopSegment(reader, budget, info) : result;
 }
 
 } // namespace tvmeta

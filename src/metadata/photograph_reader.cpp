@@ -6,31 +6,6 @@
 
 using namespace tvmeta;
 
-namespace {
-
-std::int32_t readJpeg(StreamReader& reader, WorkBudget& budget, ExifInfo& info) {
-    const Result<ExifSegment> exif = findExifSegment(reader);
-    if (!exif) {
-        return exif.code();
-    }
-    if (exif->tiffBase > 0) {
-        reader.seek(exif->end);
-        if (readXmpSegment(reader, info) != GET_EXIF_OK) {
-            return GET_EXIF_UNREADABLE;
-        }
-        reader.seek(exif->tiffBase);
-    }
-    const std::int32_t result = readImageDirectories(reader, exif->tiffBase, FILE_TYPE_JPEG, budget, info);
-    return result == GET_EXIF_OK ? readPhotoshopSegment(reader, budget, info) : result;
-}
-
-std::int32_t readPsd(StreamReader& reader, WorkBudget& budget, ExifInfo& info) {
-    const Result<std::int32_t> base = findTiffInPsd(reader);
-    return base ? readImageDirectories(reader, *base, FILE_TYPE_PSD, budget, info) : base.code();
-}
-
-} // namespace
-
 void init_exifInfo(ExifInfo* info) noexcept {
     if (info != nullptr) {
         std::memset(info, 0, sizeof *info); // clears padding too: callers compare and store records as bytes

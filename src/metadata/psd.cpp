@@ -54,27 +54,25 @@ bool findExifResource(StreamReader& reader, std::int32_t sectionSize) {
 
 } // namespace
 
-Result<std::int32_t> findTiffInPsd(StreamReader& reader) {
+std::int32_t readPsd(StreamReader& reader, WorkBudget& budget, ExifInfo& info) {
     std::array<unsigned char, FileSignature.size()> signature{};
     if (reader.read(signature) < signature.size()) {
-        return Failure{GET_EXIF_UNREADABLE};
+        return GET_EXIF_UNREADABLE;
     }
     if (signature != FileSignature) {
-        return Failure{GET_EXIF_WRONG_SIGNATURE};
+        return GET_EXIF_WRONG_SIGNATURE;
     }
     reader.skip(VersionAndReserved);
-    if (reader.read16(ByteOrder::Big) < MinChannels) {
-        return Failure{GET_EXIF_UNSUPPORTED};
-    }
+    const std::uint16_t channels = reader.read16(ByteOrder::Big);
     reader.skip(SizeAndDepth);
-    if (reader.read16(ByteOrder::Big) != RgbColorMode) {
-        return Failure{GET_EXIF_UNSUPPORTED};
+    if (channels < MinChannels || reader.read16(ByteOrder::Big) != RgbColorMode) {
+        return GET_EXIF_UNSUPPORTED;
     }
     reader.skip(reader.read32(ByteOrder::Big)); // colour mode data
     if (!findExifResource(reader, reader.read32(ByteOrder::Big))) {
-        return Failure{GET_EXIF_UNREADABLE};
+        return GET_EXIF_UNREADABLE;
     }
-    return static_cast<std::int32_t>(reader.position());
+    return readImageDirectories(reader, static_cast<std::int32_t>(reader.position()), FILE_TYPE_PSD, budget, info);
 }
 
 } // namespace tvmeta
