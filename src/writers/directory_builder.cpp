@@ -1,9 +1,6 @@
 #include "writers/directory_builder.h"
 
-#include "support/packed_numbers.h"
-
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 
 namespace tvmeta {
@@ -34,25 +31,20 @@ DirectoryBuilder::Field& DirectoryBuilder::add(std::uint16_t tag, std::uint16_t 
     return field;
 }
 
-DirectoryBuilder::Field& DirectoryBuilder::addNumbers(std::uint16_t tag, std::uint16_t type, std::size_t count,
-                                                      std::size_t size) {
+ByteWriter DirectoryBuilder::addNumbers(std::uint16_t tag, std::uint16_t type, std::size_t count, std::size_t size) {
     requireRoom(size <= MaxNumbersSize);
-    return add(tag, type, count, size);
+    return ByteWriter(add(tag, type, count, size).numbers);
 }
 
-void DirectoryBuilder::addShort(std::uint16_t tag, std::uint16_t value) {
-    addShorts(tag, 1, value);
+void DirectoryBuilder::addNumber(std::uint16_t tag, std::uint16_t type, std::size_t size, std::uint64_t value) {
+    addNumbers(tag, type, 1, size).putNumber(value, size);
 }
 
 void DirectoryBuilder::addShorts(std::uint16_t tag, std::size_t count, std::uint16_t value) {
-    ByteWriter numbers(addNumbers(tag, tiff_type::Short, count, 2 * count).numbers);
+    ByteWriter numbers = addNumbers(tag, tiff_type::Short, count, 2 * count);
     for (std::size_t i = 0; i < count; ++i) {
         numbers.put16(value);
     }
-}
-
-void DirectoryBuilder::addLong(std::uint16_t tag, std::uint32_t value) {
-    ByteWriter(addNumbers(tag, tiff_type::Long, 1, 4).numbers).put32(value);
 }
 
 void DirectoryBuilder::addShortOrLong(std::uint16_t tag, std::uint32_t value) {
@@ -64,7 +56,7 @@ void DirectoryBuilder::addShortOrLong(std::uint16_t tag, std::uint32_t value) {
 }
 
 void DirectoryBuilder::addRationals(std::uint16_t tag, std::span<const std::int32_t> words) {
-    ByteWriter numbers(addNumbers(tag, tiff_type::Rational, words.size() / 2, 4 * words.size()).numbers);
+    ByteWriter numbers = addNumbers(tag, tiff_type::Rational, words.size() / 2, 4 * words.size());
     for (const std::int32_t word : words) {
         numbers.put32(static_cast<std::uint32_t>(word));
     }
@@ -88,26 +80,15 @@ void DirectoryBuilder::addBlock(std::uint16_t tag, std::uint16_t type, std::span
     }
 }
 
-void DirectoryBuilder::addOffset(std::uint16_t tag, std::uint64_t value) {
-    const std::size_t size = form_.offsetSize();
-    ByteWriter(addNumbers(tag, form_.isBig ? tiff_type::Long8 : tiff_type::Long, 1, size).numbers)
-        .putNumber(value, size);
-}
-
 void DirectoryBuilder::addDirectory(std::uint16_t tag, DirectoryBuilder& directory) {
     if (directory.entries() > 0) {
-        add(tag, form_.isBig ? tiff_type::Long8 : tiff_type::Long, 1, directory.size(), &directory);
+        add(tag, form_.offsetType(), 1, directory.size(), &directory);
     }
 }
 
 bool DirectoryBuilder::has(std::uint16_t tag) const {
     const std::span<const Field> all = room_.data() != nullptr ? std::span<const Field>(room_) : own_;
     return std::ranges::count(all.first(fieldCount_), tag, &Field::tag) > 0;
-}
-
-void DirectoryBuilder::setRoom(std::size_t entries, std::size_t valueBytes) {
-    entries_ = entries;
-    valueBytes_ = valueBytes;
 }
 
 void DirectoryBuilder::writeValue(const Field& field, std::span<unsigned char> block, std::size_t position) const {
