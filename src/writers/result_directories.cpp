@@ -12,8 +12,7 @@ namespace tvmeta {
 
 namespace {
 
-constexpr std::uint16_t IeeeFloat = 3; // TIFF 6.0, SampleFormat
-constexpr std::size_t OwnFields = 24;  // in the image directory; others have fewer
+constexpr std::size_t OwnFields = 24; // in the image directory; others have fewer
 
 bool isSrgb(Bytes profile) {
     char name[32];
@@ -64,7 +63,8 @@ void ResultDirectories::add(const tvmeta_Result& result, const PixelLayout* layo
     addPhotographs();
     addTexts(result, layout != nullptr && layout->isFloat);
     if (layout != nullptr) {
-        addBlocks();
+        addBlocks(image, contents_.icc, {contents_.xmp.data(), contents_.xmp.size()},
+                  {contents_.iptc.data(), contents_.iptc.size()});
     }
     addExif(result);
     link();
@@ -99,12 +99,6 @@ void ResultDirectories::addTexts(const tvmeta_Result& result, bool isFloat) {
     if (result.modifyDate != nullptr) {
         addText(tiff_tag::DateTime, result.modifyDate);
     }
-}
-
-void ResultDirectories::addBlocks() {
-    image.addBlock(tiff_tag::IccProfile, tiff_type::Undefined, contents_.icc);
-    image.addBlock(tiff_tag::Xmp, tiff_type::Byte, {contents_.xmp.data(), contents_.xmp.size()});
-    addIptc(image, {contents_.iptc.data(), contents_.iptc.size()});
 }
 
 // What EXIF requires of each of its directories, and what it says of the picture itself.

@@ -36,7 +36,6 @@ class ResultDirectories {
 
     void addPhotographs();
     void addTexts(const tvmeta_Result& result, bool isFloat);
-    void addBlocks();
     void addExif(const tvmeta_Result& result);
     void link();
 

@@ -39,12 +39,14 @@ void addResolution(DirectoryBuilder& directory, std::int32_t dotsPerInch) {
     directory.addShort(tiff_tag::ResolutionUnit, Inch);
 }
 
-void addIptc(DirectoryBuilder& directory, std::span<const unsigned char> iptc) {
-    if (iptc.empty()) {
-        return;
+void addBlocks(DirectoryBuilder& directory, std::span<const unsigned char> icc, std::span<const unsigned char> xmp,
+               std::span<const unsigned char> iptc) {
+    directory.addBlock(tiff_tag::IccProfile, tiff_type::Undefined, icc);
+    directory.addBlock(tiff_tag::Xmp, tiff_type::Byte, xmp);
+    if (!iptc.empty()) {
+        const std::size_t longs = iptc.size() / 4 + (iptc.size() % 4 != 0 ? 1 : 0);
+        directory.addBytes(tiff_tag::Iptc, tiff_type::Long, longs, iptc, 4 * longs);
     }
-    const std::size_t longs = iptc.size() / 4 + (iptc.size() % 4 != 0 ? 1 : 0);
-    directory.addBytes(tiff_tag::Iptc, tiff_type::Long, longs, iptc, 4 * longs);
 }
 
 Result<std::int32_t> writeTiffFile(const char* path, const PixelWriter& pixels, std::size_t dataSize,

@@ -13,14 +13,17 @@
 
 namespace tvmeta {
 
+inline constexpr std::uint16_t IeeeFloat = 3; // SampleFormat
 inline constexpr std::string_view FloatSoftware = "Tonalvista 32-bit Float Output";
 
 // Size, samples and place of the strip.
 void addPixelFields(DirectoryBuilder& directory, const PixelLayout& layout, DirectoryForm form);
 
 void addResolution(DirectoryBuilder& directory, std::int32_t dotsPerInch);
-// None if the block is empty.
-void addIptc(DirectoryBuilder& directory, std::span<const unsigned char> iptc);
+
+// Of these blocks, those that are not empty.
+void addBlocks(DirectoryBuilder& directory, std::span<const unsigned char> icc, std::span<const unsigned char> xmp,
+               std::span<const unsigned char> iptc);
 
 // A failure of writeTiffFile that buf2tif reports as BUF2TIF_NO_MEMORY, which is also BUF2TIF_CANNOT_OPEN.
 inline constexpr std::int32_t NoDirectoryMemory = -5;

@@ -19,7 +19,6 @@ using namespace tvmeta;
 
 namespace {
 
-constexpr std::uint16_t IeeeFloat = 3;
 constexpr std::size_t MaxSamples = 3;
 constexpr std::span<const unsigned char> NoBytes;
 
@@ -51,9 +50,7 @@ DirectoryBuilder imageDirectory(const PixelLayout& layout, const Contents& conte
         directory.addText(tiff_tag::Software, FloatSoftware, FloatSoftware.size() + 1);
         directory.addShorts(tiff_tag::SampleFormat, MaxSamples, IeeeFloat);
     }
-    directory.addBlock(tiff_tag::IccProfile, tiff_type::Undefined, contents.icc);
-    directory.addBlock(tiff_tag::Xmp, tiff_type::Byte, contents.xmp);
-    addIptc(directory, contents.iptc);
+    addBlocks(directory, contents.icc, contents.xmp, contents.iptc);
     return directory;
 }
 
