@@ -2,6 +2,7 @@
 
 #include "settings/methods.h"
 #include "settings/xmp_names.h"
+#include "support/result.h"
 #include "support/text_numbers.h"
 #include "tvmeta.h"
 
@@ -32,8 +33,8 @@ std::optional<VersionProperty> findVersion(std::string_view text, std::size_t st
     for (std::size_t at = findText(text, VersionTag, start); at != std::string_view::npos;
          at = findText(text, VersionTag, at + 1)) {
         const std::size_t tagEnd = at + VersionTag.text.size();
-        for (const PropertyForm form : {PropertyForm::Element, PropertyForm::Attribute}) {
-            if (const std::optional<Version> version = scanVersion(textFrom(text, tagEnd + valueDistance(form)))) {
+        for (const std::size_t distance : {ElementDistance, AttributeDistance}) {
+            if (const std::optional<Version> version = scanVersion(textFrom(text, tagEnd + distance))) {
                 return VersionProperty{*version, tagEnd};
             }
         }
@@ -67,8 +68,8 @@ Result<Packet> findPacket(std::string_view text) {
         return Failure{XMP_OTHER_METHOD};
     }
     const std::string_view value = textFrom(text, methodTag + MethodTag.text.size());
-    const PropertyForm form = value.starts_with('=') ? PropertyForm::Attribute : PropertyForm::Element;
-    return Packet{text, version->version, methodTag, form, methodNamed(textFrom(value, valueDistance(form)))};
+    const std::size_t distance = value.starts_with('=') ? AttributeDistance : ElementDistance;
+    return Packet{text, version->version, methodTag, distance, methodNamed(textFrom(value, distance))};
 }
 
 } // namespace
@@ -80,24 +81,12 @@ std::optional<std::string_view> terminatedText(const char* buffer, std::int32_t 
     return std::string_view(buffer, static_cast<std::size_t>(length - 1));
 }
 
-Result<std::int32_t> detectMethod(std::string_view text) {
+std::int32_t detectMethod(std::string_view text) {
     const Result<Packet> packet = findPacket(text);
     if (!packet) {
-        return Failure{packet.code()};
+        return packet.code();
     }
     return packet->method != nullptr ? packet->method->code : METHOD_NONE;
-}
-
-Result<std::size_t> readSettings(std::string_view text, std::int32_t method, std::span<float> settings) {
-    const Result<Packet> packet = findPacket(text);
-    if (!packet) {
-        return Failure{packet.code()};
-    }
-    if (packet->method == nullptr || packet->method->code != method) {
-        return Failure{XMP_OTHER_METHOD};
-    }
-    readParameters(*packet, settings);
-    return packet->methodTag;
 }
 
 } // namespace tvmeta
@@ -115,8 +104,15 @@ std::int32_t get_settings_from_xmp(std::int32_t method, std::int32_t length, con
         return static_cast<std::int32_t>(copyLens(*text, std::span(lens, LensBufferSize)));
     }
     if (method == METHOD_DETECT) {
-        return detectMethod(*text).result();
+        return detectMethod(*text);
     }
-    const std::span<float> slots = settings != nullptr ? std::span(settings, SETTINGS_SLOTS) : std::span<float>();
-    return readSettings(*text, method, slots).result();
+    const Result<Packet> packet = findPacket(*text);
+    if (!packet) {
+        return packet.code();
+    }
+    if (packet->method == nullptr || packet->method->code != method) {
+        return XMP_OTHER_METHOD;
+    }
+    readParameters(*packet, std::span(settings, SETTINGS_SLOTS));
+    return static_cast<std::int32_t>(packet->methodTag);
 }

@@ -2,8 +2,6 @@
 // searched, and values are scanned after them.
 #pragma once
 
-#include "support/result.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -25,34 +23,28 @@ std::size_t copyLens(std::string_view text, std::span<char> lens);
 // missing.
 std::optional<std::string_view> terminatedText(const char* buffer, std::int32_t length);
 
-// The method of the packet, as get_settings_from_xmp detects it. METHOD_NONE: an unknown name.
-Result<std::int32_t> detectMethod(std::string_view text);
+// The method of the packet, or another result of get_settings_from_xmp for METHOD_DETECT.
+std::int32_t detectMethod(std::string_view text);
 
 inline bool hasSettings(std::string_view text) {
-    return detectMethod(text).result() > 0;
+    return detectMethod(text) > 0;
 }
-
-// Reads the slots of a method. Returns the offset of the method tag. A failure is a result of get_settings_from_xmp.
-Result<std::size_t> readSettings(std::string_view text, std::int32_t method, std::span<float> settings);
 
 struct Version {
     std::int64_t major;
     std::int64_t minor;
 };
 
-enum class PropertyForm { Element, Attribute };
-
 // Characters between a tag and its value: ">", or "=" and a quote.
-constexpr std::size_t valueDistance(PropertyForm form) {
-    return form == PropertyForm::Element ? 1 : 2;
-}
+inline constexpr std::size_t ElementDistance = 1;
+inline constexpr std::size_t AttributeDistance = 2;
 
 struct Packet {
     std::string_view text; // the whole XMP text
     Version version;
-    std::size_t methodTag; // offset of "tvtm:Method"
-    PropertyForm form;     // of the method tag, and so of the parameters
-    const Method* method;  // null: unknown name
+    std::size_t methodTag;     // offset of "tvtm:Method"
+    std::size_t valueDistance; // after the method tag, and so after those of the parameters
+    const Method* method;      // null: unknown name
 };
 
 // Reads the parameters of the packet's method into their slots. Slots whose tags are missing are unchanged.

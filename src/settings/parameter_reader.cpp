@@ -28,9 +28,9 @@ bool beginsWith(std::string_view text, std::string_view name) {
 
 // Whether a tag, without its prefix, starts with the name of the parameter. Except for "Smoothing", which would match
 // "SmoothingMode", the name need not end there.
-bool namesParameter(std::string_view tag, const Parameter& parameter, PropertyForm form) {
+bool namesParameter(std::string_view tag, const Parameter& parameter, std::size_t valueDistance) {
     if (parameter.kind == ValueKind::Smoothing) {
-        const char end = form == PropertyForm::Element ? '>' : '=';
+        const char end = valueDistance == ElementDistance ? '>' : '=';
         return beginsWith(tag, parameter.name) && textFrom(tag, parameter.name.size()).starts_with(end);
     }
     return beginsWith(tag, parameter.name) || (!parameter.formerName.empty() && beginsWith(tag, parameter.formerName));
@@ -51,8 +51,8 @@ ValuePositions locateValues(const Packet& packet) {
         const std::size_t nameAt = at + SettingsPrefix.size();
         const std::string_view tag = textFrom(packet.text, nameAt);
         for (std::size_t i = 0; i < parameters.size(); ++i) {
-            if (positions[i] == NotFound && namesParameter(tag, parameters[i], packet.form)) {
-                positions[i] = nameAt + parameters[i].name.size() + valueDistance(packet.form);
+            if (positions[i] == NotFound && namesParameter(tag, parameters[i], packet.valueDistance)) {
+                positions[i] = nameAt + parameters[i].name.size() + packet.valueDistance;
                 --missing;
                 break; // no tag is that of two parameters
             }
@@ -72,35 +72,14 @@ std::optional<float> scanIntegerValue(std::string_view text) {
 
 // Scans a number at the value position, or one character after it. In a packet of elements, the second place is that of
 // an attribute's value.
-template <typename Scan>
-std::optional<float> scanNumber(std::string_view value, Scan scan) {
-    std::optional<float> number = scan(value);
-    if (!number) {
-        number = scan(textFrom(value, 1));
-    }
-    return number;
-}
-
-std::optional<float> readFloat(std::string_view value) {
-    return scanNumber(value, scanFloat);
+std::optional<float> scanNumber(std::string_view value, std::optional<float> (*scan)(std::string_view)) {
+    const std::optional<float> number = scan(value);
+    return number ? number : scan(textFrom(value, 1));
 }
 
 std::optional<float> readVersionedNumber(const Packet& packet, std::string_view value) {
-    return packet.version.major > 2 ? readFloat(value) : scanNumber(value, scanIntegerValue);
+    return scanNumber(value, packet.version.major > 2 ? scanFloat : scanIntegerValue);
 }
-
-// A word is compared with the start of a value, so it must not be the start of a later word.
-constexpr bool isInOrder(std::span<const Word> words) {
-    for (std::size_t i = 0; i < words.size(); ++i) {
-        for (std::size_t later = i + 1; later < words.size(); ++later) {
-            if (words[later].text.starts_with(words[i].text)) {
-                return false;
-            }
-        }
-    }
-    return true;
-}
-static_assert(isInOrder(SmoothingLevels) && isInOrder(MicrocontrastWords) && isInOrder(SmoothingModes));
 
 std::optional<float> readWord(std::string_view value, std::span<const Word> words) {
     for (const Word& word : words) {
@@ -122,7 +101,7 @@ std::optional<float> readValue(const Packet& packet, ValueKind kind, std::string
     case ValueKind::Fraction:
     case ValueKind::Gamma:
     case ValueKind::Clip:
-        if (const std::optional<float> number = readFloat(value)) {
+        if (const std::optional<float> number = scanNumber(value, scanFloat)) {
             return formOf(kind).toSlot(*number);
         }
         break;

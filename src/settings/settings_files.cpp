@@ -59,7 +59,7 @@ std::int32_t extract_xmp(const char* path, std::int32_t count, std::int32_t offs
     if (buffer[length] != '\0') {
         return XMP_NOT_TERMINATED;
     }
-    return detectMethod(std::string_view(buffer, length)).result();
+    return detectMethod(std::string_view(buffer, length));
 }
 
 std::int32_t tvsettings_occurences_in_xmp(std::int32_t length, const char* buffer) noexcept {
