@@ -52,7 +52,7 @@ void addExifBox(SourceReader& reader, const Region& content, Layout& layout) {
     const std::int64_t skipped =
         4 + (readAt(reader, content.position, bytes) ? std::int64_t{ByteCursor(bytes).get32()} : 0);
     if (skipped < content.size) {
-        layout.addStructure({content.position + skipped, content.size - skipped});
+        layout.addStructure(content.after(skipped));
     } else {
         layout.markBroken(content.position);
     }
@@ -61,8 +61,7 @@ void addExifBox(SourceReader& reader, const Region& content, Layout& layout) {
 Region findJpegIn(SourceReader& reader, const Region& region) {
     std::array<unsigned char, 34> start{};
     const std::size_t offset = asText(readStart(reader, region, start)).find("\xFF\xD8\xFF");
-    const auto skipped = static_cast<std::int64_t>(offset);
-    return offset == std::string_view::npos ? Region() : Region{region.position + skipped, region.size - skipped};
+    return offset == std::string_view::npos ? Region() : region.after(static_cast<std::int64_t>(offset));
 }
 
 } // namespace tvmeta

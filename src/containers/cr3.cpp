@@ -23,12 +23,11 @@ constexpr Uuid XmpUuid = {0xBE, 0x7A, 0xCF, 0xCB, 0x97, 0xA9, 0x42, 0xE8,
 // The content of a 'uuid' box after its identifier.
 std::optional<Region> contentOf(SourceReader& reader, const Box& box, const Uuid& wanted) {
     Uuid uuid{};
-    if (box.type != boxType("uuid") || box.content.size < static_cast<std::int64_t>(uuid.size()) ||
+    if (box.type != boxType("uuid") || box.content.size < std::int64_t{uuid.size()} ||
         !readAt(reader, box.content.position, uuid) || uuid != wanted) {
         return std::nullopt;
     }
-    const auto size = static_cast<std::int64_t>(uuid.size());
-    return Region{box.content.position + size, box.content.size - size};
+    return box.content.after(std::int64_t{uuid.size()});
 }
 
 void readMetadata(SourceReader& reader, const Region& region, Layout& layout) {
@@ -103,8 +102,8 @@ void findInCr3(SourceReader& reader, const Region& file, Layout& layout) {
         } else if (const auto packet = contentOf(reader, box, XmpUuid)) {
             layout.addFirst(TVMETA_XMP, *packet);
         } else if (const auto preview = contentOf(reader, box, PreviewUuid)) {
-            const Region content{preview->position + PreviewHeader, preview->size - PreviewHeader};
-            layout.offerLarger(TVMETA_PREVIEW, findJpegIn(reader, findBox(reader, content, boxType("PRVW"), layout)));
+            const Region jpeg = findBox(reader, preview->after(PreviewHeader), boxType("PRVW"), layout);
+            layout.offerLarger(TVMETA_PREVIEW, findJpegIn(reader, jpeg));
         }
     }
     if (!hasMovie) {

@@ -123,7 +123,7 @@ Items findItems(SourceReader& reader, const Region& itemInfo, Layout& layout) {
         return items;
     }
     const std::int64_t header = 4 + (version[0] == 0 ? 2 : 4); // version, flags and number of items
-    BoxWalker boxes(reader, {itemInfo.position + header, itemInfo.size - header}, layout);
+    BoxWalker boxes(reader, itemInfo.after(header), layout);
     for (Box box; boxes.next(box);) {
         if (box.type == boxType("infe")) {
             BoxBytes bytes(reader, box.content, layout);
@@ -229,7 +229,7 @@ void readProperty(SourceReader& reader, const Box& property, Transform& transfor
         break;
     case boxType("colr"):
         if (const std::uint32_t kind = cursor.get32(); kind == boxType("prof") || kind == boxType("rICC")) {
-            layout.addFirst(TVMETA_ICC, {property.content.position + 4, property.content.size - 4});
+            layout.addFirst(TVMETA_ICC, property.content.after(4));
         }
         break;
     default:
@@ -294,7 +294,7 @@ void findInHeif(SourceReader& reader, const Region& file, Layout& layout) {
         layout.markBroken(file.position);
         return;
     }
-    const Meta meta = readMeta(reader, {content.position + VersionAndFlags, content.size - VersionAndFlags}, layout);
+    const Meta meta = readMeta(reader, content.after(VersionAndFlags), layout);
     addItems(reader, meta, findItems(reader, meta.itemInfo, layout), file, layout);
     readPrimaryImage(reader, meta, layout);
 }

@@ -39,11 +39,7 @@ class SegmentReader {
 
     bool hasSignature(std::string_view signature) const { return asText(bytes_).starts_with(signature); }
 
-    // The data after some bytes of it.
-    Region after(std::size_t size) const {
-        return {data_.position + static_cast<std::int64_t>(size), data_.size - static_cast<std::int64_t>(size)};
-    }
-
+    Region after(std::size_t size) const { return data_.after(static_cast<std::int64_t>(size)); }
     ByteCursor cursorAfter(std::size_t size) const { return ByteCursor(bytes_.subspan(size)); }
 
   private:

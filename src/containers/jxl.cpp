@@ -90,7 +90,7 @@ void findInJxl(SourceReader& reader, const Region& file, Layout& layout) {
             break;
         case boxType("jxlp"): // parts, of which each starts with its number
             if (layout.width == 0) {
-                readCodestream(reader, {box.content.position + 4, box.content.size - 4}, layout);
+                readCodestream(reader, box.content.after(4), layout);
             }
             break;
         case boxType("Exif"):

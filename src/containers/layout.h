@@ -17,6 +17,7 @@ struct Region {
     std::int64_t size = 0;
 
     std::int64_t end() const { return position + size; } // regions lie within 2^62
+    Region after(std::int64_t skipped) const { return {position + skipped, size - skipped}; }
 };
 
 // What the first directory of a TIFF structure is.

@@ -34,8 +34,7 @@ void readText(SourceReader& reader, const Region& data, Layout& layout) {
     if (isCompressed) {
         layout.addCompressed(TVMETA_XMP, data);
     } else if (cursor) {
-        const auto skipped = static_cast<std::int64_t>(cursor.position());
-        layout.addFirst(TVMETA_XMP, {data.position + skipped, data.size - skipped});
+        layout.addFirst(TVMETA_XMP, data.after(static_cast<std::int64_t>(cursor.position())));
     }
 }
 

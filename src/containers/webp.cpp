@@ -44,8 +44,7 @@ void readSize(SourceReader& reader, std::uint32_t type, const Region& data, Layo
 void addExif(SourceReader& reader, const Region& data, Layout& layout) {
     std::array<unsigned char, 6> start{};
     const bool hasSignature = readAt(reader, data.position, start) && asText(start) == jpeg::ExifSignature;
-    const std::int64_t skipped = hasSignature ? static_cast<std::int64_t>(start.size()) : 0;
-    layout.addStructure({data.position + skipped, data.size - skipped});
+    layout.addStructure(hasSignature ? data.after(std::int64_t{start.size()}) : data);
 }
 
 void readRiffChunk(SourceReader& reader, std::uint32_t type, const Region& data, Layout& layout) {
