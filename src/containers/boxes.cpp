@@ -61,7 +61,7 @@ void addExifBox(SourceReader& reader, const Region& content, Layout& layout) {
 Region findJpegIn(SourceReader& reader, const Region& region) {
     std::array<unsigned char, 34> start{};
     const std::size_t offset = asText(readStart(reader, region, start)).find("\xFF\xD8\xFF");
-    return offset == std::string_view::npos ? Region() : region.after(static_cast<std::int64_t>(offset));
+    return offset == NotFound ? Region() : region.after(static_cast<std::int64_t>(offset));
 }
 
 } // namespace tvmeta

@@ -16,7 +16,6 @@ namespace {
 
 constexpr std::string_view RdfStart = "<rdf:RDF";
 constexpr std::string_view RdfEnd = "</rdf:RDF>";
-constexpr std::size_t NotFound = std::string_view::npos;
 constexpr std::size_t GuidSize = 32; // digits that name an extended packet
 
 struct Span {

@@ -80,7 +80,7 @@ void parseExposure(std::string_view text, Description& description) {
 void parseColors(std::string_view text, Description& description) {
     for (; !text.empty() && !text.starts_with(Separator) && !description.stopped; text.remove_prefix(1)) {
         const std::size_t color = ColorLetters.find(text.front());
-        if (color == std::string_view::npos) {
+        if (color == NotFound) {
             continue;
         }
         const std::string_view token = takeToken(textFrom(text, 1), " ,.");
@@ -94,7 +94,7 @@ void parseColors(std::string_view text, Description& description) {
 Description parseFields(std::string_view text) {
     Description description;
     int field = 1;
-    for (std::size_t at = text.find(Separator); at != std::string_view::npos && field < LastColorField;
+    for (std::size_t at = text.find(Separator); at != NotFound && field < LastColorField;
          at = text.find(Separator, at + 1)) {
         description.separated = true;
         ++field;

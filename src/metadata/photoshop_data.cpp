@@ -65,7 +65,7 @@ Result<std::int32_t> readPhotoshopResources(StreamReader& reader, std::int32_t s
     budget.takePayload(static_cast<std::int64_t>(reader.read(block.bytes())));
     std::int32_t result = PARSE_PHOTOSHOP_NO_THUMBNAIL;
     const std::string_view text(block.text(), block.size());
-    for (std::size_t at = findText(text, Signature); at != std::string_view::npos && text.size() - at >= HeaderSize;
+    for (std::size_t at = findText(text, Signature); at != NotFound && text.size() - at >= HeaderSize;
          at = findText(text, Signature, at + 1)) {
         if (readResource(reader, block.bytes().subspan(at), start + static_cast<std::int64_t>(at), info)) {
             result = info.thumbnailLength;

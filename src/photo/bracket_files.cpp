@@ -12,10 +12,10 @@ namespace tvmeta::brackets {
 namespace {
 
 constexpr std::size_t MaxDepth = 8; // names that continue each other; bounds the work
+
 bool isTifFile(std::string_view name) {
-    std::string_view extension = extensionOf(name);
-    const auto is = [&](std::size_t i, char c) { return extension[i] == c || extension[i] == c + ('A' - 'a'); };
-    return extension.size() >= 3 && extension.size() <= 4 && is(0, 't') && is(1, 'i') && is(2, 'f');
+    const std::string_view extension = extensionOf(name);
+    return extension.size() <= 4 && beginsWithWord(extension, "tif");
 }
 
 // Which file of a photograph speaks for it: the lowest. Raw formats that are TIFF have names of their own.

@@ -17,13 +17,6 @@ float number(const tvmeta_Rational& rational) {
     return rational.denominator == 0 ? 0 : static_cast<float>(quotient(rational));
 }
 
-bool startsWithNikon(std::string_view make) {
-    constexpr std::string_view Nikon = "nikon";
-    return make.size() >= Nikon.size() && std::equal(Nikon.begin(), Nikon.end(), make.begin(), [](char a, char b) {
-               return a == (b >= 'A' && b <= 'Z' ? b + ('a' - 'A') : b);
-           });
-}
-
 } // namespace
 
 int32_t tvmeta_shot(const tvmeta_Photo* photo, const char* folder, const char* name,
@@ -54,7 +47,7 @@ int32_t tvmeta_shot(const tvmeta_Photo* photo, const char* folder, const char* n
     to.width = from.width;
     to.height = from.height;
     to.orientation = from.orientation;
-    to.hidesBrackets = startsWithNikon(textOf(from.make)) ? 1 : 0;
+    to.hidesBrackets = beginsWithWord(textOf(from.make), "nikon") ? 1 : 0;
     std::memcpy(shot, &to, std::min<std::size_t>(to.recordSize, sizeof to));
     return TVMETA_OK;
 }

@@ -13,7 +13,7 @@ constexpr std::size_t DcfNameLength = 8;
 
 std::string_view lastPart(std::string_view path) {
     const std::size_t separator = path.find_last_of("/\\");
-    return separator == path.npos ? path : textFrom(path, separator + 1);
+    return separator == NotFound ? path : textFrom(path, separator + 1);
 }
 
 // The digits at the start of a text, without zeros before them, and their length with these.
@@ -57,7 +57,7 @@ std::string_view stemOf(std::string_view name) {
 
 std::string_view extensionOf(std::string_view name) {
     const std::size_t stop = name.rfind('.');
-    return stop == name.npos ? std::string_view() : textFrom(name, stop + 1);
+    return stop == NotFound ? std::string_view() : textFrom(name, stop + 1);
 }
 
 std::int32_t fileNumber(std::string_view stem) {

@@ -94,7 +94,7 @@ struct ShortText {
     ShortText(const ShortText&) = delete;
     ShortText& operator=(const ShortText&) = delete;
 
-    bool isUnset() const { return text.find_first_not_of("0: -") == std::string_view::npos; }
+    bool isUnset() const { return text.find_first_not_of("0: -") == NotFound; }
 
     std::array<char, 64> bytes{};
     std::string_view text;
@@ -144,7 +144,7 @@ void PhotoFields::fillTime() const {
         if (const std::optional<int> minutes = takeOffset(offset.text)) {
             photo.utcOffset = *minutes;
             set(TVMETA_UTC_OFFSET);
-        } else if (offset.isUnreadable || offset.text.find_first_not_of(" :") != std::string_view::npos) {
+        } else if (offset.isUnreadable || offset.text.find_first_not_of(" :") != NotFound) {
             damage(TVMETA_UTC_OFFSET);
         }
         return;

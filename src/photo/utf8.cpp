@@ -100,8 +100,7 @@ std::string_view wholeCharacters(std::string_view start) {
 std::string_view trimmed(std::string_view text) {
     text = text.substr(0, text.find('\0'));
     const std::size_t first = text.find_first_not_of(Space);
-    return first == std::string_view::npos ? std::string_view()
-                                           : textFrom(text, first).substr(0, text.find_last_not_of(Space) - first + 1);
+    return textFrom(text, first).substr(0, text.find_last_not_of(Space) - first + 1); // empty if there is none
 }
 
 } // namespace tvmeta

@@ -9,8 +9,6 @@ namespace tvmeta {
 
 namespace {
 
-constexpr std::size_t NotFound = std::string_view::npos;
-
 constexpr std::string_view XmlSpace = " \t\r\n";
 
 constexpr bool endsName(char c) {

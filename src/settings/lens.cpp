@@ -19,26 +19,25 @@ std::size_t searchEnd(std::string_view text, std::size_t size, std::size_t start
 
 // The tag with "=" or ">" after it, so longer names that start with it are skipped.
 std::size_t findLensTag(std::string_view text, std::size_t start) {
-    for (std::size_t at = findText(text, LensTag, start); at != std::string_view::npos;
-         at = findText(text, LensTag, at + 1)) {
+    for (std::size_t at = findText(text, LensTag, start); at != NotFound; at = findText(text, LensTag, at + 1)) {
         const std::string_view after = textFrom(text, at + LensTag.text.size());
         if (after.starts_with('=') || after.starts_with('>')) {
             return at;
         }
     }
-    return std::string_view::npos;
+    return NotFound;
 }
 
 } // namespace
 
 std::size_t copyLens(std::string_view text, std::span<char> lens) {
     const std::size_t declaration = findQuoted(text, AuxDeclaration);
-    if (declaration == std::string_view::npos) {
+    if (declaration == NotFound) {
         return searchEnd(text, AuxDeclaration.size(), 0);
     }
     const std::size_t start = declaration + AuxDeclaration.size();
     const std::size_t tag = findLensTag(text, start);
-    if (tag == std::string_view::npos) {
+    if (tag == NotFound) {
         return searchEnd(text, LensTag.text.size(), start);
     }
     const bool attribute = text[tag + LensTag.text.size()] == '=';
@@ -46,7 +45,7 @@ std::size_t copyLens(std::string_view text, std::span<char> lens) {
     const std::string_view end = attribute ? "\"" : LensEnd;
     const std::string_view rest = textFrom(text, value);
     const std::size_t length = rest.substr(0, LensBufferSize - 1 + end.size()).find(end);
-    if (length == std::string_view::npos) {
+    if (length == NotFound) {
         // Unlike a closing tag, a quote may be looked for at the terminator too.
         return std::min(value + LensBufferSize, searchEnd(text, attribute ? 0 : LensEnd.size(), value));
     }

@@ -21,7 +21,7 @@ constexpr std::size_t MinTail = 3;
 Result<std::size_t> findOpeningEnd(std::string_view packet, const QuotedText& opening, std::size_t start) {
     const std::string_view searched = packet.substr(0, packet.empty() ? 0 : packet.size() - 1);
     const std::size_t at = findQuoted(searched, opening, start);
-    if (at == std::string_view::npos) {
+    if (at == NotFound) {
         const auto end = static_cast<std::int64_t>(std::max(packet.size(), start + opening.size()));
         return Failure{static_cast<std::int32_t>(std::max<std::int64_t>(-end, INT32_MIN))};
     }

@@ -30,8 +30,7 @@ struct VersionProperty {
 
 // The first version that can be read.
 std::optional<VersionProperty> findVersion(std::string_view text, std::size_t start) {
-    for (std::size_t at = findText(text, VersionTag, start); at != std::string_view::npos;
-         at = findText(text, VersionTag, at + 1)) {
+    for (std::size_t at = findText(text, VersionTag, start); at != NotFound; at = findText(text, VersionTag, at + 1)) {
         const std::size_t tagEnd = at + VersionTag.text.size();
         for (const std::size_t distance : {ElementDistance, AttributeDistance}) {
             if (const std::optional<Version> version = scanVersion(textFrom(text, tagEnd + distance))) {
@@ -56,7 +55,7 @@ const Method* methodNamed(std::string_view text) {
 // Finds the first settings declaration, and after it a readable version and the method tag.
 Result<Packet> findPacket(std::string_view text) {
     const std::size_t declaration = findQuoted(text, SettingsDeclaration);
-    if (declaration == std::string_view::npos) {
+    if (declaration == NotFound) {
         return Failure{XMP_NO_SETTINGS};
     }
     const auto version = findVersion(text, declaration + SettingsDeclaration.size());
@@ -64,7 +63,7 @@ Result<Packet> findPacket(std::string_view text) {
         return Failure{XMP_OTHER_METHOD};
     }
     const std::size_t methodTag = findText(text, MethodTag, version->tagEnd);
-    if (methodTag == std::string_view::npos) {
+    if (methodTag == NotFound) {
         return Failure{XMP_OTHER_METHOD};
     }
     const std::string_view value = textFrom(text, methodTag + MethodTag.text.size());

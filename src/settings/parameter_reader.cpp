@@ -15,7 +15,6 @@ namespace tvmeta {
 namespace {
 
 constexpr SearchText TagStart{SettingsPrefix, 0};
-constexpr std::size_t NotFound = std::string_view::npos;
 
 // The value position of each parameter, in the order of the method's table.
 using ValuePositions = std::array<std::size_t, SETTINGS_SLOTS>;

@@ -68,7 +68,7 @@ std::int32_t tvsettings_occurences_in_xmp(std::int32_t length, const char* buffe
         return XMP_NOT_TERMINATED;
     }
     std::int32_t count = 0;
-    for (std::size_t at = findQuoted(*text, SettingsDeclaration); at != std::string_view::npos;
+    for (std::size_t at = findQuoted(*text, SettingsDeclaration); at != NotFound;
          at = findQuoted(*text, SettingsDeclaration, at + SettingsDeclaration.size())) {
         ++count;
     }

@@ -33,14 +33,6 @@ bool takeSign(std::string_view& text) {
     return negative;
 }
 
-// Whether the text begins with a word of lower-case letters, in any case.
-constexpr bool beginsWithWord(std::string_view text, std::string_view word) {
-    constexpr int CaseBit = 'a' ^ 'A';
-    return text.size() >= word.size() && std::equal(word.begin(), word.end(), text.begin(), [](char letter, char c) {
-               return c == letter || c == (letter ^ CaseBit);
-           });
-}
-
 // The words for infinity and NaN. An 'i' after "inf" must begin the rest of "infinity".
 constexpr std::optional<float> scanWord(std::string_view text) {
     if (beginsWithWord(text, "nan")) {

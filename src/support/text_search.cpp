@@ -1,12 +1,8 @@
 #include "support/text_search.h"
 
-#include <algorithm>
-
 namespace tvmeta {
 
 namespace {
-
-constexpr std::size_t NotFound = std::string_view::npos;
 
 // Blocks pay only away from the places where the text is full of pairs.
 constexpr std::size_t NearSize = 32;

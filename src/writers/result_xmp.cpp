@@ -18,7 +18,6 @@ namespace tvmeta {
 
 namespace {
 
-constexpr std::size_t NotFound = std::string_view::npos;
 constexpr std::string_view RdfEnd = "</rdf:RDF>"; // before the last one, descriptions can be added
 constexpr std::string_view DescriptionEnd = "</rdf:Description>";
 constexpr std::string_view OwnSettings = "<rdf:Description rdf:about=''\nxmlns:tvtm=";
