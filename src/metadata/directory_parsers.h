@@ -4,7 +4,6 @@
 
 #include "metadata/stream_reader.h"
 #include "metadata/tiff_reader.h"
-#include "support/result.h"
 #include "tvmeta.h"
 
 #include <algorithm>
@@ -45,11 +44,10 @@ std::int32_t readImageDirectories(StreamReader& reader, std::int32_t tiffBase, s
 void readExifDirectory(const TiffReader& tiff, WorkBudget& budget, ExifInfo& info);
 void readGpsDirectory(const TiffReader& tiff, WorkBudget& budget, ExifInfo& info);
 
-// The reader is at a payload of `size` bytes. Values and failures are results of parse_image_description and
-// parse_photoshop_data. A payload beyond the budget is skipped.
-Result<std::int32_t> readImageDescription(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info);
-Result<std::int32_t> readPhotoshopResources(StreamReader& reader, std::int32_t size, WorkBudget& budget,
-                                            ExifInfo& info);
+// The reader is at a payload of `size` bytes. Return results of parse_image_description and parse_photoshop_data. A
+// payload beyond the budget is skipped.
+std::int32_t readImageDescription(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info);
+std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info);
 
 // Clamps a declared size to what the file can contain, before memory is allocated for it. Small sizes are not worth the
 // system call.

@@ -138,14 +138,14 @@ void copyValues(const Description& description, ExifInfo& info) {
 
 } // namespace
 
-Result<std::int32_t> readImageDescription(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info) {
+std::int32_t readImageDescription(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info) {
     if (size <= 0 || !budget.hasPayload() || clampedSize(reader, size) < size) {
-        return Failure{PARSE_DESCRIPTION_UNREADABLE};
+        return PARSE_DESCRIPTION_UNREADABLE;
     }
     budget.takePayload(size);
     ZeroedBuffer buffer(static_cast<std::size_t>(size));
     if (!buffer || reader.read(buffer.bytes()) < buffer.size()) {
-        return Failure{PARSE_DESCRIPTION_UNREADABLE};
+        return PARSE_DESCRIPTION_UNREADABLE;
     }
     return parseDescription({buffer.text(), buffer.size()}, info);
 }
@@ -162,8 +162,7 @@ std::int32_t parseDescription(std::string_view text, ExifInfo& info) {
 using namespace tvmeta;
 
 std::int32_t parse_image_description(FILE* stream, std::int32_t size, ExifInfo* info) noexcept {
-    const auto parse = [&](StreamReader& reader, WorkBudget& budget) {
-        return readImageDescription(reader, size, budget, *info).result();
-    };
-    return parseStream(stream, info, PARSE_DESCRIPTION_UNREADABLE, parse);
+    return parseStream(stream, info, PARSE_DESCRIPTION_UNREADABLE, [&](StreamReader& reader, WorkBudget& budget) {
+        return readImageDescription(reader, size, budget, *info);
+    });
 }

@@ -94,12 +94,12 @@ void readEntry(const Context& context, const DirectoryEntry& entry, bool isMainI
         break;
     case tiff_tag::ImageDescription:
         if (hasPayloads) {
-            static_cast<void>(readImageDescription(context.tiff.reader, entry.count, context.budget, context.info));
+            readImageDescription(context.tiff.reader, entry.count, context.budget, context.info);
         }
         break;
     case tiff_tag::Photoshop:
         if (hasPayloads) {
-            static_cast<void>(readPhotoshopResources(context.tiff.reader, entry.count, context.budget, context.info));
+            readPhotoshopResources(context.tiff.reader, entry.count, context.budget, context.info);
         }
         break;
     case tiff_tag::ExifIfd:

@@ -4,6 +4,7 @@
 #include "metadata/signatures.h"
 #include "settings/packet_parser.h"
 #include "support/file.h"
+#include "support/result.h"
 #include "support/text_search.h"
 #include "support/zeroed_buffer.h"
 
@@ -145,7 +146,7 @@ std::int32_t readPhotoshopSegment(StreamReader& reader, WorkBudget& budget, Exif
         if (code == marker::App13) {
             const Result<Segment> segment = readValidSegment(reader);
             if (segment && readSignature(reader, PhotoshopSignature)) {
-                static_cast<void>(readPhotoshopResources(reader, segment->length, budget, info));
+                readPhotoshopResources(reader, segment->length, budget, info);
             }
             return segment ? GET_EXIF_OK : segment.code();
         }

@@ -49,8 +49,7 @@ bool readResource(StreamReader& reader, std::span<const unsigned char> header, s
 
 } // namespace
 
-Result<std::int32_t> readPhotoshopResources(StreamReader& reader, std::int32_t size, WorkBudget& budget,
-                                            ExifInfo& info) {
+std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info) {
     // Bytes that the file lacks count as zeros. A signature and an identifier at the end of the file, and two such
     // zeros, are the header of an IPTC resource.
     constexpr std::int64_t ZerosSeen = 2;
@@ -60,7 +59,7 @@ Result<std::int32_t> readPhotoshopResources(StreamReader& reader, std::int32_t s
     const std::int64_t start = reader.position();
     ZeroedBuffer block(static_cast<std::size_t>(std::min<std::int64_t>(size, clampedSize(reader, size) + ZerosSeen)));
     if (!block) {
-        return Failure{PARSE_PHOTOSHOP_NO_MEMORY};
+        return PARSE_PHOTOSHOP_NO_MEMORY;
     }
     budget.takePayload(static_cast<std::int64_t>(reader.read(block.bytes())));
     std::int32_t result = PARSE_PHOTOSHOP_NO_THUMBNAIL;
@@ -79,8 +78,7 @@ Result<std::int32_t> readPhotoshopResources(StreamReader& reader, std::int32_t s
 using namespace tvmeta;
 
 std::int32_t parse_photoshop_data(FILE* stream, std::int32_t size, ExifInfo* info) noexcept {
-    const auto parse = [&](StreamReader& reader, WorkBudget& budget) {
-        return readPhotoshopResources(reader, size, budget, *info).result();
-    };
-    return parseStream(stream, info, PARSE_PHOTOSHOP_NO_MEMORY, parse);
+    return parseStream(stream, info, PARSE_PHOTOSHOP_NO_MEMORY, [&](StreamReader& reader, WorkBudget& budget) {
+        return readPhotoshopResources(reader, size, budget, *info);
+    });
 }

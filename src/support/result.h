@@ -23,9 +23,6 @@ class [[nodiscard]] Result {
 
     std::int32_t code() const { return code_; } // of a failure
 
-    // What an exported function returns: the value, or the code of the failure.
-    std::int32_t result() const { return value_ ? static_cast<std::int32_t>(*value_) : code_; }
-
   private:
     std::optional<Value> value_;
     std::int32_t code_ = 0;
