@@ -8,10 +8,9 @@ using namespace tvmeta;
 
 std::int32_t hdrMinMax(std::int32_t width, std::int32_t height, const unsigned char* pixels,
                        float results[3]) noexcept {
-    constexpr std::int32_t NullPointer = -4;
     const bool empty = width <= 0 || height <= 0;
     if (results == nullptr || (!empty && pixels == nullptr)) {
-        return NullPointer;
+        return HDR_BAD_ARGUMENTS;
     }
     const std::size_t rows = empty ? 0 : static_cast<std::size_t>(height);
     const std::size_t columns = empty ? 0 : static_cast<std::size_t>(width);

@@ -26,12 +26,9 @@ constexpr Signature Signatures[] = {
 
 std::int32_t tvmeta_file_type(const char* path) noexcept {
     const File file = openUnbuffered(path, Access::Read);
-    if (!file) {
-        return TVMETA_FILE_UNREADABLE;
-    }
     char start[4] = {};
-    const std::size_t size = std::fread(start, 1, sizeof start, file.get());
-    if (std::ferror(file.get()) != 0) { // a directory opens, but cannot be read
+    const std::size_t size = file ? std::fread(start, 1, sizeof start, file.get()) : 0;
+    if (!file || std::ferror(file.get()) != 0) { // a directory opens, but cannot be read
         return TVMETA_FILE_UNREADABLE;
     }
     for (const Signature& signature : Signatures) {

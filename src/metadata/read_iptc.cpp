@@ -7,11 +7,8 @@ using namespace tvmeta;
 std::int32_t read_iptc(const char* path, std::int32_t count, std::int32_t offset, unsigned char* buffer) noexcept {
     constexpr unsigned char DatasetMarker = 0x1C;
     const File file = openUnbuffered(path, Access::Read);
-    if (!file || (buffer == nullptr && count > 0)) {
-        return READ_IPTC_UNREADABLE;
-    }
-    const std::int64_t size = fileSize(file.get());
-    if (size <= 0 || isDirectory(file.get())) {
+    const std::int64_t size = file ? fileSize(file.get()) : -1;
+    if (size <= 0 || isDirectory(file.get()) || (buffer == nullptr && count > 0)) {
         return READ_IPTC_UNREADABLE;
     }
     // The region must end before the file's last byte.

@@ -16,10 +16,7 @@ std::int32_t read_xmp(const char* path, std::int32_t method, float* settings) no
     // The 32-bit length of the text includes a terminator.
     constexpr std::int64_t MaxSize = std::numeric_limits<std::int32_t>::max() - 1;
     File file = openUnbuffered(path, Access::Read);
-    if (!file) {
-        return READ_XMP_UNREADABLE;
-    }
-    const std::int64_t size = fileSize(file.get());
+    const std::int64_t size = file ? fileSize(file.get()) : -1;
     if (size < 0 || size > MaxSize || isDirectory(file.get()) || !seekTo(file.get(), 0)) {
         return READ_XMP_UNREADABLE;
     }

@@ -21,10 +21,8 @@ std::int32_t write_exif_buf(std::int32_t exifCount, std::int32_t exifBytes, std:
                             std::int32_t dateCount, std::int32_t gpsDateCount, std::int32_t orientation,
                             const MetadataBuf* metadata, const GpsBuf* gps, const char* make,
                             unsigned char* buffer) noexcept {
-    if (metadata == nullptr || gps == nullptr || make == nullptr || buffer == nullptr) {
-        return WRITE_EXIF_NOTHING;
-    }
-    if (std::max({makeCount, modelCount, exifCount, gpsCount}) <= 0) {
+    if (metadata == nullptr || gps == nullptr || make == nullptr || buffer == nullptr ||
+        std::max({makeCount, modelCount, exifCount, gpsCount}) <= 0) {
         return WRITE_EXIF_NOTHING;
     }
     DirectoryBuilder exif = exifDirectory(*metadata, countOf(dateCount));
