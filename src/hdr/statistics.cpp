@@ -179,7 +179,6 @@ class Statistics {
   private:
     void addPixels(const Pixels& pixels);
     void addBlock(const Pixels& block, std::size_t ahead);
-    void updateExtremes(const float* doubled, std::size_t size);
     void addSum(const float* doubled, std::size_t size, const ExponentRange& range);
     bool isExact(const ExponentRange& range) const;
 
@@ -223,17 +222,13 @@ void Statistics::addBlock(const Pixels& block, std::size_t ahead) {
     doubledValues(block, ahead, doubled);
     if (scaleOf(range.lowest) < static_cast<double>(minimum_) ||
         MaxLuminance * scaleOf(range.highest) > static_cast<double>(maximum_)) {
-        updateExtremes(doubled, block.size);
+        const Extremes extremes = extremesOf(doubled, block.size);
+        minimum_ = smaller(minimum_, extremes.smallest / 2.0F);
+        maximum_ = larger(maximum_, extremes.largest / 2.0F);
     }
     if (maximum_ < Infinity) {
         addSum(doubled, block.size, range);
     }
-}
-
-void Statistics::updateExtremes(const float* doubled, std::size_t size) {
-    const Extremes extremes = extremesOf(doubled, size);
-    minimum_ = smaller(minimum_, extremes.smallest / 2.0F);
-    maximum_ = larger(maximum_, extremes.largest / 2.0F);
 }
 
 void Statistics::addSum(const float* doubled, std::size_t size, const ExponentRange& range) {
