@@ -1,6 +1,7 @@
 // Support: numbers in memory, byte by byte, at any alignment.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -56,9 +57,7 @@ class ByteWriter {
     void skip(std::size_t count) { position_ += fitting(count); }
 
   private:
-    std::size_t fitting(std::size_t size) const {
-        return size <= block_.size() - position_ ? size : block_.size() - position_;
-    }
+    std::size_t fitting(std::size_t size) const { return std::min(size, block_.size() - position_); }
 
     std::span<unsigned char> block_;
     std::size_t position_ = 0;
