@@ -1,9 +1,6 @@
 #include "metadata/tiff_reader.h"
 
-#include "support/packed_numbers.h"
-
 #include <algorithm>
-#include <cstdint>
 
 namespace tvmeta {
 
@@ -29,11 +26,6 @@ DirectoryEntry decode(ByteOrder order, std::span<const unsigned char> bytes) {
 
 } // namespace
 
-Rational TiffReader::readRational() const {
-    const std::int32_t numerator = read32();
-    return {numerator, read32()};
-}
-
 void TiffReader::readLine(std::span<char> text) const {
     std::size_t size = 0;
     while (size + 1 < text.size()) {
@@ -49,15 +41,6 @@ void TiffReader::readLine(std::span<char> text) const {
     if (size > 0) {
         text[size] = '\0';
     }
-}
-
-void TiffReader::seek(std::int32_t offset) const {
-    reader.seek(wrappingAdd(base, offset));
-}
-
-void TiffReader::seekToValue(const DirectoryEntry& entry, std::int32_t offset) const {
-    reader.seek(entry.end);
-    seek(offset);
 }
 
 void DirectoryReader::readBlock() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "metadata/stream_reader.h"
+#include "support/packed_numbers.h"
 #include "support/result.h"
 
 #include <array>
@@ -35,17 +36,20 @@ struct TiffReader {
 
     std::uint16_t read16() const { return reader.read16(order); }
     std::int32_t read32() const { return reader.read32(order); }
-    Rational readRational() const;
+    Rational readRational() const { return {read32(), read32()}; }
 
     // Reads a line, including its newline, of at most text.size() - 1 bytes, and terminates it. The text is unchanged
     // at the end of the file.
     void readLine(std::span<char> text) const;
 
     // Moves to an offset of the structure. Offsets wrap at 32 bits. A negative position is ignored.
-    void seek(std::int32_t offset) const;
+    void seek(std::int32_t offset) const { reader.seek(wrappingAdd(base, offset)); }
 
     // Moves to the value of an entry. If its position is negative, the bytes after the entry are read instead.
-    void seekToValue(const DirectoryEntry& entry, std::int32_t offset) const;
+    void seekToValue(const DirectoryEntry& entry, std::int32_t offset) const {
+        reader.seek(entry.end);
+        seek(offset);
+    }
     void seekToValue(const DirectoryEntry& entry) const { seekToValue(entry, entry.value); }
 };
 
