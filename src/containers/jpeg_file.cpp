@@ -4,7 +4,6 @@
 #include "metadata/signatures.h"
 #include "support/text_search.h"
 
-#include <algorithm>
 #include <array>
 #include <optional>
 #include <string_view>

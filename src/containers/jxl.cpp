@@ -3,7 +3,6 @@
 #include "containers/finders.h"
 #include "metadata/byte_cursor.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <span>

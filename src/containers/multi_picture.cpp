@@ -3,7 +3,6 @@
 #include "metadata/byte_cursor.h"
 #include "support/tiff_vocabulary.h"
 
-#include <algorithm>
 #include <array>
 
 namespace tvmeta {

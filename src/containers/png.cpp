@@ -3,7 +3,6 @@
 #include "metadata/byte_cursor.h"
 #include "support/text_search.h"
 
-#include <algorithm>
 #include <array>
 #include <string_view>
 

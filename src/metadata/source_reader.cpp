@@ -3,7 +3,6 @@
 #include "support/packed_numbers.h"
 
 #include <algorithm>
-#include <cstdint>
 
 namespace tvmeta {
 

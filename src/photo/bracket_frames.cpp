@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <utility>
 
 namespace tvmeta::brackets {
 

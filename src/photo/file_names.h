@@ -1,7 +1,6 @@
 // Photo: the parts of file names that cameras give.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string_view>
 

@@ -1,7 +1,7 @@
 // What a status means, for people.
 #include "tvmeta_photo.h"
 
-#include <cstddef>
+#include <cstdint>
 #include <iterator>
 
 const char* tvmeta_status_text(std::int32_t status) noexcept {

@@ -3,7 +3,6 @@
 #include "support/tiff_vocabulary.h"
 
 #include <algorithm>
-#include <iterator>
 #include <span>
 
 namespace tvmeta {

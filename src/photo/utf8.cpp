@@ -4,7 +4,6 @@
 #include "support/text_search.h"
 
 #include <algorithm>
-#include <cstdint>
 
 namespace tvmeta {
 

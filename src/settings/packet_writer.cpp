@@ -10,7 +10,6 @@
 #include "tvmeta.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <iterator>
 #include <limits>
 

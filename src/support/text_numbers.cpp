@@ -3,13 +3,9 @@
 #include "support/text_search.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
 #include <cstdlib>
-#include <iterator>
-#include <limits>
 #include <system_error>
 
 namespace tvmeta {

@@ -6,7 +6,6 @@
 #include "writers/pixel_writer.h"
 #include "writers/result_contents.h"
 
-#include <cstddef>
 #include <cstdint>
 
 namespace tvmeta {

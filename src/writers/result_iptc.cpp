@@ -1,6 +1,5 @@
 #include "writers/result_iptc.h"
 
-#include "metadata/byte_cursor.h"
 #include "photo/iptc_text.h"
 #include "photo/utf8.h"
 #include "support/text_search.h"
@@ -9,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <string_view>
 #include <utility>
 
 namespace tvmeta {

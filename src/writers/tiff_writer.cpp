@@ -11,8 +11,6 @@
 #include "writers/tiff_file.h"
 
 #include <cstdint>
-#include <cstring>
-#include <string_view>
 #include <utility>
 
 using namespace tvmeta;
