@@ -4,11 +4,12 @@
 #include "tvmeta.h"
 
 #include <array>
+#include <climits>
 #include <cstdint>
 #include <ctime>
-#include <limits>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 using namespace tvmeta;
 
@@ -26,7 +27,7 @@ std::optional<DateTime> scanDateTime(std::string_view text) {
             return std::nullopt;
         }
         const std::optional<std::int64_t> number = scanInteger(text);
-        if (!number || *number < std::numeric_limits<int>::min() || *number > std::numeric_limits<int>::max()) {
+        if (!number || !std::in_range<int>(*number)) {
             return std::nullopt;
         }
         fields[i] = static_cast<int>(*number);
@@ -46,7 +47,7 @@ std::int32_t time_from_datetime(const char* text, std::time_t reference, float* 
     }
     const auto [year, month, day, hour, minute, second] = *fields;
     constexpr int FirstYear = 1900;
-    if (year < std::numeric_limits<int>::min() + FirstYear || month == std::numeric_limits<int>::min()) {
+    if (year < INT_MIN + FirstYear || month == INT_MIN) {
         return DATETIME_INVALID;
     }
     std::tm local{};

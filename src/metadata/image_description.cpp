@@ -8,7 +8,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <string_view>
 
 namespace tvmeta {
@@ -111,12 +110,11 @@ Description parseFields(std::string_view text) {
 // 200, doubled for each 30 of the mean of the smallest and the largest colour value, in whole steps of 200.
 std::int32_t isoSpeedFor(const Description& description) {
     constexpr std::int32_t Step = 200;
-    constexpr std::int32_t Max = std::numeric_limits<std::int32_t>::max();
     const auto [low, high] = std::ranges::minmax(description.colors);
     const std::int64_t middle = (std::int64_t{low} + high) / 2;
     const double steps = std::exp2(static_cast<double>(middle) / 30.0);
-    constexpr double Limit = double{Max / Step} + 1.0;
-    return steps < Limit ? static_cast<std::int32_t>(steps) * Step : Max;
+    constexpr double Limit = double{INT32_MAX / Step} + 1.0;
+    return steps < Limit ? static_cast<std::int32_t>(steps) * Step : INT32_MAX;
 }
 
 constexpr bool isPlausible(std::int64_t value) {

@@ -5,7 +5,6 @@
 #include "support/text_search.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace tvmeta::brackets {
 
@@ -98,7 +97,7 @@ std::size_t Shots::commonStart() const {
 }
 
 void findLeaders(const Shots& shots, Workspace& work) {
-    constexpr std::int64_t NoTime = std::numeric_limits<std::int64_t>::min();
+    constexpr std::int64_t NoTime = INT64_MIN;
     const std::size_t start = shots.commonStart();
     for (std::size_t i = 0; i < shots.count; ++i) {
         const tvmeta_Shot shot = shots[i];

@@ -4,7 +4,6 @@
 #include "support/text_search.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace tvmeta::brackets {
 
@@ -65,7 +64,7 @@ SortKey keyOf(const tvmeta_Shot& shot, std::size_t file, unsigned char clock, st
         key.time -= (clock & UsesOffset) != 0 ? std::int64_t{shot.utcOffset} * 60 : 0;
         key.nanoseconds = usesFraction(shot, clock) ? shot.captureNanoseconds : 0;
     } else {
-        key.time = std::numeric_limits<std::int64_t>::min();
+        key.time = INT64_MIN;
     }
     return key;
 }
@@ -157,7 +156,7 @@ double longestPause(const tvmeta_Shot& before, const tvmeta_Shot& shot, const Op
 
 // Seconds from the end of an exposure to the start of the next, at least.
 double pauseBetween(const SortKey& before, const tvmeta_Shot& shotBefore, const SortKey& key, bool isExact) {
-    constexpr std::int64_t NoTime = std::numeric_limits<std::int64_t>::min();
+    constexpr std::int64_t NoTime = INT64_MIN;
     if (before.time == NoTime || key.time == NoTime) {
         return before.time == key.time ? 0 : HUGE_VAL;
     }

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 
 using namespace tvmeta;
 
@@ -41,7 +40,7 @@ std::size_t insertionPoint(std::string_view packet, std::size_t openingEnd) {
 
 std::int32_t insert_xmp(std::int32_t pass, std::int32_t method, const float* settings, std::int32_t dataLength,
                         std::int32_t shift, char* buffer) noexcept {
-    if (method > std::numeric_limits<std::int32_t>::max() - DescriptionOnly) {
+    if (method > INT32_MAX - DescriptionOnly) {
         return INSERT_XMP_BAD_ARGUMENTS;
     }
     PacketRequest request = packetRequest(method + DescriptionOnly, settings);

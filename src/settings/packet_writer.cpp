@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <limits>
 
 namespace tvmeta {
 
@@ -151,7 +150,7 @@ using namespace tvmeta;
 std::int32_t embed_xmp(std::int32_t pass, std::int32_t method, const float* settings, std::int32_t lensLength,
                        const char* lens, char* out) noexcept {
     // The rest of a packet is far smaller than what this leaves of 32 bits.
-    constexpr std::size_t MaxLens = std::numeric_limits<std::int32_t>::max() - 65'536;
+    constexpr std::size_t MaxLens = INT32_MAX - 65'536;
     const bool isMeasuring = pass == 0;
     if ((lensLength > 0 && lens == nullptr) || (!isMeasuring && out == nullptr)) {
         return EMBED_XMP_NOTHING;

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <limits>
 
 namespace tvmeta {
 
@@ -65,8 +64,7 @@ std::optional<float> scanIntegerValue(std::string_view text) {
     if (!number) {
         return std::nullopt;
     }
-    using Limits = std::numeric_limits<std::int32_t>;
-    return static_cast<float>(std::clamp<std::int64_t>(*number, Limits::min(), Limits::max()));
+    return static_cast<float>(std::clamp<std::int64_t>(*number, INT32_MIN, INT32_MAX));
 }
 
 // Scans a number at the value position, or one character after it. In a packet of elements, the second place is that of

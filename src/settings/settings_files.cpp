@@ -8,13 +8,12 @@
 #include "tvmeta.h"
 
 #include <cstdint>
-#include <limits>
 
 using namespace tvmeta;
 
 std::int32_t read_xmp(const char* path, std::int32_t method, float* settings) noexcept {
     // The 32-bit length of the text includes a terminator.
-    constexpr std::int64_t MaxSize = std::numeric_limits<std::int32_t>::max() - 1;
+    constexpr std::int64_t MaxSize = INT32_MAX - 1;
     File file = openUnbuffered(path, Access::Read);
     const std::int64_t size = file ? fileSize(file.get()) : -1;
     if (size < 0 || size > MaxSize || isDirectory(file.get()) || !seekTo(file.get(), 0)) {

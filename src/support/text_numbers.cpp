@@ -162,7 +162,7 @@ std::optional<std::int64_t> scanInteger(std::string_view& text) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     text.remove_prefix(static_cast<std::size_t>(end - text.data()));
     if (error == std::errc::result_out_of_range) {
-        value = std::numeric_limits<std::int64_t>::max();
+        value = INT64_MAX;
     }
     return negative ? -value : value;
 }

@@ -4,13 +4,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 
 namespace {
 
 std::int32_t saturate(double value) {
-    constexpr std::int32_t Max = std::numeric_limits<std::int32_t>::max();
-    return value < static_cast<double>(Max) ? static_cast<std::int32_t>(value) : Max;
+    return value < double{INT32_MAX} ? static_cast<std::int32_t>(value) : INT32_MAX;
 }
 
 // Hundredths from 1 on; below, hundredths of the reciprocal. A value that is not above zero leaves the rational as it
