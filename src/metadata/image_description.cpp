@@ -24,7 +24,6 @@ constexpr std::int32_t NotSeen = -1;
 
 // The values found so far.
 struct Description {
-    bool separated = false;
     bool stopped = false; // by 'B', which is the last colour, or by a token that is too long
     std::int64_t numerator = 0;
     std::int64_t denominator = 0;
@@ -95,7 +94,6 @@ Description parseFields(std::string_view text) {
     int field = 1;
     for (std::size_t at = text.find(Separator); at != NotFound && field < LastColorField;
          at = text.find(Separator, at + 1)) {
-        description.separated = true;
         ++field;
         const std::string_view rest = textFrom(text, at + Separator.size());
         if (field == ExposureField) {
@@ -122,7 +120,7 @@ constexpr bool isPlausible(std::int64_t value) {
 }
 
 void copyValues(const Description& description, ExifInfo& info) {
-    if (!description.separated || std::ranges::count(description.colors, NotSeen) > 0) {
+    if (std::ranges::count(description.colors, NotSeen) > 0) {
         return;
     }
     if (description.denominator > 0) {

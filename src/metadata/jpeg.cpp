@@ -24,8 +24,7 @@ constexpr int MaxMarkerBytes = 5;
 constexpr int XmpSearchMarkers = 10;
 
 bool startsImage(StreamReader& reader) {
-    const int first = reader.get();
-    return first == marker::Prefix && reader.get() == marker::StartOfImage;
+    return reader.get() == marker::Prefix && reader.get() == marker::StartOfImage;
 }
 
 // Reads the code of a marker after its prefix and fill bytes. Returns the prefix if there is no code within

@@ -76,7 +76,6 @@ inline constexpr float NeutralGamma = 50.0F; // slider position of gamma 1
 
 // Slots of method 1 whose values depend on each other.
 inline constexpr int SmoothingModeSlot = DETAILS_ENHANCER_SMOOTHING_MODE;
-inline constexpr int SmoothingLevelSlot = DETAILS_ENHANCER_SMOOTHING_LEVEL;
 inline constexpr int SmoothingSliderSlot = DETAILS_ENHANCER_SMOOTHING_SLIDER;
 
 // The mode is the integer part. Compared as floats, since a slot may exceed any integer.

@@ -50,11 +50,6 @@ class TextSink {
     std::size_t size_ = 0;
 };
 
-// "%02d" of a number above zero.
-void putNamespaceNumber(TextSink& sink, std::int32_t number) {
-    sink.put(number < 10 ? "0" : "", PrintedInteger(number).text());
-}
-
 const Word& smoothingLevel(float level) {
     constexpr float Last = static_cast<float>(std::size(SmoothingLevels) - 1);
     return SmoothingLevels[level > 0.0F ? static_cast<std::size_t>(std::min(level, Last)) : 0]; // NaN gives 0
@@ -95,9 +90,8 @@ void putValue(TextSink& sink, const Parameter& parameter, const float* settings)
 }
 
 void putDescription(TextSink& sink, const PacketRequest& request) {
-    sink.put(SettingsOpening);
-    putNamespaceNumber(sink, request.namespaceNumber);
-    sink.put(SettingsVersion);
+    const std::int32_t number = request.namespaceNumber; // above 0, in two digits or more
+    sink.put(SettingsOpening, number < 10 ? "0" : "", PrintedInteger(number).text(), SettingsVersion);
     if (const Method* const method = findMethod(request.method)) {
         sink.put("<tvtm:Method>", method->name, "</tvtm:Method>\n");
         for (const Parameter& parameter : method->parameters) {

@@ -8,14 +8,6 @@
 
 using namespace tvmeta;
 
-namespace {
-
-std::size_t countOf(std::int32_t count) {
-    return static_cast<std::size_t>(std::max(count, 0));
-}
-
-} // namespace
-
 std::int32_t write_exif_buf(std::int32_t exifCount, std::int32_t exifBytes, std::int32_t gpsCount,
                             std::int32_t gpsBytes, std::int32_t modelCount, std::int32_t makeCount,
                             std::int32_t dateCount, std::int32_t gpsDateCount, std::int32_t orientation,
@@ -25,6 +17,7 @@ std::int32_t write_exif_buf(std::int32_t exifCount, std::int32_t exifBytes, std:
         std::max({makeCount, modelCount, exifCount, gpsCount}) <= 0) {
         return WRITE_EXIF_NOTHING;
     }
+    const auto countOf = [](std::int32_t count) { return static_cast<std::size_t>(std::max(count, 0)); };
     DirectoryBuilder exif = exifDirectory(*metadata, countOf(dateCount));
     exif.setRoom(countOf(exifCount), countOf(exifBytes));
     DirectoryBuilder place = gpsDirectory(*gps, countOf(gpsDateCount));

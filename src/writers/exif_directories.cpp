@@ -30,7 +30,6 @@ constexpr MakeRule MakeRules[] = {
 };
 
 constexpr std::array<unsigned char, 4> GpsVersion = {2, 2, 0, 0};
-constexpr std::size_t GpsDateCount = sizeof GpsBuf::dateStamp;
 
 // The count of a text with its terminator, or `unterminated` for a text that fills its field.
 template <std::size_t Size>
@@ -72,7 +71,7 @@ TextCounts countTexts(const MetadataBuf& metadata, const GpsBuf& gps) {
         .model = countText(metadata.model, sizeof metadata.model - 1),
         .make = make.empty() ? 0 : make.size() + 1,
         .date = countText(metadata.dateTimeOriginal, sizeof metadata.dateTimeOriginal + 1),
-        .gpsDate = gps.dateStamp[0] != '\0' ? GpsDateCount : 0,
+        .gpsDate = gps.dateStamp[0] != '\0' ? sizeof gps.dateStamp : 0,
         .lens = countText(metadata.lens, sizeof metadata.lens - 1),
     };
 }

@@ -1,5 +1,4 @@
-// Saves a result: an uncompressed little-endian TIFF file (TIFF 6.0) of header, one strip of pixels, and a directory
-// block with everything else. Nothing is aligned, and nothing follows the directory block.
+// Saves a result as a TIFF file. Nothing is aligned, and nothing follows the directory block.
 #include "settings/packet_parser.h"
 #include "settings/packet_writer.h"
 #include "support/file.h"
@@ -18,7 +17,6 @@ using namespace tvmeta;
 namespace {
 
 constexpr std::size_t MaxSamples = 3;
-constexpr std::span<const unsigned char> NoBytes;
 
 // The contents of the image directory besides the pixels.
 struct Contents {
@@ -116,7 +114,7 @@ std::int32_t buf2tif(const void* pixels, const TifImageInfo* info, std::int32_t 
     }
     DirectoryBuilder exif = exifDirectory(*metadata, counts.date);
     DirectoryBuilder place = gpsDirectory(*gps, counts.gpsDate);
-    const auto rgbProfile = isForRgb(*profile) ? *profile : NoBytes;
+    const auto rgbProfile = isForRgb(*profile) ? *profile : std::span<const unsigned char>();
     DirectoryBuilder directory =
         imageDirectory(*layout, {*info, *metadata, counts, rgbProfile, packet->bytes, *iptcBlock});
     directory.addDirectory(tiff_tag::ExifIfd, exif);
