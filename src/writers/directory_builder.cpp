@@ -47,14 +47,6 @@ void DirectoryBuilder::addShorts(std::uint16_t tag, std::size_t count, std::uint
     }
 }
 
-void DirectoryBuilder::addShortOrLong(std::uint16_t tag, std::uint32_t value) {
-    if (value <= UINT16_MAX) {
-        addShort(tag, static_cast<std::uint16_t>(value));
-    } else {
-        addLong(tag, value);
-    }
-}
-
 void DirectoryBuilder::addRationals(std::uint16_t tag, std::span<const std::int32_t> words) {
     ByteWriter numbers = addNumbers(tag, tiff_type::Rational, words.size() / 2, 4 * words.size());
     for (const std::int32_t word : words) {

@@ -54,9 +54,10 @@ class DirectoryBuilder {
     void addShort(std::uint16_t tag, std::uint16_t value) { addShorts(tag, 1, value); }
     void addShorts(std::uint16_t tag, std::size_t count, std::uint16_t value); // the same value `count` times
     void addLong(std::uint16_t tag, std::uint32_t value) { addNumber(tag, tiff_type::Long, 4, value); }
-    void addShortOrLong(std::uint16_t tag, std::uint32_t value); // SHORT if the value fits
-    // LONG8 in BigTIFF.
-    void addOffset(std::uint16_t tag, std::uint64_t value) {
+    void addShortOrLong(std::uint16_t tag, std::uint32_t value) { // SHORT if the value fits
+        value <= UINT16_MAX ? addShort(tag, static_cast<std::uint16_t>(value)) : addLong(tag, value);
+    }
+    void addOffset(std::uint16_t tag, std::uint64_t value) { // LONG8 in BigTIFF
         addNumber(tag, form_.offsetType(), form_.offsetSize(), value);
     }
     void addRationals(std::uint16_t tag, std::span<const std::int32_t> words);
