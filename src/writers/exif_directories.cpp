@@ -57,12 +57,9 @@ void addReference(DirectoryBuilder& directory, std::uint16_t tag, const char& le
 } // namespace
 
 std::string_view makeOf(std::string_view model) {
-    for (const MakeRule& rule : MakeRules) {
-        if (model.starts_with(rule.modelPrefix)) {
-            return rule.make;
-        }
-    }
-    return {};
+    const auto isFor = [model](const MakeRule& rule) { return model.starts_with(rule.modelPrefix); };
+    const auto* const rule = std::ranges::find_if(MakeRules, isFor);
+    return rule != std::end(MakeRules) ? rule->make : std::string_view();
 }
 
 TextCounts countTexts(const MetadataBuf& metadata, const GpsBuf& gps) {
