@@ -14,8 +14,6 @@
 
 namespace tvmeta {
 
-static_assert(std::string_view(TVMETA_MAKER_HOST).size() == 15, "readers compare a declaration of fixed length");
-
 // The prefix of every settings property.
 inline constexpr std::string_view SettingsPrefix = "tvtm:";
 
@@ -29,6 +27,7 @@ inline constexpr QuotedText AuxDeclaration{"xmlns:aux='" TVMETA_AUX_URI, 7};
 inline constexpr QuotedText XmpmetaOpening{"<x:xmpmeta xmlns:x='adobe:ns:meta/", 5};
 inline constexpr QuotedText RdfOpening{"<rdf:RDF xmlns:rdf='" TVMETA_RDF_URI "'>", 5};
 
+// The offset after a text that is found is part of a result.
 static_assert(SettingsDeclaration.size() == 35 && AuxDeclaration.size() == 44);
 static_assert(XmpmetaOpening.size() == 34 && RdfOpening.size() == 65);
 
