@@ -202,22 +202,16 @@ int64_t tvmeta_find_brackets(const tvmeta_Shot* shots, int64_t count, const tvme
 }
 
 const char* tvmeta_evidence_text(int32_t evidence) TVMETA_NOEXCEPT {
-    switch (evidence) {
-    case TVMETA_EVIDENCE_MARK_BIAS:
-        return "exposure mode 2, bias varies";
-    case TVMETA_EVIDENCE_MARK_EXPOSURE:
-        return "exposure mode 2, exposure varies";
-    case TVMETA_EVIDENCE_BIAS:
-        return "automatic exposure, bias in regular steps";
-    case TVMETA_EVIDENCE_REPEATED:
-        return "exposures repeat";
-    case TVMETA_EVIDENCE_SERIES:
-        return "exposures in regular steps";
-    case TVMETA_EVIDENCE_DIFFERENT:
-        return "exposures differ, no longer pause";
-    case TVMETA_EVIDENCE_COUNT:
-        return "by the given count";
-    default:
-        return "";
-    }
+    static constexpr const char* Texts[] = {
+        "", // by the numbers of evidence in the header, which start with 1
+        "exposure mode 2, bias varies",
+        "exposure mode 2, exposure varies",
+        "automatic exposure, bias in regular steps",
+        "exposures repeat",
+        "exposures in regular steps",
+        "exposures differ, no longer pause",
+        "by the given count",
+    };
+    static_assert(std::size(Texts) == TVMETA_EVIDENCE_COUNT + 1);
+    return Texts[evidence >= 0 && evidence <= TVMETA_EVIDENCE_COUNT ? evidence : 0];
 }

@@ -3,6 +3,7 @@
 
 #include "tvmeta_photo.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -195,12 +196,9 @@ void divideByCamera(Run camera, const Options& options, Workspace& work);
 
 // Whether f-number and ISO speed are constant.
 inline bool isSetByTime(Run run) {
-    for (const Frame& frame : run) {
-        if (frame.fNumber != run.front().fNumber || frame.isoSpeed != run.front().isoSpeed) {
-            return false;
-        }
-    }
-    return true;
+    return std::ranges::all_of(run, [run](const Frame& frame) {
+        return frame.fNumber == run.front().fNumber && frame.isoSpeed == run.front().isoSpeed;
+    });
 }
 
 // Manual exposure whose bias varies with it, as in brackets of some cameras. False if there is none.

@@ -2,6 +2,7 @@
 
 #include "support/text_search.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
 
@@ -26,10 +27,8 @@ char32_t referenced(std::string_view name) {
         char32_t character;
     };
     static constexpr Entity Entities[] = {{"amp", U'&'}, {"lt", U'<'}, {"gt", U'>'}, {"quot", U'"'}, {"apos", U'\''}};
-    for (const Entity& entity : Entities) {
-        if (entity.name == name) {
-            return entity.character;
-        }
+    if (const auto* const entity = std::ranges::find(Entities, name, &Entity::name); entity != std::end(Entities)) {
+        return entity->character;
     }
     if (!name.starts_with('#')) {
         return 0;
