@@ -17,11 +17,7 @@ constexpr int ImageDirectories = 3;
 constexpr std::uint16_t LastDirectoryEntries = 255;
 
 // Byte sizes of the field types, by type code. Unknown types count as type 0.
-constexpr std::uint8_t TIFF_TYPE_SIZES[] = {1, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 8};
-
-std::int32_t typeSize(std::uint16_t type) {
-    return TIFF_TYPE_SIZES[type < std::size(TIFF_TYPE_SIZES) ? type : 0];
-}
+constexpr std::int32_t TIFF_TYPE_SIZES[] = {1, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 8};
 
 // What the entries of all directories need.
 struct Context {
@@ -45,7 +41,8 @@ void readInlineModel(const DirectoryEntry& entry, ExifInfo& info) {
 
 void readModel(const Context& context, const DirectoryEntry& entry) {
     constexpr std::int32_t MinTextCount = 3;
-    if (entry.count <= static_cast<std::int32_t>(EntryValueSize) / typeSize(entry.type)) {
+    const std::int32_t itemSize = TIFF_TYPE_SIZES[entry.type < std::size(TIFF_TYPE_SIZES) ? entry.type : 0];
+    if (entry.count <= std::int32_t{EntryValueSize} / itemSize) {
         readInlineModel(entry, context.info);
     } else if (entry.count >= MinTextCount) {
         const auto room = std::min(static_cast<std::size_t>(entry.count), sizeof context.info.model);
