@@ -28,15 +28,12 @@ DirectoryEntry decode(ByteOrder order, std::span<const unsigned char> bytes) {
 
 void TiffReader::readLine(std::span<char> text) const {
     std::size_t size = 0;
-    while (size + 1 < text.size()) {
-        const int byte = reader.get();
+    for (int byte = 0; size + 1 < text.size() && byte != '\n'; ++size) {
+        byte = reader.get();
         if (byte == EOF) {
             break;
         }
-        text[size++] = static_cast<char>(byte);
-        if (byte == '\n') {
-            break;
-        }
+        text[size] = static_cast<char>(byte);
     }
     if (size > 0) {
         text[size] = '\0';

@@ -79,12 +79,8 @@ std::optional<float> readVersionedNumber(const Packet& packet, std::string_view 
 }
 
 std::optional<float> readWord(std::string_view value, std::span<const Word> words) {
-    for (const Word& word : words) {
-        if (value.starts_with(word.text)) {
-            return word.value;
-        }
-    }
-    return std::nullopt;
+    const auto word = std::ranges::find_if(words, [value](const Word& row) { return value.starts_with(row.text); });
+    return word != words.end() ? std::optional(word->value) : std::nullopt;
 }
 
 std::optional<float> readMicrocontrast(const Packet& packet, std::string_view value) {

@@ -14,7 +14,7 @@ using namespace tvmeta;
 std::int32_t read_xmp(const char* path, std::int32_t method, float* settings) noexcept {
     // The 32-bit length of the text includes a terminator.
     constexpr std::int64_t MaxSize = INT32_MAX - 1;
-    File file = openUnbuffered(path, Access::Read);
+    const File file = openUnbuffered(path, Access::Read);
     const std::int64_t size = file ? fileSize(file.get()) : -1;
     if (size < 0 || size > MaxSize || isDirectory(file.get()) || !seekTo(file.get(), 0)) {
         return READ_XMP_UNREADABLE;
@@ -26,7 +26,6 @@ std::int32_t read_xmp(const char* path, std::int32_t method, float* settings) no
     if (std::fread(buffer.data(), 1, static_cast<std::size_t>(size), file.get()) < static_cast<std::size_t>(size)) {
         return READ_XMP_SHORT_READ;
     }
-    file.reset();
     if (method == MODE_LENS) { // no argument receives a lens name
         return XMP_OTHER_METHOD;
     }
