@@ -35,16 +35,16 @@ void readMetadata(SourceReader& reader, const Region& region, Layout& layout) {
     for (Box box; boxes.next(box);) {
         switch (box.type) {
         case boxType("CMT1"):
-            layout.addStructure(box.content, Content::Image);
+            layout.addStructure(box.content);
             break;
         case boxType("CMT2"):
-            layout.addStructure(box.content, Content::Exif);
+            layout.addStructure(box.content, TVMETA_EXIF_DIRECTORY);
             break;
         case boxType("CMT3"):
             layout.hasMakerNote = true;
             break;
         case boxType("CMT4"):
-            layout.addStructure(box.content, Content::Gps);
+            layout.addStructure(box.content, TVMETA_GPS_DIRECTORY);
             break;
         case boxType("THMB"):
             layout.offerLarger(TVMETA_THUMBNAIL, findJpegIn(reader, box.content));

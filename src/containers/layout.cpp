@@ -4,9 +4,9 @@
 
 namespace tvmeta {
 
-void Layout::addStructure(Region region, Content content) {
+void Layout::addStructure(Region region, std::int32_t directory) {
     if (structureCount_ < structures_.size() && region.size > 0) {
-        structures_[structureCount_++] = {region, content};
+        structures_[structureCount_++] = {region, directory};
     }
 }
 

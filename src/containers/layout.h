@@ -20,12 +20,9 @@ struct Region {
     Region after(std::int64_t skipped) const { return {position + skipped, size - skipped}; }
 };
 
-// What the first directory of a TIFF structure is.
-enum class Content { Image, Exif, Gps };
-
 struct TiffStructure {
     Region region;
-    Content content = Content::Image;
+    std::int32_t directory = TVMETA_IMAGE; // what the first one is
 };
 
 // Blocks that become parts of those in tvmeta_photo.h once a container has been read.
@@ -58,7 +55,7 @@ class Layout {
         }
     }
 
-    void addStructure(Region region, Content content = Content::Image);
+    void addStructure(Region region, std::int32_t directory = TVMETA_IMAGE);
     std::span<const TiffStructure> structures() const { return std::span(structures_).first(structureCount_); }
 
     void addPiece(std::int32_t block, Region region, std::uint32_t order = 0);

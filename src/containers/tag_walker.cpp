@@ -34,17 +34,6 @@ constexpr ImageRow ImageRows[] = {
     {tiff_tag::JpegInterchangeFormatLength, &ImageDirectory::jpegSize},
 };
 
-std::int32_t kindOf(Content content) {
-    switch (content) {
-    case Content::Exif:
-        return TVMETA_EXIF_DIRECTORY;
-    case Content::Gps:
-        return TVMETA_GPS_DIRECTORY;
-    default:
-        return TVMETA_IMAGE;
-    }
-}
-
 constexpr bool isImage(std::int32_t kind) {
     return kind == TVMETA_IMAGE || kind == TVMETA_THUMBNAIL_IMAGE || kind == TVMETA_SUB_IMAGE;
 }
@@ -97,7 +86,7 @@ bool TagWalker::openStructure() {
         layout_.markBroken(structure_.region.position);
         return true;
     }
-    enqueue(first, kindOf(structure_.content), 0, true);
+    enqueue(first, structure_.directory, 0, true);
     return true;
 }
 
@@ -152,7 +141,7 @@ void TagWalker::closeDirectory() {
     isOpen_ = false;
     std::array<unsigned char, 8> bytes{};
     const auto offset = std::span(bytes).first(offsetSize());
-    if (remaining_ > 0 || !directory.isChained || structure_.content != Content::Image ||
+    if (remaining_ > 0 || !directory.isChained || structure_.directory != TVMETA_IMAGE ||
         directory.chainIndex + 1 == MaxChainedImages || !readAt(reader_, entryPosition_, offset)) {
         return;
     }
