@@ -19,13 +19,10 @@ namespace {
 constexpr std::int64_t MaxTerm = INT32_MAX;
 
 // The fields that could not be kept as they are.
-class Clamped {
-  public:
-    void add(int field) { mask_ |= std::int64_t{1} << field; }
-    std::int64_t mask() const { return mask_; }
+struct Clamped {
+    void add(int field) { mask |= std::int64_t{1} << field; }
 
-  private:
-    std::int64_t mask_ = 0;
+    std::int64_t mask = 0;
 };
 
 // A rational of the writers is present if both numbers are above zero.
@@ -204,7 +201,7 @@ std::int64_t convert(const tvmeta_Photo& photo, MetadataBuf& metadata, GpsBuf& g
     metadata.focalLength35mm = photo.focalLength35mm;
     metadata.orientation = photo.orientation;
     keepPosition(photo, gps, clamped);
-    return clamped.mask();
+    return clamped.mask;
 }
 
 } // namespace
