@@ -71,6 +71,15 @@ void findLens(OpenPhoto& open, const PhotoFields& fields) {
     }
 }
 
+std::int32_t readPhoto(const tvmeta_Source& source, tvmeta_Photo& photo) {
+    OpenPhoto open(source);
+    fillPhoto(open, open.readTags(), photo);
+    if (const std::int32_t failure = open.failure(); failure != TVMETA_OK) {
+        return failure;
+    }
+    return photo.brokenAt >= 0 ? TVMETA_BROKEN : TVMETA_OK;
+}
+
 } // namespace
 
 void tvmeta::fillPhoto(OpenPhoto& open, const TagSet& tags, tvmeta_Photo& photo) {
@@ -82,19 +91,6 @@ void tvmeta::fillPhoto(OpenPhoto& open, const TagSet& tags, tvmeta_Photo& photo)
     fillBlocks(open.layout, photo);
     photo.brokenAt = open.layout.brokenAt;
 }
-
-namespace {
-
-std::int32_t readPhoto(const tvmeta_Source& source, tvmeta_Photo& photo) {
-    OpenPhoto open(source);
-    fillPhoto(open, open.readTags(), photo);
-    if (const std::int32_t failure = open.failure(); failure != TVMETA_OK) {
-        return failure;
-    }
-    return photo.brokenAt >= 0 ? TVMETA_BROKEN : TVMETA_OK;
-}
-
-} // namespace
 
 std::int32_t tvmeta_read_photo(const tvmeta_Source* source, tvmeta_Photo* photo) noexcept {
     if (photo == nullptr || photo->recordSize < MinRecordSize || photo->recordSize > MaxRecordSize) {

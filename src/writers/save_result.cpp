@@ -12,7 +12,7 @@
 #include <optional>
 #include <string_view>
 
-namespace tvmeta {
+using namespace tvmeta;
 
 namespace {
 
@@ -117,10 +117,6 @@ bool isPitch(std::int64_t pitch, std::int32_t height) {
 }
 
 } // namespace
-
-} // namespace tvmeta
-
-using namespace tvmeta;
 
 std::int32_t tvmeta_save_tiff(const tvmeta_Result* result, tvmeta_Loss* losses, std::int32_t capacity) noexcept {
     if (!isValid(result) || result->path == nullptr || capacity < 0 || (losses == nullptr && capacity > 0) ||
