@@ -7,7 +7,9 @@
 #include "support/text_search.h"
 #include "support/tiff_vocabulary.h"
 
+#include <algorithm>
 #include <array>
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <optional>
@@ -18,16 +20,12 @@ namespace {
 
 // A number of exactly `digits` digits at the start of the text, which is removed; -1 if there is none.
 int takeNumber(std::string_view& text, std::size_t digits) {
-    int value = 0;
-    if (text.size() < digits) {
+    const std::string_view number = text.substr(0, digits);
+    if (number.size() < digits || !std::ranges::all_of(number, isDigit)) {
         return -1;
     }
-    for (const char c : text.substr(0, digits)) {
-        if (!isDigit(c)) {
-            return -1;
-        }
-        value = 10 * value + (c - '0');
-    }
+    int value = 0;
+    std::from_chars(number.data(), number.data() + digits, value);
     text.remove_prefix(digits);
     return value;
 }
