@@ -102,12 +102,9 @@ void findLeaders(const Shots& shots, Workspace& work) {
     for (std::size_t i = 0; i < shots.count; ++i) {
         const tvmeta_Shot shot = shots[i];
         const std::int64_t time = has(shot, TVMETA_CAPTURE_TIME) ? shot.captureTime : NoTime;
-        work.keys[i] = {hashText(shot.camera, textOrEmpty(shot.folder)),
-                        time,
-                        0,
-                        orderOfBytes(textFrom(stemOf(textOrEmpty(shot.name)), start)),
-                        static_cast<std::int64_t>(i),
-                        0};
+        const std::uint64_t group = hashText(shot.camera, textOrEmpty(shot.folder));
+        const std::uint64_t order = orderOfBytes(textFrom(stemOf(textOrEmpty(shot.name)), start));
+        work.keys[i] = {group, time, 0, order, static_cast<std::int64_t>(i), 0};
     }
     std::ranges::sort(work.keys, [&](const SortKey& a, const SortKey& b) { return isBefore(shots, a, b); });
 
