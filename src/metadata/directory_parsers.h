@@ -19,6 +19,14 @@ namespace tvmeta {
 struct WorkBudget {
     std::int32_t entries = 1 << 20;         // of EXIF and GPS directories; a larger directory is skipped
     std::int64_t payloadBytes = 64LL << 20; // of image descriptions and Photoshop resources; then no more is read
+
+    bool takeEntries(std::int32_t count) {
+        const bool isEnough = count <= entries;
+        entries -= isEnough ? count : 0;
+        return isEnough;
+    }
+    bool hasPayload() const { return payloadBytes > 0; }
+    void takePayload(std::int64_t size) { payloadBytes -= size; }
 };
 
 // Read a file from its start. They return results of getExifData.

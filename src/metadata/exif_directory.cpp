@@ -125,10 +125,9 @@ constexpr Row GpsRows[] = {
 
 void readDirectory(const TiffReader& tiff, WorkBudget& budget, std::span<const Row> rows, Target& target) {
     const std::uint16_t count = tiff.read16();
-    if (count > budget.entries) {
+    if (!budget.takeEntries(count)) {
         return;
     }
-    budget.entries -= count;
     DirectoryReader directory(tiff, count);
     while (const std::optional<DirectoryEntry> entry = directory.next()) {
         const auto row = std::ranges::find(rows, entry->tag, &Row::tag);

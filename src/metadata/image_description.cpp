@@ -135,10 +135,10 @@ void copyValues(const Description& description, ExifInfo& info) {
 } // namespace
 
 std::int32_t readImageDescription(StreamReader& reader, std::int32_t size, WorkBudget& budget, ExifInfo& info) {
-    if (size <= 0 || budget.payloadBytes <= 0 || clampedSize(reader, size) < size) {
+    if (size <= 0 || !budget.hasPayload() || clampedSize(reader, size) < size) {
         return PARSE_DESCRIPTION_UNREADABLE;
     }
-    budget.payloadBytes -= size;
+    budget.takePayload(size);
     ZeroedBuffer buffer(static_cast<std::size_t>(size));
     if (!buffer || reader.read(buffer.bytes()) < buffer.size()) {
         return PARSE_DESCRIPTION_UNREADABLE;

@@ -53,7 +53,7 @@ std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, Wor
     // Bytes that the file lacks count as zeros. A signature and an identifier at the end of the file, and two such
     // zeros, are the header of an IPTC resource.
     constexpr std::int64_t ZerosSeen = 2;
-    if (size <= 0 || budget.payloadBytes <= 0) {
+    if (size <= 0 || !budget.hasPayload()) {
         return PARSE_PHOTOSHOP_NO_THUMBNAIL;
     }
     const std::int64_t start = reader.position();
@@ -61,7 +61,7 @@ std::int32_t readPhotoshopResources(StreamReader& reader, std::int32_t size, Wor
     if (!block) {
         return PARSE_PHOTOSHOP_NO_MEMORY;
     }
-    budget.payloadBytes -= static_cast<std::int64_t>(reader.read(block.bytes()));
+    budget.takePayload(static_cast<std::int64_t>(reader.read(block.bytes())));
     std::int32_t result = PARSE_PHOTOSHOP_NO_THUMBNAIL;
     const std::string_view text(block.text(), block.size());
     for (std::size_t at = findText(text, Signature); at != NotFound && text.size() - at >= HeaderSize;

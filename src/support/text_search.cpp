@@ -60,20 +60,16 @@ std::size_t findText(std::string_view text, const SearchText& wanted, std::size_
         return NotFound;
     }
     const std::string_view pair = textFrom(wanted.text, wanted.rarePair).substr(0, 2);
-    for (std::size_t at = from + wanted.rarePair;; ++at) {
-        at = findPair(text, pair, at);
-        if (at == NotFound || textFrom(text, at - wanted.rarePair).starts_with(wanted.text)) {
-            return at == NotFound ? NotFound : at - wanted.rarePair;
+    for (std::size_t at = from + wanted.rarePair; (at = findPair(text, pair, at)) != NotFound; ++at) {
+        if (textFrom(text, at - wanted.rarePair).starts_with(wanted.text)) {
+            return at - wanted.rarePair;
         }
     }
+    return NotFound;
 }
 
 std::size_t findQuoted(std::string_view text, const QuotedText& wanted, std::size_t from) {
-    for (;; ++from) {
-        from = findText(text, wanted.lead, from);
-        if (from == NotFound) {
-            return NotFound;
-        }
+    for (from = findText(text, wanted.lead, from); from != NotFound; from = findText(text, wanted.lead, from + 1)) {
         const std::string_view found = textFrom(text, from);
         const char quote = textFrom(found, wanted.lead.text.size()).starts_with('"') ? '"' : '\'';
         const auto matches = [quote](char w, char c) { return c == (w == '\'' ? quote : w); };
@@ -82,6 +78,7 @@ std::size_t findQuoted(std::string_view text, const QuotedText& wanted, std::siz
             return from;
         }
     }
+    return NotFound;
 }
 
 } // namespace tvmeta
