@@ -61,7 +61,7 @@ CLI::Validator numberOf(const Option& option) {
 }
 
 // An empty value is usually a variable of a script that is not set. Without this check the option would be ignored.
-CLI::Validator valueOf(const Option& option) {
+CLI::Validator notEmpty(const Option& option) {
     return CLI::Validator(
         [option](const std::string& word) {
             return word.empty() ? "expected " + option.value + " after it, found ''" : "";
@@ -92,7 +92,7 @@ CLI::Option* addOption(CLI::App& app, const Option& option) {
         added->delimiter(option.rules.separator);
     }
     if (hasName(option) && !isFlag(option)) {
-        added->check(valueOf(option));
+        added->check(notEmpty(option));
     }
     if (!option.rules.choices.empty()) {
         added->check(oneOf(option.rules.choices));
