@@ -328,8 +328,8 @@ enum {
  * @retval -3  TVMETA_REFUSED_KIND
  * @retval -5  TVMETA_NO_MEMORY
  * @retval -6  TVMETA_BAD_ARGUMENT
- * @limits packets and blocks that are compressed or above 64 MiB are not searched. Tags: the first 64 KiB of a text.
- *   Each call reads the file again, and passes over the keywords before `index`.
+ * @limits packets and blocks that are compressed or above 64 MiB are not searched, nor packets in UTF-16 or UTF-32.
+ *   Tags: the first 64 KiB of a text. Each call reads the file again, and passes over the keywords before `index`.
  */
 TVMETA_API int64_t tvmeta_read_text(const tvmeta_Source* source, const tvmeta_Photo* photo, int32_t text, int32_t index,
                                     char* buffer, int64_t capacity) TVMETA_NOEXCEPT;
@@ -468,7 +468,8 @@ typedef struct tvmeta_Result {
     int64_t iptcSize;            /**< Bytes */
     const char* xmp;             /**< XMP packet; null: the photograph's, its sizes and orientation corrected */
     int64_t xmpSize;             /**< Bytes without a terminator */
-    const char* const* keywords; /**< UTF-8, 1 to 32767 bytes each; added to IPTC and to dc:subject of XMP */
+    const char* const* keywords; /**< UTF-8, 1 to 32767 bytes each; added to IPTC and to dc:subject of XMP, unless they
+                                      have it. One above 256 bytes is always added to XMP */
     int32_t keywordCount;        /**< 0: keywords may be null */
     int32_t method;              /**< METHOD_NONE, or the method whose settings are added to the packet */
     const float* settings;       /**< SETTINGS_SLOTS values; may be null for METHOD_NONE */
