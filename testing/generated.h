@@ -46,6 +46,24 @@ inline Bytes randomPacket(Random& random, bool isWhole) {
     return isWhole ? "<rdf:RDF>" + textOf(random, xmp, 8) + "</rdf:RDF>" : textOf(random, xmp, 30);
 }
 
+// A packet of settings: of each parameter most, in the forms and words of all versions.
+inline Bytes randomSettings(Random& random, std::int32_t method) {
+    static const Bytes versions[] = {"5.0", "5.0", "2.4", "2.5", "2.0", "3.0", "1.5", "12.4", "x"};
+    static const Bytes words[] = {"Light", "Slider", "Very High", "High", "Medium", "Medium Low", "Yes", "No", "Low"};
+    Bytes lines;
+    tvmeta_Parameter parameter;
+    for (std::int32_t i = 0; tvmeta_parameter(method, i, &parameter) > 0; ++i) {
+        const Bytes value = random.below(2) == 0 ? random.oneOf(words) : randomNumber(random);
+        if (random.below(4) != 0 && parameter.kind != TVMETA_GAMMA) { // of which the last bit depends on the platform
+            const Bytes prefix = random.below(16) == 0 ? "Noise" : "";
+            lines += random.below(4) == 0 ? attribute(prefix + parameter.name, value)
+                                          : element(prefix + parameter.name, value);
+        }
+    }
+    const Bytes text = elementPacket(tvmeta_method_name(method), lines, random.oneOf(versions));
+    return random.below(2) == 0 ? text : lensPacket("<aux:Lens>TV 35mm</aux:Lens>") + text;
+}
+
 inline Bytes randomBlock(Random& random) {
     static const Bytes iptc[] = {dataset(1, 90, "\x1B%G"),
                                  dataset(1, 0, Bytes("\0\4", 2)),
@@ -143,7 +161,20 @@ std::vector<Tiff::Entry> randomEntries(Random& random, const Tiff& tiff, const U
     return entries;
 }
 
-// A TIFF photograph with another page, a child and EXIF data.
+// XMP with values that photographs lack.
+inline Bytes randomProperties(Random& random) {
+    static const Bytes properties[] = {"<aux:Lens>TV 35mm</aux:Lens>",
+                                       " aux:Lens='TV 50mm f/1.8'",
+                                       "<exifEX:LensModel>TV 85mm</exifEX:LensModel>",
+                                       "<xmp:Rating>4</xmp:Rating>",
+                                       "<tiff:Orientation>6</tiff:Orientation>",
+                                       "<aux:Lens></aux:Lens>",
+                                       "xmlns:aux='http://ns.adobe.com/exif/1.0/aux/'",
+                                       "\n"};
+    return "<rdf:RDF>" + textOf(random, properties, 4) + "</rdf:RDF>";
+}
+
+// A TIFF photograph with another page, a child, EXIF data and XMP.
 inline Bytes randomPhoto(Random& random) {
     Tiff tiff(random.below(2) == 0);
     const std::uint32_t exif = tiff.add(randomEntries(random, tiff, ExifTags));
@@ -154,6 +185,9 @@ inline Bytes randomPhoto(Random& random) {
     image.push_back(tiff.longEntry(330, child));
     image.push_back(tiff.longEntry(34665, exif));
     image.push_back(tiff.longEntry(34853, gps));
+    if (const Bytes xmp = randomProperties(random); random.below(2) == 0) {
+        image.push_back({700, 1, static_cast<std::uint32_t>(xmp.size()), xmp});
+    }
     return tiff.finish(tiff.add(image, next));
 }
 

@@ -192,6 +192,7 @@ TEST(InsertXmp, PlacesTheDescription) {
         {"double quotes", doubled(meta + rdf), "\n  ", 0},
         {"after other text", "<?xpacket?>" + meta + " " + rdf, "\n  ", 0},
         {"mixed quotes", mixed, "", size(mixed)},
+        {"nothing", "", "", -34},
         {"no room for an opening", "<x:xmpmeta", "", -34},
         {"opening ends the data", meta.substr(0, 34), "", -34},
         {"no RDF opening", meta + zeros(99), "", -size32(meta) - 99},

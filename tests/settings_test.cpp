@@ -140,6 +140,7 @@ TEST(Parameters, ValuesByFormAndVersion) {
         {"word of another parameter", details, contrast("Light"), 6, Untouched, "2.4"},
         {"shorter word", details, contrast("Medium"), 6, -2.0F, "2.0"},
         {"number from 2.5 on", details, contrast("-3.9"), 6, -3.0F, "2.5"},
+        {"number in 3.0", details, contrast("-3.9"), 6, -3.9F, "3.0"},
         {"number in 1.5", details, contrast("-3.9"), 6, -3.0F, "1.5"},
         {"former name", details, element("NoiseSmoothing", "4"), 7, 4.0F},
         {"gamma 2", details, gamma("2.0"), 8, 0.0F},
