@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 
+#include <algorithm>
 #include <iostream>
 
 constexpr size_t MaxOfKind = 10;
@@ -28,11 +29,6 @@ void FileMessages::finish() const {
 }
 
 std::string explain(int32_t result, std::initializer_list<Meaning> meanings) {
-    std::string text = "unexpected result of the library";
-    for (const Meaning& meaning : meanings) {
-        if (meaning.result == result) {
-            text = meaning.text;
-        }
-    }
-    return text;
+    const auto* const known = std::ranges::find(meanings, result, &Meaning::result);
+    return known == meanings.end() ? "unexpected result of the library" : known->text;
 }

@@ -2,53 +2,37 @@
 
 #include "base/text.h"
 
-#include <cstddef>
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <cstdint>
+#include <utility>
 
 std::string markup(std::string_view text) {
+    constexpr std::pair<char, const char*> References[] = {
+        {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\'', "&#39;"}};
     std::string safe;
     for (const char c : printable(text)) {
-        switch (c) {
-        case '&':
-            safe += "&amp;";
-            break;
-        case '<':
-            safe += "&lt;";
-            break;
-        case '>':
-            safe += "&gt;";
-            break;
-        case '"':
-            safe += "&quot;";
-            break;
-        case '\'':
-            safe += "&#39;";
-            break;
-        default:
-            safe += c;
-        }
+        const auto* const known = std::ranges::find(References, c, &std::pair<char, const char*>::first);
+        safe += known == std::end(References) ? std::string(1, c) : known->second;
     }
     return safe;
 }
 
 std::string attribute(std::string_view name, std::string_view value) {
-    return std::string(" ").append(name).append("=\"").append(value).append("\"");
+    return fmt::format(" {}=\"{}\"", name, value);
 }
 
 std::string element(std::string_view name, std::string_view content, std::string_view attributes) {
-    std::string text = "<";
-    text.append(name).append(attributes).append(">").append(content);
-    return text.append("</").append(name).append(">");
+    return fmt::format("<{0}{1}>{2}</{0}>", name, attributes, content);
 }
 
 std::string urlPath(std::string_view path) {
-    constexpr std::string_view HexDigits = "0123456789ABCDEF";
     constexpr std::string_view Plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
     std::string url;
     for (const char c : path) {
-        const auto byte = static_cast<unsigned char>(c);
-        url += Plain.find(c) != std::string_view::npos ? std::string(1, c)
-                                                       : std::string{'%', HexDigits[byte >> 4], HexDigits[byte & 0xF]};
+        const bool isPlain = Plain.find(c) != std::string_view::npos;
+        url += isPlain ? std::string(1, c) : fmt::format("%{:02X}", static_cast<unsigned char>(c));
     }
     return url;
 }

@@ -1,5 +1,7 @@
 #include "base/text.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -100,7 +102,6 @@ std::strong_ordering compareParts(std::string_view a, std::string_view b) {
 } // namespace
 
 std::string printable(std::string_view text) {
-    constexpr std::string_view HexDigits = "0123456789ABCDEF";
     std::string safe;
     for (const Character& character : charactersOf(text)) {
         if (character.width >= 0) {
@@ -108,10 +109,7 @@ std::string printable(std::string_view text) {
             continue;
         }
         for (const char c : character.bytes) {
-            const auto code = static_cast<unsigned char>(c);
-            safe += "\\x";
-            safe += HexDigits[code >> 4];
-            safe += HexDigits[code & 0xF];
+            safe += fmt::format("\\x{:02X}", static_cast<unsigned char>(c));
         }
     }
     return safe;

@@ -3,7 +3,6 @@
 #include "base/text.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <vector>
 
 namespace {
@@ -11,39 +10,27 @@ namespace {
 // The Damerau-Levenshtein distance (optimal string alignment): the number of insertions, deletions,
 // replacements and swaps of adjacent characters.
 size_t editDistance(std::string_view from, std::string_view to) {
-    std::vector<size_t> beforeLast;
-    std::vector<size_t> last;
-    std::vector<size_t> current(to.size() + 1);
-    for (size_t j = 0; j <= to.size(); ++j) {
-        current[j] = j;
-    }
-    for (size_t i = 1; i <= from.size(); ++i) {
-        beforeLast = std::move(last);
-        last = std::move(current);
-        current.assign(to.size() + 1, i);
-        for (size_t j = 1; j <= to.size(); ++j) {
-            const bool isSame = from[i - 1] == to[j - 1];
-            current[j] = std::min({last[j] + 1, current[j - 1] + 1, last[j - 1] + (isSame ? 0 : 1)});
-            const bool isExchanged = i > 1 && j > 1 && from[i - 1] == to[j - 2] && from[i - 2] == to[j - 1];
-            if (isExchanged) {
-                current[j] = std::min(current[j], beforeLast[j - 2] + 1);
+    std::vector<std::vector<size_t>> distances(from.size() + 1, std::vector<size_t>(to.size() + 1)); // of the starts
+    for (size_t i = 0; i <= from.size(); ++i) {
+        for (size_t j = 0; j <= to.size(); ++j) {
+            size_t& distance = distances[i][j] = std::max(i, j); // one is empty
+            if (i > 0 && j > 0) {
+                const size_t replacement = from[i - 1] == to[j - 1] ? 0 : 1;
+                distance =
+                    std::min({distances[i - 1][j] + 1, distances[i][j - 1] + 1, distances[i - 1][j - 1] + replacement});
+            }
+            if (i > 1 && j > 1 && from[i - 1] == to[j - 2] && from[i - 2] == to[j - 1]) {
+                distance = std::min(distance, distances[i - 2][j - 2] + 1);
             }
         }
     }
-    return current.back();
+    return distances.back().back();
 }
 
 } // namespace
 
-std::string wordList(std::span<const std::string> words, std::string_view conjunction) {
-    const std::string beforeLast = std::string(" ").append(conjunction).append(" ");
-    std::string list;
-    for (size_t i = 0; i < words.size(); ++i) {
-        const bool isLast = i + 1 == words.size();
-        list += i == 0 ? "" : isLast ? beforeLast : ", ";
-        list += words[i];
-    }
-    return list;
+std::string wordList(std::span<const std::string> words) {
+    return words.size() < 2 ? joined(words) : joined(words.first(words.size() - 1)) + " or " + words.back();
 }
 
 std::string nearestName(std::string_view word, std::span<const std::string> names) {
@@ -60,5 +47,5 @@ std::string nearestName(std::string_view word, std::span<const std::string> name
 
 std::string nearestOrAll(std::string_view word, std::span<const std::string> names) {
     const std::string nearest = nearestName(word, names);
-    return nearest.empty() ? "; use " + wordList(names, "or") : nearest;
+    return nearest.empty() ? "; use " + wordList(names) : nearest;
 }

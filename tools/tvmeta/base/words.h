@@ -19,8 +19,8 @@ std::string joined(const Words& words) {
     return fmt::format("{}", fmt::join(words, ", "));
 }
 
-// A list with commas and a conjunction before the last word: "8, 16 or 32".
-std::string wordList(std::span<const std::string> words, std::string_view conjunction);
+// "8, 16 or 32".
+std::string wordList(std::span<const std::string> words);
 
 // "; did you mean 'info'?" for the most similar name; empty if none is similar.
 std::string nearestName(std::string_view word, std::span<const std::string> names);

@@ -36,7 +36,7 @@ CLI::Validator oneOf(const std::vector<std::string>& choices) {
     return CLI::Validator(
         [choices](const std::string& word) {
             const bool isValid = std::ranges::find(choices, word) != choices.end();
-            return isValid ? "" : "expected " + wordList(choices, "or") + ", found " + word;
+            return isValid ? "" : "expected " + wordList(choices) + ", found " + word;
         },
         "");
 }
@@ -121,7 +121,7 @@ void addOptions(CLI::App& app, const std::vector<Option>& options) {
 // Asked after parsing, so that a mistyped name is reported as an unknown command.
 void requireSubcommand(const CLI::App& app, const Command& command) {
     if (app.get_subcommands().empty()) {
-        throw WrongCommandLine("expected a command: " + wordList(commandNames(command), "or"));
+        throw WrongCommandLine("expected a command: " + wordList(commandNames(command)));
     }
 }
 

@@ -50,7 +50,7 @@ Picture loadPicture(const std::string& path, Request request) {
     const Bytes start = readStart(path, 4);
     const Format* const format = findFormat(start);
     if (format == nullptr) {
-        throw Failure(path, "not a " + wordList(pictureFormats(), "or") + " picture: " + beginning(start));
+        throw Failure(path, "not a " + wordList(pictureFormats()) + " picture: " + beginning(start));
     }
     if (format->decoder == missingDecoder) {
         throw Failure(path, "this build of tvmeta does not support " + std::string(format->name) + " pictures");

@@ -74,7 +74,7 @@ std::vector<std::string> wordsOf(int32_t method, int32_t index, int32_t slot) {
 
 // The values that a parameter accepts, for messages.
 std::string allowedValues(const Settings& settings, int32_t index, const tvmeta_Parameter& parameter) {
-    const auto words = [&] { return wordList(wordsOf(settings.method, index, parameter.slot), "or"); };
+    const auto words = [&] { return wordList(wordsOf(settings.method, index, parameter.slot)); };
     switch (parameter.kind) {
     case TVMETA_GAMMA:
         return "a number above 0";
