@@ -2,6 +2,7 @@
 #include "commands/command_line.h"
 
 #include "base/failure.h"
+#include "base/mapped.h"
 #include "base/numbers.h"
 #include "base/words.h"
 #include "commands/completion.h"
@@ -342,9 +343,7 @@ const Option* optionNamed(const Command& command, const std::string& name) {
 }
 
 std::vector<std::string> commandNames(const Command& command) {
-    std::vector<std::string> names;
-    std::ranges::transform(command.commands, std::back_inserter(names), &Command::name);
-    return names;
+    return mapped<std::string>(command.commands, &Command::name);
 }
 
 std::vector<std::string> optionNames(const Command& command) {

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <functional>
 #include <iostream>
-#include <iterator>
 
 namespace {
 
@@ -60,12 +59,6 @@ void printValues(const Option& option, const std::string& start, const std::stri
                std::holds_alternative<std::vector<std::string>*>(option.target)) {
         std::cout << ":files\n";
     }
-}
-
-std::vector<std::string> fieldNames() {
-    std::vector<std::string> names;
-    std::ranges::transform(allFields(), std::back_inserter(names), [](const Field& field) { return field.key; });
-    return names;
 }
 
 // The value of an option on the command line; empty if it is missing.
@@ -124,11 +117,11 @@ std::vector<std::string> suggestNothing(const std::string& /*value*/, std::span<
 
 std::vector<std::string> suggestFields(const std::string& value, std::span<const std::string> /*words*/) {
     const size_t comma = value.rfind(',');
-    return withAffixes(value.substr(0, comma == std::string::npos ? 0 : comma + 1), fieldNames(), "");
+    return withAffixes(value.substr(0, comma == std::string::npos ? 0 : comma + 1), fieldKeys(), "");
 }
 
 std::vector<std::string> suggestOrder(const std::string& value, std::span<const std::string> /*words*/) {
-    return withAffixes(value.starts_with('-') ? "-" : "", fieldNames(), "");
+    return withAffixes(value.starts_with('-') ? "-" : "", fieldKeys(), "");
 }
 
 std::vector<std::string> suggestMethods(const std::string& /*value*/, std::span<const std::string> /*words*/) {

@@ -1,6 +1,7 @@
 // tvmeta info: the records of photographs, as a list, a table, JSON or CSV.
 
 #include "base/failure.h"
+#include "base/mapped.h"
 #include "base/text.h"
 #include "commands/command_line.h"
 #include "commands/completion.h"
@@ -13,7 +14,6 @@
 #include <algorithm>
 #include <iomanip>
 #include <iostream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -90,19 +90,12 @@ Column columnOf(const Field& field, const std::vector<Shot>& shots) {
 }
 
 void printShotTable(const std::vector<Shot>& shots, const FieldList& fields) {
-    std::vector<Column> columns;
-    for (const Field* field : fields) {
-        columns.push_back(columnOf(*field, shots));
-    }
-    printTable(columns, "--list or --json");
+    const auto column = [&](const Field* field) { return columnOf(*field, shots); };
+    printTable(mapped<Column>(fields, column), "--list or --json");
 }
 
 Record recordOf(const Shot& shot, const FieldList& fields) {
-    Record record;
-    std::ranges::transform(fields, std::back_inserter(record), [&](const Field* field) {
-        return NamedValue{field->key, field->value(shot)};
-    });
-    return record;
+    return mapped<NamedValue>(fields, [&](const Field* field) { return NamedValue{field->key, field->value(shot)}; });
 }
 
 void printShot(Format format, const Shot& shot, const FieldList& fields) {
@@ -204,17 +197,11 @@ void showInfo(const Options& options) {
         fieldNamed(options.sort.substr(options.sort.starts_with('-') ? 1 : 0)); // before any file is read
     }
     if (format == Format::Csv) {
-        Record names;
-        std::ranges::for_each(fields, [&](const Field* field) { names.push_back({field->key, {}}); });
-        std::cout << csvHeader(names);
+        std::cout << csvHeader(mapped<NamedValue>(fields, [](const Field* field) {
+            return NamedValue{field->key, {}};
+        }));
     }
     requireAllRead((isStreamed(options, format) ? showStreamed : showTogether)(options, format, fields, filters));
-}
-
-std::string fieldHelp() {
-    std::vector<std::string> keys;
-    std::ranges::transform(allFields(), std::back_inserter(keys), &Field::key);
-    return helpList("Fields", keys);
 }
 
 } // namespace
@@ -245,7 +232,7 @@ Command infoCommand() {
             },
         .footer = "One photograph is shown as a list, several as a table by capture time\n"
                   "that fits the terminal. Fields without a value are omitted.\n\n" +
-                  fieldHelp() +
+                  helpList("Fields", fieldKeys()) +
                   "Examples:\n"
                   "  tvmeta info scene.jpg\n"
                   "  tvmeta info -r photos --fields file,lens,exposureTime\n"

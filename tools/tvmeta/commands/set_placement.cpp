@@ -1,6 +1,7 @@
 #include "commands/set_placement.h"
 
 #include "base/failure.h"
+#include "base/mapped.h"
 #include "base/text.h"
 #include "base/words.h"
 #include "output/move_journal.h"
@@ -38,8 +39,7 @@ Verb verbOf(const PlacementOptions& options) {
 
 // All files of one photograph, which go to the same folder: those that were read, then those of editors.
 ShotFiles filesOf(const std::vector<const Photo*>& photos, Sidecars& sidecars) {
-    ShotFiles files;
-    std::ranges::transform(photos, std::back_inserter(files), &Photo::path);
+    ShotFiles files = mapped<std::string>(photos, &Photo::path);
     for (const Photo* photo : photos) {
         std::ranges::move(sidecars.take(photo->path), std::back_inserter(files));
     }
@@ -67,15 +67,12 @@ SetWords wordsOf(const PhotoSet& set) {
 }
 
 std::vector<FolderSet> foldersOf(const PhotoSets& found, const std::string& pattern) {
-    std::vector<SetWords> words;
-    std::ranges::transform(found.sets, std::back_inserter(words), wordsOf);
-    std::vector<std::string> names = setNames(pattern, words);
+    const std::vector<std::string> names = setNames(pattern, mapped<SetWords>(found.sets, wordsOf));
     std::vector<FolderSet> folders;
     Sidecars sidecars;
+    const auto files = [&](const auto& photos) { return filesOf(photos, sidecars); };
     for (const PhotoSet& set : found.sets) {
-        FolderSet& folder = folders.emplace_back(FolderSet{std::move(names[folders.size()]), {}});
-        std::ranges::transform(set.files, std::back_inserter(folder.shots),
-                               [&](const auto& photos) { return filesOf(photos, sidecars); });
+        folders.push_back({names[folders.size()], mapped<ShotFiles>(set.files, files)});
     }
     return folders;
 }

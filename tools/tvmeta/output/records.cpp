@@ -1,5 +1,6 @@
 #include "output/records.h"
 
+#include "base/mapped.h"
 #include "base/numbers.h"
 #include "base/text.h"
 
@@ -7,10 +8,8 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <iterator>
 #include <string_view>
 #include <type_traits>
-#include <vector>
 
 namespace {
 
@@ -45,26 +44,22 @@ std::string quoted(const std::string& field) {
     return text + "\"";
 }
 
-std::string fieldOf(const Value& value) {
-    const auto* integer = std::get_if<int64_t>(&value);
-    const auto* number = std::get_if<double>(&value);
+std::string fieldOf(const NamedValue& named) {
+    const auto* integer = std::get_if<int64_t>(&named.value);
+    const auto* number = std::get_if<double>(&named.value);
     return integer != nullptr  ? fmt::to_string(*integer)
            : number != nullptr ? fmt::format("{}", *number)
-                               : quoted(textField(textOf(value)));
+                               : quoted(textField(textOf(named.value)));
 }
 
 } // namespace
 
 std::string csvRecord(const Record& record) {
-    std::vector<std::string> fields;
-    std::ranges::transform(record, std::back_inserter(fields), fieldOf, &NamedValue::value);
-    return fmt::format("{}\r\n", fmt::join(fields, ","));
+    return fmt::format("{}\r\n", fmt::join(mapped<std::string>(record, fieldOf), ","));
 }
 
 std::string csvHeader(const Record& record) {
-    std::vector<std::string> names;
-    std::ranges::transform(record, std::back_inserter(names), &NamedValue::name);
-    return fmt::format("{}\r\n", fmt::join(names, ","));
+    return fmt::format("{}\r\n", fmt::join(mapped<std::string>(record, &NamedValue::name), ","));
 }
 
 std::string jsonObject(const Record& record) {

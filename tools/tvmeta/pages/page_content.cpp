@@ -1,5 +1,6 @@
 #include "pages/page_content.h"
 
+#include "base/mapped.h"
 #include "base/markup.h"
 #include "pages/thumbnails.h"
 #include "photographs/fields.h"
@@ -122,12 +123,14 @@ void limitPreviews(PageContent& content) {
 } // namespace
 
 PageContent pageContent(const PhotoSets& found, const fs::path& pageFolder) {
-    PageContent content = {commonFolder(found.photos), dateSpan(found.photos), {}, {}, {}, found.reading.problems};
+    const auto set = [&](const PhotoSet& each) { return pageSet(each, pageFolder); };
     const auto photo = [&](const Photo* each) { return pagePhoto(*each, pageFolder); };
-    std::ranges::transform(found.sets, std::back_inserter(content.sets),
-                           [&](const PhotoSet& set) { return pageSet(set, pageFolder); });
-    std::ranges::transform(found.singles, std::back_inserter(content.singles), photo);
-    std::ranges::transform(found.unknown, std::back_inserter(content.unknown), photo);
+    PageContent content = {.folder = commonFolder(found.photos),
+                           .dates = dateSpan(found.photos),
+                           .sets = mapped<PageSet>(found.sets, set),
+                           .singles = mapped<PagePhoto>(found.singles, photo),
+                           .unknown = mapped<PagePhoto>(found.unknown, photo),
+                           .problems = found.reading.problems};
     limitPreviews(content);
     return content;
 }

@@ -1,5 +1,6 @@
 #include "pages/report_page.h"
 
+#include "base/mapped.h"
 #include "base/markup.h"
 #include "base/words.h"
 #include "pages/report_parts.h"
@@ -94,13 +95,6 @@ std::string sizeOf(const PageSet& set) {
     return counted(set.photos.size(), "photograph");
 }
 
-template <typename Property>
-std::vector<std::string> ofSets(const PageContent& content, Property property) {
-    std::vector<std::string> properties;
-    std::ranges::transform(content.sets, std::back_inserter(properties), property);
-    return properties;
-}
-
 // The date as people write it, to the minute.
 std::string setFacts(const PageSet& set) {
     const PagePhoto& first = set.photos.front();
@@ -120,8 +114,8 @@ std::string photoFacts(const PagePhoto& photo) {
 class ReportPage {
   public:
     ReportPage(const PageContent& shown, const std::function<void(std::string_view)>& output)
-        : content(shown), write(output), cameras("Cameras", "camera", ofSets(content, cameraOf)),
-          sizes("Photographs of a set", "size", ofSets(content, sizeOf)) {}
+        : content(shown), write(output), cameras("Cameras", "camera", mapped<std::string>(content.sets, cameraOf)),
+          sizes("Photographs of a set", "size", mapped<std::string>(content.sets, sizeOf)) {}
 
     void writeAll() {
         writeHead();

@@ -1,6 +1,7 @@
 #include "photographs/fields.h"
 
 #include "base/failure.h"
+#include "base/mapped.h"
 #include "base/markup.h"
 #include "base/text.h"
 #include "base/words.h"
@@ -233,14 +234,14 @@ std::span<const Field> allFields() {
     return Fields;
 }
 
+std::vector<std::string> fieldKeys() {
+    return mapped<std::string>(Fields, &Field::key);
+}
+
 const Field* fieldNamed(const std::string& key) {
     const auto found = std::ranges::find(Fields, std::string_view(key), &Field::key);
     if (found == Fields.end()) {
-        std::vector<std::string> names;
-        for (const Field& field : Fields) {
-            names.emplace_back(field.key);
-        }
-        throw WrongCommandLine("unknown field '" + key + "'" + nearestOrAll(key, names));
+        throw WrongCommandLine("unknown field '" + key + "'" + nearestOrAll(key, fieldKeys()));
     }
     return &*found;
 }

@@ -30,6 +30,7 @@ struct Field {
 };
 
 std::span<const Field> allFields();
+std::vector<std::string> fieldKeys();
 
 using FieldList = std::vector<const Field*>;
 

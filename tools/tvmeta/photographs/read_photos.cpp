@@ -1,6 +1,7 @@
 #include "photographs/read_photos.h"
 
 #include "base/failure.h"
+#include "base/mapped.h"
 #include "base/text.h"
 #include "base/words.h"
 #include "photographs/photo_files.h"
@@ -54,10 +55,7 @@ Outcome readOne(const PhotoFile& file, const Wanted& wanted) {
 using Batch = std::vector<Outcome>;
 
 Batch readBatch(std::span<const PhotoFile> files, const Wanted& wanted) {
-    Batch batch;
-    std::ranges::transform(files, std::back_inserter(batch),
-                           [&](const PhotoFile& file) { return readOne(file, wanted); });
-    return batch;
+    return mapped<Outcome>(files, [&](const PhotoFile& file) { return readOne(file, wanted); });
 }
 
 // Network disks are slow but handle many requests in parallel, so there are more threads than a small computer has

@@ -1,12 +1,12 @@
 #include "settings/settings.h"
 
 #include "base/failure.h"
+#include "base/mapped.h"
 #include "base/text.h"
 #include "base/words.h"
 #include "system/files.h"
 
 #include <algorithm>
-#include <iterator>
 #include <limits>
 #include <string_view>
 
@@ -22,10 +22,8 @@ std::vector<int32_t> methods() {
     return codes;
 }
 
-std::vector<std::string> namesOf(const std::vector<tvmeta_Parameter>& parameters) {
-    std::vector<std::string> names;
-    std::ranges::transform(parameters, std::back_inserter(names), &tvmeta_Parameter::name);
-    return names;
+std::vector<std::string> parameterNames(int32_t method) {
+    return mapped<std::string>(parametersOf(method), &tvmeta_Parameter::name);
 }
 
 int32_t methodNamed(const std::string& name) {
@@ -39,7 +37,7 @@ int32_t methodNamed(const std::string& name) {
 
 // The NAME=VALUE assignments, with the names spelled as in the method.
 std::vector<Setting> parseAssignments(const std::vector<std::string>& assignments, int32_t method) {
-    const std::vector<std::string> names = namesOf(parametersOf(method));
+    const std::vector<std::string> names = parameterNames(method);
     std::vector<Setting> settings;
     for (const std::string& assignment : assignments) {
         const size_t equals = assignment.find('=');
@@ -156,13 +154,11 @@ bool usesSlider(const SlotValues& values) {
 }
 
 std::vector<std::string> methodNames() {
-    std::vector<std::string> names;
-    std::ranges::transform(methods(), std::back_inserter(names), tvmeta_method_name);
-    return names;
+    return mapped<std::string>(methods(), tvmeta_method_name);
 }
 
 std::vector<std::string> settingNames(const std::string& method) {
-    return namesOf(parametersOf(methodNamed(method)));
+    return parameterNames(methodNamed(method));
 }
 
 Settings settingsFrom(const std::string& method, const std::vector<std::string>& assignments) {
