@@ -28,11 +28,22 @@ Bytes readProfile(const std::string& path) {
     const OpenPhoto file(path);
     const bool isImage = file.isPhotograph() || isPicture(path);
     const bool isReadable = file.isPhotograph() && (!file.isCompressed(TVMETA_ICC) || !isPicture(path));
-    Bytes profile = isReadable ? file.block(TVMETA_ICC) : isImage ? pictureProfile(path) : readFile(path);
+    Bytes profile = isReadable ? file.block(TVMETA_ICC)
+                    : isImage  ? loadPicture(path, {.pixels = false}).profile
+                               : readFile(path);
     if (isImage && profile.empty()) {
         throw Failure(path, "no ICC profile");
     }
     requireProfile(path, profile);
+    return profile;
+}
+
+Bytes readRgbProfile(const std::string& path) {
+    Bytes profile = readProfile(path);
+    const std::string colours = profileColourSpace(profile);
+    if (colours != "RGB") {
+        throw Failure(path, "expected an ICC profile for RGB, found one for \"" + colours + "\"");
+    }
     return profile;
 }
 
@@ -107,15 +118,6 @@ void runIcc(const Options& options) {
 }
 
 } // namespace
-
-Bytes readRgbProfile(const std::string& path) {
-    Bytes profile = readProfile(path);
-    const std::string colours = profileColourSpace(profile);
-    if (colours != "RGB") {
-        throw Failure(path, "expected an ICC profile for RGB, found one for \"" + colours + "\"");
-    }
-    return profile;
-}
 
 bool canUse(const Bytes& profile, const Picture& picture) {
     return profile.empty() || (colourChannels(picture) == 3 && profileColourSpace(profile) == "RGB");

@@ -6,10 +6,8 @@
 
 #include <string>
 
-// The profile of a file: a profile or a photograph. Throws Failure if there is none or it is not for RGB.
-Bytes readRgbProfile(const std::string& path);
-
-// The profile of a file for the result of a picture. Throws Failure, too, when the picture is not RGB.
+// The profile of a file, a profile or a photograph, for the result of a picture. Throws Failure if there is none, or if
+// it or the picture is not for RGB.
 Bytes profileFor(const Picture& picture, const std::string& path);
 
 // Whether a result can contain that profile of the picture's own: none, or one for RGB in an RGB picture.

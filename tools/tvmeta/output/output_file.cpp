@@ -72,6 +72,13 @@ std::string kindOfFile(const std::string& path) {
                               : "is not known to be made by tvmeta";
 }
 
+void requireReplaceable(const Output& output) {
+    const OutputTarget target = resolveTarget(output.path);
+    if (target.exists && !output.force && !isOwnFile(target.path)) {
+        throw Failure(output.path, "exists and " + kindOfFile(target.path) + "; use --force to replace it");
+    }
+}
+
 } // namespace
 
 OutputFile::OutputFile(const OutputTarget& destination) : target(destination) {
@@ -119,13 +126,6 @@ void requireOther(const std::string& output, const std::string& input) {
     const bool areStreams = isInput && isOutput; // of one terminal, for example
     if (!areStreams && identity && identity == (isOutput ? fileIdentity(stdout) : fileIdentity(output))) {
         throw Failure(output, "output is the same file as input");
-    }
-}
-
-void requireReplaceable(const Output& output) {
-    const OutputTarget target = resolveTarget(output.path);
-    if (target.exists && !output.force && !isOwnFile(target.path)) {
-        throw Failure(output.path, "exists and " + kindOfFile(target.path) + "; use --force to replace it");
     }
 }
 

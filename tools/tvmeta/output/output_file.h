@@ -46,15 +46,11 @@ struct Output {
     Output(std::string name, bool replacesAny = false) : path(std::move(name)), force(replacesAny) {}
 };
 
-// Throws Failure if the output is a file that exists and is not to be replaced: without --force, every file whose text
-// does not show that tvmeta made it.
-void requireReplaceable(const Output& output);
-
 // Throws Failure if the output is the same file as the input, under any name.
 void requireOther(const std::string& output, const std::string& input);
 
-// Calls `write` with the output, then commits it. Refuses an output that is one of the inputs or not replaceable.
-// Throws Failure with the reason and the state of the output.
+// Calls `write` with the output, then commits it. Refuses an output that is one of the inputs or, without --force, a
+// file whose text does not show that tvmeta made it. Throws Failure with the reason and the state of the output.
 void writeOutput(const Output& output, const std::vector<std::string>& inputs,
                  const std::function<void(OutputFile&)>& write);
 

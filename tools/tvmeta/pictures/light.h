@@ -31,8 +31,6 @@ class LightRule {
     void apply(size_t row, std::span<float> samples) const;
 
   private:
-    void useCurves(const Picture& picture, const std::array<std::function<double(double)>, 3>& curves);
-
     void applyGain(size_t row, std::span<float> light) const;
 
     const Picture& measured;

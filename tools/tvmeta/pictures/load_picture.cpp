@@ -64,10 +64,6 @@ bool isPicture(const std::string& path) {
     return findFormat(readStart(path, 4)) != nullptr;
 }
 
-Bytes pictureProfile(const std::string& path) {
-    return loadPicture(path, {.pixels = false}).profile;
-}
-
 std::vector<std::string> pictureFormats() {
     std::vector<std::string> names;
     for (const Format& format : Formats) {

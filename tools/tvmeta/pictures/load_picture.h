@@ -13,8 +13,5 @@ Picture loadPicture(const std::string& path, Request request = {});
 // Does the file start like a picture of a supported format?
 bool isPicture(const std::string& path);
 
-// The ICC profile of a picture, empty if it has none.
-Bytes pictureProfile(const std::string& path);
-
 // The names of the formats, such as "PNG".
 std::vector<std::string> pictureFormats();

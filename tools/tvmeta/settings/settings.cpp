@@ -22,6 +22,15 @@ std::vector<int32_t> methods() {
     return codes;
 }
 
+std::vector<tvmeta_Parameter> parametersOf(int32_t method) {
+    std::vector<tvmeta_Parameter> parameters;
+    tvmeta_Parameter parameter = {};
+    for (int32_t i = 0; tvmeta_parameter(method, i, &parameter) > 0; ++i) {
+        parameters.push_back(parameter);
+    }
+    return parameters;
+}
+
 std::vector<std::string> parameterNames(int32_t method) {
     return mapped<std::string>(parametersOf(method), &tvmeta_Parameter::name);
 }
@@ -56,6 +65,18 @@ std::vector<Setting> parseAssignments(const std::vector<std::string>& assignment
         settings.push_back({*name, assignment.substr(equals + 1)});
     }
     return settings;
+}
+
+// As a packet contains it.
+std::string valueText(int32_t method, int32_t index, const SlotValues& values) {
+    std::array<char, TVMETA_SETTING_TEXT_SIZE> text = {};
+    tvmeta_setting_text(method, index, values.data(), text.data());
+    return text.data();
+}
+
+// The smoothing is a number instead of a word.
+bool usesSlider(const SlotValues& values) {
+    return values[DETAILS_ENHANCER_SMOOTHING_MODE] == 1;
 }
 
 // The words of a parameter: the texts of slot values from 0 on, until one is repeated.
@@ -133,25 +154,6 @@ bool isContained(const tvmeta_Parameter& parameter, const PacketSlots& slots, co
 }
 
 } // namespace
-
-std::vector<tvmeta_Parameter> parametersOf(int32_t method) {
-    std::vector<tvmeta_Parameter> parameters;
-    tvmeta_Parameter parameter = {};
-    for (int32_t i = 0; tvmeta_parameter(method, i, &parameter) > 0; ++i) {
-        parameters.push_back(parameter);
-    }
-    return parameters;
-}
-
-std::string valueText(int32_t method, int32_t index, const SlotValues& values) {
-    std::array<char, TVMETA_SETTING_TEXT_SIZE> text = {};
-    tvmeta_setting_text(method, index, values.data(), text.data());
-    return text.data();
-}
-
-bool usesSlider(const SlotValues& values) {
-    return values[DETAILS_ENHANCER_SMOOTHING_MODE] == 1;
-}
 
 std::vector<std::string> methodNames() {
     return mapped<std::string>(methods(), tvmeta_method_name);

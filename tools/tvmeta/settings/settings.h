@@ -21,7 +21,6 @@ struct Setting {
 };
 
 std::vector<std::string> methodNames();
-std::vector<tvmeta_Parameter> parametersOf(int32_t method);
 
 // The settings of a method. Throws WrongCommandLine for an unknown method.
 std::vector<std::string> settingNames(const std::string& method);
@@ -29,12 +28,6 @@ std::vector<std::string> settingNames(const std::string& method);
 // The settings that NAME=VALUE assignments give; empty without a method. Throws WrongCommandLine for invalid names and
 // values.
 Settings settingsFrom(const std::string& method, const std::vector<std::string>& assignments);
-
-// The value of a parameter as a packet contains it.
-std::string valueText(int32_t method, int32_t index, const SlotValues& values);
-
-// The smoothing is a number instead of a word.
-bool usesSlider(const SlotValues& values);
 
 // Inserts the description of the settings into an XMP packet. Returns the result of insert_xmp(); if it is negative,
 // the packet is unchanged.

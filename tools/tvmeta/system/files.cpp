@@ -29,6 +29,16 @@ std::unique_ptr<SpoolFile> spooledInput() {
     return spool;
 }
 
+void requireRegularFile(const std::string& path) {
+    const FileKind kind = fileKind(readablePath(path));
+    if (kind == FileKind::Folder) {
+        throw Failure(path, "is a folder");
+    }
+    if (kind == FileKind::Device) {
+        throw Failure(path, "not a regular file but a pipe or device");
+    }
+}
+
 } // namespace
 
 std::string problemOf(const std::exception& problem) {
@@ -62,16 +72,6 @@ std::vector<std::string> readNames(const std::string& list) {
         }
     }
     return names;
-}
-
-void requireRegularFile(const std::string& path) {
-    const FileKind kind = fileKind(readablePath(path));
-    if (kind == FileKind::Folder) {
-        throw Failure(path, "is a folder");
-    }
-    if (kind == FileKind::Device) {
-        throw Failure(path, "not a regular file but a pipe or device");
-    }
 }
 
 File openFile(const std::string& path) {

@@ -30,10 +30,7 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// Throws Failure if the path is a folder, or a pipe or device, from which reading might never end.
-void requireRegularFile(const std::string& path);
-
-// Opens a file for reading. Only regular files are accepted.
+// Opens a file for reading. Only regular files are accepted: reading from a pipe or device might never end.
 File openFile(const std::string& path);
 
 // Reads a whole file. Files of 2 GiB and more are refused, because the library uses signed 32-bit sizes.
