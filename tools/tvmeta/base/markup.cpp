@@ -55,11 +55,3 @@ std::string base64(std::span<const unsigned char> bytes) {
     }
     return text;
 }
-
-double tickStep(double range, double maxTicks) {
-    double step = 1;
-    while (range / step > maxTicks) {
-        step *= 2;
-    }
-    return step;
-}

@@ -19,7 +19,4 @@ std::string element(std::string_view name, std::string_view content, std::string
 // A path as part of a URL (RFC 3986): bytes other than unreserved characters and slashes become %NN.
 std::string urlPath(std::string_view path);
 
-// The distance between the ticks of an axis: the smallest power of two from 1 that gives at most `maxTicks`.
-double tickStep(double range, double maxTicks);
-
 std::string base64(std::span<const unsigned char> bytes);

@@ -45,3 +45,11 @@ std::string shortNumber(double number) {
 std::string hundredths(double number) {
     return fmt::format("{:.2f}", std::fabs(number) < 0.005 ? 0.0 : number);
 }
+
+double doubledStep(double range, double maxSteps) {
+    double step = 1;
+    while (range / step > maxSteps) {
+        step *= 2;
+    }
+    return step;
+}

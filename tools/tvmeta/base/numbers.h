@@ -18,3 +18,6 @@ std::optional<int64_t> parseWholeNumber(std::string_view text);
 // A number in six significant digits at most, and one with two decimals; neither is a negative zero.
 std::string shortNumber(double number);
 std::string hundredths(double number);
+
+// The smallest power of two from 1 that divides a range into at most `maxSteps`.
+double doubledStep(double range, double maxSteps);

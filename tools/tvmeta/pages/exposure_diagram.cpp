@@ -1,6 +1,6 @@
 #include "pages/report_parts.h"
 
-#include "base/markup.h"
+#include "base/numbers.h"
 #include "photographs/photo_sets.h"
 
 #include <fmt/format.h>
@@ -28,7 +28,7 @@ struct Axis {
 // One path for all lines: pages can have thousands of diagrams.
 std::string drawnAxis(const Axis& axis, double y) {
     std::string path = fmt::format("M{:g} {:g}H{:g}", axis.at(axis.low), y, axis.at(axis.high)), labels;
-    const double step = tickStep(axis.high - axis.low, MaxTicks);
+    const double step = doubledStep(axis.high - axis.low, MaxTicks);
     for (double tick = std::ceil(axis.low / step) * step; tick <= axis.high; tick += step) {
         const double x = axis.at(tick);
         path += fmt::format("M{:g} {:g}v4", x, y);

@@ -1,5 +1,7 @@
 #include "pictures/light_statistics.h"
 
+#include "base/numbers.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -176,10 +178,7 @@ StopHistogram stopHistogram(std::span<const float> luminances, double reference,
     const auto stopsOf = [reference](float luminance) { return std::log2(double{luminance} / reference); };
     const auto [least, largest] = std::ranges::minmax(luminances);
     const double lowest = stopsOf(least), highest = stopsOf(largest);
-    StopHistogram histogram;
-    while ((highest - lowest) / histogram.step > static_cast<double>(maxBins) - 1) {
-        histogram.step *= 2;
-    }
+    StopHistogram histogram = {.step = doubledStep(highest - lowest, static_cast<double>(maxBins) - 1)};
     const auto binOf = [&histogram](double stops) { return std::ceil(stops / histogram.step) - 1; };
     const double first = binOf(lowest);
     histogram.start = first * histogram.step;
