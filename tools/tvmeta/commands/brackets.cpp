@@ -9,7 +9,7 @@
 #include "commands/set_placement.h"
 #include "output/records.h"
 #include "output/table.h"
-#include "photographs/field_words.h"
+#include "photographs/fields.h"
 
 #include <nlohmann/json.hpp>
 

@@ -17,29 +17,23 @@
 #include <cmath>
 #include <cstdlib>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 namespace {
 
 // A member of the record if the photograph has the field.
 template <int32_t FieldNumber, auto Member>
-Value integer(const Shot& shot) {
-    return shot.photo.has(FieldNumber) ? Value(int64_t{shot.photo.record.*Member}) : Value();
-}
-
-template <int32_t FieldNumber, auto Member>
-Value number(const Shot& shot) {
-    return shot.photo.has(FieldNumber) ? Value(shot.photo.record.*Member) : Value();
-}
-
-template <int32_t FieldNumber, auto Member>
-Value fraction(const Shot& shot) {
-    return shot.photo.has(FieldNumber) ? Value(quotient(shot.photo.record.*Member)) : Value();
-}
-
-template <int32_t FieldNumber, auto Member>
-Value text(const Shot& shot) {
-    return shot.photo.has(FieldNumber) ? Value(std::string(shot.photo.record.*Member)) : Value();
+Value member(const Shot& shot) {
+    const auto& value = shot.photo.record.*Member;
+    if (!shot.photo.has(FieldNumber)) {
+        return {};
+    }
+    if constexpr (std::is_same_v<decltype(value), const tvmeta_Rational&>) {
+        return quotient(value);
+    } else {
+        return value;
+    }
 }
 
 template <int32_t Text>
@@ -95,8 +89,8 @@ Value utcOffset(const Shot& shot) {
     return fmt::format("{}{:02}:{:02}", sign, minutes / 60, minutes % 60);
 }
 
-constexpr auto latitude = number<TVMETA_LATITUDE, &tvmeta_Photo::latitude>;
-constexpr auto longitude = number<TVMETA_LONGITUDE, &tvmeta_Photo::longitude>;
+constexpr auto latitude = member<TVMETA_LATITUDE, &tvmeta_Photo::latitude>;
+constexpr auto longitude = member<TVMETA_LONGITUDE, &tvmeta_Photo::longitude>;
 
 // Seven decimals of a degree are about a centimetre.
 std::string coordinate(const Value& degrees) {
@@ -164,6 +158,70 @@ Value gainMap(const Shot& shot) {
     return map ? Value(map->stops()) : Value();
 }
 
+// The word for a code, or the number if the standard does not define it.
+template <const auto& Words>
+std::string codeWords(const Value& value) {
+    const double code = numberOf(value);
+    const bool isKnown = code >= 0 && code < Words.size() && !Words[static_cast<size_t>(code)].empty();
+    return isKnown ? std::string(Words[static_cast<size_t>(code)]) : plainWords(value);
+}
+
+// Cameras show exposures of a quarter of a second and less as fractions.
+std::string exposureWords(const Value& value) {
+    constexpr double MaxFraction = 0.26;
+    constexpr double MaxDenominator = 1e6;
+    const double seconds = numberOf(value);
+    const bool isFraction = seconds <= MaxFraction && seconds * MaxDenominator >= 1;
+    return isFraction ? "1/" + std::to_string(std::lround(1 / seconds)) : plainWords(value);
+}
+
+std::string apertureWords(const Value& value) {
+    return "f/" + plainWords(value);
+}
+
+std::string evWords(const Value& value) {
+    return fmt::format("{:.1f}", numberOf(value));
+}
+
+// TIFF 6.0, Orientation: how to turn the picture upright.
+constexpr std::array<std::string_view, 9> Orientations = {
+    "",
+    "upright",
+    "mirror horizontally",
+    "rotate 180 degrees",
+    "mirror vertically",
+    "mirror horizontally, rotate 270 degrees clockwise",
+    "rotate 90 degrees clockwise",
+    "mirror horizontally, rotate 90 degrees clockwise",
+    "rotate 270 degrees clockwise",
+};
+
+std::string biasWords(const Value& value) {
+    std::string words = numberOf(value) > 0 ? "+" : "";
+    words += plainWords(value);
+    return words;
+}
+
+// EXIF 2.32, section 4.6.5, as are the codes below.
+constexpr std::array<std::string_view, 3> ExposureModes = {"automatic", "manual", "automatic bracket"};
+
+constexpr std::array<std::string_view, 9> ExposurePrograms = {
+    "not defined", "manual",          "program AE",    "aperture priority", "shutter priority",
+    "creative",    "action (sports)", "portrait mode", "landscape mode"};
+
+constexpr std::array<std::string_view, 7> MeteringModes = {"unknown",    "average",       "centre-weighted", "spot",
+                                                           "multi-spot", "multi-segment", "partial"};
+
+// Bit 0 says whether the flash fired; the mode is in bits 3 and 4.
+std::string flashWords(const Value& value) {
+    const auto code = static_cast<int64_t>(numberOf(value));
+    const bool fired = (code & 1) != 0;
+    const bool isAutomatic = (code >> 3 & 3) == 3;
+    return std::string(fired ? "fired" : "did not fire") + (isAutomatic ? ", automatic" : "");
+}
+
+constexpr std::array<std::string_view, 2> WhiteBalances = {"automatic", "manual"};
+
 using P = tvmeta_Photo;
 using Kind = Field::Kind;
 constexpr auto Fields = std::to_array<Field>({
@@ -172,39 +230,40 @@ constexpr auto Fields = std::to_array<Field>({
     {"container", "Container", "Type",
      [](const Shot& shot) -> Value { return std::string(tvmeta_format_name(shot.photo.record.format)); }, "",
      plainWords, Kind::Word},
-    {"width", "Width", "Width", integer<TVMETA_SIZE, &P::width>, " pixels"},
-    {"height", "Height", "Height", integer<TVMETA_SIZE, &P::height>, " pixels"},
-    {"orientation", "Orientation", "Orientation", integer<TVMETA_ORIENTATION, &P::orientation>, "", orientationWords},
-    {"make", "Camera maker", "Maker", text<TVMETA_MAKE, &P::make>, "", plainWords, Kind::Text},
-    {"model", "Camera model", "Camera", text<TVMETA_MODEL, &P::model>, "", plainWords, Kind::Text},
-    {"serialNumber", "Serial number", "Serial number", text<TVMETA_SERIAL_NUMBER, &P::serialNumber>, "", plainWords,
+    {"width", "Width", "Width", member<TVMETA_SIZE, &P::width>, " pixels"},
+    {"height", "Height", "Height", member<TVMETA_SIZE, &P::height>, " pixels"},
+    {"orientation", "Orientation", "Orientation", member<TVMETA_ORIENTATION, &P::orientation>, "",
+     codeWords<Orientations>},
+    {"make", "Camera maker", "Maker", member<TVMETA_MAKE, &P::make>, "", plainWords, Kind::Text},
+    {"model", "Camera model", "Camera", member<TVMETA_MODEL, &P::model>, "", plainWords, Kind::Text},
+    {"serialNumber", "Serial number", "Serial number", member<TVMETA_SERIAL_NUMBER, &P::serialNumber>, "", plainWords,
      Kind::Text},
-    {"lens", "Lens", "Lens", text<TVMETA_LENS, &P::lens>, "", plainWords, Kind::Text},
+    {"lens", "Lens", "Lens", member<TVMETA_LENS, &P::lens>, "", plainWords, Kind::Text},
     {"dateTimeOriginal", "Taken", "Taken", taken, "", plainWords, Kind::Date},
     {"subSecond", "Sub-second", "Sub-second", subSecond, "", plainWords, Kind::Word},
     {"utcOffset", "Offset from UTC", "Offset", utcOffset, "", plainWords, Kind::Word},
-    {"exposureTime", "Exposure time", "Exposure", fraction<TVMETA_EXPOSURE_TIME, &P::exposureTime>, " s",
-     exposureWords},
-    {"fNumber", "F-number", "Stop", fraction<TVMETA_F_NUMBER, &P::fNumber>, "", apertureWords},
-    {"isoSpeed", "ISO speed", "ISO", integer<TVMETA_ISO_SPEED, &P::isoSpeed>},
+    {"exposureTime", "Exposure time", "Exposure", member<TVMETA_EXPOSURE_TIME, &P::exposureTime>, " s", exposureWords},
+    {"fNumber", "F-number", "Stop", member<TVMETA_F_NUMBER, &P::fNumber>, "", apertureWords},
+    {"isoSpeed", "ISO speed", "ISO", member<TVMETA_ISO_SPEED, &P::isoSpeed>},
     {"derived", "Derived values", "Derived", derivedFields, "", plainWords, Kind::Word},
     {"ev100", "EV at ISO 100", "EV", exposureValueAt100, "", evWords},
-    {"exposureBias", "Exposure bias", "Bias", fraction<TVMETA_EXPOSURE_BIAS, &P::exposureBias>, " EV", biasWords},
-    {"exposureMode", "Exposure mode", "Mode", integer<TVMETA_EXPOSURE_MODE, &P::exposureMode>, "", exposureModeWords},
-    {"exposureProgram", "Exposure program", "Program", integer<TVMETA_EXPOSURE_PROGRAM, &P::exposureProgram>, "",
-     exposureProgramWords},
-    {"meteringMode", "Metering mode", "Metering", integer<TVMETA_METERING_MODE, &P::meteringMode>, "",
-     meteringModeWords},
-    {"flash", "Flash", "Flash", integer<TVMETA_FLASH, &P::flash>, "", flashWords},
-    {"whiteBalance", "White balance", "White balance", integer<TVMETA_WHITE_BALANCE, &P::whiteBalance>, "",
-     whiteBalanceWords},
-    {"focalLength", "Focal length", "Focal", fraction<TVMETA_FOCAL_LENGTH, &P::focalLength>, " mm"},
-    {"focalLength35mm", "Focal length in 35 mm", "In 35 mm", integer<TVMETA_FOCAL_LENGTH_35MM, &P::focalLength35mm>,
+    {"exposureBias", "Exposure bias", "Bias", member<TVMETA_EXPOSURE_BIAS, &P::exposureBias>, " EV", biasWords},
+    {"exposureMode", "Exposure mode", "Mode", member<TVMETA_EXPOSURE_MODE, &P::exposureMode>, "",
+     codeWords<ExposureModes>},
+    {"exposureProgram", "Exposure program", "Program", member<TVMETA_EXPOSURE_PROGRAM, &P::exposureProgram>, "",
+     codeWords<ExposurePrograms>},
+    {"meteringMode", "Metering mode", "Metering", member<TVMETA_METERING_MODE, &P::meteringMode>, "",
+     codeWords<MeteringModes>},
+    {"flash", "Flash", "Flash", member<TVMETA_FLASH, &P::flash>, "", flashWords},
+    {"whiteBalance", "White balance", "White balance", member<TVMETA_WHITE_BALANCE, &P::whiteBalance>, "",
+     codeWords<WhiteBalances>},
+    {"focalLength", "Focal length", "Focal", member<TVMETA_FOCAL_LENGTH, &P::focalLength>, " mm"},
+    {"focalLength35mm", "Focal length in 35 mm", "In 35 mm", member<TVMETA_FOCAL_LENGTH_35MM, &P::focalLength35mm>,
      " mm"},
     {"gpsPosition", "Position", "Position", position, "", plainWords, Kind::Word},
     {"gpsLatitude", "Latitude", "Latitude", latitude, " degrees"},
     {"gpsLongitude", "Longitude", "Longitude", longitude, " degrees"},
-    {"gpsAltitude", "Altitude", "Altitude", number<TVMETA_ALTITUDE, &P::altitude>, " m"},
+    {"gpsAltitude", "Altitude", "Altitude", member<TVMETA_ALTITUDE, &P::altitude>, " m"},
     {"gpsDate", "GPS date", "GPS date", gpsDate, "", plainWords, Kind::Date},
     {"gpsTime", "GPS time", "GPS time", gpsTime, " UTC", plainWords, Kind::Word},
     {"title", "Title", "Title", longText<TVMETA_TEXT_TITLE>, "", plainWords, Kind::Text},
@@ -229,6 +288,13 @@ constexpr auto Fields = std::to_array<Field>({
 });
 
 } // namespace
+
+std::string plainWords(const Value& value) {
+    if (!isNumber(value)) {
+        return printable(textOf(value));
+    }
+    return fmt::format("{:.9g}", numberOf(value));
+}
 
 std::span<const Field> allFields() {
     return Fields;

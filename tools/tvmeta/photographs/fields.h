@@ -2,7 +2,6 @@
 #pragma once
 
 #include "base/value.h"
-#include "photographs/field_words.h"
 #include "photographs/photo.h"
 
 #include <optional>
@@ -15,6 +14,9 @@ struct Shot {
     Photo photo;
     std::optional<CivilTime> first = {}; // capture time of the first photograph
 };
+
+// A number or text as it is. The value must not be missing.
+std::string plainWords(const Value& value);
 
 struct Field {
     // Tables shorten dates, texts and paths, each in its own way.
