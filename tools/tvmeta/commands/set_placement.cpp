@@ -13,7 +13,6 @@
 #include "system/system.h"
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <iostream>
 #include <iterator>
@@ -29,12 +28,11 @@ struct Verb {
     const char* present;
     const char* past;
 };
-constexpr std::array Verbs = {Verb{Placement::Link, "link", "linked"}, Verb{Placement::Copy, "copy", "copied"},
-                              Verb{Placement::Move, "move", "moved"}};
 
 Verb verbOf(const PlacementOptions& options) {
-    const Placement placement = options.copy ? Placement::Copy : options.move ? Placement::Move : Placement::Link;
-    return *std::ranges::find(Verbs, placement, &Verb::placement);
+    return options.copy   ? Verb{Placement::Copy, "copy", "copied"}
+           : options.move ? Verb{Placement::Move, "move", "moved"}
+                          : Verb{Placement::Link, "link", "linked"};
 }
 
 // All files of one photograph, which go to the same folder: those that were read, then those of editors.

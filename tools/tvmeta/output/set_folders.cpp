@@ -87,7 +87,7 @@ void linkFile(const std::string& file, const fs::path& target) {
         fs::create_hard_link(original, target, error);
     }
     const auto isOneOf = [&](auto... reasons) { return ((error == reasons) || ...); };
-    if (isOneOf(std::errc::cross_device_link)) {
+    if (error == std::errc::cross_device_link) {
         failAcross(file, nameOf(target.parent_path().parent_path().parent_path()), Placement::Link);
     }
     if (isOneOf(std::errc::operation_not_permitted, std::errc::operation_not_supported,
