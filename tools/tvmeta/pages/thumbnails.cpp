@@ -1,7 +1,7 @@
 #include "pages/thumbnails.h"
 
 #include "base/failure.h"
-#include "pictures/small_jpeg.h"
+#include "pictures/load_picture.h"
 
 #include <cstdio>
 #include <new>

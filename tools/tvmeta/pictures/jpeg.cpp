@@ -2,7 +2,7 @@
 
 #include "base/failure.h"
 #include "pictures/decoders.h"
-#include "pictures/picture.h"
+#include "pictures/load_picture.h"
 
 #include <cstdio> // jpeglib.h requires it
 
@@ -85,7 +85,7 @@ class JpegReader {
 
     Picture read(Request request);
 
-    // Decodes only what a smaller picture requires.
+    // At the smallest scale by eighths whose longer side has at least `side` pixels, if the picture has.
     Picture readSmall(int32_t side);
 
   private:
@@ -258,13 +258,7 @@ void compress(JpegEncoder& encoder, const Picture& picture) {
     jpeg_finish_compress(&jpeg);
 }
 
-} // namespace
-
-Picture readSmallJpeg(File file, const std::string& name, int32_t side) {
-    return JpegReader(std::move(file), name, true).readSmall(side);
-}
-
-Bytes encodeJpeg(const Picture& picture) {
+Bytes encoded(const Picture& picture) {
     JpegEncoder encoder;
     if (setjmp(encoder.errors.environment) != 0) {
         throw Failure(std::string("cannot encode a JPEG: ") + encoder.errors.reason.data());
@@ -272,6 +266,37 @@ Bytes encodeJpeg(const Picture& picture) {
     compress(encoder, picture);
     const std::unique_ptr<unsigned char, decltype(&std::free)> owner(encoder.bytes, std::free);
     return {encoder.bytes, encoder.bytes + encoder.size};
+}
+
+// The mean of each square of `factor` pixels; what does not fill a square is cut off.
+void shrink(Picture& picture, int32_t factor) {
+    const auto channels = static_cast<size_t>(picture.channels);
+    const int32_t stepX = std::min(factor, picture.width), stepY = std::min(factor, picture.height);
+    const auto columns = static_cast<size_t>(stepX), rows = static_cast<size_t>(stepY);
+    const size_t rowSize = rowBytes(picture);
+    picture.width /= stepX;
+    picture.height /= stepY;
+    unsigned char* out = picture.samples.data(); // never ahead of the samples that are read
+    for (size_t y = 0; y < static_cast<size_t>(picture.height); ++y) {
+        for (size_t x = 0; x < rowBytes(picture); ++x) {
+            const size_t first = y * rows * rowSize + x / channels * columns * channels + x % channels;
+            size_t sum = 0;
+            for (size_t i = 0; i < rows * columns; ++i) {
+                sum += picture.samples.data()[first + i / columns * rowSize + i % columns * channels];
+            }
+            *out++ = static_cast<unsigned char>(sum / (rows * columns));
+        }
+    }
+}
+
+} // namespace
+
+Bytes smallJpeg(File file, const std::string& name, int32_t side) {
+    Picture picture = JpegReader(std::move(file), name, true).readSmall(side);
+    if (const int32_t factor = std::max(picture.width, picture.height) / side; factor > 1) {
+        shrink(picture, factor);
+    }
+    return encoded(picture);
 }
 
 Picture readJpeg(const std::string& path, Request request) {

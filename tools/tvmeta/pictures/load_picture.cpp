@@ -14,6 +14,12 @@ Picture missingDecoder(const std::string& path, Request) {
     throw Failure(path, "this build of tvmeta has no decoder for it");
 }
 
+#ifndef TVMETA_HAS_JPEG
+Bytes smallJpeg(File /*file*/, const std::string& name, int32_t /*side*/) {
+    throw Failure(name, "this build of tvmeta does not support JPEG pictures");
+}
+#endif
+
 namespace {
 
 struct Format {

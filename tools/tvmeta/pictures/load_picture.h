@@ -13,5 +13,10 @@ Picture loadPicture(const std::string& path, Request request = {});
 // Does the file start like a picture of a supported format?
 bool isPicture(const std::string& path);
 
+// A JPEG file of the picture in an open JPEG file, whose longer side has less than twice `side` pixels, and at least
+// `side` unless the picture is smaller. It contains no metadata and is not turned. Throws Failure with `name` if the
+// picture is damaged, CMYK, or this build has no decoder for JPEG.
+Bytes smallJpeg(File file, const std::string& name, int32_t side);
+
 // The names of the formats, such as "PNG".
 std::vector<std::string> pictureFormats();
