@@ -68,161 +68,6 @@ void onProgress(j_common_ptr jpeg) {
     }
 }
 
-class JpegReader {
-  public:
-    JpegReader(File opened, const std::string& name, bool allowDamage) : path(name), file(std::move(opened)) {
-        jpeg.err = jpeg_std_error(&errors);
-        errors.error_exit = onError;
-        errors.emit_message = onMessage;
-        errors.allowDamage = allowDamage;
-        run([this] { jpeg_create_decompress(&jpeg); });
-        progress.progress_monitor = onProgress;
-        jpeg.progress = &progress;
-    }
-    ~JpegReader() { jpeg_destroy_decompress(&jpeg); }
-    JpegReader(const JpegReader&) = delete;
-    JpegReader& operator=(const JpegReader&) = delete;
-
-    Picture read(Request request);
-
-    // At the smallest scale by eighths whose longer side has at least `side` pixels, if the picture has.
-    Picture readSmall(int32_t side);
-
-  private:
-    // Runs calls of libjpeg. On an error, libjpeg jumps out of `calls`, so `calls` must not own resources.
-    template <typename Calls>
-    void run(const Calls& calls) {
-        if (setjmp(errors.environment) != 0) {
-            throw Failure(path, std::string("cannot be decoded as JPEG: ") + errors.reason.data());
-        }
-        calls();
-    }
-
-    void readHeader();
-    Picture withoutSamples() const;
-    void readPixels(Picture& picture);
-    void scaleTo(int32_t side, Picture& picture);
-    void takeProfile(Picture& picture);
-    void noteRest(Picture& picture) const;
-
-    const std::string& path;
-    File file;
-    ErrorManager errors = {};
-    jpeg_progress_mgr progress = {};
-    jpeg_decompress_struct jpeg = {};
-};
-
-void JpegReader::readHeader() {
-    run([this] {
-        constexpr unsigned MaxSegment = 0xFFFF;
-        jpeg_stdio_src(&jpeg, file.get());
-        jpeg_save_markers(&jpeg, Exif, MaxSegment);
-        jpeg_save_markers(&jpeg, IccProfile, MaxSegment);
-        jpeg_save_markers(&jpeg, Photoshop, MaxSegment);
-        jpeg_read_header(&jpeg, TRUE);
-        jpeg.out_color_space = jpeg.jpeg_color_space == JCS_GRAYSCALE ? JCS_GRAYSCALE : JCS_RGB;
-    });
-}
-
-Picture JpegReader::withoutSamples() const {
-    if (jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK) {
-        throw Failure(path, "expected a grey or RGB picture, found CMYK; convert it first");
-    }
-    Picture picture = pictureWithoutSamples(path, jpeg.image_width, jpeg.image_height,
-                                            jpeg.jpeg_color_space == JCS_GRAYSCALE ? 1 : 3, Depth::Integer8);
-    constexpr uint64_t MaxCompression = 8 * 64; // one bit for a block of 8 x 8 pixels
-    requireFileBytes(path, picture,
-                     static_cast<uint64_t>(picture.width) * static_cast<uint64_t>(picture.height) / MaxCompression);
-    constexpr size_t MaxProgressiveBytes = size_t{1} << 29; // the coefficients need twice as much memory
-    if (jpeg.progressive_mode != FALSE && sampleBytes(picture) > MaxProgressiveBytes) {
-        throw Failure(path, "expected a progressive picture of 512 MiB at most, found " +
-                                std::to_string(picture.width) + " x " + std::to_string(picture.height) + " pixels");
-    }
-    return picture;
-}
-
-void JpegReader::readPixels(Picture& picture) {
-    picture.samples.resize(sampleBytes(picture));
-    unsigned char* const samples = picture.samples.data();
-    const size_t rowSize = rowBytes(picture);
-    errors.isInPixels = true;
-    run([this, samples, rowSize] {
-        jpeg_start_decompress(&jpeg);
-        while (jpeg.output_scanline < jpeg.output_height) {
-            JSAMPROW row = samples + jpeg.output_scanline * rowSize;
-            jpeg_read_scanlines(&jpeg, &row, 1);
-        }
-        jpeg_finish_decompress(&jpeg);
-    });
-    picture.damage = errors.isDamaged ? errors.reason.data() : "";
-}
-
-// libjpeg scales by eighths.
-void JpegReader::scaleTo(int32_t side, Picture& picture) {
-    constexpr int64_t Unscaled = 8;
-    const int64_t longer = std::max(picture.width, picture.height);
-    jpeg.scale_num = static_cast<unsigned>(std::clamp<int64_t>((Unscaled * side + longer - 1) / longer, 1, Unscaled));
-    jpeg.scale_denom = Unscaled;
-    run([this] { jpeg_calc_output_dimensions(&jpeg); });
-    picture.width = static_cast<int32_t>(jpeg.output_width);
-    picture.height = static_cast<int32_t>(jpeg.output_height);
-}
-
-void JpegReader::takeProfile(Picture& picture) {
-    JOCTET* bytes = nullptr;
-    unsigned length = 0;
-    bool isWhole = false;
-    run([&] { isWhole = jpeg_read_icc_profile(&jpeg, &bytes, &length) != FALSE; });
-    const std::unique_ptr<JOCTET, decltype(&std::free)> owner(bytes, std::free);
-    if (isWhole) {
-        picture.profile.assign(bytes, bytes + length);
-    } else if (errors.refusedProfile) {
-        picture.dropped.emplace_back("ICC profile (damaged)");
-    }
-}
-
-void JpegReader::noteRest(Picture& picture) const {
-    struct Block {
-        std::string_view identifier;
-        const char* name;
-        int marker;
-    };
-    constexpr Block Blocks[] = {{{"Exif\0\0", 6}, "EXIF", Exif},
-                                {"http://ns.adobe.com/xap/1.0/", "XMP", Exif},
-                                {"Photoshop 3.0", "IPTC or other Photoshop data", Photoshop}};
-    for (const Block& block : Blocks) {
-        for (jpeg_saved_marker_ptr marker = jpeg.marker_list; marker != nullptr; marker = marker->next) {
-            const std::span<const unsigned char> data(marker->data, marker->data_length);
-            if (marker->marker == block.marker && asText(data).starts_with(block.identifier)) {
-                picture.metadata.emplace_back(block.name);
-                if (block.name == Blocks[0].name) {
-                    picture.orientation = exifOrientation(data.subspan(block.identifier.size()));
-                }
-                break;
-            }
-        }
-    }
-}
-
-Picture JpegReader::read(Request request) {
-    readHeader();
-    Picture picture = withoutSamples();
-    takeProfile(picture);
-    noteRest(picture);
-    if (request.pixels) {
-        readPixels(picture);
-    }
-    return picture;
-}
-
-Picture JpegReader::readSmall(int32_t side) {
-    readHeader();
-    Picture picture = withoutSamples();
-    scaleTo(side, picture);
-    readPixels(picture);
-    return picture;
-}
-
 // An encoder and the memory that it writes.
 struct JpegEncoder {
     JpegEncoder() {
@@ -288,6 +133,151 @@ void shrink(Picture& picture, int32_t factor) {
         }
     }
 }
+
+class JpegReader {
+  public:
+    JpegReader(File opened, const std::string& name, bool allowDamage) : path(name), file(std::move(opened)) {
+        jpeg.err = jpeg_std_error(&errors);
+        errors.error_exit = onError;
+        errors.emit_message = onMessage;
+        errors.allowDamage = allowDamage;
+        run([this] { jpeg_create_decompress(&jpeg); });
+        progress.progress_monitor = onProgress;
+        jpeg.progress = &progress;
+    }
+    ~JpegReader() { jpeg_destroy_decompress(&jpeg); }
+    JpegReader(const JpegReader&) = delete;
+    JpegReader& operator=(const JpegReader&) = delete;
+
+    Picture read(Request request) {
+        readHeader();
+        Picture picture = withoutSamples();
+        takeProfile(picture);
+        noteRest(picture);
+        if (request.pixels) {
+            readPixels(picture);
+        }
+        return picture;
+    }
+
+    // At the smallest scale by eighths whose longer side has at least `side` pixels, if the picture has.
+    Picture readSmall(int32_t side) {
+        readHeader();
+        Picture picture = withoutSamples();
+        scaleTo(side, picture);
+        readPixels(picture);
+        return picture;
+    }
+
+  private:
+    // Runs calls of libjpeg. On an error, libjpeg jumps out of `calls`, so `calls` must not own resources.
+    template <typename Calls>
+    void run(const Calls& calls) {
+        if (setjmp(errors.environment) != 0) {
+            throw Failure(path, std::string("cannot be decoded as JPEG: ") + errors.reason.data());
+        }
+        calls();
+    }
+
+    void readHeader() {
+        run([this] {
+            constexpr unsigned MaxSegment = 0xFFFF;
+            jpeg_stdio_src(&jpeg, file.get());
+            jpeg_save_markers(&jpeg, Exif, MaxSegment);
+            jpeg_save_markers(&jpeg, IccProfile, MaxSegment);
+            jpeg_save_markers(&jpeg, Photoshop, MaxSegment);
+            jpeg_read_header(&jpeg, TRUE);
+            jpeg.out_color_space = jpeg.jpeg_color_space == JCS_GRAYSCALE ? JCS_GRAYSCALE : JCS_RGB;
+        });
+    }
+
+    Picture withoutSamples() const {
+        if (jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK) {
+            throw Failure(path, "expected a grey or RGB picture, found CMYK; convert it first");
+        }
+        Picture picture = pictureWithoutSamples(path, jpeg.image_width, jpeg.image_height,
+                                                jpeg.jpeg_color_space == JCS_GRAYSCALE ? 1 : 3, Depth::Integer8);
+        constexpr uint64_t MaxCompression = 8 * 64; // one bit for a block of 8 x 8 pixels
+        requireFileBytes(path, picture,
+                         static_cast<uint64_t>(picture.width) * static_cast<uint64_t>(picture.height) / MaxCompression);
+        constexpr size_t MaxProgressiveBytes = size_t{1} << 29; // the coefficients need twice as much memory
+        if (jpeg.progressive_mode != FALSE && sampleBytes(picture) > MaxProgressiveBytes) {
+            throw Failure(path, "expected a progressive picture of 512 MiB at most, found " +
+                                    std::to_string(picture.width) + " x " + std::to_string(picture.height) + " pixels");
+        }
+        return picture;
+    }
+
+    void readPixels(Picture& picture) {
+        picture.samples.resize(sampleBytes(picture));
+        unsigned char* const samples = picture.samples.data();
+        const size_t rowSize = rowBytes(picture);
+        errors.isInPixels = true;
+        run([this, samples, rowSize] {
+            jpeg_start_decompress(&jpeg);
+            while (jpeg.output_scanline < jpeg.output_height) {
+                JSAMPROW row = samples + jpeg.output_scanline * rowSize;
+                jpeg_read_scanlines(&jpeg, &row, 1);
+            }
+            jpeg_finish_decompress(&jpeg);
+        });
+        picture.damage = errors.isDamaged ? errors.reason.data() : "";
+    }
+
+    // libjpeg scales by eighths.
+    void scaleTo(int32_t side, Picture& picture) {
+        constexpr int64_t Unscaled = 8;
+        const int64_t longer = std::max(picture.width, picture.height);
+        jpeg.scale_num =
+            static_cast<unsigned>(std::clamp<int64_t>((Unscaled * side + longer - 1) / longer, 1, Unscaled));
+        jpeg.scale_denom = Unscaled;
+        run([this] { jpeg_calc_output_dimensions(&jpeg); });
+        picture.width = static_cast<int32_t>(jpeg.output_width);
+        picture.height = static_cast<int32_t>(jpeg.output_height);
+    }
+
+    void takeProfile(Picture& picture) {
+        JOCTET* bytes = nullptr;
+        unsigned length = 0;
+        bool isWhole = false;
+        run([&] { isWhole = jpeg_read_icc_profile(&jpeg, &bytes, &length) != FALSE; });
+        const std::unique_ptr<JOCTET, decltype(&std::free)> owner(bytes, std::free);
+        if (isWhole) {
+            picture.profile.assign(bytes, bytes + length);
+        } else if (errors.refusedProfile) {
+            picture.dropped.emplace_back("ICC profile (damaged)");
+        }
+    }
+
+    void noteRest(Picture& picture) const {
+        struct Block {
+            std::string_view identifier;
+            const char* name;
+            int marker;
+        };
+        constexpr Block Blocks[] = {{{"Exif\0\0", 6}, "EXIF", Exif},
+                                    {"http://ns.adobe.com/xap/1.0/", "XMP", Exif},
+                                    {"Photoshop 3.0", "IPTC or other Photoshop data", Photoshop}};
+        for (const Block& block : Blocks) {
+            for (jpeg_saved_marker_ptr marker = jpeg.marker_list; marker != nullptr; marker = marker->next) {
+                const std::span<const unsigned char> data(marker->data, marker->data_length);
+                if (marker->marker == block.marker && asText(data).starts_with(block.identifier)) {
+                    picture.metadata.emplace_back(block.name);
+                    if (block.name == Blocks[0].name) {
+                        picture.orientation = exifOrientation(data.subspan(block.identifier.size()));
+                    }
+                    break;
+                }
+            }
+        }
+    }
+
+    const std::string& path;
+    File file;
+    ErrorManager errors = {};
+    jpeg_progress_mgr progress = {};
+    jpeg_decompress_struct jpeg = {};
+};
 
 } // namespace
 

@@ -29,11 +29,37 @@ class ByteSource {
 
     // The next `count` bytes, at most WindowSize; at the end of the file peek returns fewer, take throws Failure. They
     // are valid until the next call.
-    ByteSpan peek(size_t count);
-    ByteSpan take(size_t count);
+    ByteSpan peek(size_t count) {
+        if (last - first < count) {
+            std::memmove(window.data(), window.data() + first, last - first);
+            last -= first;
+            first = 0;
+            last += std::fread(window.data() + last, 1, window.size() - last, file.get());
+        }
+        return ByteSpan(window).subspan(first, std::min(count, last - first));
+    }
+
+    ByteSpan take(size_t count) {
+        const ByteSpan bytes = peek(count);
+        if (bytes.size() < count) {
+            throw Failure(path, "the file ends inside the picture");
+        }
+        first += count;
+        return bytes;
+    }
 
     // The next line, without its line feed.
-    std::string line();
+    std::string line() {
+        constexpr size_t MaxLine = 4096;
+        const std::string_view text = asText(peek(MaxLine));
+        const size_t length = text.find('\n');
+        if (length == std::string_view::npos && text.size() == MaxLine) {
+            throw Failure(path, "expected lines of less than " + std::to_string(MaxLine) + " bytes in the header");
+        }
+        std::string line(text.substr(0, length));
+        take(line.size() + 1);
+        return line;
+    }
 
     static constexpr size_t WindowSize = size_t{1} << 18;
 
@@ -53,37 +79,6 @@ struct RadianceHeader {
     std::array<double, 3> correction = {1, 1, 1}; // the factors by which the colours were multiplied
     std::optional<ColourSpace> colours = {};
 };
-
-ByteSpan ByteSource::peek(size_t count) {
-    if (last - first < count) {
-        std::memmove(window.data(), window.data() + first, last - first);
-        last -= first;
-        first = 0;
-        last += std::fread(window.data() + last, 1, window.size() - last, file.get());
-    }
-    return ByteSpan(window).subspan(first, std::min(count, last - first));
-}
-
-ByteSpan ByteSource::take(size_t count) {
-    const ByteSpan bytes = peek(count);
-    if (bytes.size() < count) {
-        throw Failure(path, "the file ends inside the picture");
-    }
-    first += count;
-    return bytes;
-}
-
-std::string ByteSource::line() {
-    constexpr size_t MaxLine = 4096;
-    const std::string_view text = asText(peek(MaxLine));
-    const size_t length = text.find('\n');
-    if (length == std::string_view::npos && text.size() == MaxLine) {
-        throw Failure(path, "expected lines of less than " + std::to_string(MaxLine) + " bytes in the header");
-    }
-    std::string line(text.substr(0, length));
-    take(line.size() + 1);
-    return line;
-}
 
 // Maximum size of a line in a message.
 std::string shownLine(const std::string& line) {

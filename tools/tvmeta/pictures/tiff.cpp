@@ -51,100 +51,6 @@ int onWarning(TIFF*, void* data, const char* module, const char* format, std::va
     return 1;
 }
 
-class TiffReader {
-  public:
-    explicit TiffReader(const std::string& name);
-    Picture read(Request request);
-
-  private:
-    template <typename Value>
-    Value field(uint32_t tag, Value otherwise) const {
-        return tiffField(tiff.get(), tag, otherwise);
-    }
-
-    [[noreturn]] void fail() const;
-    void require(bool isRead) const {
-        if (!isRead) {
-            fail();
-        }
-    }
-
-    bool isCopy() const;
-    void findPage();
-    void readLayout();
-    int32_t colours();
-    Depth depth() const;
-    Picture withoutSamples();
-
-    void takeProfile(Picture& picture) const;
-    void takeResolution(Picture& picture) const;
-    void noteRest(Picture& picture) const;
-
-    const std::string& path;
-    Report report;
-    bool hasMorePages = false;
-    std::unique_ptr<TIFF, TiffCloser> tiff;
-    TiffLayout layout;
-};
-
-TiffReader::TiffReader(const std::string& name) : path(name) {
-    openFile(path); // reports why the file cannot be read
-    const std::unique_ptr<TIFFOpenOptions, OptionsFreer> options(TIFFOpenOptionsAlloc());
-    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), onError, &report);
-    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), onWarning, &report);
-    tiff.reset(TIFFOpenExt(readablePath(path).c_str(), "rm",
-                           options.get())); // m: no memory mapping, whose pages would count as memory
-    require(tiff != nullptr);
-    findPage();
-    readLayout();
-    // A tag with an invalid value, such as an orientation of 9, does not damage the pixels.
-    report.ignoredTag = report.ignoredTag || report.reason.front() != 0;
-    report.reason = {};
-}
-
-bool TiffReader::isCopy() const {
-    return (field<uint32_t>(TIFFTAG_SUBFILETYPE, 0) & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK)) != 0;
-}
-
-// Goes to the first page that is not a reduced copy or a mask; the picture of a reduced first page can be below it. A
-// file of such pages alone has its picture in the first.
-void TiffReader::findPage() {
-    constexpr tdir_t MaxPages = 1000;
-    constexpr uint16_t MaxChildren = 16;
-    uint16_t children = 0;
-    const uint64_t* offsets = nullptr;
-    const bool hasChildren = TIFFGetField(tiff.get(), TIFFTAG_SUBIFD, &children, &offsets) == 1 && offsets != nullptr;
-    const std::vector<uint64_t> below(offsets, offsets + (hasChildren ? std::min(children, MaxChildren) : 0));
-    tdir_t page = 0, count = isCopy() ? 0 : 1;
-    for (tdir_t next = 1; next < MaxPages && count < 2 && TIFFReadDirectory(tiff.get()) != 0; ++next) {
-        if (!isCopy() && count++ == 0) {
-            page = next;
-        }
-    }
-    hasMorePages = count > 1;
-    const auto isFull = [this](uint64_t offset) { return TIFFSetSubDirectory(tiff.get(), offset) != 0 && !isCopy(); };
-    const bool isBelow = count == 0 && std::ranges::any_of(below, isFull);
-    report = {};
-    require(isBelow || TIFFSetDirectory(tiff.get(), page) != 0);
-}
-
-void TiffReader::fail() const {
-    throw Failure(path, std::string("cannot be decoded as TIFF: ") +
-                            (report.reason.front() == 0 ? "the pixels are incomplete" : report.reason.data()));
-}
-
-void TiffReader::readLayout() {
-    layout.width = field<uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
-    layout.height = field<uint32_t>(TIFFTAG_IMAGELENGTH, 0);
-    layout.samples = field<uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1);
-    layout.bits = field<uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
-    layout.format = field<uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
-    layout.photometric = field<uint16_t>(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-    layout.compression = field<uint16_t>(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
-    layout.isPlanar = field<uint16_t>(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE;
-    layout.isTiled = TIFFIsTiled(tiff.get()) != 0;
-}
-
 std::string nameOf(uint16_t photometric) {
     constexpr std::pair<uint16_t, const char*> Names[] = {
         {PHOTOMETRIC_PALETTE, "a palette"}, {PHOTOMETRIC_MASK, "a mask"},       {PHOTOMETRIC_SEPARATED, "CMYK"},
@@ -155,137 +61,219 @@ std::string nameOf(uint16_t photometric) {
     return name == std::end(Names) ? "photometric interpretation " + std::to_string(photometric) : name->second;
 }
 
-// The number of colour samples per pixel. The JPEG codec converts YCbCr itself.
-int32_t TiffReader::colours() {
-    switch (layout.photometric) {
-    case PHOTOMETRIC_MINISWHITE:
-    case PHOTOMETRIC_MINISBLACK:
-        return 1;
-    case PHOTOMETRIC_YCBCR:
-        if (layout.compression == COMPRESSION_JPEG && !layout.isPlanar) {
-            TIFFSetField(tiff.get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+class TiffReader {
+  public:
+    explicit TiffReader(const std::string& name) : path(name) {
+        openFile(path); // reports why the file cannot be read
+        const std::unique_ptr<TIFFOpenOptions, OptionsFreer> options(TIFFOpenOptionsAlloc());
+        TIFFOpenOptionsSetErrorHandlerExtR(options.get(), onError, &report);
+        TIFFOpenOptionsSetWarningHandlerExtR(options.get(), onWarning, &report);
+        // m: no memory mapping, whose pages would count as memory
+        tiff.reset(TIFFOpenExt(readablePath(path).c_str(), "rm", options.get()));
+        require(tiff != nullptr);
+        findPage();
+        readLayout();
+        // A tag with an invalid value, such as an orientation of 9, does not damage the pixels.
+        report.ignoredTag = report.ignoredTag || report.reason.front() != 0;
+        report.reason = {};
+    }
+
+    Picture read(Request request) {
+        Picture picture = withoutSamples();
+        uint16_t code = 0;
+        if (TIFFGetField(tiff.get(), TIFFTAG_ORIENTATION, &code) == 1 && code >= 1 && code <= 8) {
+            picture.orientation = code;
+        }
+        takeProfile(picture);
+        takeResolution(picture);
+        noteRest(picture);
+        if (request.pixels) {
+            picture.samples.resize(sampleBytes(picture));
+            require(readTiffPixels(path, tiff.get(), layout, picture) && report.reason.front() == 0);
+        }
+        return picture;
+    }
+
+  private:
+    template <typename Value>
+    Value field(uint32_t tag, Value otherwise) const {
+        return tiffField(tiff.get(), tag, otherwise);
+    }
+
+    void require(bool isRead) const {
+        if (!isRead) {
+            throw Failure(path, std::string("cannot be decoded as TIFF: ") +
+                                    (report.reason.front() == 0 ? "the pixels are incomplete" : report.reason.data()));
+        }
+    }
+
+    bool isCopy() const {
+        return (field<uint32_t>(TIFFTAG_SUBFILETYPE, 0) & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK)) != 0;
+    }
+
+    // Goes to the first page that is not a reduced copy or a mask; the picture of a reduced first page can be below it.
+    // A file of such pages alone has its picture in the first.
+    void findPage() {
+        constexpr tdir_t MaxPages = 1000;
+        constexpr uint16_t MaxChildren = 16;
+        uint16_t children = 0;
+        const uint64_t* offsets = nullptr;
+        const bool hasChildren =
+            TIFFGetField(tiff.get(), TIFFTAG_SUBIFD, &children, &offsets) == 1 && offsets != nullptr;
+        const std::vector<uint64_t> below(offsets, offsets + (hasChildren ? std::min(children, MaxChildren) : 0));
+        tdir_t page = 0, count = isCopy() ? 0 : 1;
+        for (tdir_t next = 1; next < MaxPages && count < 2 && TIFFReadDirectory(tiff.get()) != 0; ++next) {
+            if (!isCopy() && count++ == 0) {
+                page = next;
+            }
+        }
+        hasMorePages = count > 1;
+        const auto isFull = [this](uint64_t offset) {
+            return TIFFSetSubDirectory(tiff.get(), offset) != 0 && !isCopy();
+        };
+        const bool isBelow = count == 0 && std::ranges::any_of(below, isFull);
+        report = {};
+        require(isBelow || TIFFSetDirectory(tiff.get(), page) != 0);
+    }
+
+    void readLayout() {
+        layout.width = field<uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
+        layout.height = field<uint32_t>(TIFFTAG_IMAGELENGTH, 0);
+        layout.samples = field<uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1);
+        layout.bits = field<uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
+        layout.format = field<uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
+        layout.photometric = field<uint16_t>(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+        layout.compression = field<uint16_t>(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+        layout.isPlanar = field<uint16_t>(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE;
+        layout.isTiled = TIFFIsTiled(tiff.get()) != 0;
+    }
+
+    // The number of colour samples per pixel. The JPEG codec converts YCbCr itself.
+    int32_t colours() {
+        switch (layout.photometric) {
+        case PHOTOMETRIC_MINISWHITE:
+        case PHOTOMETRIC_MINISBLACK:
+            return 1;
+        case PHOTOMETRIC_YCBCR:
+            if (layout.compression == COMPRESSION_JPEG && !layout.isPlanar) {
+                TIFFSetField(tiff.get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+                return 3;
+            }
+            break;
+        case PHOTOMETRIC_RGB:
             return 3;
+        default:
+            break;
         }
-        break;
-    case PHOTOMETRIC_RGB:
-        return 3;
-    default:
-        break;
+        throw Failure(path,
+                      "expected a grey or RGB picture, found " + nameOf(layout.photometric) + "; convert it first");
     }
-    throw Failure(path, "expected a grey or RGB picture, found " + nameOf(layout.photometric) + "; convert it first");
-}
 
-Depth TiffReader::depth() const {
-    const bool isInteger = layout.format == SAMPLEFORMAT_UINT || layout.format == SAMPLEFORMAT_VOID;
-    const bool isReal = layout.format == SAMPLEFORMAT_IEEEFP;
-    if (isInteger && layout.bits == 8) {
-        return Depth::Integer8;
+    Depth depth() const {
+        const bool isInteger = layout.format == SAMPLEFORMAT_UINT || layout.format == SAMPLEFORMAT_VOID;
+        const bool isReal = layout.format == SAMPLEFORMAT_IEEEFP;
+        if (isInteger && layout.bits == 8) {
+            return Depth::Integer8;
+        }
+        if (isInteger && layout.bits == 16) {
+            return Depth::Integer16;
+        }
+        if (isReal && layout.bits == 16) {
+            return Depth::Float16;
+        }
+        if (isReal && layout.bits == 32) {
+            return Depth::Float32;
+        }
+        const char* const kind = isReal ? "floats" : isInteger ? "unsigned integers" : "signed or complex numbers";
+        throw Failure(path, "expected unsigned integers of 8 or 16 bits or floats of 16 or 32 bits, found " +
+                                std::string(kind) + " of " + std::to_string(layout.bits) + " bits");
     }
-    if (isInteger && layout.bits == 16) {
-        return Depth::Integer16;
-    }
-    if (isReal && layout.bits == 16) {
-        return Depth::Float16;
-    }
-    if (isReal && layout.bits == 32) {
-        return Depth::Float32;
-    }
-    const char* const kind = isReal ? "floats" : isInteger ? "unsigned integers" : "signed or complex numbers";
-    throw Failure(path, "expected unsigned integers of 8 or 16 bits or floats of 16 or 32 bits, found " +
-                            std::string(kind) + " of " + std::to_string(layout.bits) + " bits");
-}
 
-// Keeps a single alpha sample, which the library omits: rows can be read in place.
-Picture TiffReader::withoutSamples() {
-    const int32_t kept = colours();
-    const Depth samples = depth();
-    if (layout.samples < kept) {
-        throw Failure(path, "expected 3 samples for each RGB pixel, found " + std::to_string(layout.samples));
+    // Keeps a single alpha sample, which the library omits: rows can be read in place.
+    Picture withoutSamples() {
+        const int32_t kept = colours();
+        const Depth samples = depth();
+        if (layout.samples < kept) {
+            throw Failure(path, "expected 3 samples for each RGB pixel, found " + std::to_string(layout.samples));
+        }
+        if (layout.photometric == PHOTOMETRIC_MINISWHITE && isFloat(samples)) {
+            throw Failure(path, "expected floats with black as zero, found white as zero");
+        }
+        if (TIFFIsCODECConfigured(layout.compression) == 0) {
+            throw Failure(path, "compression code " + std::to_string(layout.compression) +
+                                    ", is not supported by the TIFF library of this system");
+        }
+        const bool hasOneMore = layout.samples == kept + 1 && !layout.isPlanar;
+        Picture picture =
+            pictureWithoutSamples(path, layout.width, layout.height, hasOneMore ? kept + 1 : kept, samples);
+        if (layout.compression == COMPRESSION_NONE) {
+            requireFileBytes(path, picture, sampleBytes(picture));
+        }
+        return picture;
     }
-    if (layout.photometric == PHOTOMETRIC_MINISWHITE && isFloat(samples)) {
-        throw Failure(path, "expected floats with black as zero, found white as zero");
-    }
-    if (TIFFIsCODECConfigured(layout.compression) == 0) {
-        throw Failure(path, "compression code " + std::to_string(layout.compression) +
-                                ", is not supported by the TIFF library of this system");
-    }
-    const bool hasOneMore = layout.samples == kept + 1 && !layout.isPlanar;
-    Picture picture = pictureWithoutSamples(path, layout.width, layout.height, hasOneMore ? kept + 1 : kept, samples);
-    if (layout.compression == COMPRESSION_NONE) {
-        requireFileBytes(path, picture, sampleBytes(picture));
-    }
-    return picture;
-}
 
-void TiffReader::takeProfile(Picture& picture) const {
-    uint32_t length = 0;
-    const unsigned char* bytes = nullptr;
-    if (TIFFGetField(tiff.get(), TIFFTAG_ICCPROFILE, &length, &bytes) == 1 && bytes != nullptr) {
-        picture.profile.assign(bytes, bytes + length);
-    }
-    const void* values = nullptr;
-    if (picture.profile.empty() && TIFFGetField(tiff.get(), TIFFTAG_PRIMARYCHROMATICITIES, &values) == 1) {
-        picture.dropped.emplace_back("chromaticities");
-    }
-}
-
-void TiffReader::takeResolution(Picture& picture) const {
-    const auto unit = field<uint16_t>(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
-    if (unit == RESUNIT_INCH || unit == RESUNIT_CENTIMETER) {
-        ::takeResolution(picture, field<float>(TIFFTAG_XRESOLUTION, 0), field<float>(TIFFTAG_YRESOLUTION, 0),
-                         unit == RESUNIT_INCH ? 1 : 1 / 2.54);
-    }
-}
-
-void TiffReader::noteRest(Picture& picture) const {
-    const int extra = layout.samples - colourChannels(picture);
-    uint16_t count = 0;
-    const uint16_t* kinds = nullptr;
-    const bool isKnown = TIFFGetField(tiff.get(), TIFFTAG_EXTRASAMPLES, &count, &kinds) == 1 && count > 0;
-    if (extra == 1 && isKnown && kinds[0] != EXTRASAMPLE_UNSPECIFIED) {
-        picture.dropped.emplace_back(kinds[0] == EXTRASAMPLE_ASSOCALPHA ? "alpha (colours stay multiplied by it)"
-                                                                        : "alpha");
-    } else if (extra > 0) {
-        picture.dropped.push_back(counted(static_cast<size_t>(extra), "more channel"));
-    }
-    if (hasMorePages) {
-        picture.dropped.emplace_back("further pages");
-    }
-    if (report.ignoredTag) {
-        picture.dropped.emplace_back("damaged tags");
-    }
-    constexpr uint32_t Texts[] = {TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_MAKE, TIFFTAG_MODEL, TIFFTAG_ARTIST,
-                                  TIFFTAG_COPYRIGHT};
-    const auto isThere = [this](uint32_t tag) { return field<const char*>(tag, nullptr) != nullptr; };
-    if (std::ranges::any_of(Texts, isThere)) {
-        picture.metadata.emplace_back("texts");
-    }
-    constexpr std::pair<uint32_t, const char*> Blocks[] = {
-        {TIFFTAG_EXIFIFD, "EXIF"}, {TIFFTAG_GPSIFD, "GPS"}, {TIFFTAG_RICHTIFFIPTC, "IPTC"}, {TIFFTAG_XMLPACKET, "XMP"}};
-    for (const auto& [tag, name] : Blocks) {
-        uint64_t lengthOrOffset = 0;
-        const void* block = nullptr; // not set for a directory
-        if (TIFFGetField(tiff.get(), tag, &lengthOrOffset, &block) == 1) {
-            picture.metadata.emplace_back(name);
+    void takeProfile(Picture& picture) const {
+        uint32_t length = 0;
+        const unsigned char* bytes = nullptr;
+        if (TIFFGetField(tiff.get(), TIFFTAG_ICCPROFILE, &length, &bytes) == 1 && bytes != nullptr) {
+            picture.profile.assign(bytes, bytes + length);
+        }
+        const void* values = nullptr;
+        if (picture.profile.empty() && TIFFGetField(tiff.get(), TIFFTAG_PRIMARYCHROMATICITIES, &values) == 1) {
+            picture.dropped.emplace_back("chromaticities");
         }
     }
-}
 
-Picture TiffReader::read(Request request) {
-    Picture picture = withoutSamples();
-    uint16_t code = 0;
-    if (TIFFGetField(tiff.get(), TIFFTAG_ORIENTATION, &code) == 1 && code >= 1 && code <= 8) {
-        picture.orientation = code;
+    void takeResolution(Picture& picture) const {
+        const auto unit = field<uint16_t>(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+        if (unit == RESUNIT_INCH || unit == RESUNIT_CENTIMETER) {
+            ::takeResolution(picture, field<float>(TIFFTAG_XRESOLUTION, 0), field<float>(TIFFTAG_YRESOLUTION, 0),
+                             unit == RESUNIT_INCH ? 1 : 1 / 2.54);
+        }
     }
-    takeProfile(picture);
-    takeResolution(picture);
-    noteRest(picture);
-    if (request.pixels) {
-        picture.samples.resize(sampleBytes(picture));
-        require(readTiffPixels(path, tiff.get(), layout, picture) && report.reason.front() == 0);
+
+    void noteRest(Picture& picture) const {
+        const int extra = layout.samples - colourChannels(picture);
+        uint16_t count = 0;
+        const uint16_t* kinds = nullptr;
+        const bool isKnown = TIFFGetField(tiff.get(), TIFFTAG_EXTRASAMPLES, &count, &kinds) == 1 && count > 0;
+        if (extra == 1 && isKnown && kinds[0] != EXTRASAMPLE_UNSPECIFIED) {
+            picture.dropped.emplace_back(kinds[0] == EXTRASAMPLE_ASSOCALPHA ? "alpha (colours stay multiplied by it)"
+                                                                            : "alpha");
+        } else if (extra > 0) {
+            picture.dropped.push_back(counted(static_cast<size_t>(extra), "more channel"));
+        }
+        if (hasMorePages) {
+            picture.dropped.emplace_back("further pages");
+        }
+        if (report.ignoredTag) {
+            picture.dropped.emplace_back("damaged tags");
+        }
+        constexpr uint32_t Texts[] = {TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_MAKE, TIFFTAG_MODEL, TIFFTAG_ARTIST,
+                                      TIFFTAG_COPYRIGHT};
+        const auto isThere = [this](uint32_t tag) { return field<const char*>(tag, nullptr) != nullptr; };
+        if (std::ranges::any_of(Texts, isThere)) {
+            picture.metadata.emplace_back("texts");
+        }
+        constexpr std::pair<uint32_t, const char*> Blocks[] = {{TIFFTAG_EXIFIFD, "EXIF"},
+                                                               {TIFFTAG_GPSIFD, "GPS"},
+                                                               {TIFFTAG_RICHTIFFIPTC, "IPTC"},
+                                                               {TIFFTAG_XMLPACKET, "XMP"}};
+        for (const auto& [tag, name] : Blocks) {
+            uint64_t lengthOrOffset = 0;
+            const void* block = nullptr; // not set for a directory
+            if (TIFFGetField(tiff.get(), tag, &lengthOrOffset, &block) == 1) {
+                picture.metadata.emplace_back(name);
+            }
+        }
     }
-    return picture;
-}
+
+    const std::string& path;
+    Report report;
+    bool hasMorePages = false;
+    std::unique_ptr<TIFF, TiffCloser> tiff;
+    TiffLayout layout;
+};
 
 } // namespace
 
