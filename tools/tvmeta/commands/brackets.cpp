@@ -5,7 +5,6 @@
 #include "base/numbers.h"
 #include "base/text.h"
 #include "base/words.h"
-#include "commands/command_line.h"
 #include "commands/set_placement.h"
 #include "output/records.h"
 #include "output/table.h"

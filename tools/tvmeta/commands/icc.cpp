@@ -9,7 +9,6 @@
 #include "photographs/photo.h"
 #include "pictures/load_picture.h"
 #include "pictures/profiles.h"
-#include "system/files.h"
 #include "system/paths.h"
 
 #include <tvmeta.h>

@@ -10,7 +10,6 @@
 #include "system/paths.h"
 #include "system/system.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <map>

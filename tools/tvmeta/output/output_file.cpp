@@ -4,7 +4,6 @@
 #include "base/markup.h"
 #include "photographs/photo.h"
 #include "pictures/load_picture.h"
-#include "system/files.h"
 #include "system/paths.h"
 #include "system/system.h"
 

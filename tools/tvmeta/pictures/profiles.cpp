@@ -5,7 +5,6 @@
 #include <tvmeta.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <string_view>
 
