@@ -145,18 +145,16 @@ class ReportPage {
         write("</style>\n</head>\n<body>\n<a class=\"skip\" href=\"#sets\">Skip to the sets</a>\n<header>\n"
               "<h1>" +
               titleOf(content) + "</h1>\n");
-        const std::array<std::tuple<const char*, const char*, size_t>, 4> parts = {{
-            {"sets", "set", content.sets.size()},
-            {"singles", "single photograph", content.singles.size()},
-            {"unknown", "photograph without a known time or exposure time", content.unknown.size()},
-            {"problems", "problem", content.problems.size()},
+        const std::array<std::tuple<const char*, std::string, size_t>, 4> parts = {{
+            {"#sets", counted(content.sets.size(), "set"), content.sets.size()},
+            {"#singles", counted(content.singles.size(), "single photograph"), content.singles.size()},
+            {"#unknown", counted(content.unknown.size(), "photograph") + " without a known time or exposure time",
+             content.unknown.size()},
+            {"#problems", counted(content.problems.size(), "problem"), content.problems.size()},
         }};
         std::string items;
-        for (const auto& [id, words, count] : parts) {
-            const std::string text = std::string(words).starts_with("photograph ") && count != 1
-                                         ? std::to_string(count) + " photographs without a known time or exposure time"
-                                         : counted(count, words);
-            items += count == 0 ? "" : element("li", element("a", text, attribute("href", "#" + std::string(id))));
+        for (const auto& [url, text, count] : parts) {
+            items += count == 0 ? "" : element("li", element("a", text, attribute("href", url)));
         }
         write(element("nav", element("ul", items), attribute("aria-label", "Contents")) + "\n</header>\n");
     }
