@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #ifdef TVMETA_HAS_LCMS2
 
@@ -101,19 +102,13 @@ const Tag* read(const Profile& profile, cmsTagSignature signature) {
     return static_cast<const Tag*>(cmsReadTag(profile.get(), signature));
 }
 
-// In UTF-8, the encoding of the process.
-std::string narrow(const wchar_t* text) {
-    std::string bytes;
+// In UTF-8, the encoding of the process, up to the first character that is none.
+std::string narrow(const std::vector<wchar_t>& text) {
+    std::string bytes(text.size() * MB_LEN_MAX, '\0');
+    const wchar_t* rest = text.data();
     std::mbstate_t state = {};
-    std::array<char, MB_LEN_MAX> character;
-    for (; *text != 0; ++text) {
-        const size_t length = std::wcrtomb(character.data(), *text, &state);
-        if (length > character.size()) {
-            return bytes;
-        }
-        bytes.append(character.data(), length);
-    }
-    return bytes;
+    std::wcsrtombs(bytes.data(), &rest, bytes.size(), &state);
+    return bytes.c_str();
 }
 
 // The colorants of a profile are adapted to its connection space. Undoes that, so that equal colours have equal weights
@@ -184,7 +179,7 @@ std::string profileDescription(const Bytes& bytes) {
     const cmsUInt32Number size = cmsGetProfileInfo(profile.get(), cmsInfoDescription, "en", "US", nullptr, 0);
     std::vector<wchar_t> text(size / sizeof(wchar_t) + 1);
     cmsGetProfileInfo(profile.get(), cmsInfoDescription, "en", "US", text.data(), size);
-    return narrow(text.data());
+    return narrow(text);
 }
 
 std::optional<ProfileLight> profileLight(const Bytes& bytes) {
@@ -231,20 +226,10 @@ std::optional<ProfileLight> profileLight(const Bytes&) {
 
 namespace {
 
-struct Signature {
-    std::string_view code;
-    std::string_view meaning;
-};
-
-constexpr auto Classes = std::to_array<Signature>({
-    {"scnr", "input device"},
-    {"mntr", "display"},
-    {"prtr", "output device"},
-    {"link", "device link"},
-    {"spac", "colour space"},
-    {"abst", "abstract"},
-    {"nmcl", "named colours"},
-});
+using Signature = std::pair<std::string_view, const char*>;
+constexpr Signature Classes[] = {{"scnr", "input device"}, {"mntr", "display"},      {"prtr", "output device"},
+                                 {"link", "device link"},  {"spac", "colour space"}, {"abst", "abstract"},
+                                 {"nmcl", "named colours"}};
 
 std::string signatureAt(const Bytes& profile, size_t place) {
     std::string code(asText(profile).substr(std::min(place, profile.size()), 4));
@@ -278,12 +263,8 @@ std::string profileVersion(const Bytes& profile) {
 
 std::string profileClass(const Bytes& profile) {
     const std::string code = signatureAt(profile, 12);
-    for (const Signature& known : Classes) {
-        if (known.code == code) {
-            return std::string(known.meaning);
-        }
-    }
-    return code;
+    const auto* const known = std::ranges::find(Classes, code, &Signature::first);
+    return known == std::end(Classes) ? code : known->second;
 }
 
 std::string profileColourSpace(const Bytes& profile) {
