@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "pictures/load_picture.h"
+#include "system/temporary_file.h"
 
 #include <cstdio>
 #include <new>
@@ -26,13 +27,11 @@ Bytes ownBlock(const Photo& photo, int32_t block) {
 }
 
 // libjpeg reads files.
-File temporaryFile(const Bytes& bytes, const std::string& path) {
-    File file(std::tmpfile());
-    if (!file || std::fwrite(bytes.data(), 1, bytes.size(), file.get()) != bytes.size()) {
-        failWithErrno("temporary file for " + path);
-    }
-    std::rewind(file.get());
-    return file;
+Bytes smaller(const Bytes& jpeg, const std::string& path, int32_t side) {
+    const SpoolFile file;
+    writeBytes(file.stream(), asText(jpeg), path);
+    std::rewind(file.stream());
+    return smallJpeg(file.stream(), path, side);
 }
 
 // The result of a function, or nothing if it fails: the photograph is damaged, CMYK, gone, or this build has no
@@ -59,8 +58,8 @@ Bytes thumbnailOf(const Photo& photo) {
     }
     return unlessFailed([&] {
         const bool isFileJpeg = photo.record.format == TVMETA_FORMAT_JPEG;
-        return smallJpeg(isFileJpeg ? openFile(photo.path) : temporaryFile(ownBlock(photo, TVMETA_PREVIEW), photo.path),
-                         photo.path, MadeSide);
+        return isFileJpeg ? smallJpeg(openFile(photo.path).get(), photo.path, MadeSide)
+                          : smaller(ownBlock(photo, TVMETA_PREVIEW), photo.path, MadeSide);
     });
 }
 
@@ -69,8 +68,6 @@ Bytes previewOf(const Photo& photo) {
     constexpr int32_t MadeSide = 1000;
     return unlessFailed([&] {
         Bytes own = ownBlock(photo, TVMETA_PREVIEW);
-        return own.size() > MaxBytes  ? smallJpeg(temporaryFile(own, photo.path), photo.path, MadeSide)
-               : isJpeg(own, MaxSide) ? own
-                                      : Bytes();
+        return own.size() > MaxBytes ? smaller(own, photo.path, MadeSide) : isJpeg(own, MaxSide) ? own : Bytes();
     });
 }

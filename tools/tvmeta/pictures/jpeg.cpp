@@ -15,7 +15,6 @@
 #include <csetjmp>
 #include <cstring>
 #include <string_view>
-#include <utility>
 
 namespace {
 
@@ -136,7 +135,7 @@ void shrink(Picture& picture, int32_t factor) {
 
 class JpegReader {
   public:
-    JpegReader(File opened, const std::string& name, bool allowDamage) : path(name), file(std::move(opened)) {
+    JpegReader(std::FILE* opened, const std::string& name, bool allowDamage) : path(name), file(opened) {
         jpeg.err = jpeg_std_error(&errors);
         errors.error_exit = onError;
         errors.emit_message = onMessage;
@@ -182,7 +181,7 @@ class JpegReader {
     void readHeader() {
         run([this] {
             constexpr unsigned MaxSegment = 0xFFFF;
-            jpeg_stdio_src(&jpeg, file.get());
+            jpeg_stdio_src(&jpeg, file);
             jpeg_save_markers(&jpeg, Exif, MaxSegment);
             jpeg_save_markers(&jpeg, IccProfile, MaxSegment);
             jpeg_save_markers(&jpeg, Photoshop, MaxSegment);
@@ -273,7 +272,7 @@ class JpegReader {
     }
 
     const std::string& path;
-    File file;
+    std::FILE* file;
     ErrorManager errors = {};
     jpeg_progress_mgr progress = {};
     jpeg_decompress_struct jpeg = {};
@@ -281,8 +280,8 @@ class JpegReader {
 
 } // namespace
 
-Bytes smallJpeg(File file, const std::string& name, int32_t side) {
-    Picture picture = JpegReader(std::move(file), name, true).readSmall(side);
+Bytes smallJpeg(std::FILE* file, const std::string& name, int32_t side) {
+    Picture picture = JpegReader(file, name, true).readSmall(side);
     if (const int32_t factor = std::max(picture.width, picture.height) / side; factor > 1) {
         shrink(picture, factor);
     }
@@ -290,12 +289,12 @@ Bytes smallJpeg(File file, const std::string& name, int32_t side) {
 }
 
 Picture readJpeg(const std::string& path, Request request) {
-    Picture picture = JpegReader(openPicture(path), path, request.allowDamage).read(request);
+    const File file = openPicture(path);
+    Picture picture = JpegReader(file.get(), path, request.allowDamage).read(request);
     picture.gainMap = request.gain ? findGainMap(path) : std::nullopt;
     if (picture.gainMap) {
-        File file = openPicture(path);
         std::fseek(file.get(), picture.gainMap->place, SEEK_SET);
-        picture.gain = std::make_shared<Picture>(JpegReader(std::move(file), path, request.allowDamage).read({}));
+        picture.gain = std::make_shared<Picture>(JpegReader(file.get(), path, request.allowDamage).read({}));
     }
     return picture;
 }

@@ -15,7 +15,7 @@ Picture missingDecoder(const std::string& path, Request) {
 }
 
 #ifndef TVMETA_HAS_JPEG
-Bytes smallJpeg(File /*file*/, const std::string& name, int32_t /*side*/) {
+Bytes smallJpeg(std::FILE* /*file*/, const std::string& name, int32_t /*side*/) {
     throw Failure(name, "this build of tvmeta does not support JPEG pictures");
 }
 #endif

@@ -16,7 +16,7 @@ bool isPicture(const std::string& path);
 // A JPEG file of the picture in an open JPEG file, whose longer side has less than twice `side` pixels, and at least
 // `side` unless the picture is smaller. It contains no metadata and is not turned. Throws Failure with `name` if the
 // picture is damaged, CMYK, or this build has no decoder for JPEG.
-Bytes smallJpeg(File file, const std::string& name, int32_t side);
+Bytes smallJpeg(std::FILE* file, const std::string& name, int32_t side);
 
 // The names of the formats, such as "PNG".
 std::vector<std::string> pictureFormats();
