@@ -64,20 +64,12 @@ PagePhoto pagePhoto(const Photo& photo, const fs::path& pageFolder) {
 }
 
 PageSet pageSet(const PhotoSet& set, const fs::path& pageFolder) {
-    const Photo& first = *set.photos.front();
+    PageSet shown = {&set, {}, nameOf(pathOf(set.photos.front()->path).parent_path()), {}};
     std::set<std::string> modes;
-    PageSet shown;
     for (const Photo* photo : set.photos) {
         shown.photos.push_back(pagePhoto(*photo, pageFolder));
         modes.insert(fieldWords(*photo, "exposureMode"));
     }
-    shown.offsets = set.offsets;
-    shown.expectedPhotos = set.expectedPhotos;
-    shown.range = set.range();
-    shown.camera = first.record.model;
-    shown.folder = nameOf(pathOf(first.path).parent_path());
-    shown.evidence = tvmeta_evidence_text(set.evidence);
-    shown.isGuess = set.isGuess();
     shown.exposureMode = modes.size() == 1 ? *modes.begin() : "";
     return shown;
 }

@@ -30,15 +30,10 @@ struct PagePhoto {
 };
 
 struct PageSet {
+    const PhotoSet* found;
     std::vector<PagePhoto> photos; // in order of capture
-    std::vector<double> offsets;   // stops from the middle exposure
-    size_t expectedPhotos = 0;     // greater than photos.size(): the set is incomplete
-    double range = 0;              // EV
-    std::string camera;
     std::string folder;
-    std::string exposureMode;
-    std::string evidence = {}; // why this is a set
-    bool isGuess = false;
+    std::string exposureMode; // if it is the same in all photographs
 };
 
 struct PageContent {
@@ -50,5 +45,5 @@ struct PageContent {
     std::vector<std::string> problems;
 };
 
-// The content of a page in `pageFolder`. The photographs must live as long as it.
+// The content of a page in `pageFolder`. The photographs and sets must live as long as it.
 PageContent pageContent(const PhotoSets& found, const std::filesystem::path& pageFolder);

@@ -79,7 +79,7 @@ std::string exposureTable(const PageSet& set) {
         std::string row = element("th", markup(set.photos[i].name), attribute("scope", "row"));
         for (const TableColumn& column : columns) {
             const bool isOffset = column.text == nullptr;
-            row += element("td", isOffset ? offsetText(set.offsets[i]) : markup(set.photos[i].*column.text),
+            row += element("td", isOffset ? offsetText(set.found->offsets[i]) : markup(set.photos[i].*column.text),
                            *column.label != 0 ? attribute("class", column.label) : "");
         }
         table += element("tr", row);
@@ -88,7 +88,8 @@ std::string exposureTable(const PageSet& set) {
 }
 
 std::string cameraOf(const PageSet& set) {
-    return set.camera.empty() ? "unknown camera" : set.camera;
+    const std::string camera = set.found->photos.front()->record.model;
+    return camera.empty() ? "unknown camera" : camera;
 }
 
 std::string sizeOf(const PageSet& set) {
@@ -102,8 +103,9 @@ std::string setFacts(const PageSet& set) {
     for (const TableColumn& column : TableColumns) {
         facts += isFact(column, set) ? ifKnown(std::string(", ") + column.fact, first.*column.text) : "";
     }
-    return joined(", ", {facts, "range " + stopsText(set.range) + " EV", ifKnown("exposure mode ", set.exposureMode),
-                         set.folder == "." ? "" : ifKnown("in ", set.folder)});
+    return joined(", ",
+                  {facts, "range " + stopsText(set.found->range()) + " EV", ifKnown("exposure mode ", set.exposureMode),
+                   set.folder == "." ? "" : ifKnown("in ", set.folder)});
 }
 
 std::string photoFacts(const PagePhoto& photo) {
@@ -177,36 +179,37 @@ class ReportPage {
     void writeSet(size_t index) {
         const PageSet& set = content.sets[index];
         const std::string id = "set-" + std::to_string(index + 1);
-        const std::string order = "--range: -" + std::to_string(static_cast<int64_t>(set.range * 100)) + "; --size: -" +
-                                  std::to_string(set.photos.size());
+        const std::string order = "--range: -" + std::to_string(static_cast<int64_t>(set.found->range() * 100)) +
+                                  "; --size: -" + std::to_string(set.photos.size());
         write("<article" + attribute("class", "set " + cameras.classOf(index) + " " + sizes.classOf(index)) +
               attribute("id", id) + attribute("style", order) + attribute("aria-labelledby", id + "-title") + ">\n");
         const std::string missing =
-            set.photos.size() < set.expectedPhotos ? " of " + std::to_string(set.expectedPhotos) : "";
-        const std::string name = "Set " + std::to_string(index + 1) + (set.isGuess ? "?" : "");
+            set.photos.size() < set.found->expectedPhotos ? " of " + std::to_string(set.found->expectedPhotos) : "";
+        const std::string name = "Set " + std::to_string(index + 1) + (set.found->isGuess() ? "?" : "");
         write(element("h3",
                       element("a", name, attribute("href", "#" + id)) + ": " + std::to_string(set.photos.size()) +
-                          missing + " photographs, " + offsetsText(set.offsets) + " stops",
+                          missing + " photographs, " + offsetsText(set.found->offsets) + " stops",
                       attribute("id", id + "-title")) +
               "\n");
         write(element("p", markup(setFacts(set)), attribute("class", "facts")) + "\n");
-        if (!set.evidence.empty()) {
-            write(element("p", markup("Evidence: " + set.evidence), attribute("class", "facts")) + "\n");
+        if (const std::string evidence = tvmeta_evidence_text(set.found->evidence); !evidence.empty()) {
+            write(element("p", markup("Evidence: " + evidence), attribute("class", "facts")) + "\n");
         }
         write("<div class=\"view\">\n");
         writeStrip(set, id);
-        write(exposureDiagram(set.offsets) + "</div>\n");
+        write(exposureDiagram(set.found->offsets) + "</div>\n");
         write(exposureTable(set) + "</article>\n");
     }
 
     void writeStrip(const PageSet& set, const std::string& id) {
         std::vector<size_t> order(set.photos.size());
         std::iota(order.begin(), order.end(), size_t{0});
-        std::ranges::stable_sort(order, {}, [&](size_t i) { return set.offsets[i]; });
+        std::ranges::stable_sort(order, {}, [&](size_t i) { return set.found->offsets[i]; });
         write("<ol class=\"strip\" aria-label=\"Photographs from dark to bright\">\n");
         for (const size_t i : order) {
             const PagePhoto& photo = set.photos[i];
-            const std::string facts = element("b", offsetText(set.offsets[i])) + " " + markup(photo.exposureTime);
+            const std::string facts =
+                element("b", offsetText(set.found->offsets[i])) + " " + markup(photo.exposureTime);
             write(photoItem(photo, facts, id + "-" + std::to_string(i + 1)));
         }
         write("</ol>\n");
