@@ -168,7 +168,7 @@ void placeAndReport(const BracketOptions& input, const PlacementOptions& options
         });
         dropMoved(names, options.folder);
     }
-    PhotoSets found = readPhotoSets(names, input.recursive, input.rules, {}, options.folder);
+    PhotoSets found = readPhotoSets(names, input.recursive, input.rules, options.folder);
     printAdvice(found, input.rules);
     if (!options.guesses) {
         dropGuesses(found);

@@ -75,9 +75,6 @@ Photo OpenPhoto::read(const Wanted& wanted) const {
             photo.keywords.push_back(keyword);
         }
     }
-    for (const int32_t wantedBlock : wanted.blocks) {
-        photo.blocks[static_cast<size_t>(wantedBlock)] = block(wantedBlock);
-    }
     return photo;
 }
 

@@ -11,10 +11,9 @@
 #include <string>
 #include <vector>
 
-// The blocks and texts that a command needs besides the record.
+// What a command needs besides the record.
 struct Wanted {
     bool texts = false;
-    std::vector<int32_t> blocks = {}; // TVMETA_THUMBNAIL, ...
 };
 
 // Capture times, by the clock of the camera. Without a time zone, their differences do not depend on the time zone and
@@ -28,7 +27,6 @@ struct Photo {
     std::string damage = {}; // description of the damage if only a part could be read
     std::array<std::string, TVMETA_TEXT_SOFTWARE + 1> texts = {}; // of keywords the first
     std::vector<std::string> keywords = {};
-    std::array<Bytes, TVMETA_BLOCKS> blocks = {};
 
     bool has(int32_t field) const { return TVMETA_HAS(&record, field) != 0; }
 };

@@ -20,8 +20,8 @@ std::filesystem::path normalPath(const Photo& photo) {
 }
 
 // Sorted by name, which decides the order of equal times; each file once, if possible not by the name of a link to it.
-std::vector<Photo> readByName(const std::vector<std::string>& names, bool recursive, const Wanted& wanted,
-                              const std::string& excludedFolder, Reading& reading) {
+std::vector<Photo> readByName(const std::vector<std::string>& names, bool recursive, const std::string& excludedFolder,
+                              Reading& reading) {
     std::vector<Photo> photos;
     std::map<FileIdentity, size_t> places;
     const auto take = [&](Photo&& photo) {
@@ -33,7 +33,7 @@ std::vector<Photo> readByName(const std::vector<std::string>& names, bool recurs
             photos[found->second] = std::move(photo);
         }
     };
-    reading = readPhotos(names, recursive, wanted, take, excludedFolder);
+    reading = readPhotos(names, recursive, {}, take, excludedFolder);
     std::ranges::sort(photos, naturalLess, &Photo::path);
     return photos;
 }
@@ -167,9 +167,9 @@ const char* PhotoSet::confidenceWord() const {
 }
 
 PhotoSets readPhotoSets(const std::vector<std::string>& names, bool recursive, const BracketRules& rules,
-                        const Wanted& wanted, const std::string& excludedFolder) {
+                        const std::string& excludedFolder) {
     PhotoSets result;
-    result.photos = readByName(names, recursive, wanted, excludedFolder, result.reading);
+    result.photos = readByName(names, recursive, excludedFolder, result.reading);
     addSets(result, findBrackets(result.photos, rules));
     std::ranges::stable_sort(result.singles, {}, [](const Photo* photo) { return photo->taken; });
     return result;

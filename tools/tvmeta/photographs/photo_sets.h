@@ -38,7 +38,7 @@ struct PhotoSets {
 // Reads and groups photographs. A file with several names, such as hard links, counts once, under the first. A folder
 // to exclude is not searched unless it is one of `names`.
 PhotoSets readPhotoSets(const std::vector<std::string>& names, bool recursive, const BracketRules& rules,
-                        const Wanted& wanted = {}, const std::string& excludedFolder = "");
+                        const std::string& excludedFolder = "");
 
 // The gap in seconds with which many photographs would be in sets that repeat or that a camera marked, besides those
 // found. Empty if there is none.
