@@ -16,18 +16,18 @@
 namespace {
 
 constexpr std::string_view DocumentType = "<!doctype html>\n";
-constexpr std::string_view Start = R"(<html lang="en">
+constexpr std::string_view PageStart = R"(<html lang="en">
 <head>
 <meta charset="utf-8">
 <meta http-equiv="Content-Security-Policy" content="default-src 'none'; style-src 'unsafe-inline'; img-src data: 'self' file:; )"
-                                   R"(base-uri 'none'; form-action 'none'">
+                                       R"(base-uri 'none'; form-action 'none'">
 <meta name="viewport" content="width=device-width, initial-scale=1">
 <meta name="referrer" content="no-referrer">
 <link rel="icon" href="data:,">
 <title>)";
 
 // The texts that are not empty.
-std::string joined(const std::string& separator, std::initializer_list<std::string> texts) {
+std::string joinedBy(const std::string& separator, std::initializer_list<std::string> texts) {
     std::string line;
     for (const std::string& text : texts) {
         line += text.empty() ? "" : (line.empty() ? "" : separator) + text;
@@ -40,7 +40,7 @@ std::string ifKnown(const std::string& label, const std::string& text) {
 }
 
 std::string titleOf(const PageContent& content) {
-    return markup(joined(", ", {"Bracketed sets" + ifKnown(" in ", content.folder), content.dates}));
+    return markup(joinedBy(", ", {"Bracketed sets" + ifKnown(" in ", content.folder), content.dates}));
 }
 
 struct TableColumn {
@@ -99,18 +99,18 @@ std::string sizeOf(const PageSet& set) {
 // The date as people write it, to the minute.
 std::string setFacts(const PageSet& set) {
     const PagePhoto& first = set.photos.front();
-    std::string facts = joined(", ", {joined(" ", {first.date, first.time.substr(0, 5)}), cameraOf(set)});
+    std::string facts = joinedBy(", ", {joinedBy(" ", {first.date, first.time.substr(0, 5)}), cameraOf(set)});
     for (const TableColumn& column : TableColumns) {
         facts += isFact(column, set) ? ifKnown(std::string(", ") + column.fact, first.*column.text) : "";
     }
-    return joined(", ",
-                  {facts, "range " + stopsText(set.found->range()) + " EV", ifKnown("exposure mode ", set.exposureMode),
-                   set.folder == "." ? "" : ifKnown("in ", set.folder)});
+    return joinedBy(", ",
+                    {facts, "range " + stopsText(set.found->range()) + " EV",
+                     ifKnown("exposure mode ", set.exposureMode), set.folder == "." ? "" : ifKnown("in ", set.folder)});
 }
 
 std::string photoFacts(const PagePhoto& photo) {
-    return joined(" ", {photo.date, photo.time, photo.exposureTime, photo.fNumber, ifKnown("ISO ", photo.isoSpeed),
-                        photo.focalLength});
+    return joinedBy(" ", {photo.date, photo.time, photo.exposureTime, photo.fNumber, ifKnown("ISO ", photo.isoSpeed),
+                          photo.focalLength});
 }
 
 class ReportPage {
@@ -139,7 +139,7 @@ class ReportPage {
     void writeHead() {
         write(DocumentType);
         write(MadeByTvmeta);
-        write(Start);
+        write(PageStart);
         write(titleOf(content));
         write("</title>\n<style>");
         write(ReportStyle);

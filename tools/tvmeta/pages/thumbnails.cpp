@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr size_t MaxBytes = 1 << 18;
+constexpr size_t MaxBlockBytes = 1 << 18;
 
 // A page must not contain what a browser may refuse, or pictures that are only called thumbnails.
 bool isJpeg(const Bytes& file, int32_t maxSide) {
@@ -53,7 +53,7 @@ Bytes thumbnailOf(const Photo& photo) {
     constexpr int32_t MaxSide = 2048;
     constexpr int32_t MadeSide = 240; // enough for the size on the page
     Bytes own = unlessFailed([&] { return ownBlock(photo, TVMETA_THUMBNAIL); });
-    if (own.size() <= MaxBytes && isJpeg(own, MaxSide)) {
+    if (own.size() <= MaxBlockBytes && isJpeg(own, MaxSide)) {
         return own;
     }
     return unlessFailed([&] {
@@ -68,6 +68,6 @@ Bytes previewOf(const Photo& photo) {
     constexpr int32_t MadeSide = 1000;
     return unlessFailed([&] {
         Bytes own = ownBlock(photo, TVMETA_PREVIEW);
-        return own.size() > MaxBytes ? smaller(own, photo.path, MadeSide) : isJpeg(own, MaxSide) ? own : Bytes();
+        return own.size() > MaxBlockBytes ? smaller(own, photo.path, MadeSide) : isJpeg(own, MaxSide) ? own : Bytes();
     });
 }

@@ -21,7 +21,7 @@
 namespace {
 
 // Limits on the memory that OpenEXR reserves because of a header.
-constexpr int MaxSide = 1 << 16;
+constexpr int MaxExrSide = 1 << 16;
 constexpr int MaxTileSide = 1 << 12;
 
 using Names = std::vector<std::string>;
@@ -118,7 +118,7 @@ void readPixels(Imf::MultiPartInputFile& file, const Names& names, Picture& pict
 }
 
 Picture readFirstPart(const std::string& path, Request request) {
-    Imf::Header::setMaxImageSize(MaxSide, MaxSide);
+    Imf::Header::setMaxImageSize(MaxExrSide, MaxExrSide);
     Imf::Header::setMaxTileSize(MaxTileSide, MaxTileSide);
     Imf::MultiPartInputFile file(readablePath(path).c_str(), 0);
     const Imf::Header& header = file.header(0);

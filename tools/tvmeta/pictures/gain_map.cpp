@@ -27,7 +27,7 @@ std::string_view propertyOf(std::string_view packet, const std::string& name) {
 }
 
 // One number, or three in elements without digits in their names.
-std::optional<std::array<double, 3>> numbersOf(std::string_view text) {
+std::optional<std::array<double, 3>> channelNumbers(std::string_view text) {
     std::array<double, 3> numbers = {};
     std::ptrdiff_t count = 0;
     while (!text.empty() && count < std::ssize(numbers)) {
@@ -46,12 +46,12 @@ std::optional<GainMap> fromPacket(std::string_view packet) {
                                                                         {"Gamma", &Channel::gamma},
                                                                         {"OffsetSDR", &Channel::baseOffset},
                                                                         {"OffsetHDR", &Channel::offset}};
-    if (!numbersOf(propertyOf(packet, "GainMapMax"))) {
+    if (!channelNumbers(propertyOf(packet, "GainMapMax"))) {
         return std::nullopt;
     }
     GainMap map = {.isForStandardRange = propertyOf(packet, "BaseRenditionIsHDR") == "True"};
     for (const auto& [name, member] : Properties) {
-        const auto numbers = numbersOf(propertyOf(packet, name));
+        const auto numbers = channelNumbers(propertyOf(packet, name));
         for (size_t i = 0; i < map.channels.size() && numbers; ++i) {
             map.channels[i].*member = (*numbers)[i];
         }

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr float Max = std::numeric_limits<float>::max();
+constexpr float MaxFloat = std::numeric_limits<float>::max();
 
 // The largest finite sample of each colour, and its pixels.
 struct Brightest {
@@ -18,7 +18,7 @@ struct Brightest {
     std::array<uint64_t, 3> pixels = {};
 
     void add(size_t colour, float sample) {
-        if (sample > samples[colour] && sample <= Max) {
+        if (sample > samples[colour] && sample <= MaxFloat) {
             samples[colour] = sample;
             pixels[colour] = 0;
         }
@@ -38,7 +38,7 @@ float luminanceOf(const float* pixel, const Weights& weights, LightStatistics& s
     double luminance = 0;
     bool isUsual = true;
     for (size_t colour = 0; colour < Colours; ++colour) {
-        isUsual = isUsual && pixel[colour] >= 0 && pixel[colour] <= Max;
+        isUsual = isUsual && pixel[colour] >= 0 && pixel[colour] <= MaxFloat;
         luminance += (Colours == 1 ? 1.0 : weights[colour]) * double{pixel[colour]};
     }
     for (size_t colour = 0; colour < Colours && !isUsual; ++colour) {
@@ -47,7 +47,7 @@ float luminanceOf(const float* pixel, const Weights& weights, LightStatistics& s
             luminance = std::numeric_limits<double>::quiet_NaN();
         }
     }
-    return static_cast<float>(luminance > double{Max} ? double{Max} : luminance);
+    return static_cast<float>(luminance > double{MaxFloat} ? double{MaxFloat} : luminance);
 }
 
 // Collects the luminances above zero.
@@ -103,7 +103,7 @@ uint64_t clippedPixels(const Picture& picture, const Brightest& brightest, uint6
         for (size_t i = 0; i < row.size(); i += colours) {
             bool isClipped = false;
             for (size_t colour = 0; colour < colours; ++colour) {
-                isClipped = isClipped || (row[i + colour] >= points[colour] && row[i + colour] <= Max);
+                isClipped = isClipped || (row[i + colour] >= points[colour] && row[i + colour] <= MaxFloat);
             }
             clipped += isClipped ? 1 : 0;
         }

@@ -17,20 +17,20 @@
 namespace {
 
 // The error of libpng, and whether it refused the ICC profile.
-struct Report {
+struct PngReport {
     std::array<char, 128> reason = {};
     bool refusedProfile = false;
 };
 
 [[noreturn]] void onError(png_structp png, png_const_charp message) {
-    auto* const report = static_cast<Report*>(png_get_error_ptr(png));
+    auto* const report = static_cast<PngReport*>(png_get_error_ptr(png));
     std::snprintf(report->reason.data(), report->reason.size(), "%s", message);
     png_longjmp(png, 1);
 }
 
 void onWarning(png_structp png, png_const_charp message) {
     if (std::strncmp(message, "iCCP", 4) == 0) {
-        static_cast<Report*>(png_get_error_ptr(png))->refusedProfile = true;
+        static_cast<PngReport*>(png_get_error_ptr(png))->refusedProfile = true;
     }
 }
 
@@ -245,7 +245,7 @@ class PngReader {
 
     const std::string& path;
     File file;
-    Report report;
+    PngReport report;
     png_structp png = nullptr;
     png_infop info = nullptr;
 };

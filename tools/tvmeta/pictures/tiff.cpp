@@ -25,7 +25,7 @@ struct OptionsFreer {
 };
 
 // The first error of libtiff (later ones are consequences), and whether it skipped a damaged tag.
-struct Report {
+struct TiffReport {
     std::array<char, 200> reason = {};
     bool ignoredTag = false;
 
@@ -37,13 +37,13 @@ struct Report {
 };
 
 int onError(TIFF*, void* data, const char*, const char* format, std::va_list arguments) {
-    static_cast<Report*>(data)->add(format, arguments);
+    static_cast<TiffReport*>(data)->add(format, arguments);
     return 1; // handled
 }
 
 // The JPEG library warns of pixels that it has invented.
 int onWarning(TIFF*, void* data, const char* module, const char* format, std::va_list arguments) {
-    auto* const report = static_cast<Report*>(data);
+    auto* const report = static_cast<TiffReport*>(data);
     if (module != nullptr && std::strcmp(module, "JPEGLib") == 0) {
         report->add(format, arguments);
     }
@@ -52,13 +52,13 @@ int onWarning(TIFF*, void* data, const char* module, const char* format, std::va
 }
 
 std::string nameOf(uint16_t photometric) {
-    constexpr std::pair<uint16_t, const char*> Names[] = {
+    constexpr std::pair<uint16_t, const char*> Kinds[] = {
         {PHOTOMETRIC_PALETTE, "a palette"}, {PHOTOMETRIC_MASK, "a mask"},       {PHOTOMETRIC_SEPARATED, "CMYK"},
         {PHOTOMETRIC_YCBCR, "YCbCr"},       {PHOTOMETRIC_CIELAB, "CIE L*a*b*"}, {PHOTOMETRIC_CFA, "raw sensor data"},
         {PHOTOMETRIC_LOGL, "LogL"},         {PHOTOMETRIC_LOGLUV, "LogLuv"},
     };
-    const auto* const name = std::ranges::find(Names, photometric, [](const auto& entry) { return entry.first; });
-    return name == std::end(Names) ? "photometric interpretation " + std::to_string(photometric) : name->second;
+    const auto* const name = std::ranges::find(Kinds, photometric, [](const auto& entry) { return entry.first; });
+    return name == std::end(Kinds) ? "photometric interpretation " + std::to_string(photometric) : name->second;
 }
 
 class TiffReader {
@@ -269,7 +269,7 @@ class TiffReader {
     }
 
     const std::string& path;
-    Report report;
+    TiffReport report;
     bool hasMorePages = false;
     std::unique_ptr<TIFF, TiffCloser> tiff;
     TiffLayout layout;

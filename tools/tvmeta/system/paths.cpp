@@ -32,12 +32,12 @@ std::string nameKey(const std::string& name) {
 }
 
 std::string temporaryName(const std::string& path) {
-    constexpr std::string_view Digits = "0123456789abcdefghijklmnopqrstuv";
+    constexpr std::string_view Base32 = "0123456789abcdefghijklmnopqrstuv";
     constexpr int Length = 16;
     std::random_device random;
     std::string name = ".tvmeta-";
     for (int i = 0; i < Length; ++i) {
-        name += Digits[random() % Digits.size()];
+        name += Base32[random() % Base32.size()];
     }
     return nameOf(pathOf(path).replace_filename(name + ".tmp"));
 }
