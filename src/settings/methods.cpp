@@ -93,14 +93,20 @@ constexpr Method Methods[] = {
     {METHOD_FUSION_REAL_ESTATE, "Fusion/Real-Estate", "Fusion/Realistic", FusionRealEstate},
 };
 
+// Callers get names as C strings.
+constexpr bool isTerminated(std::string_view name) {
+    return name.data()[name.size()] == '\0';
+}
+
 // The reader computes the position of a value from the length of the name; numbers are printed into a buffer of fixed
 // size.
 constexpr bool isUsable(const Parameter& parameter) {
     const std::size_t formerSize = parameter.formerName.size();
-    return (formerSize == 0 || formerSize == parameter.name.size()) && formOf(parameter.kind).decimals <= MaxDecimals;
+    return isTerminated(parameter.name) && (formerSize == 0 || formerSize == parameter.name.size()) &&
+           formOf(parameter.kind).decimals <= MaxDecimals;
 }
 static_assert(std::ranges::all_of(Methods, [](const Method& method) {
-    return std::ranges::all_of(method.parameters, isUsable);
+    return isTerminated(method.name) && std::ranges::all_of(method.parameters, isUsable);
 }));
 
 } // namespace

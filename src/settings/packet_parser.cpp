@@ -32,8 +32,8 @@ struct VersionProperty {
 std::optional<VersionProperty> findVersion(std::string_view text, std::size_t start) {
     for (std::size_t at = findText(text, VersionTag, start); at != NotFound; at = findText(text, VersionTag, at + 1)) {
         const std::size_t tagEnd = at + VersionTag.text.size();
-        for (const std::size_t distance : {ElementDistance, AttributeDistance}) {
-            if (const std::optional<Version> version = scanVersion(textFrom(text, tagEnd + distance))) {
+        for (const PropertyForm form : {PropertyForm::Element, PropertyForm::Attribute}) {
+            if (const std::optional<Version> version = scanVersion(textFrom(text, tagEnd + valueDistance(form)))) {
                 return VersionProperty{*version, tagEnd};
             }
         }
@@ -67,8 +67,8 @@ Result<Packet> findPacket(std::string_view text) {
         return Failure{XMP_OTHER_METHOD};
     }
     const std::string_view value = textFrom(text, methodTag + MethodTag.text.size());
-    const std::size_t distance = value.starts_with('=') ? AttributeDistance : ElementDistance;
-    return Packet{text, version->version, methodTag, distance, methodNamed(textFrom(value, distance))};
+    const PropertyForm form = value.starts_with('=') ? PropertyForm::Attribute : PropertyForm::Element;
+    return Packet{text, version->version, methodTag, form, methodNamed(textFrom(value, valueDistance(form)))};
 }
 
 } // namespace

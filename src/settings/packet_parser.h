@@ -35,16 +35,19 @@ struct Version {
     std::int64_t minor;
 };
 
+enum class PropertyForm { Element, Attribute };
+
 // Characters between a tag and its value: ">", or "=" and a quote.
-inline constexpr std::size_t ElementDistance = 1;
-inline constexpr std::size_t AttributeDistance = 2;
+constexpr std::size_t valueDistance(PropertyForm form) {
+    return form == PropertyForm::Element ? 1 : 2;
+}
 
 struct Packet {
     std::string_view text; // the whole XMP text
     Version version;
-    std::size_t methodTag;     // offset of "tvtm:Method"
-    std::size_t valueDistance; // after the method tag, and so after those of the parameters
-    const Method* method;      // null: unknown name
+    std::size_t methodTag; // offset of "tvtm:Method"
+    PropertyForm form;     // of the method tag, and so of the parameters
+    const Method* method;  // null: unknown name
 };
 
 // Reads the parameters of the packet's method into their slots. Slots whose tags are missing are unchanged.

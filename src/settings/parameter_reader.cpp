@@ -26,9 +26,9 @@ bool beginsWith(std::string_view text, std::string_view name) {
 
 // Whether a tag, without its prefix, starts with the name of the parameter. Except for "Smoothing", which would match
 // "SmoothingMode", the name need not end there.
-bool namesParameter(std::string_view tag, const Parameter& parameter, std::size_t valueDistance) {
+bool namesParameter(std::string_view tag, const Parameter& parameter, PropertyForm form) {
     if (parameter.kind == ValueKind::Smoothing) {
-        const char end = valueDistance == ElementDistance ? '>' : '=';
+        const char end = form == PropertyForm::Element ? '>' : '=';
         return beginsWith(tag, parameter.name) && textFrom(tag, parameter.name.size()).starts_with(end);
     }
     return beginsWith(tag, parameter.name) || (!parameter.formerName.empty() && beginsWith(tag, parameter.formerName));
@@ -49,8 +49,8 @@ ValuePositions locateValues(const Packet& packet) {
         const std::size_t nameAt = at + SettingsPrefix.size();
         const std::string_view tag = textFrom(packet.text, nameAt);
         for (std::size_t i = 0; i < parameters.size(); ++i) {
-            if (positions[i] == NotFound && namesParameter(tag, parameters[i], packet.valueDistance)) {
-                positions[i] = nameAt + parameters[i].name.size() + packet.valueDistance;
+            if (positions[i] == NotFound && namesParameter(tag, parameters[i], packet.form)) {
+                positions[i] = nameAt + parameters[i].name.size() + valueDistance(packet.form);
                 --missing;
                 break; // no tag is that of two parameters
             }
@@ -77,6 +77,13 @@ std::optional<float> scanNumber(std::string_view value, std::optional<float> (*s
 std::optional<float> readVersionedNumber(const Packet& packet, std::string_view value) {
     return scanNumber(value, packet.version.major > 2 ? scanFloat : scanIntegerValue);
 }
+
+// A word is compared with the start of a value, so it must not be the start of a later word.
+consteval bool isInOrder(std::span<const Word> words) {
+    const auto isHidden = [&](const Word& later) { return later.text.starts_with(words.front().text); };
+    return words.empty() || (std::ranges::none_of(words.subspan(1), isHidden) && isInOrder(words.subspan(1)));
+}
+static_assert(isInOrder(SmoothingLevels) && isInOrder(MicrocontrastWords) && isInOrder(SmoothingModes));
 
 std::optional<float> readWord(std::string_view value, std::span<const Word> words) {
     const auto word = std::ranges::find_if(words, [value](const Word& row) { return value.starts_with(row.text); });

@@ -39,10 +39,7 @@ std::size_t scanForPair(const char* text, std::size_t from, std::size_t to, std:
 
 // Offset of the first pair at `from` or later.
 std::size_t findPair(std::string_view text, std::string_view pair, std::size_t from) {
-    const std::size_t end = text.empty() ? 0 : text.size() - 1; // no pair begins here or later
-    if (from >= end) {
-        return NotFound;
-    }
+    const std::size_t end = std::max(from, text.empty() ? 0 : text.size() - 1); // no pair begins here or later
     const std::size_t nearEnd = from + std::min(NearSize, end - from);
     std::size_t at = scanForPair(text.data(), from, nearEnd, pair);
     if (at == nearEnd) {
