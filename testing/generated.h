@@ -39,6 +39,7 @@ inline Bytes randomPacket(Random& random, bool isWhole) {
                                 "</rdf:RDF>",
                                 "<rdf:Description rdf:about='' dc:subject='x' tiff:Orientation='3'>",
                                 "<tiff:ImageWidth>77</tiff:ImageWidth>",
+                                "<x\rtiff:ImageWidth='7'\ttiff:ImageLength='9'\nexif:PixelXDimension='7'>",
                                 "</rdf:Description>",
                                 "<!-- ",
                                 " -->",
@@ -134,10 +135,10 @@ std::vector<Tiff::Entry> randomEntries(Random& random, const Tiff& tiff, const U
     static constexpr std::uint32_t Numbers[] = {0,   1,   2,     3,     4,          5,          6,         7,
                                                 8,   9,   10,    59,    60,         90,         100,       180,
                                                 255, 256, 65535, 65536, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
-    static const Bytes words[] = {"2024:06:21 ", "20:41:07", "1969:12:31", "24",          ":60",   "+02:00",
-                                  "-13:45",      "Z",        "0000",       "25",          "NIKON", "TV ",
-                                  "N",           "S",        "W",          "s\xC3\xA9",   "s\xE9", " ",
-                                  "1, 2",        "R98",      ";",          "\xE2\x82\xAC"};
+    static const Bytes words[] = {"2024:06:21 ", "20:41:07", "12:00:00", "1969:12:31", "24",          ":60",
+                                  "+02:00",      "-13:45",   "Z",        "0000",       "25",          "NIKON",
+                                  "TV ",         "N",        "S",        "W",          "s\xC3\xA9",   "s\xE9",
+                                  " ",           "1, 2",     "R98",      ";",          "\xE2\x82\xAC"};
     std::vector<Tiff::Entry> entries;
     for (const UsualTag& usual : tags) {
         if (random.below(2) == 0) {
@@ -239,6 +240,47 @@ inline Shoot randomShoot(Random& random) {
         }
     }
     shoot.shots.erase(shoot.shots.begin() + random.below(static_cast<std::uint32_t>(shoot.shots.size())));
+    return shoot;
+}
+
+// Files with names that continue each other, of few cameras, with pauses that are exact: some are exactly a limit.
+inline Shoot randomFiles(Random& random) {
+    static const Bytes stems[] = {"IMG_1", "IMG_2", "IMG_10", "IMG_9999", "IMG_0001", "A", "a", ""};
+    static const Bytes ends[] = {"-1", "_2", " b", "0", "+", "_hdr"};
+    static const Bytes extensions[] = {".jpg", ".JPG", ".raf", ".tif", ".TIFF", ".psd", ""};
+    static constexpr const char* Folders[] = {"day", "day", "DAY", nullptr};
+    static constexpr std::int32_t Formats[] = {TVMETA_FORMAT_JPEG, TVMETA_FORMAT_TIFF, TVMETA_FORMAT_RAF,
+                                               TVMETA_FORMAT_HEIF, TVMETA_FORMAT_PSD,  TVMETA_FORMAT_CR3};
+    static constexpr std::uint32_t Quarters[] = {0, 0, 0, 1, 2, 3, 4, 5, 8, 9, 20, 40, 60, 120, 124};
+    static constexpr float Times[] = {0.25F, 0.25F, 0.5F, 1, 2, 4, 8}; // seconds
+    Shoot shoot;
+    const bool areVersions = random.below(2) == 0;
+    std::uint32_t clock = 0; // a quarter of a second
+    Bytes name = random.oneOf(stems);
+    for (std::uint32_t files = random.below(16) + 1; files > 0; --files) {
+        tvmeta_Shot shot = {};
+        shot.recordSize = sizeof shot;
+        shot.present = bit(TVMETA_CAPTURE_TIME) | bit(TVMETA_SUB_SECOND) | bit(TVMETA_EXPOSURE_TIME) |
+                       bit(TVMETA_EXPOSURE_BIAS) | bit(TVMETA_EXPOSURE_MODE) | bit(TVMETA_F_NUMBER);
+        shot.present ^= random.below(8) == 0 ? std::uint64_t{random.next()} << 8 : 0;
+        name =
+            areVersions && random.below(6) != 0 ? name + random.oneOf(ends) : random.oneOf(stems) + random.oneOf(ends);
+        shoot.names.push_back(name + random.oneOf(extensions));
+        shot.name = shoot.names.back().c_str();
+        shot.folder = random.below(6) == 0 ? random.oneOf(Folders) : "day";
+        shot.format = random.oneOf(Formats);
+        shot.camera = random.below(8) == 0 ? 8 : 7;
+        shot.serialNumber = random.below(8) == 0 ? random.below(3) : 1;
+        shot.exposureTime = areVersions && random.below(4) != 0 ? 1 : random.oneOf(Times);
+        shot.fNumber = random.below(10) == 0 ? 8.08F : 8;
+        shot.exposureMode = static_cast<std::int32_t>(random.below(3));
+        shot.exposureBias = static_cast<float>(random.below(9)) / 2 - 2;
+        clock += areVersions && random.below(4) != 0 ? 0 : random.oneOf(Quarters);
+        shot.captureTime = 1000000000 + clock / 4;
+        shot.captureNanoseconds = static_cast<std::int32_t>(clock % 4) * 250000000;
+        clock += random.below(8) == 0 ? 0 : static_cast<std::uint32_t>(4 * shot.exposureTime);
+        shoot.shots.push_back(shot);
+    }
     return shoot;
 }
 

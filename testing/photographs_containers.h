@@ -103,7 +103,7 @@ inline Bytes heif(const HeifOptions& options, const Bytes& exif, const Bytes& pa
         return itemInfo(number, type, more, isWide);
     };
     const Bytes items = versionBox("iinf", isWide ? 1 : 0,
-                                   id(4) + item(1, "hvc1") + item(2, "hvc1") + item(3, "Exif") +
+                                   id(4) + item(3, "hvc1") + item(2, "hvc1") + item(1, "Exif") +
                                        item(4, "mime", Bytes("application/rdf+xml\0", 20)));
     const bool isInside = options.method == 1;
     const Bytes exifPlace = isInside ? be32(0) : Later;
@@ -117,7 +117,7 @@ inline Bytes heif(const HeifOptions& options, const Bytes& exif, const Bytes& pa
     const Bytes locations =
         versionBox("iloc", options.version,
                    be16(isWide ? 0x2448 : 0x4400) + id(3) + location(2, be32(1), 1) +
-                       location(3, exifPlace, exif.size()) + location(4, packetPlace, packet.size()));
+                       location(1, exifPlace, exif.size()) + location(4, packetPlace, packet.size()));
     Bytes indices = isWide ? Bytes("\0\x02\x80\x04", 4) : "\x02\x84"; // the highest bit: essential
     for (unsigned i = 0; i < options.associations; ++i) {
         indices += isWide ? be16(0x8005 + i) : Bytes(1, static_cast<char>(0x85 + i));
@@ -127,10 +127,10 @@ inline Bytes heif(const HeifOptions& options, const Bytes& exif, const Bytes& pa
     const Bytes other = isWide ? Bytes("\1\0\1", 3) : "\1\1";
     const auto count = static_cast<char>(2 + options.associations);
     const Bytes associations =
-        versionBox("ipma", isWide ? 1 : 0, be32(2) + id(2) + other + id(1) + count + indices, isWide ? 1 : 0);
+        versionBox("ipma", isWide ? 1 : 0, be32(2) + id(2) + other + id(3) + count + indices, isWide ? 1 : 0);
     const Bytes meta = versionBox(
         "meta", 0,
-        versionBox("hdlr", 0, zeros(4) + "pict" + zeros(13)) + versionBox("pitm", isWide ? 1 : 0, id(1)) + items +
+        versionBox("hdlr", 0, zeros(4) + "pict" + zeros(13)) + versionBox("pitm", isWide ? 1 : 0, id(3)) + items +
             locations + box("iprp", properties + associations) + (isInside ? box("idat", exif + packet) : ""));
     Bytes file = box("ftyp", options.brand + be32(0) + "mif1" + options.brand) + meta;
     if (isInside) {
