@@ -123,7 +123,6 @@ bool TagWalker::openDirectory() {
     }
     remaining_ = ByteCursor(bytes, order_).number(countSize);
     entryPosition_ = directory.position + static_cast<std::int64_t>(countSize);
-    blockUsed_ = blockSize_ = 0;
     ++number_;
     isOpen_ = true;
     if (isImage(directory.kind) && imageCount_ < images_.size()) {

@@ -200,9 +200,7 @@ void sortKeys(const Shots& shots, std::span<SortKey> keys) {
                shots.folder(fileOf(keys[end])) == shots.folder(fileOf(keys[first]))) {
             ++end;
         }
-        if (end - first > 1) {
-            rotateWrappedNames(shots, keys.subspan(first, end - first));
-        }
+        rotateWrappedNames(shots, keys.subspan(first, end - first));
         first = end;
     }
 }
