@@ -179,6 +179,9 @@ TEST(ImageDirectories, ModelTexts) {
         const Bytes file = tiff.finish(tiff.add({{272, test.type, test.count, test.value}}));
         EXPECT_EQ(readBytes(file, FILE_TYPE_TIFF).info.model, test.model) << test.what;
     }
+    Tiff twice;
+    const Bytes file = twice.finish(twice.add({{272, 2, 9, "old name"}, {272, 2, 9, "\nnew name"}}));
+    EXPECT_STREQ(readBytes(file, FILE_TYPE_TIFF).info.model, "\n");
 }
 
 // The number of values of each type that fit in an entry. The others are at an offset past the end.

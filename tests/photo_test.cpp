@@ -191,6 +191,7 @@ TEST(Photo, ValuesAtTheirEdges) {
         {"other separators", time("2024/06-21T00:00:00"), {}, "dateTimeOriginal", "\"2024:06:21 00:00:00\""},
         {"points", time("1970.01.01 23:59:60"), {}, "dateTimeOriginal", "\"1970:01:02 00:00:00\""},
         {"universal time", withTime(36881, "Z"), {}, "utcOffset", "\"+00:00\""},
+        {"half an hour", withTime(36881, "+00:30"), {}, "utcOffset", "\"+00:30\""},
         {"far west", withTime(36881, "-15:59"), {}, "utcOffset", "\"-15:59\""},
         {"unknown offset", withTime(36881, "   :  "), {}, "utcOffset", ""},
         {"nanoseconds", withTime(37521, "000000019"), {}, "subSecond", "\"000000019\""},

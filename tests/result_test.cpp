@@ -259,8 +259,9 @@ TEST(Result, PrefersTheCallersValues) {
                   {37396, 3, 2, le16(1) + le16(0)},
                   tiff.shortEntry(40962, 9)};
     const Bytes photo = photoOf(parts);
-    const Bytes gray = zeros(16) + "GRAY" + zeros(108);
-    const Bytes srgb = gray + be32(1) + "desc" + be32(144) + be32(17) + "desc" + zeros(4) + be32(5) + "sRGB" + zeros(1);
+    const Bytes desc = be32(1) + "desc" + be32(144) + be32(17) + "desc" + zeros(4) + be32(5);
+    const Bytes start = zeros(16) + "GRAY" + zeros(108) + desc, gray = start + "Gray" + zeros(1),
+                srgb = start + "sRGB" + zeros(1);
     const Bytes vertical = photoOf({{tiff.rationalEntry(283, 72, 1)}, {}, {}, {}});
     const Bytes unit = photoOf({{tiff.shortEntry(296, 3)}, {}, {}, {}});
     const Bytes north = photoOf({{}, {}, {{1, 2, 2, Bytes("N\0", 2)}}, {}});
@@ -268,7 +269,7 @@ TEST(Result, PrefersTheCallersValues) {
     const Change none = [](auto&) {};
     const Change floats = [](auto& r) { r.bitsCode = 3216, r.width = 1; };
     const Change fine = [](auto& r) { r.resolution = 200; };
-    const Change grayProfile = [&](auto& r) { r.icc = gray.data(), r.iccSize = 128; };
+    const Change grayProfile = [&](auto& r) { r.icc = gray.data(), r.iccSize = 161; };
     const Change srgbProfile = [&](auto& r) { r.icc = srgb.data(), r.iccSize = 161; };
     constexpr int Image = ImageFields, Exif = ExifFields;
     const struct {
