@@ -189,7 +189,7 @@ TEST(Texts, Precedence) {
         }
         return wide;
     };
-    const Bytes keywords = utf16(" a;; b c ");
+    const Bytes keywords = utf16("a;;;b c;; ");
     const auto file = [&](const Bytes& packet, const Bytes& iptc, const Entries& more) {
         Tiff structure;
         Entries entries = more;
@@ -207,7 +207,7 @@ TEST(Texts, Precedence) {
     const Bytes sixKeywords = dataset(25, "") + dataset(25, "one") + dataset(25, "two");
     const Entries exif = {t.textEntry(270, " J\xF8rn "), t.textEntry(305, "TV"),          t.textEntry(315, " "),
                           t.shortEntry(18246, 3),        {40091, 1, 14, utf16(" a; b ")}, {40093, 1, 4, utf16("x")},
-                          {40094, 1, 20, keywords}};
+                          {40094, 1, 22, keywords}};
     enum { Title = TVMETA_TEXT_TITLE, Description = TVMETA_TEXT_DESCRIPTION, Keyword = TVMETA_TEXT_KEYWORD };
     const auto only = [&](const Bytes& packet) { return file(packet, "", {}); };
     const struct {
