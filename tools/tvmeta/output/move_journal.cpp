@@ -16,6 +16,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// The first line. A table of the user without it is neither deleted nor changed.
+constexpr std::string_view Title = "moved from\tmoved to\n";
+
 // Names may contain the characters that end a column and a line.
 constexpr std::pair<char, char> Escapes[] = {{'\\', '\\'}, {'\t', 't'}, {'\n', 'n'}, {'\r', 'r'}};
 
@@ -44,7 +47,7 @@ Move readLine(const std::string& path, std::string_view line) {
     const size_t tab = line.find('\t');
     const size_t end = line.find('\t', tab == std::string_view::npos ? tab : tab + 1);
     if (tab == std::string_view::npos || end != std::string_view::npos) {
-        throw Failure(path, "not a journal of moves: expected two columns in each line");
+        throw Failure(path, "expected two columns in each line of the list of moves");
     }
     return {unescaped(line.substr(0, tab)), unescaped(line.substr(tab + 1))};
 }
@@ -97,7 +100,10 @@ std::string movingPath(const std::string& target) {
 std::vector<MoveRun> readJournal(const std::string& path) {
     const Bytes file = readFile(path);
     std::vector<MoveRun> runs(1);
-    for (std::string_view rest = asText(file); !rest.empty();) {
+    if (!asText(file).starts_with(Title)) {
+        throw Failure(path, "not a list of moves that tvmeta wrote");
+    }
+    for (std::string_view rest = asText(file).substr(Title.size()); !rest.empty();) {
         const size_t end = std::min(rest.find('\n'), rest.size());
         const std::string_view line = rest.substr(0, end);
         rest.remove_prefix(std::min(end + 1, rest.size()));
@@ -111,9 +117,9 @@ std::vector<MoveRun> readJournal(const std::string& path) {
 }
 
 void writeJournal(const std::string& path, const std::vector<MoveRun>& runs) {
-    std::string text;
+    std::string text(Title);
     for (const MoveRun& run : runs) {
-        text += text.empty() || run.empty() ? "" : "\n";
+        text += text == Title || run.empty() ? "" : "\n";
         for (const Move& move : run) {
             text += escaped(move.from) + "\t" + escaped(move.to) + "\n";
         }

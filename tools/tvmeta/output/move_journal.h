@@ -1,4 +1,4 @@
-// The journal of moved files: two columns of paths, one line per file, an empty line between two runs.
+// The journal of moved files: after a title, two columns of paths, one line per file, an empty line between two runs.
 #pragma once
 
 #include <string>
