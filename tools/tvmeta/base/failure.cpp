@@ -13,7 +13,8 @@ void complain(const std::string& message) {
 
 void FileMessages::add(const std::string& path, const std::string& message) {
     const std::string reason = message.starts_with(path + ": ") ? message.substr(path.size() + 2) : message;
-    const std::string kind = reason.substr(0, reason.find_first_of(":;'\"0123456789"));
+    std::string kind = reason.substr(0, reason.find_first_of(":;'\"0123456789"));
+    kind += kind.ends_with(' ') ? "..." : "";
     ++total;
     if (++kinds[kind] <= MaxOfKind) {
         complain(message);

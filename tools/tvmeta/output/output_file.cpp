@@ -122,8 +122,8 @@ const char* OutputFile::stateWithoutCommit() const {
 void requireOther(const std::string& output, const std::string& input) {
     const bool isInput = input == StandardStream, isOutput = output == StandardStream;
     const auto identity = isInput ? fileIdentity(stdin) : fileIdentity(input);
-    const bool areStreams = isInput && isOutput; // of one terminal, for example
-    if (!areStreams && identity && identity == (isOutput ? fileIdentity(stdout) : fileIdentity(output))) {
+    const bool isTerminal = isInput && isOutput && !isRegularFile(stdin);
+    if (!isTerminal && identity && identity == (isOutput ? fileIdentity(stdout) : fileIdentity(output))) {
         throw Failure(output, "output is the same file as input");
     }
 }

@@ -32,6 +32,8 @@ struct FileIdentity {
 std::optional<FileIdentity> fileIdentity(const std::string& path);
 std::optional<FileIdentity> fileIdentity(std::FILE* file);
 
+bool isRegularFile(std::FILE* file);
+
 // True if both paths name the same existing file.
 inline bool isSameFile(const std::string& path, const std::string& other) {
     const std::optional<FileIdentity> identity = fileIdentity(path);

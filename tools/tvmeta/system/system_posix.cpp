@@ -68,6 +68,11 @@ std::optional<FileIdentity> fileIdentity(std::FILE* file) {
     return fstat(fileno(file), &status) == 0 ? std::optional(identityOf(status)) : std::nullopt;
 }
 
+bool isRegularFile(std::FILE* file) {
+    struct stat status = {};
+    return fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 std::error_code moveTo(const std::string& path, const std::string& newPath) {
 #if defined(__GLIBC__)
     const int result = renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, newPath.c_str(), RENAME_NOREPLACE);

@@ -120,6 +120,10 @@ std::optional<FileIdentity> fileIdentity(std::FILE* file) {
     return identityOf(handleOf(file));
 }
 
+bool isRegularFile(std::FILE* file) {
+    return GetFileType(handleOf(file)) == FILE_TYPE_DISK;
+}
+
 std::error_code moveTo(const std::string& path, const std::string& newPath) {
     const BOOL isMoved = MoveFileExW(pathOf(path).c_str(), pathOf(newPath).c_str(), MOVEFILE_WRITE_THROUGH);
     return isMoved != 0 ? std::error_code() : std::error_code(static_cast<int>(GetLastError()), std::system_category());
