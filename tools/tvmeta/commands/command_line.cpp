@@ -6,6 +6,7 @@
 #include "base/numbers.h"
 #include "base/words.h"
 #include "commands/completion.h"
+#include "output/output_file.h"
 #include "system/files.h"
 #include "system/paths.h"
 
@@ -79,7 +80,7 @@ CLI::Option* addOption(CLI::App& app, const Option& option) {
     CLI::Option* const added = std::visit(
         [&](auto* target) {
             if constexpr (std::is_same_v<decltype(target), bool*>) {
-                return app.add_flag(names, *target, help);
+                return app.add_flag(names, *target, help)->disable_flag_override();
             } else {
                 return app.add_option(names, *target, help);
             }
@@ -146,8 +147,13 @@ void addFileList(Command& command, Option& files) {
     const std::string word = files.rules.isRequired ? files.names.front() : "";
     const auto list = std::make_shared<std::string>();
     files.rules.isRequired = false;
-    command.run = [run = command.run, names, word, list] {
+    command.run = [run = command.run, options = command.options, names, word, list] {
         if (!list->empty()) {
+            for (const Option& option : options) {
+                if (const auto* const text = std::get_if<std::string*>(&option.target); text && !(*text)->empty()) {
+                    requireOther(**text, *list);
+                }
+            }
             std::ranges::copy(readNames(*list), std::back_inserter(*names));
         } else if (names->empty() && !word.empty()) {
             throw WrongCommandLine("expected " + word);
@@ -214,7 +220,8 @@ std::string inOurWords(const CLI::ParseError& error, const Command& command, con
     if (constexpr std::string_view NotConverted = "Could not convert: "; message.starts_with(NotConverted)) {
         message.erase(0, NotConverted.size());
     }
-    const std::string name = message.substr(0, message.find_first_of(": "));
+    const std::string start = message.substr(0, message.find_first_of(": "));
+    const std::string name = (message.ends_with("disallowed flag override") ? "--" : "") + start;
     const std::string last = message.substr(message.rfind(' ') + 1);
     if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
         return (name.starts_with('-') ? name + " is required" : "expected " + name);

@@ -39,7 +39,7 @@ Place placeAfter(const Command& tool, std::span<const std::string> words) {
 // Before what is completed, each candidate begins with `start`.
 void printMatching(const std::vector<std::string>& candidates, const std::string& start, const std::string& text) {
     for (const std::string& candidate : candidates) {
-        if (candidate.starts_with(text) && candidate != text) {
+        if (candidate.starts_with(text)) {
             std::cout << start << candidate << "\n";
         }
     }
