@@ -47,6 +47,7 @@ std::optional<ColourSpace> codedColours(const std::array<uint8_t, 4>& code) {
         int code;
         const char* name;
         Transfer transfer;
+        double gamma = 1;
     };
     constexpr Primaries KnownPrimaries[] = {
         {1, "BT.709", Bt709Primaries},
@@ -54,9 +55,10 @@ std::optional<ColourSpace> codedColours(const std::array<uint8_t, 4>& code) {
         {12, "P3", {{0.68, 0.32}, {0.265, 0.69}, {0.15, 0.06}, {0.3127, 0.329}}},
     };
     constexpr Curve KnownCurves[] = {
-        {1, "BT.709", Transfer::Bt709}, {6, "BT.709", Transfer::Bt709},  {8, "linear", Transfer::Linear},
-        {13, "sRGB", Transfer::Srgb},   {14, "BT.709", Transfer::Bt709}, {15, "BT.709", Transfer::Bt709},
-        {16, "PQ", Transfer::Pq},       {18, "HLG", Transfer::Hlg},
+        {1, "BT.709", Transfer::Bt709},  {4, "gamma 2.2", Transfer::Gamma, 2.2}, {5, "gamma 2.8", Transfer::Gamma, 2.8},
+        {6, "BT.709", Transfer::Bt709},  {8, "linear", Transfer::Linear},        {13, "sRGB", Transfer::Srgb},
+        {14, "BT.709", Transfer::Bt709}, {15, "BT.709", Transfer::Bt709},        {16, "PQ", Transfer::Pq},
+        {18, "HLG", Transfer::Hlg},
     };
     const auto* const primaries = std::ranges::find(KnownPrimaries, code[0], &Primaries::code);
     const auto* const curve = std::ranges::find(KnownCurves, code[1], &Curve::code);
@@ -67,6 +69,7 @@ std::optional<ColourSpace> codedColours(const std::array<uint8_t, 4>& code) {
     return ColourSpace{.name = std::string(primaries->name) + " " + curve->name + " (cICP)",
                        .transfer = curve->transfer,
                        .primaries = primaries->points,
+                       .gamma = curve->gamma,
                        .cicp = code};
 }
 
