@@ -281,6 +281,7 @@ TEST(Hostile, Arguments) {
         // clang-format off
         CASE(parse_image_description(stream.get(), INT32_MAX, &info), -1),
         CASE(get_profile_name(INT32_MIN, bytes, text), -1),
+        CASE(add_iptc_keyword(0, nullptr, 0, nullptr, bytes), 7),
         CASE(read_iptc("/proc/self/exe", INT32_MAX, INT32_MAX, bytes), 0),
         CASE(get_settings_from_xmp(-1, INT32_MIN, text, nullptr, nullptr), -3),
         CASE(get_settings_from_xmp(-1, 9, nullptr, nullptr, nullptr), -3), CASE(hdrMinMax(0, 0, nullptr, nullptr), -4),
