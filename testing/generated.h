@@ -263,8 +263,8 @@ inline Shoot randomFiles(Random& random) {
         shot.present = bit(TVMETA_CAPTURE_TIME) | bit(TVMETA_SUB_SECOND) | bit(TVMETA_EXPOSURE_TIME) |
                        bit(TVMETA_EXPOSURE_BIAS) | bit(TVMETA_EXPOSURE_MODE) | bit(TVMETA_F_NUMBER);
         shot.present ^= random.below(8) == 0 ? std::uint64_t{random.next()} << 8 : 0;
-        name =
-            areVersions && random.below(6) != 0 ? name + random.oneOf(ends) : random.oneOf(stems) + random.oneOf(ends);
+        name = areVersions && random.below(6) != 0 ? name : random.oneOf(stems);
+        name += random.oneOf(ends);
         shoot.names.push_back(name + random.oneOf(extensions));
         shot.name = shoot.names.back().c_str();
         shot.folder = random.below(6) == 0 ? random.oneOf(Folders) : "day";
