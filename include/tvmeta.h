@@ -27,8 +27,9 @@
  *   with a path argument opens and closes the file itself. A function with a stream argument starts at the
  *   stream's position and leaves the stream open; the stream must be seekable and opened in binary mode.
  * - Results: each function lists all of its results. Negative results are failures, except numbers that are read
- *   from a file (fgetmi4(), fgetm4(), parse_image_description()). No exception leaves the library, errno is not
- *   part of a result, and nothing depends on the locale of the process.
+ *   from a file (fgetmi4(), fgetm4(), parse_image_description(), parse_photoshop_data()) or from a record that was
+ *   not cleared (metadataBufFromExifInfo()). No exception leaves the library, errno is not part of a result, and
+ *   nothing depends on the locale of the process.
  * - Messages: a few failures also print one line to stderr. The line is quoted at the result.
  * - Null pointers: an argument may be null only where its description says so. Elsewhere a null pointer gives
  *   the result listed for it; outputs are as after any other failure.
@@ -36,8 +37,8 @@
  *   in files beyond 2 GiB cannot be expressed.
  * - Paths: zero-terminated; UTF-8 on Windows, bytes for the system elsewhere. Name regular files: a FIFO that no
  *   program writes to (or, for an output file, reads) makes a function wait for ever. tvmeta_open() refuses one.
- * - Read errors: functions that read photographs treat a failed read as the end of the file. tvmeta_read_photo()
- *   reports it.
+ * - Read errors: functions that read photographs, and update_tif_profile() in its search for the entry, treat a
+ *   failed read as the end of the file, unless their results say otherwise. tvmeta_read_photo() reports it.
  * - Streams: a FILE pointer requires that caller and library use the same C runtime.
  * - Floating point: the default environment is assumed (round to nearest, subnormal numbers not flushed).
  * - Texts: bytes; their encoding is not examined. Numbers in written files are little-endian.
@@ -197,7 +198,7 @@ enum { TVMETA_FILE_UNREADABLE = -1, TVMETA_FILE_UNKNOWN = -2 };
  * @retval 1  FILE_TYPE_JPEG: starts with FF D8
  * @retval 2  FILE_TYPE_PSD: starts with "8BPS"
  * @retval -1  TVMETA_FILE_UNREADABLE: the file cannot be opened or read, or is a directory
- * @retval -2  TVMETA_FILE_UNKNOWN: starts with other bytes (such as BigTIFF), or is shorter
+ * @retval -2  TVMETA_FILE_UNKNOWN: starts with other bytes (such as BigTIFF), or is too short for any of these
  */
 TVMETA_API int32_t tvmeta_file_type(const char* path) TVMETA_NOEXCEPT;
 
@@ -238,8 +239,8 @@ enum {
  *   directories; 2^20 entries of EXIF and GPS directories; 64 MiB of ImageDescription and Photoshop payloads,
  *   and the rest of the payload that exceeds them. Anything beyond is skipped. In a JPEG only the first APP1
  *   segment can contain EXIF data, and only the next APP1 within ten markers the XMP packet; its position is
- *   recorded only if it contains processing settings. TIFF and PSD files: the position of the packet is always
- *   recorded.
+ *   recorded only if it contains processing settings. TIFF and PSD files: the position of the packet in
+ *   tag 700 is always recorded; an XMP resource of a PSD is not read.
  * @standard TIFF 6.0; EXIF 2.3; JPEG (ITU-T T.81); XMP storage in files; Photoshop file format.
  */
 TVMETA_API int32_t getExifData(const char* path, int32_t fileType, ExifInfo* info) TVMETA_NOEXCEPT;
@@ -670,7 +671,7 @@ enum { READ_XMP_UNREADABLE = -1, READ_XMP_SHORT_READ = -2, READ_XMP_NO_MEMORY = 
  *
  * @param path  file to read. Null: -1.
  * @param method  METHOD_DETECT or a method code.
- * @param settings  as for get_settings_from_xmp(). May be null with METHOD_DETECT; else null: -3.
+ * @param settings  as for get_settings_from_xmp(). Null with a method code: -3. May be null otherwise.
  * @retval 1,2,3,10,11,15  METHOD_DETECT: the method
  * @retval >=47  method code: offset of the method tag; the slots were read
  * @retval 0  XMP_NO_SETTINGS: an empty file, or no settings declaration; METHOD_DETECT: also an unknown method
@@ -944,7 +945,7 @@ enum { TIF_TAG_NOT_FOUND = -1, TIF_TAG_NOT_TIFF = -2, TIF_TAG_SEEK_FAILED = -3 }
  * @param stream  at the start of the file; its position afterwards is undefined. Null: -3.
  * @param tag  tag to find.
  * @param count,value  receive the count of the entry and its value or value offset. Null: -3.
- * @retval >0  file offset of the first entry with that tag
+ * @retval >0  file offset of the first entry with that tag; past the end of the file an entry counts as tag 65535
  * @retval -1  TIF_TAG_NOT_FOUND: no directory has it; or the chain of directories is a loop, or has more than
  *   2^16 directories or 2^22 entries, and none of those searched has it; or its first entry is beyond 2^31 - 1
  * @retval -2  TIF_TAG_NOT_TIFF: the file does not start with "II" and 42, or a directory is empty

@@ -197,6 +197,19 @@ TEST(ImageDirectories, InlineCounts) {
     }
 }
 
+// Limits of the work for a file do not hide values after many entries, or in a large payload.
+TEST(ImageDirectories, LateValues) {
+    Tiff tiff;
+    std::vector<Tiff::Entry> entries(60'000, tiff.shortEntry(40000, 1));
+    entries.push_back(tiff.rationalEntry(33437, 28, 10));
+    const Bytes payload = resource(1000, zeros(2'000'000)) + resource(0x0404, "IPTC");
+    const std::uint32_t exif = tiff.add(entries);
+    const Bytes file = tiff.finish(
+        tiff.add({{34377, 1, static_cast<std::uint32_t>(payload.size()), payload}, tiff.longEntry(34665, exif)}));
+    const ExifInfo info = readBytes(file, FILE_TYPE_TIFF).info;
+    EXPECT_EQ(std::tuple(info.fNumber, info.iptcLength), std::tuple(2.8F, 4));
+}
+
 // A name in shorts does not reach the field of the next tag.
 TEST(ImageDirectories, ModelIsNoOrientation) {
     Tiff tiff;

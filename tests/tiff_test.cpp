@@ -64,7 +64,7 @@ TEST(Tiff, MinimalFile) {
 
 TEST(Tiff, FileWithAllMetadata) {
     Job job;
-    job.info = {70000, 1, 1, 3216, 72, 0, 0, 9};
+    job.info = {70000, 1, 1, 3216, 5'000'000, 0, 0, 9};
     job.pixels = zeros(140000);
     job.metadata = camera();
     std::strcpy(job.metadata.lens, "TV lens");
@@ -74,6 +74,7 @@ TEST(Tiff, FileWithAllMetadata) {
     const Bytes file = job.file();
     EXPECT_EQ(valueOf(file, 256, 4), le32(70000));
     EXPECT_EQ(valueOf(file, 271, 9), Bytes("FUJIFILM\0", 9));
+    EXPECT_EQ(valueOf(file, 282, 8), le32(705'032'704) + le32(1000)) << "5 * 10^9 modulo 2^32";
     EXPECT_EQ(valueOf(file, 272, 7), Bytes("X10 TV\0", 7));
     EXPECT_NE(file.find(le16(339) + le16(3) + le32(3)), Bytes::npos) << "three shorts, also for one sample";
     EXPECT_EQ(valueOf(file, 33723, 8), "IPTC5" + zeros(3));

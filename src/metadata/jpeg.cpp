@@ -69,7 +69,8 @@ bool skipSegment(StreamReader& reader) {
 }
 
 bool readSignature(StreamReader& reader, std::string_view signature) {
-    unsigned char bytes[XmpSignature.size()] = {}; // the longest
+    unsigned char bytes[XmpSignature.size()] = {};
+    static_assert(std::size(bytes) >= PhotoshopSignature.size() && std::size(bytes) >= ExifSignature.size());
     const auto block = std::span(bytes).first(signature.size());
     return reader.read(block) == signature.size() && asText(block) == signature;
 }

@@ -11,8 +11,8 @@ namespace {
 constexpr SearchText LensTag{"aux:Lens", 1};
 constexpr std::string_view LensEnd = "</aux:Lens";
 
-// Where a search for a text of `size` bytes ends without success: where the text and the terminator after it no longer
-// fit, or at its start.
+// Where a search for a text of `size` bytes from `start` on ends without success: at the first place from which the
+// text would reach beyond the zero at the end. That is `start` if already the first place is too late.
 std::size_t searchEnd(std::string_view text, std::size_t size, std::size_t start) {
     return std::max(text.size() + 1 - std::min(size, text.size() + 1), start);
 }
@@ -46,7 +46,7 @@ std::size_t copyLens(std::string_view text, std::span<char> lens) {
     const std::string_view rest = textFrom(text, value);
     const std::size_t length = rest.substr(0, LensBufferSize - 1 + end.size()).find(end);
     if (length == NotFound) {
-        // Unlike a closing tag, a quote may be looked for at the terminator too.
+        // A quote is looked for up to the zero at the end, a closing tag only as long as it fits before it.
         return std::min(value + LensBufferSize, searchEnd(text, attribute ? 0 : LensEnd.size(), value));
     }
     rest.copy(lens.data(), std::min(length, lens.size()));

@@ -9,6 +9,7 @@
 #include "writers/pixel_writer.h"
 #include "writers/tiff_file.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -22,7 +23,8 @@ constexpr std::size_t MaxSamples = 3;
 struct Contents {
     const TifImageInfo& info;
     const MetadataBuf& metadata;
-    const TextCounts& counts;
+    std::size_t makeCount;
+    std::size_t modelCount;
     std::span<const unsigned char> icc;
     std::span<const unsigned char> xmp;
     std::span<const unsigned char> iptc;
@@ -38,8 +40,8 @@ bool isForRgb(std::span<const unsigned char> profile) {
 DirectoryBuilder imageDirectory(const PixelLayout& layout, const Contents& contents) {
     DirectoryBuilder directory;
     addPixelFields(directory, layout, {});
-    directory.addText(tiff_tag::Make, makeOf(textOf(contents.metadata.model)), contents.counts.make);
-    directory.addText(tiff_tag::Model, contents.metadata.model, contents.counts.model);
+    directory.addText(tiff_tag::Make, makeOf(textOf(contents.metadata.model)), contents.makeCount);
+    directory.addText(tiff_tag::Model, contents.metadata.model, contents.modelCount);
     directory.addShort(tiff_tag::Orientation, writtenOrientation(contents.info.orientation));
     addResolution(directory, contents.info.resolution);
     if (layout.isFloat) {
@@ -116,7 +118,7 @@ std::int32_t buf2tif(const void* pixels, const TifImageInfo* info, std::int32_t 
     DirectoryBuilder place = gpsDirectory(*gps, counts.gpsDate);
     const auto rgbProfile = isForRgb(*profile) ? *profile : std::span<const unsigned char>();
     DirectoryBuilder directory =
-        imageDirectory(*layout, {*info, *metadata, counts, rgbProfile, packet->bytes, *iptcBlock});
+        imageDirectory(*layout, {*info, *metadata, counts.make, counts.model, rgbProfile, packet->bytes, *iptcBlock});
     directory.addDirectory(tiff_tag::ExifIfd, exif);
     directory.addDirectory(tiff_tag::GpsIfd, place);
     if (directory.size() > MaxImageData - layout->dataSize()) {
