@@ -4,6 +4,8 @@
 #include "testing/system.h"
 #include "tvmeta.h"
 
+#include <array>
+#include <cstddef>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <tuple>
@@ -154,6 +156,26 @@ TEST(JpegXmp, IsSearchedInTenMarkers) {
     // The length field counts 31 bytes more than the packet. In a file that ends earlier, the packet is ignored.
     const Bytes cut = "\xFF\xD8" + exif + xmpSegment(settings) + zeros(30);
     EXPECT_EQ(readBytes(cut, FILE_TYPE_JPEG).info.xmpLength, 0);
+}
+
+// Hundredths are cut: 1/60 s has become a float.
+TEST(Containers, RecordsForWriters) {
+    const TempDir dir;
+    MetadataBuf camera;
+    GpsBuf place;
+    ASSERT_EQ(get_exif_data(dir.write("photo", fullJpeg()).c_str(), FILE_TYPE_JPEG, &camera, &place), 100);
+    std::array<std::int32_t, offsetof(MetadataBuf, model) / 4> numbers;
+    std::memcpy(numbers.data(), &camera, sizeof numbers);
+    EXPECT_EQ(numbers,
+              (std::array{100, 5999, 279, 100, 400, 0, 5000, 100, 75, 500000, 100, 3, 903, 3, 919, 3, 6, 3000, 500}));
+    EXPECT_STREQ(camera.model, "TV-100");
+    EXPECT_STREQ(camera.dateTimeOriginal, "2013:05:01 12:00:00");
+    EXPECT_STREQ(camera.lens, "TV 35mm f/1.8");
+    std::array<std::int32_t, offsetof(GpsBuf, latitudeRef) / 4> position;
+    std::memcpy(position.data(), &place, sizeof position);
+    EXPECT_EQ(position, (std::array{48, 1, 51, 1, 2996, 100, 48, 1, 51, 1, 2996, 100, 35, 1, 12, 1, 30, 1, 0, 0}));
+    EXPECT_EQ(std::tuple(place.latitudeRef, place.longitudeRef, place.altitudeRef), std::tuple('N', 'E', 1));
+    EXPECT_STREQ(place.dateStamp, "2013:05:01");
 }
 
 TEST(ImageDirectories, ModelTexts) {
