@@ -12,7 +12,6 @@
 #include <map>
 #include <new>
 #include <string_view>
-#include <tiff.h>
 #include <utility>
 
 namespace {
@@ -25,26 +24,23 @@ struct TagName {
 
 // Tags that people look for. Others are counted by kind.
 constexpr TagName TagNames[] = {
-    {TVMETA_IMAGE, TIFFTAG_IMAGEDESCRIPTION, "description"},
-    {TVMETA_IMAGE, TIFFTAG_MAKE, "camera maker"},
-    {TVMETA_IMAGE, TIFFTAG_MODEL, "camera model"},
-    {TVMETA_IMAGE, TIFFTAG_ARTIST, "artist"},
-    {TVMETA_IMAGE, TIFFTAG_COPYRIGHT, "copyright"},
-    {TVMETA_EXIF_DIRECTORY, EXIFTAG_EXPOSURETIME, "exposure time"},
-    {TVMETA_EXIF_DIRECTORY, EXIFTAG_FNUMBER, "f-number"},
-    {TVMETA_EXIF_DIRECTORY, EXIFTAG_ISOSPEEDRATINGS, "ISO speed"},
-    {TVMETA_EXIF_DIRECTORY, EXIFTAG_DATETIMEORIGINAL, "capture time"},
-    {TVMETA_EXIF_DIRECTORY, EXIFTAG_FOCALLENGTH, "focal length"},
-    {TVMETA_EXIF_DIRECTORY, EXIFTAG_USERCOMMENT, "user comment"},
-    {TVMETA_EXIF_DIRECTORY, EXIFTAG_LENSMODEL, "lens"},
+    {TVMETA_IMAGE, 270, "description"},
+    {TVMETA_IMAGE, 271, "camera maker"},
+    {TVMETA_IMAGE, 272, "camera model"},
+    {TVMETA_IMAGE, 315, "artist"},
+    {TVMETA_IMAGE, 33432, "copyright"},
+    {TVMETA_EXIF_DIRECTORY, 33434, "exposure time"},
+    {TVMETA_EXIF_DIRECTORY, 33437, "f-number"},
+    {TVMETA_EXIF_DIRECTORY, 34855, "ISO speed"},
+    {TVMETA_EXIF_DIRECTORY, 36867, "capture time"},
+    {TVMETA_EXIF_DIRECTORY, 37386, "focal length"},
+    {TVMETA_EXIF_DIRECTORY, 37510, "user comment"},
+    {TVMETA_EXIF_DIRECTORY, 42036, "lens"},
 };
 
 // Properties that an XMP packet has in a form or number that leaves open which one is the picture's own.
-constexpr std::pair<int32_t, std::string_view> Properties[] = {{TIFFTAG_IMAGEWIDTH, "width"},
-                                                               {TIFFTAG_IMAGELENGTH, "height"},
-                                                               {TIFFTAG_ORIENTATION, "orientation"},
-                                                               {EXIFTAG_PIXELXDIMENSION, "width"},
-                                                               {EXIFTAG_PIXELYDIMENSION, "height"}};
+constexpr std::pair<int32_t, std::string_view> Properties[] = {
+    {256, "width"}, {257, "height"}, {274, "orientation"}, {40962, "width"}, {40963, "height"}};
 
 std::string nameOf(const tvmeta_Loss& loss) {
     if (loss.directory < 0) {
@@ -89,7 +85,7 @@ size_t numberSize(uint16_t type) {
 }
 
 Bytes valueOf(const tvmeta_Source& source, const tvmeta_Tag& tag) {
-    const bool isRational = tag.type == TIFF_RATIONAL || tag.type == TIFF_SRATIONAL;
+    const bool isRational = tag.type == 5 || tag.type == 10;
     const size_t size = numberSize(tag.type);
     Bytes bytes(static_cast<size_t>(tag.count) * size * (isRational ? 2 : 1));
     if (source.read(source.context, tag.position, bytes.data(), std::ssize(bytes)) != std::ssize(bytes)) {
@@ -122,10 +118,8 @@ void requireKept(const std::string& path, const tvmeta_Source& photo, const tvme
     const auto found = valuesOf(written.source());
     const auto originals = valuesOf(photo);
     for (const auto& [key, value] : valuesOf(planned)) {
-        constexpr uint16_t Pointers[] = {TIFFTAG_EXIFIFD, TIFFTAG_GPSIFD, TIFFTAG_INTEROPERABILITYIFD};
-        constexpr uint16_t Own[] = {TIFFTAG_ORIENTATION,    TIFFTAG_XRESOLUTION,     TIFFTAG_YRESOLUTION,
-                                    TIFFTAG_RESOLUTIONUNIT, TIFFTAG_SOFTWARE,        TIFFTAG_DATETIME,
-                                    EXIFTAG_COLORSPACE,     EXIFTAG_PIXELXDIMENSION, EXIFTAG_PIXELYDIMENSION};
+        constexpr uint16_t Pointers[] = {34665, 34853, 40965};
+        constexpr uint16_t Own[] = {274, 282, 283, 296, 305, 306, 40961, 40962, 40963};
         if (std::ranges::find(Pointers, key.second) != std::end(Pointers)) {
             continue;
         }
